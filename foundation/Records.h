@@ -1,0 +1,187 @@
+// The small plain records that pass between all classes: points, rectangles, poses, pixels, the palette.
+#pragma once
+
+#include "foundation/Enumerations.h"
+#include "foundation/ReadOnly.h"
+
+#include <cmath>
+#include <cstdint>
+
+namespace Tesk {
+
+/// Asks a method to work the value out itself. It lies one below `MinInt`, so a range test lets it through first.
+inline constexpr int Auto = static_cast<int>(0x80000000u);
+inline constexpr int MinInt = static_cast<int>(0x80000001u);
+inline constexpr int MaxInt = 0x7fffffff;
+
+/// A point in image coordinates, sub-pixel.
+struct XY
+{
+    double X, Y;
+
+    XY() = default;
+    XY(double x, double y) : X(x), Y(y) {}
+
+    /// Draws the point; with `Handles` also the mark by which it is dragged.
+    void Draw(bool Handles) const;
+    /// The handle under a point of the screen; kept in `Handle` for `Drag`.
+    DraggingHandles HitHandle(int x, int y) const;
+    /// Moves the handle last hit to a point of the screen.
+    void Drag(int x, int y);
+
+    static ReadOnly<DraggingHandles, XY> Handle;
+};
+
+/// A pixel position.
+struct Site
+{
+    std::int16_t X, Y;
+
+    Site() = default;
+    Site(int x, int y) : X(static_cast<std::int16_t>(x)), Y(static_cast<std::int16_t>(y)) {}
+
+    void Draw(bool Handles) const;
+    DraggingHandles HitHandle(int x, int y) const;
+    void Drag(int x, int y);
+
+    static ReadOnly<DraggingHandles, Site> Handle;
+};
+
+/// A position along an arc: the angle in degrees and the radial offset in pixels.
+struct ArcSite
+{
+    double Angle, Offset;
+};
+
+/// A rectangle of pixels.
+struct Limits
+{
+    std::int16_t X, Y, Width, Height;
+
+    Limits() = default;
+    Limits(int x, int y, int width, int height)
+        : X(static_cast<std::int16_t>(x)), Y(static_cast<std::int16_t>(y)), Width(static_cast<std::int16_t>(width)),
+          Height(static_cast<std::int16_t>(height))
+    {
+    }
+
+    std::int32_t Area() const { return std::int32_t{Width} * Height; }
+
+    /// Grows to the smallest rectangle that holds both.
+    void Unite(const Limits& Other);
+    /// Extends the far edges to a point, or moves the near edges.
+    void Stretch(int x, int y);
+    /// Cuts to the overlap; false, and partly changed, if there is none.
+    bool Intersect(const Limits& Other);
+
+    /// Reads an Image Window file. Refused: `CannotOpen`, `UnsupportedFormat`, `OutOfRange`, `CannotRead`.
+    void Read(const char* PathName);
+    void Read(const wchar_t* PathName);
+    /// Writes an Image Window file; a longer existing file is not cut. Refused: `CannotOpen`, `CannotWrite`.
+    void Write(const char* PathName) const;
+    void Write(const wchar_t* PathName) const;
+};
+
+/// Where a template lies: position in pixels, angle in degrees, scale as a factor.
+struct Pose
+{
+    double X, Y, Angle, Scale, Score, Contrast;
+};
+
+/// A pose in space: position, and rotation in degrees about the three axes.
+struct Pose3
+{
+    double X, Y, Z, AngleX, AngleY, AngleZ;
+};
+
+struct dXYZ
+{
+    double X, Y, Z;
+};
+
+using GrayPixel = std::uint8_t;
+using Gray16Pixel = std::uint16_t;
+using Gray32Pixel = std::int32_t;
+
+/// A colour pixel, in memory blue first; constructed red first.
+struct RgbPixel
+{
+    std::uint8_t Blue, Green, Red;
+
+    RgbPixel() = default;
+    constexpr RgbPixel(int red, int green, int blue)
+        : Blue(static_cast<std::uint8_t>(blue)), Green(static_cast<std::uint8_t>(green)),
+          Red(static_cast<std::uint8_t>(red))
+    {
+    }
+    bool operator==(const RgbPixel&) const = default;
+};
+static_assert(sizeof(RgbPixel) == 3, "an image row is an array of these");
+
+struct RgbaPixel
+{
+    std::uint8_t Blue, Green, Red, Alpha;
+
+    RgbaPixel() = default;
+    constexpr RgbaPixel(int red, int green, int blue, int alpha)
+        : Blue(static_cast<std::uint8_t>(blue)), Green(static_cast<std::uint8_t>(green)),
+          Red(static_cast<std::uint8_t>(red)), Alpha(static_cast<std::uint8_t>(alpha))
+    {
+    }
+    bool operator==(const RgbaPixel&) const = default;
+};
+static_assert(sizeof(RgbaPixel) == 4, "an image row is an array of these");
+
+/// One pixel of a gradient image.
+struct Gradient
+{
+    std::int16_t X, Y;
+    bool operator==(const Gradient&) const = default;
+};
+using GradPixel = Gradient;
+
+/// One horizontal run of a region; `End` is exclusive.
+struct LabeledRun
+{
+    std::int16_t Start, End, Y;
+    std::int32_t Label;
+};
+
+/// One of the 64 palette colours: 0, 85, 170, 255 in each channel, red varying fastest.
+constexpr RgbPixel PaletteColor(int Index)
+{
+    return {(Index & 3) * 85, (Index >> 2 & 3) * 85, (Index >> 4 & 3) * 85};
+}
+
+template <typename T>
+constexpr T Abs(T Value)
+{
+    return Value < 0 ? -Value : Value;
+}
+template <typename T>
+constexpr T Min(T A, T B)
+{
+    return B < A ? B : A;
+}
+template <typename T>
+constexpr T Max(T A, T B)
+{
+    return A < B ? B : A;
+}
+template <typename T>
+constexpr T Sqr(T Value)
+{
+    return Value * Value;
+}
+template <typename T>
+T Sqrt(T Value)
+{
+    return static_cast<T>(std::sqrt(Value));
+}
+template <typename T>
+constexpr T Clamp(T Value, T Low, T High)
+{
+    return Value < Low ? Low : High < Value ? High : Value;
+}
+
+} // namespace Tesk

@@ -1,0 +1,134 @@
+// The pixel container of the library: a store of rows, and a window on it through which every operation works.
+#pragma once
+
+#include "foundation/ReadOnly.h"
+#include "foundation/Records.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+namespace Tesk {
+
+class Profile;
+
+/// Bytes of one pixel; 0 for `Undefined`, the packed `Gray1`, and the types that images do not hold.
+int ElementSize(PixelTypes Type);
+/// Bytes of a row of pixels, packed for `Gray1`.
+int RowBytes(int Width, PixelTypes Type);
+/// The name of a pixel type in messages: "Gray", "Gradient", "Map".
+const wchar_t* PixelTypeName(PixelTypes Type);
+
+class Image
+{
+    template <typename T>
+    using Field = ReadOnly<T, Image>;
+
+public:
+    Field<int> X, Y;           ///< top-left corner of the window, in store coordinates
+    Field<int> Width, Height;  ///< extent of the window, in pixels
+    Field<std::uint8_t*> FirstPixel; ///< the window's top-left pixel; null while there is no buffer
+    Field<int> Pitch;          ///< bytes from one row to the next
+    Field<PixelTypes> Type;    ///< `Undefined` marks a void image
+    Field<int> StoreWidth, StoreHeight;
+    Field<std::uint8_t*> Buffer;
+    Field<std::uint32_t> BufferSize;
+    Field<bool> OwnsBuffer;
+    int GradGain = 1;          ///< divisor that turns a `Grad` pixel into a gray value
+    Field<int> AlignOffset;    ///< bytes from `Buffer` to the first stored row
+
+    /// Makes a void image.
+    Image();
+    /// Shares nothing: a copy of an image is made by `Operator::Copy`, a view of it by `ShallowCopy`.
+    Image(const Image&) = delete;
+    Image& operator=(const Image&) = delete;
+
+    /// Gives this image the window size of `Src` and `Type` (that of `Src` if `Undefined`). Pixels and window stay where
+    /// they are if the window already fits. Refused: a void `Src` (`VoidObject`), no memory (`CannotAllocate`).
+    void Set(const Image& Src, PixelTypes Type = Undefined);
+    /// Gives this image a store of that size and type, or lays it over an external buffer that the caller keeps alive.
+    /// Refused: no memory, sizes below 0 or over what a store can hold (`CannotAllocate`); `Undefined` (`VoidObject`).
+    void Set(int Width, int Height, PixelTypes Type, void* Buffer = nullptr, int Pitch = 0, int Offset = 0);
+
+    /// Resets the window to the whole store.
+    void Window();
+    /// Clips a window to the store and sets it; false if it was clipped. An empty window changes nothing.
+    bool Window(int X, int Y, int Width, int Height);
+    bool Window(const Limits& Window);
+    /// Whether the window is smaller than the store.
+    bool HasWindow() const;
+
+    /// Pixels by store coordinates, inside the window. Refused: another pixel type (`IncompatibleType`), a place outside
+    /// the window (`OutOfRange`); the reference is then to a dummy pixel.
+    GrayPixel& PixelGray(int X, int Y) const;
+    Gray16Pixel& PixelGray16(int X, int Y) const;
+    Gray32Pixel& PixelGray32(int X, int Y) const;
+    RgbPixel& PixelRgb(int X, int Y) const;
+    RgbaPixel& PixelRgba(int X, int Y) const;
+    GradPixel& PixelGrad(int X, int Y) const;
+    bool PixelGray1(int X, int Y) const;
+    void PixelGray1(int X, int Y, bool Value);
+
+    /// Reads an image file; the format goes by the extension. `Undefined` asks for the file's own pixel type.
+    void Read(const char* PathName, PixelTypes Type = Gray);
+    void Read(const wchar_t* PathName, PixelTypes Type = Gray);
+    /// Writes the window to a file; an unknown extension writes BMP.
+    void Write(const char* PathName) const;
+    void Write(const wchar_t* PathName) const;
+
+    void Draw(bool WindowOnly) const;
+    void Draw(const Profile& LookupTable, bool WindowOnly) const;
+    /// Outlines the window in `Graph::LineColor`, with discs at its corners, and with its diagonals if `Cross`.
+    void DrawWindow(bool Handles, bool Cross = false) const;
+    /// The window handle under a point of the screen; kept in `Handle` for `Drag`.
+    DraggingHandles HitHandle(int X, int Y) const;
+    /// Moves the handle last hit to a point of the screen.
+    void Drag(int X, int Y);
+    static ReadOnly<DraggingHandles, Image> Handle;
+
+    /// Shares the pixels of `Src`. The window keeps its relative place, or with `KeepWindow` becomes that of `Src`.
+    void ShallowCopy(const Image& Src, bool KeepWindow);
+    /// Moves to a store of its own, with the pixels if `CopyPixels`, so that those who share the former one keep theirs.
+    void Detach(bool CopyPixels);
+    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read.
+    void DetachIfShared(bool CopyPixels)
+    {
+        if (SharesStores()) Detach(CopyPixels);
+    }
+
+    /// Prints type, size and the first and last pixels to the library's text output.
+    void Print(int Rows, int Columns) const;
+
+    /// Reads and writes the block form of an image inside model files; the result is an `ErrorCodes` value.
+    int ReadBlock(std::FILE* File);
+    int WriteBlock(std::FILE* File) const;
+
+    /// A row of the window.
+    template <typename T = std::uint8_t>
+    T* Row(int y) const
+    {
+        return reinterpret_cast<T*>(FirstPixel + static_cast<std::ptrdiff_t>(Pitch) * y);
+    }
+
+private:
+    static bool SharesStores();
+    bool Allocate(int width, int height, PixelTypes type, int pitch);
+    void PlaceFirstPixel();
+    void ResetWindow();
+    template <typename T>
+    T& Pixel(int x, int y, PixelTypes type, const char* context) const;
+    std::uint8_t* FindPixel(int x, int y, PixelTypes type, const char* context) const;
+
+    std::shared_ptr<std::uint8_t> block_; ///< keeps `Buffer` alive among all that share it; empty over an external buffer
+};
+
+/// A void image, or a type other than the one wanted. The result is an `ErrorCodes` value with its message stored.
+int CheckImage(const Image& Img, PixelTypes Type = Undefined);
+/// Two images of one type (or of `Type`) and of one window size.
+int CheckImages(const Image& Src, const Image& Dst, PixelTypes Type = Undefined);
+
+/// Where `Print` and the file readers' diagnostics go; standard error until changed, null for silence.
+std::FILE*& TextOutput();
+
+} // namespace Tesk
