@@ -1,0 +1,91 @@
+// The catalogue in memory: parsed from its text form, numbered in tree order, resolved and checked.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace TeskGenerator {
+
+/// A fault in the catalogue, with its place.
+class CatalogueError : public std::runtime_error
+{
+public:
+    using std::runtime_error::runtime_error;
+};
+
+enum class Kind { Enum, EnumCase, Choice, Class, Page, Method, Argument };
+
+/// What C++ class stands for an argument.
+enum class Variant { Object, Bool, Char, Wchar, Int, Float, Dble, RgbPixel, RgbaPixel, Enum, String, Wstring };
+
+struct Node
+{
+    Kind kind{};
+    Variant variant = Variant::Object;
+    std::string place; ///< file and line, for messages
+    std::string identifier, label, help, alias;
+    std::uint32_t flags = 0;
+    bool pending = false;
+    std::map<std::string, std::string> keys;
+
+    Node* parent = nullptr;
+    std::vector<std::unique_ptr<Node>> children;
+
+    // Numbered and resolved.
+    int index = -1, firstChild = -1, nextSibling = -1;
+    int type = 0;                ///< of a class or an argument
+    int number = -1;             ///< `MethodId` or `PropertyId`
+    std::int32_t value = 0;      ///< of an enumerator
+    int mother = -1, enumIndex = -1, countNode = -1;
+    std::uint64_t casesLow = 0, casesHigh = 0;
+    std::string signature;
+
+    bool Has(const std::string& key) const { return keys.count(key) != 0; }
+    std::string Key(const std::string& key, const std::string& fallback = {}) const;
+};
+
+class Catalogue
+{
+public:
+    /// Reads `Tesk.tree` in a folder and what it includes. Throws `CatalogueError`.
+    explicit Catalogue(const std::filesystem::path& folder);
+
+    const std::vector<Node*>& Nodes() const { return nodes_; }
+    /// Whatever contradicts itself, a line each; empty if the catalogue is sound.
+    std::vector<std::string> Faults() const;
+
+    /// The number that a text stands for, with `Auto`, `MinInt`, `MaxInt`, and enumerators.
+    static std::optional<double> Number(const std::string& text);
+    static const Node* ClassOf(const Node& node);
+
+private:
+    void Parse(const std::filesystem::path& path, Node& parent, int baseLevel);
+    void ParseNode(const std::vector<std::string>& words, Node& node) const;
+    void ApplyWords(const std::vector<std::string>& words, std::size_t from, Node& node) const;
+    void NumberNodes(Node& node);
+    void Resolve();
+    void ResolveArgument(Node& node);
+    void MakeLabel(Node& node) const;
+
+    std::filesystem::path folder_;
+    std::unique_ptr<Node> root_;
+    std::vector<Node*> nodes_;
+    std::map<std::string, int> typeCodes_;
+    std::map<std::string, Node*> enums_;
+};
+
+// Writers, one for each product.
+void WriteTree(const Catalogue& catalogue, std::ostream& out);
+void WriteDispatch(const Catalogue& catalogue, std::ostream& out);
+void WriteEnumChecks(const Catalogue& catalogue, std::ostream& out);
+void WriteReference(const Catalogue& catalogue, std::ostream& out);
+void PrintTree(const Catalogue& catalogue, std::ostream& out, int only);
+void PrintCounts(const Catalogue& catalogue, std::ostream& out);
+
+} // namespace TeskGenerator
