@@ -2,7 +2,7 @@
 # Builds, and runs the headless sequence on an image: read, invert, binarize, write, export.
 # usage: ./run.sh [IMAGE [FOLDER]]
 set -euo pipefail
-image=$(realpath -m "${1:-$(dirname "$0")/samples/parts.pgm}")
+image=$(realpath -m "${1:-$(dirname "$0")/samples/parts.png}")
 folder=$(realpath -m "${2:-tesk-output}")
 cd "$(dirname "$0")"
 ./install-packages.sh

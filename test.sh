@@ -3,6 +3,6 @@
 set -euo pipefail
 cd "$(dirname "$0")"
 ./install-packages.sh
-cmake --preset release -DTESK_WERROR="${CI:+ON}"
+cmake --preset release -DTESK_TESTS=ON -DTESK_WERROR="${CI:+ON}"
 cmake --build --preset release -j"$(nproc)"
 ctest --preset release -j"$(nproc)"
