@@ -2,16 +2,11 @@
 #pragma once
 
 #include "foundation/Enumerations.h"
-#include "foundation/Graph.h"
 #include "foundation/Records.h"
 #include "foundation/Services.h"
 #include "foundation/Status.h"
-#include "image/Histogram.h"
 #include "image/Image.h"
-#include "image/Kernel.h"
 #include "image/Operator.h"
-#include "image/Source.h"
-#include "measure/Profile.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE

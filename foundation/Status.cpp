@@ -137,7 +137,7 @@ int Status::Format(int Code, const wchar_t* Message, ...)
     // vswprintf reports an overflow without promising what it wrote, so a long message is made in a larger buffer
     // first and then cut.
     Status& record = Error();
-    for (std::size_t size = 1024; size <= 1u << 16; size *= 4) {
+    for (std::size_t size = 1024; size <= 1u << 20; size *= 4) {
         std::vector<wchar_t> text(size);
         va_list arguments;
         va_start(arguments, Message);

@@ -11,7 +11,12 @@
 
 namespace Tesk {
 
+class Entry;
 class Profile;
+
+namespace files {
+struct ImageFile;
+}
 
 /// Bytes of one pixel; 0 for `Undefined`, the packed `Gray1`, and the types that images do not hold.
 int ElementSize(PixelTypes Type);
@@ -104,6 +109,9 @@ public:
     int ReadBlock(std::FILE* File);
     int WriteBlock(std::FILE* File) const;
 
+    /// Takes a new store, and says whether it could; for callers that report under a name of their own.
+    bool TrySet(int Width, int Height, PixelTypes Type);
+
     /// A row of the window.
     template <typename T = std::uint8_t>
     T* Row(int y) const
@@ -113,6 +121,8 @@ public:
 
 private:
     static bool SharesStores();
+    void Read(const Entry& entry, files::ImageFile& file, PixelTypes type);
+    void Write(const Entry& entry, files::ImageFile& file) const;
     bool Allocate(int width, int height, PixelTypes type, int pitch);
     void PlaceFirstPixel();
     void ResetWindow();

@@ -1,3 +1,4 @@
+cmake_minimum_required(VERSION 3.25)
 # Fails on an #include that points the wrong way between the layers.
 set(foundation_sees foundation)
 set(image_sees foundation image measure)

@@ -1,0 +1,216 @@
+// Reading and writing image files: the choice of format, and what all formats share.
+#include "image/ImageFile.h"
+
+#include "foundation/Entry.h"
+#include "image/Operator.h"
+
+#include <cerrno>
+#include <cstring>
+#include <cwctype>
+#include <sys/stat.h>
+
+namespace Tesk {
+
+namespace files {
+
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, std::int64_t ratio)
+{
+    constexpr std::int64_t alwaysAllowed = 1 << 20;
+    const bool sizesFit = width > 0 && height > 0 && width <= MaxInt && height <= MaxInt;
+    const std::int64_t rowBytes = type == Gray1 ? (width + 7) >> 3 : width * ElementSize(type);
+    const std::int64_t limit = file.size * ratio + alwaysAllowed;
+    if (sizesFit && rowBytes <= limit / height) {
+        // The sizing's own report is not wanted: this one follows under the reader's name.
+        dst.TrySet(static_cast<int>(width), static_cast<int>(height), type);
+        if (dst.Type != Undefined) return NoError;
+    }
+    return Status::Format(CannotAllocate, L"Cannot allocate the image Buffer");
+}
+
+int RefuseConversion(PixelTypes native, PixelTypes wanted)
+{
+    return Status::Format(IncompatibleType, L"Implicit type conversion from %ls to %ls is not supported (use Copy)",
+                          PixelTypeName(native), PixelTypeName(wanted));
+}
+
+void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = 0; x < width; x++, src += 3, dst += 3) {
+        const std::uint8_t first = src[0];
+        dst[0] = src[2];
+        dst[1] = src[1];
+        dst[2] = first;
+    }
+}
+
+void ReverseBytesOfFour(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = 0; x < width; x++, src += 4, dst += 4) {
+        const std::uint8_t pixel[4] = {src[3], src[2], src[1], src[0]};
+        std::memcpy(dst, pixel, 4);
+    }
+}
+
+void BgrToGray(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = 0; x < width; x++, src += 3)
+        dst[x] = Max(src[0], Max(src[1], src[2]));
+}
+
+void BgraToGray(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = 0; x < width; x++, src += 4)
+        dst[x] = static_cast<std::uint8_t>((src[0] + src[1] + src[2]) * 85 >> 8);
+}
+
+void GrayToBgr(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = 0; x < width; x++, dst += 3)
+        dst[0] = dst[1] = dst[2] = src[x];
+}
+
+void BitsToGray(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = width - 1; x >= 0; x--)
+        dst[x] = src[x >> 3] & 0x80 >> (x & 7) ? 255 : 0;
+}
+
+void Gray16ToGray(const std::uint16_t* src, std::uint8_t* dst, int width)
+{
+    const int shift = Operator::GrayDepth - 8;
+    for (int x = 0; x < width; x++)
+        dst[x] = static_cast<std::uint8_t>(src[x] >> shift);
+}
+
+} // namespace files
+
+namespace {
+
+using namespace files;
+
+bool EndsWith(const std::wstring& name, const wchar_t* ending)
+{
+    const std::size_t length = std::wcslen(ending);
+    if (name.size() < length) return false;
+    for (std::size_t i = 0; i < length; i++)
+        if (static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(name[name.size() - length + i]))) != ending[i])
+            return false;
+    return true;
+}
+
+struct Format
+{
+    const wchar_t* ending;
+    int (*read)(ImageFile&, Image&, PixelTypes);
+    int (*write)(ImageFile&, const Image&);
+};
+
+constexpr Format formats[] = {{L".bmp", ReadBmp, WriteBmp},  {L".jpg", ReadJpeg, WriteJpeg}, {L".jpeg", ReadJpeg, WriteJpeg},
+                              {L".png", ReadPng, WritePng},  {L".tif", ReadTiff, WriteTiff}, {L".tiff", ReadTiff, WriteTiff},
+                              {L".pbm", ReadPbm, WritePbm},  {L".pgm", ReadPgm, WritePgm},   {L".ppm", ReadPpm, WritePpm}};
+
+const Format* FormatOf(const std::wstring& name)
+{
+    for (const Format& format : formats)
+        if (EndsWith(name, format.ending)) return &format;
+    return nullptr;
+}
+
+int Open(ImageFile& file, const char* mode)
+{
+    errno = 0;
+    file.stream = std::fopen(file.path.c_str(), mode);
+    struct stat about = {};
+    if (file.stream && fstat(fileno(file.stream), &about) == 0) {
+        if (!S_ISDIR(about.st_mode)) {
+            file.size = about.st_size;
+            return NoError;
+        }
+        std::fclose(file.stream);
+        file.stream = nullptr;
+        errno = EISDIR;
+    }
+    return Status::Format(CannotOpen, L"Cannot open file \"%ls\" (%ls)", file.Name(), Widen(std::strerror(errno)).c_str());
+}
+
+int ReadFile(ImageFile& file, Image& dst, PixelTypes wanted)
+{
+    const Format* format = FormatOf(file.name);
+    if (format && format->read == ReadTiff) {
+        struct stat about = {};
+        if (stat(file.path.c_str(), &about) == 0) file.size = about.st_size;
+        return ReadTiff(file, dst, wanted);
+    }
+    if (const int code = Open(file, "rb")) return code;
+    const int code = format ? format->read(file, dst, wanted)
+                            : Status::Format(UnsupportedFormat, L"Unsupported file extension \"%ls\"", file.Name());
+    std::fclose(file.stream);
+    return code;
+}
+
+int WriteFile(ImageFile& file, const Image& src)
+{
+    const Format* format = FormatOf(file.name);
+    if (!format) format = &formats[0];
+    if (format->write == WriteTiff) return WriteTiff(file, src);
+    if (const int code = Open(file, "wb")) return code;
+    int code = format->write(file, src);
+    // What the buffer held may fail only here.
+    if (std::fclose(file.stream) != 0 && code == NoError)
+        code = Status::Format(CannotWrite, L"Cannot write to file \"%ls\"", file.Name());
+    return code;
+}
+
+} // namespace
+
+bool Image::TrySet(int Width, int Height, PixelTypes Type)
+{
+    return Allocate(Width, Height, Type, 0);
+}
+
+void Image::Read(const Entry& entry, files::ImageFile& file, PixelTypes type)
+{
+    if (type != Undefined && type != Gray && type != Gray16 && type != Rgb && type != Gray1)
+        entry.Refuse(UnsupportedType, L"The image type (%ls) is not supported for this operation", PixelTypeName(type));
+    Image read;
+    if (entry.Refuses(ReadFile(file, read, type))) return;
+    Status::Error().Code = NoError;
+    ShallowCopy(read, true);
+    OwnsBuffer = true;
+}
+
+void Image::Write(const Entry& entry, files::ImageFile& file) const
+{
+    if (entry.Refuses(CheckImage(*this))) return;
+    entry.Refuses(WriteFile(file, *this));
+}
+
+void Image::Read(const char* PathName, PixelTypes Type)
+{
+    const Entry entry("Tesk::Image::Read");
+    ImageFile file{nullptr, PathName ? PathName : "", Widen(PathName)};
+    Read(entry, file, Type);
+}
+
+void Image::Read(const wchar_t* PathName, PixelTypes Type)
+{
+    const Entry entry("Tesk::Image::Read");
+    ImageFile file{nullptr, Narrow(PathName), PathName ? PathName : L""};
+    Read(entry, file, Type);
+}
+
+void Image::Write(const char* PathName) const
+{
+    const Entry entry("Tesk::Image::Write");
+    ImageFile file{nullptr, PathName ? PathName : "", Widen(PathName)};
+    Write(entry, file);
+}
+
+void Image::Write(const wchar_t* PathName) const
+{
+    const Entry entry("Tesk::Image::Write");
+    ImageFile file{nullptr, Narrow(PathName), PathName ? PathName : L""};
+    Write(entry, file);
+}
+
+} // namespace Tesk

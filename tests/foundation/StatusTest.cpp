@@ -1,0 +1,108 @@
+#include "foundation/Entry.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+using namespace Tesk;
+
+namespace {
+
+class StatusTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
+    void TearDown() override { Status::ErrorBehavior(IgnoreIt); }
+};
+
+} // namespace
+
+TEST_F(StatusTest, AFailureKeepsCodeMessageAndContextUntilTheNextEntry)
+{
+    const Entry entry("Tesk::Test::Method");
+    EXPECT_TRUE(entry.Refuse(OutOfRange, L"Value %d of %ls", 5, L"Gray"));
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+    EXPECT_STREQ(Status::UnicodeError(), L"Value 5 of Gray");
+    EXPECT_STREQ(Status::AsciiError(), "Value 5 of Gray");
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Test::Method");
+    EXPECT_STREQ(Status::UnicodeFunction(), L"Tesk::Test::Method");
+    EXPECT_FALSE(Status::Raise(NoError, "Tesk::Other"));
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Test::Method");
+    EXPECT_TRUE(Status::Raise(CannotRead, nullptr));
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Test::Method");
+    const Entry next("Tesk::Test::Next");
+    EXPECT_EQ(Status::Error().Code, NoError);
+}
+
+TEST_F(StatusTest, LongMessagesAreCutAt255Characters)
+{
+    const std::wstring path(100000, L'p');
+    Status::Raise(Status::Format(CannotOpen, L"Cannot open file \"%ls\"", path.c_str()), "Tesk::Test");
+    EXPECT_EQ(std::wstring(Status::UnicodeError()).size(), 255u);
+    EXPECT_EQ(std::wstring(Status::UnicodeError()).substr(0, 20), L"Cannot open file \"pp");
+}
+
+TEST_F(StatusTest, ThrowItThrowsTheRecordAndUnknownBehavioursChangeNothing)
+{
+    Status::ErrorBehavior(ThrowIt);
+    EXPECT_THROW(Status::ErrorBehavior(5), Status);
+    try {
+        Status::Raise(Status::Format(VoidObject, L"Void"), "Tesk::Thrower");
+        FAIL();
+    } catch (const Status& thrown) {
+        EXPECT_EQ(thrown.Code, VoidObject);
+        EXPECT_STREQ(thrown.Message(), L"Void");
+        EXPECT_STREQ(thrown.Function(), "Tesk::Thrower");
+    }
+    Status::ErrorBehavior(IgnoreIt);
+    Status::ErrorBehavior(-1);
+    EXPECT_STREQ(Status::UnicodeError(), L"The Callback argument value (-1) is not in the enum range");
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+}
+
+TEST_F(StatusTest, ThreadsHaveTheirOwnRecords)
+{
+    Status::Raise(Status::Format(VoidObject, L"Here"), "Tesk::Here");
+    int other = -1;
+    std::thread([&] {
+        Status::AttachThread();
+        other = Status::Error().Code;
+    }).join();
+    EXPECT_EQ(other, NoError);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+}
+
+TEST_F(StatusTest, StopwatchesAccumulateFromOneStartAndRefuseBadClocks)
+{
+    Status::StartWatch(3, false);
+    EXPECT_EQ(Status::ReadWatch(3, false), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    const int first = Status::ReadWatch(3, true);
+    EXPECT_GE(first, 2000);
+    // The start does not move, so a second update counts the first part again.
+    EXPECT_GE(Status::ReadWatch(3, true), 2 * first);
+    Status::StartWatch(10, false);
+    EXPECT_STREQ(Status::UnicodeError(), L"Invalid clock index (10), must be in range [0..9]");
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Status::StartWatch");
+    EXPECT_EQ(Status::ReadWatch(-1, true), 0);
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+    EXPECT_FALSE(Status::Expired(10));
+    Status::Timeout(4, 0);
+    EXPECT_TRUE(Status::Expired(4));
+    Status::Timeout(4, 10000000);
+    EXPECT_FALSE(Status::Expired(4));
+}
+
+TEST_F(StatusTest, TheDetectorStopsAt128BitsAndACallRaisesTheLevel)
+{
+    const SIMDLevels detected = Status::SIMDLevel();
+    EXPECT_LE(detected, SIMDSSE4);
+    Status::SIMDLevel(NoSIMD);
+    EXPECT_EQ(Status::SIMDLevel(), NoSIMD);
+    Status::SIMDLevel(static_cast<SIMDLevels>(11));
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+    EXPECT_EQ(Status::SIMDLevel(), NoSIMD);
+    Status::SIMDLevel(detected);
+    EXPECT_STREQ(Status::SIMDLevelName(SIMDAVX2), L"AVX2");
+}

@@ -1,0 +1,353 @@
+#include "foundation/Status.h"
+#include "image/Image.h"
+#include "image/Operator.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+using namespace Tesk;
+namespace fs = std::filesystem;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class ImageFileTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        Status::ErrorBehavior(IgnoreIt);
+        TextOutput() = nullptr;
+        folder_ = fs::temp_directory_path() / ("tesk_image_file_" + std::to_string(getpid()));
+        fs::create_directories(folder_);
+    }
+    void TearDown() override
+    {
+        TextOutput() = stderr;
+        fs::remove_all(folder_);
+    }
+
+    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+
+    std::string Put(const std::string& name, const Bytes& bytes) const
+    {
+        std::FILE* file = std::fopen(Path(name).c_str(), "wb");
+        std::fwrite(bytes.data(), 1, bytes.size(), file);
+        std::fclose(file);
+        return Path(name);
+    }
+
+    std::string Put(const std::string& name, const std::string& text) const
+    {
+        return Put(name, Bytes(text.begin(), text.end()));
+    }
+
+    static Bytes Contents(const std::string& path)
+    {
+        Bytes bytes(fs::file_size(path));
+        std::FILE* file = std::fopen(path.c_str(), "rb");
+        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
+        std::fclose(file);
+        return bytes;
+    }
+
+    fs::path folder_;
+};
+
+/// A picture in which every byte of the window depends on its place.
+void Fill(Image& image, int width, int height, PixelTypes type)
+{
+    image.Set(width, height, type);
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < RowBytes(width, type); x++)
+            image.Row(y)[x] = static_cast<std::uint8_t>(37 * x + 101 * y + x * y + 5);
+    // The unused bits of a packed row are no part of the picture.
+    if (type == Gray1 && width % 8)
+        for (int y = 0; y < height; y++)
+            image.Row(y)[width >> 3] &= static_cast<std::uint8_t>(0xff00 >> (width & 7));
+}
+
+void ExpectSame(const Image& a, const Image& b, const std::string& what)
+{
+    ASSERT_EQ(PixelTypes(a.Type), PixelTypes(b.Type)) << what;
+    ASSERT_EQ(int(a.Width), int(b.Width)) << what;
+    ASSERT_EQ(int(a.Height), int(b.Height)) << what;
+    const int bits = a.Type == Gray1 ? a.Width & 7 : 0;
+    const int whole = a.Type == Gray1 ? a.Width >> 3 : RowBytes(a.Width, a.Type);
+    for (int y = 0; y < a.Height; y++) {
+        ASSERT_EQ(std::memcmp(a.Row(y), b.Row(y), static_cast<std::size_t>(whole)), 0) << what << " row " << y;
+        if (bits) {
+            ASSERT_EQ((a.Row(y)[whole] ^ b.Row(y)[whole]) >> (8 - bits), 0) << what << " row " << y;
+        }
+    }
+}
+
+std::wstring Message()
+{
+    return Status::UnicodeError();
+}
+
+void Put32(Bytes& bytes, std::size_t at, std::uint32_t value)
+{
+    for (std::size_t i = 0; i < 4; i++)
+        bytes[at + i] = static_cast<std::uint8_t>(value >> 8 * i);
+}
+
+/// The headers of a BMP file with rows at `offset`.
+Bytes BmpHeader(int width, int height, int bitCount, std::uint32_t offset = 54, std::uint32_t colors = 0)
+{
+    Bytes bytes(54);
+    bytes[0] = 'B';
+    bytes[1] = 'M';
+    Put32(bytes, 10, offset);
+    Put32(bytes, 14, 40);
+    Put32(bytes, 18, static_cast<std::uint32_t>(width));
+    Put32(bytes, 22, static_cast<std::uint32_t>(height));
+    bytes[26] = 1;
+    bytes[28] = static_cast<std::uint8_t>(bitCount);
+    Put32(bytes, 46, colors);
+    return bytes;
+}
+
+} // namespace
+
+TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
+{
+    const struct
+    {
+        const char* name;
+        std::vector<PixelTypes> types;
+    } cases[] = {{"a.bmp", {Gray, Gray16, Rgb, Rgba, Gray1}}, {"a.PNG", {Gray, Gray16, Rgb, Gray1}},
+                 {"a.tif", {Gray, Gray16, Rgb, Rgba, Gray1}}, {"a.pbm", {Gray1}},
+                 {"a.pgm", {Gray, Gray16}},                   {"a.ppm", {Rgb}}, {"a.xyz", {}}};
+    for (const auto& c : cases)
+        for (const PixelTypes type : c.types)
+            for (const int width : {1, 7, 8, 9, 33}) {
+                Image written, read;
+                Fill(written, width, 5, type);
+                written.Write(Path(c.name).c_str());
+                ASSERT_EQ(Status::Error().Code, NoError) << c.name << Status::AsciiError();
+                read.Read(Path(c.name).c_str(), Undefined);
+                ASSERT_EQ(Status::Error().Code, NoError) << c.name << Status::AsciiError();
+                ExpectSame(written, read, std::string(c.name) + " type " + std::to_string(type));
+                EXPECT_TRUE(read.OwnsBuffer);
+            }
+}
+
+TEST_F(ImageFileTest, OnlyTheWindowIsWrittenAndWidePathsWork)
+{
+    Image image, crop;
+    Fill(image, 20, 10, Rgb);
+    image.Window(3, 4, 7, 5);
+    const std::wstring path = Widen(Path("window.png").c_str());
+    image.Write(path.c_str());
+    crop.Read(path.c_str(), Rgb);
+    ExpectSame(image, crop, "window");
+}
+
+TEST_F(ImageFileTest, UnknownEndingsWriteBmpAndAreRefusedByRead)
+{
+    Image image;
+    Fill(image, 4, 4, Gray);
+    image.Write(Path("a.xyz").c_str());
+    EXPECT_EQ(Contents(Path("a.xyz"))[0], 'B');
+    image.Read(Path("a.xyz").c_str());
+    EXPECT_EQ(Status::Error().Code, UnsupportedFormat);
+    EXPECT_EQ(Message(), L"Unsupported file extension \"" + Widen(Path("a.xyz").c_str()) + L"\"");
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::Read");
+    image.Read(Path("b.xyz").c_str());
+    EXPECT_EQ(Status::Error().Code, CannotOpen);
+    image.Read(folder_.c_str());
+    EXPECT_EQ(Status::Error().Code, CannotOpen);
+    fs::create_directory(folder_ / "folder.png");
+    for (const char* name : {"folder.png", "none/a.bmp"}) {
+        image.Read(Path(name).c_str());
+        EXPECT_EQ(Status::Error().Code, CannotOpen) << name;
+        image.Write(Path(name).c_str());
+        EXPECT_EQ(Status::Error().Code, CannotOpen) << name;
+    }
+    EXPECT_EQ(image.Width, 4);
+}
+
+TEST_F(ImageFileTest, BmpRowsStandBottomUpAndPalettesConvert)
+{
+    Bytes bytes = BmpHeader(2, -2, 8, 54 + 8, 2);
+    bytes.insert(bytes.end(), {10, 20, 30, 0, 200, 200, 200, 0}); // blue, green, red, spare
+    bytes.insert(bytes.end(), {1, 0, 99, 99, 0, 1, 99, 99});
+    const std::string path = Put("p.bmp", bytes);
+    Image image;
+    image.Read(path.c_str(), Undefined);
+    ASSERT_EQ(PixelTypes(image.Type), Rgb);
+    EXPECT_EQ(image.PixelRgb(0, 0), RgbPixel(30, 20, 10));
+    EXPECT_EQ(image.PixelRgb(1, 0), RgbPixel(200, 200, 200));
+    image.Read(path.c_str(), Gray);
+    EXPECT_EQ(image.PixelGray(1, 1), (366 * 20 + 37 * 10 + 109 * 30) >> 9);
+    image.Read(path.c_str(), Gray16);
+    EXPECT_EQ(image.PixelGray16(1, 0), 1 << 8);
+    image.Read(path.c_str(), Gray1);
+    EXPECT_EQ(Status::Error().Code, IncompatibleType);
+    EXPECT_EQ(Message(), L"Implicit type conversion from Gray to Gray1 is not supported (use Copy)");
+}
+
+TEST_F(ImageFileTest, BmpHeadersAreRefusedWithTheirReasons)
+{
+    Bytes compressed = BmpHeader(1, 1, 24);
+    compressed[30] = 1;
+    Bytes tiny = BmpHeader(1, 1, 24);
+    tiny[14] = 20;
+    const struct
+    {
+        Bytes bytes;
+        int code;
+        const wchar_t* start;
+    } cases[] = {{{'B', 'M'}, CannotRead, L"Cannot read from file \""},
+                 {Bytes(60, 'x'), UnsupportedFormat, L"File \""},
+                 {compressed, UnsupportedFormat, L"Compressed BMP file formats are not supported"},
+                 {tiny, UnsupportedFormat, L"Unsupported BMP header format"},
+                 {BmpHeader(1, 1, 4), UnsupportedFormat,
+                  L"Unsupported BMP image format, bit count is 4, not among 8, 16, 24 or 32"},
+                 {BmpHeader(1, 1, 8), CannotRead, L"Cannot read the color palette from file \""},
+                 {BmpHeader(60000, 60000, 24), CannotRead, L"Cannot read image row from the BMP file \""},
+                 {BmpHeader(0, 5, 24), CannotAllocate, L"Cannot allocate the image Buffer"},
+                 {BmpHeader(-3, 5, 24), CannotAllocate, L"Cannot allocate the image Buffer"}};
+    Image image;
+    for (const auto& c : cases) {
+        image.Read(Put("h.bmp", c.bytes).c_str(), Undefined);
+        EXPECT_EQ(Status::Error().Code, c.code) << Status::AsciiError();
+        EXPECT_EQ(Message().substr(0, std::wcslen(c.start)), c.start);
+        EXPECT_EQ(PixelTypes(image.Type), Undefined);
+    }
+}
+
+TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
+{
+    Image image;
+    image.Read(Put("a.pgm", std::string("p2\n# a comment\n2\n# another\n2 9\n1 2\n3 4\n")).c_str());
+    ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    EXPECT_EQ(image.PixelGray(1, 1), 4);
+    image.Read(Put("a.pbm", std::string("P1 3 1\n1 01\n")).c_str());
+    EXPECT_EQ(image.PixelGray(0, 0), 0);
+    EXPECT_EQ(image.PixelGray(1, 0), 255);
+    image.Read(Put("b.pbm", std::string("P4\n9 1\n\x80\x80")).c_str(), Undefined);
+    EXPECT_EQ(image.Pitch, 4);
+    EXPECT_FALSE(image.PixelGray1(0, 0));
+    EXPECT_TRUE(image.PixelGray1(1, 0));
+    EXPECT_FALSE(image.PixelGray1(8, 0));
+    image.Read(Put("b.pgm", std::string("P5\n1 1\n300\n\x01\x02")).c_str(), Gray);
+    ASSERT_EQ(PixelTypes(image.Type), Gray16);
+    EXPECT_EQ(image.PixelGray16(0, 0), 0x102);
+    image.Read(Put("c.pgm", std::string("P5 2 1 255 \x07\x0a")).c_str());
+    EXPECT_EQ(image.PixelGray(1, 0), 10) << "samples on the header's line";
+    image.Read(Put("a.ppm", std::string("P3\n1 1 255\n1 2 3\n")).c_str());
+    EXPECT_EQ(image.PixelRgb(0, 0), RgbPixel(1, 2, 3));
+
+    const struct
+    {
+        const char *name, *text;
+        int code;
+        const wchar_t* start;
+    } cases[] = {{"d.pgm", "P6\n1 1 255\n", UnsupportedFormat, L"File \""},
+                 {"e.pgm", "P5\n1 1", CannotRead, L"Cannot read the header from the PGM file \""},
+                 {"f.pgm", "P5\n1 1 70000\n", UnsupportedFormat,
+                  L"Unsupported PGM image format, the maximum gray value (70000) is larger than 65535"},
+                 {"g.ppm", "P6\n1 1 256\n", UnsupportedFormat,
+                  L"Unsupported PPM image format, the maximum gray value (256) is larger than 255"},
+                 {"h.pgm", "P5\n60000 60000 255\nabc", CannotRead, L"Cannot read an image row from the PGM file \""},
+                 {"i.ppm", "P6\n2 2 255\nabc", CannotRead, L"Cannot read an image row from the file \""},
+                 {"j.pbm", "P1\n2 1\n1x", CannotRead, L"Cannot read a pixel value from the PBM file \""},
+                 {"k.pgm", "P2\n-1 5 255\n1 2 3 4 5 6", CannotRead, L"Cannot read the header from the PGM file \""}};
+    for (const auto& c : cases) {
+        image.Read(Put(c.name, std::string(c.text)).c_str());
+        EXPECT_EQ(Status::Error().Code, c.code) << c.name << ' ' << Status::AsciiError();
+        EXPECT_EQ(Message().substr(0, std::wcslen(c.start)), c.start);
+    }
+}
+
+TEST_F(ImageFileTest, ConversionsOnTheWayIn)
+{
+    Image gray16, gray, rgb, read;
+    Fill(gray16, 9, 3, Gray16);
+    Fill(rgb, 9, 3, Rgb);
+    Fill(gray, 9, 3, Gray);
+    for (const char* name : {"c.bmp", "c.png", "c.tif"}) {
+        gray16.Write(Path(name).c_str());
+        read.Read(Path(name).c_str(), Gray);
+        ASSERT_EQ(PixelTypes(read.Type), Gray) << name;
+        EXPECT_EQ(read.PixelGray(4, 2), gray16.PixelGray16(4, 2) >> 8) << name;
+        gray.Write(Path(name).c_str());
+        read.Read(Path(name).c_str(), Rgb);
+        ASSERT_EQ(PixelTypes(read.Type), Rgb) << name << Status::AsciiError();
+        EXPECT_EQ(read.PixelRgb(4, 2), RgbPixel(gray.PixelGray(4, 2), gray.PixelGray(4, 2), gray.PixelGray(4, 2)));
+    }
+    for (const char* name : {"c.bmp", "c.tif", "c.ppm"}) {
+        rgb.Write(Path(name).c_str());
+        read.Read(Path(name).c_str(), Gray);
+        if (std::string(name) == "c.ppm") continue; // always colour
+        EXPECT_EQ(read.PixelGray(4, 2), ColorToGray(rgb.PixelRgb(4, 2))) << name;
+    }
+    read.Read(Path("c.bmp").c_str(), Dble);
+    EXPECT_EQ(Status::Error().Code, IncompatibleType);
+}
+
+TEST_F(ImageFileTest, JpegIsNearAndRefusesWhatItCannotHold)
+{
+    Image image, read, wide;
+    image.Set(40, 30, Rgb);
+    for (int y = 0; y < 30; y++)
+        for (int x = 0; x < 40; x++)
+            image.Row<RgbPixel>(y)[x] = RgbPixel(200, 100 + x, 40);
+    image.Write(Path("a.jpg").c_str());
+    read.Read(Path("a.jpg").c_str(), Rgb);
+    ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    EXPECT_NEAR(read.PixelRgb(20, 15).Red, 200, 6);
+    EXPECT_NEAR(read.PixelRgb(20, 15).Green, 120, 6);
+    EXPECT_NEAR(read.PixelRgb(20, 15).Blue, 40, 8);
+    read.Read(Path("a.jpg").c_str(), Gray16);
+    EXPECT_EQ(Status::Error().Code, IncompatibleType);
+    Fill(wide, 4, 4, Gray16);
+    wide.Write(Path("b.jpg").c_str());
+    EXPECT_EQ(Message(), L"The image type (Gray16) is not supported for saving under the JPEG image format");
+}
+
+TEST_F(ImageFileTest, FilesCutAnywhereAreRefusedAndLeaveTheImageAlone)
+{
+    for (const char* name : {"t.bmp", "t.pbm", "t.pgm", "t.ppm", "t.png", "t.jpg", "t.tif"}) {
+        Image picture, image;
+        const std::string kind = name;
+        Fill(picture, 61, 47, kind == "t.ppm" || kind == "t.jpg" ? Rgb : kind == "t.pbm" ? Gray1 : Gray);
+        picture.Write(Path(name).c_str());
+        const Bytes whole = Contents(Path(name));
+        Fill(image, 3, 3, Gray);
+        std::vector<std::size_t> cuts;
+        for (std::size_t cut = 0; cut < 200 && cut < whole.size(); cut++)
+            cuts.push_back(cut);
+        std::uint32_t state = 1;
+        for (int i = 0; i < 40; i++) {
+            state = state * 1664525u + 1013904223u;
+            cuts.push_back((state >> 8) % whole.size());
+        }
+        for (const std::size_t cut : cuts) {
+            // The last bytes of PNG and TIFF hold no pixels.
+            if (cut + 20 > whole.size()) continue;
+            const std::string path = Put(name, Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(cut)));
+            image.Read(path.c_str(), Undefined);
+            ASSERT_NE(Status::Error().Code, NoError) << name << " cut at " << cut;
+            ASSERT_EQ(image.Width, 3) << name << " cut at " << cut;
+        }
+        // Flipped bytes may pass or fail, but never harm.
+        for (int i = 0; i < 200; i++) {
+            Bytes broken = whole;
+            state = state * 1664525u + 1013904223u;
+            broken[(state >> 8) % Min<std::size_t>(broken.size(), 400)] ^= static_cast<std::uint8_t>(1 + (state >> 5) % 255);
+            Image any;
+            any.Read(Put(name, broken).c_str(), Undefined);
+        }
+    }
+}

@@ -1,0 +1,219 @@
+#include "foundation/Status.h"
+#include "image/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+using namespace Tesk;
+
+namespace {
+
+class ImageTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
+    void TearDown() override { Status::Shallow = false; }
+};
+
+std::wstring Message()
+{
+    return Status::UnicodeError();
+}
+
+} // namespace
+
+TEST_F(ImageTest, StoresHaveTheirPitchAlignmentAndSpareBytes)
+{
+    const struct
+    {
+        int width;
+        PixelTypes type;
+        int rowBytes, pitch;
+    } cases[] = {{5, Rgb, 15, 16}, {9, Gray1, 2, 4}, {7, Gray, 7, 8}, {3, Gray16, 6, 8}, {1, Rgba, 4, 4}, {3, Grad, 12, 12}};
+    for (const auto& c : cases) {
+        Image image;
+        image.Set(c.width, 3, c.type);
+        EXPECT_EQ(RowBytes(c.width, c.type), c.rowBytes);
+        EXPECT_EQ(image.Pitch, c.pitch);
+        EXPECT_EQ(image.BufferSize, static_cast<std::uint32_t>(c.pitch * 3 + 62));
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(static_cast<std::uint8_t*>(image.FirstPixel)) % 32, 0u);
+    }
+}
+
+TEST_F(ImageTest, WindowsAreClippedAndTellWhetherTheyWere)
+{
+    Image image;
+    EXPECT_FALSE(image.Window(0, 0, 1, 1));
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+    EXPECT_EQ(Message(), L"Void source or destination image");
+    image.Set(100, 50, Gray);
+    EXPECT_TRUE(image.Window(10, 5, 20, 10));
+    EXPECT_EQ(image.FirstPixel, image.Buffer + image.AlignOffset + image.Pitch * 5 + 10);
+    EXPECT_TRUE(image.HasWindow());
+    const struct
+    {
+        int x, y, width, height;
+        bool result;
+        int ex, ey, ewidth, eheight;
+    } cases[] = {{-5, -5, 20, 10, false, 0, 0, 15, 5},    // cut at the near edges
+                 {90, 45, 20, 10, false, 90, 45, 10, 5},  // cut at the far edges
+                 {200, 0, 10, 10, false, 90, 45, 10, 5},  // wholly outside: stays
+                 {0, 0, 0, 10, true, 90, 45, 10, 5},      // empty: stays, and counts as inside
+                 {MaxInt, 0, MaxInt, 1, false, 90, 45, 10, 5},
+                 {0, 0, 100, 50, true, 0, 0, 100, 50}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(image.Window(c.x, c.y, c.width, c.height), c.result);
+        EXPECT_EQ(image.X, c.ex);
+        EXPECT_EQ(image.Y, c.ey);
+        EXPECT_EQ(image.Width, c.ewidth);
+        EXPECT_EQ(image.Height, c.eheight);
+    }
+}
+
+TEST_F(ImageTest, SetFromAnImageKeepsAFittingWindowThenAFittingStore)
+{
+    Image source, image;
+    source.Set(20, 10, Gray);
+    image.Set(100, 50, Gray);
+    image.Window(7, 8, 20, 10);
+    const std::uint8_t* buffer = image.Buffer;
+    image.Set(source);
+    EXPECT_EQ(image.Buffer, buffer);
+    EXPECT_EQ(image.X, 7);
+    source.Set(100, 50, Gray);
+    image.Set(source);
+    EXPECT_EQ(image.Buffer, buffer);
+    EXPECT_FALSE(image.HasWindow());
+    image.Set(source, Rgb);
+    EXPECT_EQ(image.Type, Rgb);
+    EXPECT_EQ(image.Pitch, 300);
+    Image nothing;
+    image.Set(nothing);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::Set");
+    EXPECT_EQ(image.Type, Rgb);
+}
+
+TEST_F(ImageTest, ImpossibleSizesAreRefusedAndChangeNothing)
+{
+    Image image;
+    image.Set(4, 4, Gray);
+    const struct
+    {
+        int width, height;
+        PixelTypes type;
+    } cases[] = {{0, 4, Gray}, {4, 0, Gray}, {-1, 4, Gray}, {MaxInt, 2, Rgb}, {60000, 60000, Rgba}, {MaxInt, MaxInt, Gray1}};
+    for (const auto& c : cases) {
+        image.Set(c.width, c.height, c.type);
+        EXPECT_EQ(Status::Error().Code, CannotAllocate);
+        EXPECT_EQ(Message(), L"Cannot allocate the image buffer");
+        EXPECT_EQ(image.Width, 4);
+        EXPECT_EQ(image.Type, Gray);
+    }
+}
+
+TEST_F(ImageTest, PixelsAreReachedByStoreCoordinatesInsideTheWindowOnly)
+{
+    Image image;
+    image.Set(10, 10, Gray16);
+    image.Window(2, 3, 4, 5);
+    image.PixelGray16(2, 3) = 777;
+    EXPECT_EQ(*image.Row<Gray16Pixel>(0), 777);
+    image.PixelGray16(1, 3) = 5;
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+    EXPECT_EQ(Message(), L"Pixel coordinates (-1, 0) out of the image range [2..5] x [3..7]");
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::PixelGray16");
+    image.PixelGray(2, 3);
+    EXPECT_EQ(Message(), L"Image Type is Gray16, Gray was expected");
+    EXPECT_EQ(Status::Error().Code, IncompatibleType);
+    Image bits;
+    bits.Set(9, 2, Gray1);
+    std::fill_n(bits.Row(0), 4, 0);
+    bits.PixelGray1(8, 0, true);
+    EXPECT_EQ(bits.Row(0)[1], 0x80);
+    EXPECT_TRUE(bits.PixelGray1(8, 0));
+    EXPECT_FALSE(bits.PixelGray1(7, 0));
+    EXPECT_FALSE(bits.PixelGray1(9, 0));
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+}
+
+TEST_F(ImageTest, ShadowsKeepTheirRelativeWindowAndTheirPixels)
+{
+    Image source, shadow;
+    source.Set(100, 50, Gray);
+    std::fill_n(source.Row(0), 50 * source.Pitch, 9);
+    shadow.ShallowCopy(source, true);
+    EXPECT_EQ(shadow.FirstPixel, source.FirstPixel);
+    EXPECT_FALSE(shadow.OwnsBuffer);
+    shadow.Window(10, 10, 20, 20);
+    Image larger;
+    larger.Set(200, 100, Gray);
+    shadow.ShallowCopy(larger, false);
+    EXPECT_EQ(shadow.X, 20);
+    EXPECT_EQ(shadow.Width, 40);
+
+    Status::Shallow = true;
+    Image kept;
+    kept.ShallowCopy(source, true);
+    source.DetachIfShared(false);
+    source.Row(0)[0] = 1;
+    EXPECT_EQ(kept.Row(0)[0], 9);
+    source.Detach(true);
+    EXPECT_EQ(source.Row(0)[0], 1);
+}
+
+TEST_F(ImageTest, TheBlockOfAGoneImageLivesWithItsShadow)
+{
+    Image shadow;
+    {
+        Image source;
+        source.Set(8, 8, Gray);
+        source.Row(3)[3] = 42;
+        shadow.ShallowCopy(source, true);
+    }
+    EXPECT_EQ(shadow.Row(3)[3], 42);
+}
+
+TEST_F(ImageTest, PrintShowsTheEndsAndBlocksKeepEveryPixel)
+{
+    Image image;
+    image.Set(5, 3, Gray);
+    for (int y = 0; y < 3; y++)
+        for (int x = 0; x < 5; x++)
+            image.Row(y)[x] = static_cast<std::uint8_t>(10 * y + x);
+    std::FILE* file = std::tmpfile();
+    TextOutput() = file;
+    image.Print(2, 4);
+    TextOutput() = stderr;
+    std::string text(200, 0);
+    std::rewind(file);
+    text.resize(std::fread(text.data(), 1, text.size(), file));
+    EXPECT_EQ(text, "Type: Gray, Size 5 x 3 pixels\n  0   1 ...   3   4 \n...\n 20  21 ...  23  24 \n");
+    std::fclose(file);
+
+    file = std::tmpfile();
+    image.Window(1, 1, 3, 2);
+    EXPECT_EQ(image.WriteBlock(file), NoError);
+    EXPECT_EQ(std::ftell(file), 16 + 6);
+    std::rewind(file);
+    Image copy;
+    EXPECT_EQ(copy.ReadBlock(file), NoError);
+    EXPECT_EQ(copy.Row(1)[2], 23);
+    EXPECT_EQ(copy.ReadBlock(file), CannotRead);
+    std::fclose(file);
+}
+
+TEST_F(ImageTest, ABlockThatPromisesMoreThanItsFileHoldsAllocatesNothing)
+{
+    std::FILE* file = std::tmpfile();
+    const unsigned char header[] = {1, 0, 0, 0, 0x60, 0xea, 0, 0, 0x60, 0xea, 0, 0, 1, 0, 0, 0, 7, 7};
+    std::fwrite(header, 1, sizeof header, file);
+    std::rewind(file);
+    Image image;
+    EXPECT_EQ(image.ReadBlock(file), CannotRead);
+    EXPECT_EQ(image.Type, Undefined);
+    std::fclose(file);
+}
