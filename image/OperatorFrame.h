@@ -1,0 +1,115 @@
+// The one frame of point operations: check, size, detach, loop over rows.
+#pragma once
+
+#include "foundation/Entry.h"
+#include "image/Image.h"
+
+#include <cmath>
+#include <cstring>
+#include <initializer_list>
+
+namespace Tesk::points {
+
+/// A set of pixel types, as a bit for each.
+struct Types
+{
+    std::uint32_t bits = 0;
+    constexpr Types(std::initializer_list<PixelTypes> types)
+    {
+        for (const PixelTypes type : types)
+            bits |= 1u << type;
+    }
+    bool Has(PixelTypes type) const { return bits >> type & 1; }
+};
+
+inline constexpr Types bytePixels = {Gray, Rgb};
+
+/// Bytes of a window row whose pixels are made of bytes.
+inline int ByteCount(const Image& image)
+{
+    return RowBytes(image.Width, image.Type);
+}
+
+int RefuseType(PixelTypes type);
+int RefuseClip(GrayClipping clip);
+const wchar_t* ClippingName(GrayClipping clip);
+
+/// One or two sources held for the time of an operation, so that a destination that is a source and changes its type
+/// keeps its pixels alive.
+struct Sources
+{
+    Image a, b;
+    bool two = false;
+};
+
+/// Checks the sources, holds views of them, and sizes and detaches the destination. True if the operation must end.
+bool Prepare(const Entry& entry, const Image& src, Image& dst, PixelTypes type, Sources& held);
+bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Image& dst, PixelTypes type, Sources& held);
+
+/// Rows of bytes through a function of one byte.
+template <typename F>
+void EachByte(const Image& src, Image& dst, F f)
+{
+    const int n = ByteCount(dst);
+    for (int y = 0; y < dst.Height; y++) {
+        const std::uint8_t* s = src.Row(y);
+        std::uint8_t* d = dst.Row(y);
+        for (int i = 0; i < n; i++)
+            d[i] = static_cast<std::uint8_t>(f(s[i]));
+    }
+}
+
+template <typename F>
+void EachBytePair(const Image& src, const Image& srcB, Image& dst, F f)
+{
+    const int n = ByteCount(dst);
+    for (int y = 0; y < dst.Height; y++) {
+        const std::uint8_t* a = src.Row(y);
+        const std::uint8_t* b = srcB.Row(y);
+        std::uint8_t* d = dst.Row(y);
+        for (int i = 0; i < n; i++)
+            d[i] = static_cast<std::uint8_t>(f(int{a[i]}, int{b[i]}));
+    }
+}
+
+/// Pixels of one type through a function into pixels of another.
+template <typename S, typename D, typename F>
+void EachPixel(const Image& src, Image& dst, F f)
+{
+    for (int y = 0; y < dst.Height; y++) {
+        const S* s = src.Row<S>(y);
+        D* d = dst.Row<D>(y);
+        for (int x = 0; x < dst.Width; x++)
+            d[x] = static_cast<D>(f(s[x]));
+    }
+}
+
+template <typename T, typename F>
+void EachPixelPair(const Image& src, const Image& srcB, Image& dst, F f)
+{
+    for (int y = 0; y < dst.Height; y++) {
+        const T* a = src.Row<T>(y);
+        const T* b = srcB.Row<T>(y);
+        T* d = dst.Row<T>(y);
+        for (int x = 0; x < dst.Width; x++)
+            d[x] = static_cast<T>(f(int{a[x]}, int{b[x]}));
+    }
+}
+
+/// Truncates to the range of a byte; not a number counts as 0.
+inline std::uint8_t TruncatedByte(double value)
+{
+    return value >= 255 ? std::uint8_t{255} : value > 0 ? static_cast<std::uint8_t>(value) : std::uint8_t{0};
+}
+
+/// An operation by constant: a table of 256 entries made by `f(value)`, through which the rows go.
+template <typename F>
+void ThroughTable(const Image& src, Image& dst, F f)
+{
+    std::uint8_t table[256];
+    for (int v = 0; v < 256; v++)
+        table[v] = static_cast<std::uint8_t>(f(v));
+    EachByte(src, dst, [&table](std::uint8_t s) { return table[s]; });
+}
+
+} // namespace Tesk::points
