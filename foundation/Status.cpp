@@ -83,7 +83,7 @@ BehaviorFunction behavior = Show;
 
 bool RefusesClock(int Clock, const char* Context)
 {
-    Status::Error().Code = NoError;
+    // A good clock leaves the code alone: the engine reads a watch between a call and the look at its code.
     if (static_cast<unsigned>(Clock) < numClocks) return false;
     return Status::Raise(Status::Format(OutOfRange, L"Invalid clock index (%d), must be in range [0..%d]", Clock, numClocks - 1),
                          Context);
