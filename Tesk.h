@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/Enumerations.h"
+#include "foundation/Graph.h"
 #include "foundation/Records.h"
 #include "foundation/Services.h"
 #include "foundation/Status.h"

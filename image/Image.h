@@ -83,7 +83,6 @@ public:
     void Write(const wchar_t* PathName) const;
 
     void Draw(bool WindowOnly) const;
-    void Draw(const Profile& LookupTable, bool WindowOnly) const;
     /// Outlines the window in `Graph::LineColor`, with discs at its corners, and with its diagonals if `Cross`.
     void DrawWindow(bool Handles, bool Cross = false) const;
     /// The window handle under a point of the screen; kept in `Handle` for `Drag`.
