@@ -13,6 +13,9 @@ namespace Tesk {
 
 class Engine
 {
+    // Stands first, so that the operations, which give up their uses, go before the variables.
+    std::vector<std::unique_ptr<AnyVariable>> variables_;
+
 public:
     /// The prototype tree: `NumNodes` nodes, 0 the root.
     static const TreeNode* const Tree[];
@@ -81,7 +84,6 @@ private:
     bool WillShow(std::size_t from);
     void Dispatch(Operation& operation);
 
-    std::vector<std::unique_ptr<AnyVariable>> variables_;
 };
 
 /// The whole program, or one operation's section, as text.

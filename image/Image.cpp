@@ -64,7 +64,7 @@ int ElementSize(PixelTypes Type)
 
 int RowBytes(int Width, PixelTypes Type)
 {
-    return Type == Gray1 ? (Width + 7) >> 3 : ElementSize(Type) * Width;
+    return Type == Gray1 ? Width / 8 + (Width % 8 > 0) : ElementSize(Type) * Width;
 }
 
 const wchar_t* PixelTypeName(PixelTypes Type)

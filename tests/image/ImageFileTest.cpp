@@ -39,7 +39,7 @@ protected:
     std::string Put(const std::string& name, const Bytes& bytes) const
     {
         std::FILE* file = std::fopen(Path(name).c_str(), "wb");
-        std::fwrite(bytes.data(), 1, bytes.size(), file);
+        if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), file);
         std::fclose(file);
         return Path(name);
     }

@@ -1,0 +1,42 @@
+// Row kernels on bytes: each written once with Highway, compiled for every SIMD target, beside the plain loop that
+// defines its result.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Tesk::kernels {
+
+/// Operations on two bytes of the same place.
+enum class BytePair
+{
+    AddSaturated,      ///< min(255, a + b)
+    SubtractSaturated, ///< max(0, a - b)
+    Difference,        ///< |a - b|
+    Maximum,
+    Minimum,
+    And,
+    Or,
+    Xor,
+    AddHalved,      ///< (a + b) >> 1
+    SubtractHalved  ///< (a - b + 255) >> 1
+};
+
+/// d[i] = a[i] op b[i] for `n` bytes, at the SIMD level in force. Rows may be the same, at the same place. Nothing outside
+/// the rows is read or written.
+void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n);
+
+/// d[i] = (a[i] * A + b[i] * (256 - A)) >> 8, for A from 0 to 256.
+void BlendRow(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A);
+
+/// d[i] = s[i] > Threshold ? High : Low.
+void ThresholdRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t Threshold, std::uint8_t High,
+                  std::uint8_t Low);
+
+// The definitions of the above.
+void BytePairRowPlain(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n);
+void BlendRowPlain(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A);
+void ThresholdRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t Threshold, std::uint8_t High,
+                       std::uint8_t Low);
+
+} // namespace Tesk::kernels
