@@ -53,9 +53,21 @@ SIMDLevels DetectLevel()
     return NoSIMD;
 }
 
+/// The one place where a level is turned into the targets that the row kernels are dispatched to.
+SIMDLevels ApplyLevel(SIMDLevels level)
+{
+    std::int64_t disabled = 0;
+    if (level < SIMDAVX512) disabled |= HWY_AVX3 | HWY_AVX3_DL;
+    if (level < SIMDAVX2) disabled |= HWY_AVX2;
+    if (level < SIMDSSE4) disabled |= HWY_SSE4;
+    hwy::DisableTargets(disabled);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    return level;
+}
+
 SIMDLevels& LevelInForce()
 {
-    static SIMDLevels level = DetectLevel();
+    static SIMDLevels level = ApplyLevel(DetectLevel());
     return level;
 }
 
@@ -223,11 +235,13 @@ void Status::SIMDLevel(SIMDLevels Level)
               "Tesk::Status::SIMDLevel");
         return;
     }
+    LevelInForce();
+    hwy::DisableTargets(0);
     const std::int64_t targets = hwy::SupportedTargets();
     if (Level >= SIMDAVX512 && !(targets & HWY_AVX3)) Level = SIMDAVX2;
     if (Level >= SIMDAVX && !(targets & (HWY_AVX2 | HWY_AVX3))) Level = DetectLevel();
     if (Level <= SIMDSSE4 && Level > DetectLevel()) Level = DetectLevel();
-    LevelInForce() = Level;
+    LevelInForce() = ApplyLevel(Level);
 }
 
 const wchar_t* Status::SIMDLevelName(SIMDLevels Level)

@@ -8,6 +8,7 @@ namespace Tesk {
 namespace {
 
 using namespace points;
+using kernels::BytePair;
 
 int LargestGray16()
 {
@@ -87,16 +88,16 @@ void Operator::Add(const Image& Src, const Image& SrcB, Image& Dst, GrayClipping
 {
     const auto add = [&](auto each, int largest) {
         switch (Clip) {
-        case Saturate: each([=](int a, int b) { return Min(a + b, largest); }); return int{NoError};
-        case Rescale: each([](int a, int b) { return (a + b) >> 1; }); return int{NoError};
+        case Saturate: each(BytePair::AddSaturated, [=](int a, int b) { return Min(a + b, largest); }); return int{NoError};
+        case Rescale: each(BytePair::AddHalved, [](int a, int b) { return (a + b) >> 1; }); return int{NoError};
         default: return RefuseClip(Clip);
         }
     };
     ByImage(
         "Tesk::Operator::Add", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { return add([&](auto f) { EachBytePair(a, b, Dst, f); }, 255); },
+        [&](const Image& a, const Image& b) { return add([&](BytePair bytes, auto) { EachBytePair(a, b, Dst, bytes); }, 255); },
         [&](const Image& a, const Image& b) {
-            return add([&](auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, LargestGray16());
+            return add([&](BytePair, auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, LargestGray16());
         });
 }
 
@@ -122,23 +123,28 @@ void Operator::Subtract(const Image& Src, int Const, Image& Dst, GrayClipping Cl
 
 void Operator::Subtract(const Image& Src, const Image& SrcB, Image& Dst, GrayClipping Clip)
 {
-    const auto subtract = [&](auto each, int largest, bool negative) {
+    const auto subtract = [&](auto each, auto reversed, int largest, bool negative) {
         switch (Clip) {
-        case Saturate: each([](int a, int b) { return Max(0, a - b); }); return int{NoError};
-        case Absolute: each([](int a, int b) { return Abs(a - b); }); return int{NoError};
+        case Saturate: each(BytePair::SubtractSaturated, [](int a, int b) { return Max(0, a - b); }); return int{NoError};
+        case Absolute: each(BytePair::Difference, [](int a, int b) { return Abs(a - b); }); return int{NoError};
         case Negative:
             if (!negative) return RefuseClip(Clip);
-            each([](int a, int b) { return Max(0, b - a); });
+            reversed();
             return int{NoError};
-        case Rescale: each([=](int a, int b) { return (a - b + largest) >> 1; }); return int{NoError};
+        case Rescale:
+            each(BytePair::SubtractHalved, [=](int a, int b) { return (a - b + largest) >> 1; });
+            return int{NoError};
         default: return RefuseClip(Clip);
         }
     };
     ByImage(
         "Tesk::Operator::Subtract", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { return subtract([&](auto f) { EachBytePair(a, b, Dst, f); }, 255, true); },
         [&](const Image& a, const Image& b) {
-            return subtract([&](auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, LargestGray16(), false);
+            return subtract([&](BytePair bytes, auto) { EachBytePair(a, b, Dst, bytes); },
+                            [&] { EachBytePair(b, a, Dst, BytePair::SubtractSaturated); }, 255, true);
+        },
+        [&](const Image& a, const Image& b) {
+            return subtract([&](BytePair, auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, [] {}, LargestGray16(), false);
         });
 }
 
@@ -215,7 +221,7 @@ void Operator::Maximize(const Image& Src, const Image& SrcB, Image& Dst)
     const auto larger = [](int a, int b) { return Max(a, b); };
     ByImage(
         "Tesk::Operator::Maximize", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { EachBytePair(a, b, Dst, larger); return int{NoError}; },
+        [&](const Image& a, const Image& b) { EachBytePair(a, b, Dst, BytePair::Maximum); return int{NoError}; },
         [&](const Image& a, const Image& b) { EachPixelPair<Gray16Pixel>(a, b, Dst, larger); return int{NoError}; });
 }
 
@@ -224,7 +230,7 @@ void Operator::Minimize(const Image& Src, const Image& SrcB, Image& Dst)
     const auto smaller = [](int a, int b) { return Min(a, b); };
     ByImage(
         "Tesk::Operator::Minimize", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { EachBytePair(a, b, Dst, smaller); return int{NoError}; },
+        [&](const Image& a, const Image& b) { EachBytePair(a, b, Dst, BytePair::Minimum); return int{NoError}; },
         [&](const Image& a, const Image& b) { EachPixelPair<Gray16Pixel>(a, b, Dst, smaller); return int{NoError}; });
 }
 
@@ -237,8 +243,10 @@ void Operator::Blend(double Alpha, const Image& Src, const Image& SrcB, Image& D
     const double alpha = Alpha >= -1e4 && Alpha <= 1e4 ? Alpha : Alpha > 0 ? 1e4 : Alpha < 0 ? -1e4 : 0;
     if (held.a.Type == Gray || held.a.Type == Rgb || held.a.Type == Rgba) {
         const int a = static_cast<int>(alpha * 256);
+        const auto n = static_cast<std::size_t>(ByteCount(Dst));
         if (a >= 0 && a <= 256)
-            EachBytePair(held.a, held.b, Dst, [=](int s, int b) { return (s * a + b * (256 - a)) >> 8; });
+            for (int y = 0; y < Dst.Height; y++)
+                kernels::BlendRow(held.a.Row(y), held.b.Row(y), Dst.Row(y), n, a);
         else
             EachBytePair(held.a, held.b, Dst, [=](int s, int b) { return Clamp(s * a + b * (256 - a), 0, 65535) >> 8; });
     } else if (held.a.Type == Gray16) {

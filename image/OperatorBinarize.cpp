@@ -105,8 +105,13 @@ void WriteSplit(const Image& src, Image& dst, const Split& split, bool above, Bi
         break;
     default: {
         const std::uint8_t high = above ? 255 : 0, low = above ? 0 : 255;
-        const int t = split.threshold;
-        EachByte(src, dst, [=](std::uint8_t v) { return v > t ? high : low; });
+        // Beyond the range of a byte every pixel lies on one side.
+        const int t = Clamp(split.threshold, -1, 255);
+        for (int y = 0; y < dst.Height; y++) {
+            const auto n = static_cast<std::size_t>(int(dst.Width));
+            if (t < 0) std::memset(dst.Row(y), high, n);
+            else kernels::ThresholdRow(src.Row(y), dst.Row(y), n, static_cast<std::uint8_t>(t), high, low);
+        }
     }
     }
 }

@@ -3,6 +3,7 @@
 
 #include "foundation/Entry.h"
 #include "image/Image.h"
+#include "image/kernels/RowKernels.h"
 
 #include <cmath>
 #include <cstring>
@@ -57,6 +58,14 @@ void EachByte(const Image& src, Image& dst, F f)
         for (int i = 0; i < n; i++)
             d[i] = static_cast<std::uint8_t>(f(s[i]));
     }
+}
+
+/// Two sources through a row kernel.
+inline void EachBytePair(const Image& src, const Image& srcB, Image& dst, kernels::BytePair operation)
+{
+    const auto n = static_cast<std::size_t>(ByteCount(dst));
+    for (int y = 0; y < dst.Height; y++)
+        kernels::BytePairRow(operation, src.Row(y), srcB.Row(y), dst.Row(y), n);
 }
 
 template <typename F>

@@ -54,8 +54,7 @@ void BitsConstant(const char* context, int constant, const Image& src, Image& ds
     EachByte(held.a, dst, [=](std::uint8_t s) { return bits(int{s}, c); });
 }
 
-template <typename Bits>
-void BitsImages(const char* context, const Image& src, const Image& srcB, Image& dst, Bits bits)
+void BitsImages(const char* context, const Image& src, const Image& srcB, Image& dst, kernels::BytePair bits)
 {
     const Entry entry(context);
     Sources held;
@@ -162,7 +161,7 @@ void Operator::And(int Const, const Image& Src, Image& Dst)
 
 void Operator::And(const Image& Src, const Image& SrcB, Image& Dst)
 {
-    BitsImages("Tesk::Operator::And", Src, SrcB, Dst, std::bit_and<int>());
+    BitsImages("Tesk::Operator::And", Src, SrcB, Dst, kernels::BytePair::And);
 }
 
 void Operator::Or(int Const, const Image& Src, Image& Dst)
@@ -172,7 +171,7 @@ void Operator::Or(int Const, const Image& Src, Image& Dst)
 
 void Operator::Or(const Image& Src, const Image& SrcB, Image& Dst)
 {
-    BitsImages("Tesk::Operator::Or", Src, SrcB, Dst, std::bit_or<int>());
+    BitsImages("Tesk::Operator::Or", Src, SrcB, Dst, kernels::BytePair::Or);
 }
 
 void Operator::Xor(int Const, const Image& Src, Image& Dst)
@@ -182,7 +181,7 @@ void Operator::Xor(int Const, const Image& Src, Image& Dst)
 
 void Operator::Xor(const Image& Src, const Image& SrcB, Image& Dst)
 {
-    BitsImages("Tesk::Operator::Xor", Src, SrcB, Dst, std::bit_xor<int>());
+    BitsImages("Tesk::Operator::Xor", Src, SrcB, Dst, kernels::BytePair::Xor);
 }
 
 } // namespace Tesk

@@ -64,6 +64,10 @@ void Pair(BytePair operation, const std::uint8_t* a, const std::uint8_t* b, std:
 
 void Blend(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A)
 {
+#if HWY_TARGET == HWY_SCALAR
+    // One lane has no halves to work in.
+    BlendRowPlain(a, b, d, n, A);
+#else
     const Bytes bytes;
     const hn::Repartition<std::uint16_t, Bytes> words;
     const auto wa = hn::Set(words, static_cast<std::uint16_t>(A)), wb = hn::Set(words, static_cast<std::uint16_t>(256 - A));
@@ -75,6 +79,7 @@ void Blend(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::s
         const auto odd = hn::Add(hn::Mul(hn::ShiftRight<8>(s16), wa), hn::Mul(hn::ShiftRight<8>(t16), wb));
         return hn::BitCast(bytes, hn::Or(hn::ShiftRight<8>(even), hn::AndNot(low, odd)));
     });
+#endif
 }
 
 void Threshold(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t threshold, std::uint8_t high, std::uint8_t low)
@@ -105,7 +110,7 @@ void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* 
 
 void BlendRow(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A)
 {
-    // A factor of 256 does not go with a second one of 0 in 16-bit sums; it is a copy anyway.
+    // 255 * 256 is the largest sum, so 16 bits hold it.
     if (Status::SIMDLevel() == NoSIMD) BlendRowPlain(a, b, d, n, A);
     else HWY_DYNAMIC_DISPATCH(Blend)(a, b, d, n, A);
 }

@@ -1,0 +1,63 @@
+#include "foundation/Status.h"
+#include "image/kernels/RowKernels.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+using namespace Tesk;
+using namespace Tesk::kernels;
+
+namespace {
+
+std::vector<std::uint8_t> Random(std::size_t n, std::uint32_t state)
+{
+    std::vector<std::uint8_t> bytes(n);
+    for (auto& byte : bytes) {
+        state = state * 1664525u + 1013904223u;
+        byte = static_cast<std::uint8_t>(state >> 24);
+    }
+    return bytes;
+}
+
+class RowKernels : public ::testing::TestWithParam<SIMDLevels>
+{
+protected:
+    void SetUp() override
+    {
+        former_ = Status::SIMDLevel();
+        Status::SIMDLevel(GetParam());
+    }
+    void TearDown() override { Status::SIMDLevel(former_); }
+
+    SIMDLevels former_ = NoSIMD;
+};
+
+} // namespace
+
+TEST_P(RowKernels, EqualThePlainLoopsAtEveryLengthAndAlignmentInPlaceToo)
+{
+    for (std::size_t n = 0; n <= 133; n++)
+        for (const std::size_t offset : {0u, 1u, 7u}) {
+            const auto a = Random(n + 16, static_cast<std::uint32_t>(n)), b = Random(n + 16, static_cast<std::uint32_t>(n + 99));
+            const auto check = [&](auto kernel, auto plain) {
+                auto got = a, wanted = a;
+                kernel(got.data() + offset, b.data() + 3, got.data() + offset);
+                plain(wanted.data() + offset, b.data() + 3, wanted.data() + offset);
+                ASSERT_EQ(got, wanted) << n << ' ' << offset;
+            };
+            for (int op = 0; op <= static_cast<int>(BytePair::SubtractHalved); op++) {
+                const auto pair = static_cast<BytePair>(op);
+                check([&](auto* s, auto* t, auto* d) { BytePairRow(pair, s, t, d, n); },
+                      [&](auto* s, auto* t, auto* d) { BytePairRowPlain(pair, s, t, d, n); });
+            }
+            for (const int alpha : {0, 1, 77, 128, 255, 256})
+                check([&](auto* s, auto* t, auto* d) { BlendRow(s, t, d, n, alpha); },
+                      [&](auto* s, auto* t, auto* d) { BlendRowPlain(s, t, d, n, alpha); });
+            for (const int threshold : {0, 100, 254, 255})
+                check([&](auto* s, auto*, auto* d) { ThresholdRow(s, d, n, static_cast<std::uint8_t>(threshold), 9, 5); },
+                      [&](auto* s, auto*, auto* d) { ThresholdRowPlain(s, d, n, static_cast<std::uint8_t>(threshold), 9, 5); });
+        }
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, RowKernels, ::testing::Values(NoSIMD, SIMDSSE3, SIMDSSE4, SIMDAVX2, SIMDAVX512));
