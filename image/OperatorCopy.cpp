@@ -98,7 +98,10 @@ void ConvertPixels(const Image& src, Image& dst)
         switch (src.Type) {
         case Gray16: EachPixel<Gray16Pixel, GrayPixel>(src, dst, [=](Gray16Pixel v) { return Min(255, v >> shift); }); break;
         case Gray32: EachPixel<Gray32Pixel, GrayPixel>(src, dst, [=](Gray32Pixel v) { return Clamp(v >> shift, 0, 255); }); break;
-        case Rgb: EachPixel<RgbPixel, GrayPixel>(src, dst, [](RgbPixel p) { return ColorToGray(p); }); break;
+        case Rgb:
+            for (int y = 0; y < dst.Height; y++)
+                kernels::LargestOfThreeRow(src.Row(y), dst.Row(y), static_cast<std::size_t>(int(dst.Width)));
+            break;
         case Rgba:
             EachPixel<RgbaPixel, GrayPixel>(src, dst, [](RgbaPixel p) { return (p.Blue + p.Green + p.Red) * 85 >> 8; });
             break;
@@ -109,7 +112,10 @@ void ConvertPixels(const Image& src, Image& dst)
                     dst.Row(y)[x] = src.Row(y)[x >> 3] & 0x80 >> (x & 7) ? 255 : 0;
         }
         break;
-    case Gray16: EachPixel<GrayPixel, Gray16Pixel>(src, dst, [=](GrayPixel v) { return v << shift; }); break;
+    case Gray16:
+        for (int y = 0; y < dst.Height; y++)
+            kernels::WidenRow(src.Row(y), dst.Row<Gray16Pixel>(y), static_cast<std::size_t>(int(dst.Width)), shift);
+        break;
     case Gray32: EachPixel<GrayPixel, Gray32Pixel>(src, dst, [=](GrayPixel v) { return v << shift; }); break;
     case Rgb:
         if (src.Type == Gray) EachPixel<GrayPixel, RgbPixel>(src, dst, [](GrayPixel v) { return RgbPixel(v, v, v); });

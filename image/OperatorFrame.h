@@ -118,7 +118,9 @@ void ThroughTable(const Image& src, Image& dst, F f)
     std::uint8_t table[256];
     for (int v = 0; v < 256; v++)
         table[v] = static_cast<std::uint8_t>(f(v));
-    EachByte(src, dst, [&table](std::uint8_t s) { return table[s]; });
+    const auto n = static_cast<std::size_t>(ByteCount(dst));
+    for (int y = 0; y < dst.Height; y++)
+        kernels::LookupRow(src.Row(y), dst.Row(y), n, table);
 }
 
 } // namespace Tesk::points

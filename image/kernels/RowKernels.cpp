@@ -91,6 +91,65 @@ void Threshold(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8
     EachPair(s, s, d, n, [&](V v, V) { return hn::IfThenElse(hn::Eq(hn::SaturatedSub(v, t), hn::Zero(bytes)), l, h); });
 }
 
+void Lookup(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t* table)
+{
+    std::size_t i = 0;
+#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    // Sixteen shuffles, one for each high nibble: an index of another nibble saturates beyond 127, where a shuffle gives 0.
+    // Below 256 bits that is slower than one load a byte.
+    const Bytes bytes;
+    hn::Vec<Bytes> parts[16];
+    for (std::size_t k = 0; k < 16; k++)
+        parts[k] = hn::LoadDup128(bytes, table + 16 * k);
+    const auto offset = hn::Set(bytes, 0x70);
+    for (; i + hn::Lanes(bytes) <= n; i += hn::Lanes(bytes)) {
+        const auto v = hn::LoadU(bytes, s + i);
+        auto result = hn::Zero(bytes);
+        for (std::size_t k = 0; k < 16; k++) {
+            const auto index = hn::SaturatedAdd(hn::Xor(v, hn::Set(bytes, static_cast<std::uint8_t>(16 * k))), offset);
+            result = hn::Or(result, hn::TableLookupBytesOr0(parts[k], index));
+        }
+        hn::StoreU(result, bytes, d + i);
+    }
+#else
+    // Eight at a time through one register, so that the stores do not wait for the next loads.
+    for (; i + 8 <= n; i += 8) {
+        std::uint64_t in = 0, out = 0;
+        std::memcpy(&in, s + i, 8);
+        for (int k = 0; k < 64; k += 8)
+            out |= static_cast<std::uint64_t>(table[in >> k & 255]) << k;
+        std::memcpy(d + i, &out, 8);
+    }
+#endif
+    LookupRowPlain(s + i, d + i, n - i, table);
+}
+
+void LargestOfThree(const std::uint8_t* s, std::uint8_t* d, std::size_t n)
+{
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    const Bytes bytes;
+    for (; i + hn::Lanes(bytes) <= n; i += hn::Lanes(bytes)) {
+        hn::Vec<Bytes> b, g, r;
+        hn::LoadInterleaved3(bytes, s + 3 * i, b, g, r);
+        hn::StoreU(hn::Max(b, hn::Max(g, r)), bytes, d + i);
+    }
+#endif
+    LargestOfThreeRowPlain(s + 3 * i, d + i, n - i);
+}
+
+void Widen(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int shift)
+{
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    const hn::ScalableTag<std::uint16_t> words;
+    const hn::Rebind<std::uint8_t, decltype(words)> halves;
+    for (; i + hn::Lanes(words) <= n; i += hn::Lanes(words))
+        hn::StoreU(hn::ShiftLeftSame(hn::PromoteTo(words, hn::LoadU(halves, s + i)), shift), words, d + i);
+#endif
+    WidenRowPlain(s + i, d + i, n - i, shift);
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace Tesk::kernels
 HWY_AFTER_NAMESPACE();
@@ -101,6 +160,9 @@ namespace Tesk::kernels {
 HWY_EXPORT(Pair);
 HWY_EXPORT(Blend);
 HWY_EXPORT(Threshold);
+HWY_EXPORT(Lookup);
+HWY_EXPORT(LargestOfThree);
+HWY_EXPORT(Widen);
 
 void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n)
 {
@@ -120,6 +182,24 @@ void ThresholdRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::ui
 {
     if (Status::SIMDLevel() == NoSIMD) ThresholdRowPlain(s, d, n, Threshold_, High, Low);
     else HWY_DYNAMIC_DISPATCH(Threshold)(s, d, n, Threshold_, High, Low);
+}
+
+void LookupRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256])
+{
+    if (Status::SIMDLevel() == NoSIMD) LookupRowPlain(s, d, n, Table);
+    else HWY_DYNAMIC_DISPATCH(Lookup)(s, d, n, Table);
+}
+
+void LargestOfThreeRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n)
+{
+    if (Status::SIMDLevel() == NoSIMD) LargestOfThreeRowPlain(s, d, n);
+    else HWY_DYNAMIC_DISPATCH(LargestOfThree)(s, d, n);
+}
+
+void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
+{
+    if (Status::SIMDLevel() == NoSIMD) WidenRowPlain(s, d, n, Shift);
+    else HWY_DYNAMIC_DISPATCH(Widen)(s, d, n, Shift);
 }
 
 } // namespace Tesk::kernels

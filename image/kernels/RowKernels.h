@@ -33,7 +33,19 @@ void BlendRow(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std
 void ThresholdRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t Threshold, std::uint8_t High,
                   std::uint8_t Low);
 
+/// d[i] = Table[s[i]].
+void LookupRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256]);
+
+/// d[i] = the largest of s[3 i], s[3 i + 1], s[3 i + 2].
+void LargestOfThreeRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n);
+
+/// d[i] = s[i] << Shift, for shifts from 0 to 8.
+void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift);
+
 // The definitions of the above.
+void LookupRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256]);
+void LargestOfThreeRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n);
+void WidenRowPlain(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift);
 void BytePairRowPlain(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n);
 void BlendRowPlain(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A);
 void ThresholdRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t Threshold, std::uint8_t High,

@@ -42,4 +42,24 @@ void ThresholdRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n, st
         d[i] = s[i] > Threshold ? High : Low;
 }
 
+void LookupRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256])
+{
+    for (std::size_t i = 0; i < n; i++)
+        d[i] = Table[s[i]];
+}
+
+void LargestOfThreeRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n)
+{
+    for (std::size_t i = 0; i < n; i++, s += 3) {
+        const std::uint8_t larger = s[0] > s[1] ? s[0] : s[1];
+        d[i] = larger > s[2] ? larger : s[2];
+    }
+}
+
+void WidenRowPlain(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
+{
+    for (std::size_t i = 0; i < n; i++)
+        d[i] = static_cast<std::uint16_t>(s[i] << Shift);
+}
+
 } // namespace Tesk::kernels

@@ -60,4 +60,32 @@ TEST_P(RowKernels, EqualThePlainLoopsAtEveryLengthAndAlignmentInPlaceToo)
         }
 }
 
+TEST_P(RowKernels, LookUpsWidthsAndLargestChannelsEqualThePlainLoops)
+{
+    const auto table = Random(256, 5);
+    for (std::size_t n = 0; n <= 133; n++) {
+        const auto s = Random(3 * n + 1, static_cast<std::uint32_t>(n + 7));
+        // One more byte behind each row tells whether it was touched.
+        std::vector<std::uint8_t> got(n + 1, 77), wanted(n + 1, 77);
+        LookupRow(s.data() + 1, got.data(), n, table.data());
+        LookupRowPlain(s.data() + 1, wanted.data(), n, table.data());
+        ASSERT_EQ(got, wanted) << n;
+        LargestOfThreeRow(s.data() + 1, got.data(), n);
+        LargestOfThreeRowPlain(s.data() + 1, wanted.data(), n);
+        ASSERT_EQ(got, wanted) << n;
+        std::vector<std::uint16_t> wide(n + 1, 777), wantedWide(n + 1, 777);
+        for (const int shift : {1, 4, 8}) {
+            WidenRow(s.data() + 1, wide.data(), n, shift);
+            WidenRowPlain(s.data() + 1, wantedWide.data(), n, shift);
+            ASSERT_EQ(wide, wantedWide) << n;
+        }
+    }
+    // Every byte finds its own entry.
+    std::vector<std::uint8_t> all(256), got(256);
+    for (std::size_t v = 0; v < 256; v++)
+        all[v] = static_cast<std::uint8_t>(v);
+    LookupRow(all.data(), got.data(), 256, table.data());
+    EXPECT_EQ(got, table);
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, RowKernels, ::testing::Values(NoSIMD, SIMDSSE3, SIMDSSE4, SIMDAVX2, SIMDAVX512));
