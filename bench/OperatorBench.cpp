@@ -93,7 +93,8 @@ void Bench(Tesk::PixelTypes type, const char* name)
     if (type == Tesk::Gray) {
         print("threshold", Race([&] { Operator::Binarize(100, a, dst); },
                                 [&] { cv::threshold(ca, cd, 100, 255, cv::THRESH_BINARY); }));
-        print("8 to 16", Race([&] { Operator::Copy(a, result, Tesk::Gray16); }, [&] { ca.convertTo(converted, CV_16U, 256); }));
+        print("8 to 16",
+              Race([&] { Operator::Copy(a, result, Tesk::Gray16); }, [&] { ca.convertTo(converted, CV_16U, 256); }));
     } else {
         std::vector<cv::Mat> planes;
         print("to gray (max)", Race([&] { Operator::Copy(a, result, Tesk::Gray); },

@@ -138,8 +138,9 @@ std::wstring Engine::UniqueName(const wchar_t* Stem, int& Counter) const
             const std::wstring number = Counter < 0 ? L"" : std::to_wstring(Counter);
             name = std::wstring(Stem).substr(0, longestName - number.size()) + number;
         }
-        const bool used = std::any_of(taken.begin(), taken.end(),
-                                      [&](const AnyVariable* variable) { return name == variable->Name.operator const wchar_t*(); });
+        const bool used = std::any_of(taken.begin(), taken.end(), [&](const AnyVariable* variable) {
+            return name == variable->Name.operator const wchar_t*();
+        });
         if (!used) return name;
     }
 }
@@ -279,7 +280,8 @@ bool Engine::Compatible(int A, int B) const
     const ArgumentNode &a = *VarNode(A), &b = *VarNode(B);
     bool compatible = a.Type == b.Type && ((a.Flags & Instance) || std::wcscmp(a.Identifier, b.Identifier) == 0);
     if (compatible && IsCasesType(a.Type)) {
-        const auto *first = dynamic_cast<const EnumArgumentNode*>(&a), *second = dynamic_cast<const EnumArgumentNode*>(&b);
+        const auto *first = dynamic_cast<const EnumArgumentNode*>(&a),
+                   *second = dynamic_cast<const EnumArgumentNode*>(&b);
         compatible = first && second && first->Cases == second->Cases;
     } else if (compatible && a.Type == 94) {
         compatible = SameRange<DbleArgumentNode>(a, b);

@@ -35,8 +35,8 @@ public:
 
     /// Takes an operation over, at a position or, with -1, at the end.
     Operation& InsertOperation(std::unique_ptr<Operation> New, int Position = -1);
-    /// Removes an operation, unless a later one reads an output of it: then the result is false, with the output's position
-    /// and the reader's index. With `Test` only the answer is given.
+    /// Removes an operation, unless a later one reads an output of it: then the result is false, with the output's
+    /// position and the reader's index. With `Test` only the answer is given.
     bool RemoveOperation(int Index, int& Argument, int& Consumer, bool Test);
     void ChangeOperation(int Index) { Operations[static_cast<std::size_t>(Index)]->Dirty = true; }
     void ChangeVariable(AnyVariable* Variable) { Variable->Stamp = Clock; }
@@ -83,7 +83,6 @@ private:
     void Refresh(AnyVariable& shadow, int type);
     bool WillShow(std::size_t from);
     void Dispatch(Operation& operation);
-
 };
 
 /// The whole program, or one operation's section, as text.

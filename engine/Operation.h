@@ -33,8 +33,8 @@ public:
     int NumArgs() const { return static_cast<int>(Args.size()); }
     int NumHeld() const { return static_cast<int>(Held.size()); }
 
-    /// (Re)builds the argument list for a method. With `Keep` the variables of the former method are held, and those that
-    /// fit the new one are bound at once.
+    /// (Re)builds the argument list for a method. With `Keep` the variables of the former method are held, and those
+    /// that fit the new one are bound at once.
     void Set(Engine& Engine, int Method, bool Keep);
     /// Empties `Held`.
     void Reset();

@@ -16,7 +16,13 @@ using namespace attributeValue;
 
 namespace {
 
-enum Language { NativeCpp = 0, CSharp = 1, VisualBasic = 2, CppNet = 3 };
+enum Language
+{
+    NativeCpp = 0,
+    CSharp = 1,
+    VisualBasic = 2,
+    CppNet = 3
+};
 
 /// The words that differ from language to language.
 struct Words
@@ -33,19 +39,22 @@ constexpr Words allWords[] = {
      L"\t// Choose among drawing statements here...\n",
      L"\n\tTeskNET.Graph.ReleaseGraphics(e.Graphics);\n}\n"},
     {L"TeskNET.", L".", L".", L"", L"'", L"", L"New", L"", L"True", L"False", L"Public Sub Process()",
-     L"End Sub\n\nPrivate Sub Panel1_Paint(ByVal sender As System.Object, ByVal e As System.Windows.Forms.PaintEventArgs) "
-     L"Handles Panel1.Paint\n\tTeskNET.Graph.UseGraphics(e.Graphics)\n\n\t' Choose among the drawing statements here...\n",
+     L"End Sub\n\nPrivate Sub Panel1_Paint(ByVal sender As System.Object, ByVal e As "
+     L"System.Windows.Forms.PaintEventArgs) "
+     L"Handles Panel1.Paint\n\tTeskNET.Graph.UseGraphics(e.Graphics)\n\n\t' Choose among the drawing statements "
+     L"here...\n",
      L"\n\tTeskNET.Graph.ReleaseGraphics(e.Graphics)\nEnd Sub\n"},
     {L"TeskNET::", L"::", L"->", L";", L"//", L"^", L"gcnew", L"()", L"true", L"false",
      L"\nusing namespace TeskNET;\n\nprivate: void Process()\n{",
-     L"}\n\nprivate: System::Void panel1_Paint(System::Object^  sender, System::Windows::Forms::PaintEventArgs^  e)\n{\n"
+     L"}\n\nprivate: System::Void panel1_Paint(System::Object^  sender, System::Windows::Forms::PaintEventArgs^  "
+     L"e)\n{\n"
      L"\tTeskNET::Graph::UseGraphics(e->Graphics);\n\n\t// Choose among the drawing statements here...\n",
      L"\n\tTeskNET::Graph::ReleaseGraphics(e->Graphics);\n}\n"}};
 
 /// Visual Basic's names of the language types, from the first on.
-constexpr const wchar_t* visualBasicTypes[] = {L"Boolean", L"Boolean?", L"Byte",    L"Byte?",   L"SByte", L"SByte?",   L"dXYZ",
-                                               L"Double",  L"Double?",  L"Single",  L"Integer", L"Integer?", L"Short", L"UInteger",
-                                               L"UShort",  L"",         L"?",       L"Char",    L"Char?"};
+constexpr const wchar_t* visualBasicTypes[] = {
+    L"Boolean", L"Boolean?", L"Byte",  L"Byte?",    L"SByte",  L"SByte?", L"dXYZ", L"Double", L"Double?", L"Single",
+    L"Integer", L"Integer?", L"Short", L"UInteger", L"UShort", L"",       L"?",    L"Char",   L"Char?"};
 
 constexpr int imageType = 44, blobSelectionType = 7;
 
@@ -83,7 +92,8 @@ std::wstring FloatText(float value)
 {
     std::wstring text = Formatted(L"%#f", static_cast<double>(value));
     const std::size_t point = text.find(L'.');
-    if (point != std::wstring::npos && text.find_first_not_of(L'0', point + 1) == std::wstring::npos) text.resize(point + 1);
+    if (point != std::wstring::npos && text.find_first_not_of(L'0', point + 1) == std::wstring::npos)
+        text.resize(point + 1);
     return text + L'f';
 }
 
@@ -105,8 +115,7 @@ public:
     Writer(const Engine& engine, int language)
         : engine_(engine), language_(language >= NativeCpp && language <= CppNet ? language : NativeCpp),
           words_(allWords[language_])
-    {
-    }
+    {}
 
     std::wstring Whole()
     {
@@ -160,8 +169,8 @@ private:
     void Construct(const Arg& entry)
     {
         const int type = Engine::VarNode(entry.Node)->Type;
-        Add(L"\t%ls= %ls %ls%ls%ls%ls\n", static_cast<const wchar_t*>(entry.Variable->Name), words_.create, words_.prefix,
-            typeString[type], words_.brackets, words_.end);
+        Add(L"\t%ls= %ls %ls%ls%ls%ls\n", static_cast<const wchar_t*>(entry.Variable->Name), words_.create,
+            words_.prefix, typeString[type], words_.brackets, words_.end);
     }
 
     /// What stands in front of an enumerator.
@@ -173,9 +182,11 @@ private:
 
     std::wstring Enumerator(const EnumArgumentNode& node, int value) const
     {
-        for (int child = Engine::Tree[node.EnumIndex]->FirstChild; child >= 0; child = Engine::Tree[child]->NextSibling) {
+        for (int child = Engine::Tree[node.EnumIndex]->FirstChild; child >= 0;
+             child = Engine::Tree[child]->NextSibling) {
             const auto* enumerator = static_cast<const EnumCaseNode*>(Engine::Tree[child]);
-            if (enumerator->Value == value) return EnumPrefix(Engine::Tree[node.EnumIndex]->Identifier) + enumerator->Identifier;
+            if (enumerator->Value == value)
+                return EnumPrefix(Engine::Tree[node.EnumIndex]->Identifier) + enumerator->Identifier;
         }
         return std::to_wstring(value).substr(0, 7);
     }
@@ -206,24 +217,36 @@ private:
             const XY p = ValueOf<XY>(variable);
             return Formatted(L"%lsXY(%g, %g)", words_.prefix, p.X, p.Y);
         }
-        case 87: return ValueOf<bool>(variable) ? words_.yes : words_.no;
+        case 87:
+            return ValueOf<bool>(variable) ? words_.yes : words_.no;
         case 90:
         case 98:
         case 103:
-            return Formatted(L"0x%llx", static_cast<unsigned long long>(
-                                            reinterpret_cast<std::uintptr_t>(ValueOf<void*>(variable))));
-        case 91: return L"'" + Escaped(static_cast<unsigned char>(ValueOf<char>(variable))) + L"'";
-        case 104: return L"'" + Escaped(static_cast<std::uint32_t>(ValueOf<wchar_t>(variable))) + L"'";
-        case 92: return Quoted(ValueOf<const char*>(variable));
-        case 105: return L"L" + Quoted(ValueOf<const wchar_t*>(variable));
-        case 94: return Formatted(L"%g", ValueOf<double>(variable));
-        case 96: return FloatText(ValueOf<float>(variable));
+            return Formatted(
+                L"0x%llx", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(ValueOf<void*>(variable))));
+        case 91:
+            return L"'" + Escaped(static_cast<unsigned char>(ValueOf<char>(variable))) + L"'";
+        case 104:
+            return L"'" + Escaped(static_cast<std::uint32_t>(ValueOf<wchar_t>(variable))) + L"'";
+        case 92:
+            return Quoted(ValueOf<const char*>(variable));
+        case 105:
+            return L"L" + Quoted(ValueOf<const wchar_t*>(variable));
+        case 94:
+            return Formatted(L"%g", ValueOf<double>(variable));
+        case 96:
+            return FloatText(ValueOf<float>(variable));
         case 97: {
             const int value = ValueOf<int>(variable);
-            return value == Auto ? L"Auto" : value == MaxInt ? L"MaxInt" : value == MinInt ? L"MinInt" : std::to_wstring(value);
+            return value == Auto     ? L"Auto"
+                   : value == MaxInt ? L"MaxInt"
+                   : value == MinInt ? L"MinInt"
+                                     : std::to_wstring(value);
         }
-        case 99: return std::to_wstring(ValueOf<short>(variable));
-        default: return L"?";
+        case 99:
+            return std::to_wstring(ValueOf<short>(variable));
+        default:
+            return L"?";
         }
     }
 
@@ -236,7 +259,8 @@ private:
         bool differs = image.HasWindow();
         if (const AnyVariable* source = argument.Variable->Source) {
             const auto& from = ValueOf<Image>(*source);
-            differs = image.X != from.X || image.Y != from.Y || image.Width != from.Width || image.Height != from.Height;
+            differs =
+                image.X != from.X || image.Y != from.Y || image.Width != from.Width || image.Height != from.Height;
         }
         if (!differs) return;
         if (image.HasWindow())
@@ -259,8 +283,8 @@ private:
                 text_ += L'\t' + NameOf(*target) + words_.member + L"Set(" + Literal(operation.Args[k - 1]) + L", " +
                          Literal(argument) + L");\n";
             } else {
-                text_ += L'\t' + NameOf(operation.Args.front()) + words_.member + node.Identifier + L"= " + Literal(argument) +
-                         words_.end + L'\n';
+                text_ += L'\t' + NameOf(operation.Args.front()) + words_.member + node.Identifier + L"= " +
+                         Literal(argument) + words_.end + L'\n';
             }
         }
     }
@@ -283,8 +307,10 @@ private:
         for (const Arg& argument : operation.Args)
             if (Engine::VarNode(argument.Node)->Flags & Result) text_ += NameOf(argument) + L"= ";
         const bool isStatic = (method.Flags & StaticMethod) != 0;
-        if (isStatic) text_ += std::wstring(words_.prefix) + className + words_.scope;
-        else if (!operation.Args.empty()) text_ += NameOf(operation.Args.front()) + words_.member;
+        if (isStatic)
+            text_ += std::wstring(words_.prefix) + className + words_.scope;
+        else if (!operation.Args.empty())
+            text_ += NameOf(operation.Args.front()) + words_.member;
         text_ += std::wstring(method.Identifier) + L'(';
         bool first = true;
         for (std::size_t k = isStatic ? 0 : 1; k < operation.Args.size(); k++) {
@@ -301,31 +327,56 @@ private:
         const std::wstring all = EnumPrefix(typeString[blobSelectionType]);
         text_ += L'\t' + entry.Variable->NameText + words_.member;
         switch (Engine::VarNode(entry.Node)->Type) {
-        case 8: Add(L"DrawBlob(%lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end); break;
-        case 10: Add(L"Draw(%ls)%ls\n", yes, end); break;
-        case 12: Add(L"Draw(%ls, %ls)%ls\n", yes, yes, end); break;
-        case 13: Add(L"Draw(%ls, %ls, %ls)%ls\n", yes, yes, yes, end); break;
-        case 17: Add(L"DrawROI(%ls, %ls, %ls)%ls\n", yes, yes, no, end); break;
+        case 8:
+            Add(L"DrawBlob(%lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end);
+            break;
+        case 10:
+            Add(L"Draw(%ls)%ls\n", yes, end);
+            break;
+        case 12:
+            Add(L"Draw(%ls, %ls)%ls\n", yes, yes, end);
+            break;
+        case 13:
+            Add(L"Draw(%ls, %ls, %ls)%ls\n", yes, yes, yes, end);
+            break;
+        case 17:
+            Add(L"DrawROI(%ls, %ls, %ls)%ls\n", yes, yes, no, end);
+            break;
         case 22:
         case 23:
         case 24:
         case 26:
         case 27:
-        case 64: Add(L"Draw(%ls, %ls)%ls\n", no, no, end); break;
+        case 64:
+            Add(L"Draw(%ls, %ls)%ls\n", no, no, end);
+            break;
         case 25:
-        case 67: Add(L"Draw()%ls\n", end); break;
-        case 35: Add(L"DrawAnchors()%ls\n", end); break;
-        case 43: Add(L"Plot(10, 10, 512, 256, %ls, 0, 0, 0, 1)%ls\n", no, end); break;
+        case 67:
+            Add(L"Draw()%ls\n", end);
+            break;
+        case 35:
+            Add(L"DrawAnchors()%ls\n", end);
+            break;
+        case 43:
+            Add(L"Plot(10, 10, 512, 256, %ls, 0, 0, 0, 1)%ls\n", no, end);
+            break;
         case 44:
         case 50:
         case 54:
         case 57:
         case 62:
-        case 63: Add(L"Draw(%ls)%ls\n", no, end); break;
-        case 74: Add(L"DrawTrained(Limits(0, 0, 512, 256), %lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end); break;
-        case 79: Add(L"Draw(%ls, %ls, %ls)%ls\n", yes, yes, no, end); break;
+        case 63:
+            Add(L"Draw(%ls)%ls\n", no, end);
+            break;
+        case 74:
+            Add(L"DrawTrained(Limits(0, 0, 512, 256), %lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end);
+            break;
+        case 79:
+            Add(L"Draw(%ls, %ls, %ls)%ls\n", yes, yes, no, end);
+            break;
         // A variable of another type has no drawing: its line names it, for the reader to complete.
-        default: break;
+        default:
+            break;
         }
     }
 

@@ -17,7 +17,16 @@ struct Mask128
     bool operator==(const Mask128&) const = default;
 };
 
-enum nodeKind { EnumKind = 0, EnumCaseKind = 1, ChoiceKind = 2, ClassKind = 3, PageKind = 4, MethodKind = 6, ArgumentKind = 8 };
+enum nodeKind
+{
+    EnumKind = 0,
+    EnumCaseKind = 1,
+    ChoiceKind = 2,
+    ClassKind = 3,
+    PageKind = 4,
+    MethodKind = 6,
+    ArgumentKind = 8
+};
 
 /// Flags of a `ChoiceNode`, a `PageNode` and a `MethodNode`.
 inline constexpr std::uint32_t GroupFlag = 512;
@@ -62,12 +71,12 @@ struct TreeNode
     const wchar_t* Alias;
     std::uint32_t Flags;
 
-    constexpr TreeNode(std::int32_t firstChild, std::int32_t nextSibling, const wchar_t* label, const wchar_t* documentation,
-                       const wchar_t* identifier, const wchar_t* alias, std::uint32_t flags)
+    constexpr TreeNode(std::int32_t firstChild, std::int32_t nextSibling, const wchar_t* label,
+                       const wchar_t* documentation, const wchar_t* identifier, const wchar_t* alias,
+                       std::uint32_t flags)
         : FirstChild(firstChild), NextSibling(nextSibling), Label(label), Documentation(documentation),
           Identifier(identifier), Alias(alias), Flags(flags)
-    {
-    }
+    {}
     virtual int Kind() const = 0;
 
 protected:
@@ -88,8 +97,7 @@ struct EnumCaseNode final : TreeNode
                            const wchar_t* documentation, const wchar_t* identifier, const wchar_t* alias,
                            std::uint32_t flags, std::int32_t value)
         : TreeNode(firstChild, nextSibling, label, documentation, identifier, alias, flags), Value(value)
-    {
-    }
+    {}
     int Kind() const override { return EnumCaseKind; }
 };
 
@@ -107,8 +115,7 @@ struct ClassNode final : TreeNode
                         const wchar_t* documentation, const wchar_t* identifier, const wchar_t* alias,
                         std::uint32_t flags, std::int32_t type)
         : TreeNode(firstChild, nextSibling, label, documentation, identifier, alias, flags), Type(type)
-    {
-    }
+    {}
     int Kind() const override { return ClassKind; }
 };
 
@@ -129,8 +136,7 @@ struct MethodNode final : TreeNode
                          std::uint32_t flags, std::int32_t methodId, const wchar_t* signature)
         : TreeNode(firstChild, nextSibling, label, documentation, identifier, alias, flags), MethodId(methodId),
           Signature(signature)
-    {
-    }
+    {}
     int Kind() const override { return MethodKind; }
 };
 
@@ -148,8 +154,7 @@ struct ArgumentNode : TreeNode
                            Mask128 accepted)
         : TreeNode(firstChild, nextSibling, label, documentation, identifier, alias, flags), Type(type), Mother(mother),
           PropertyId(propertyId), Accepted(accepted)
-    {
-    }
+    {}
     int Kind() const override { return ArgumentKind; }
 };
 
@@ -171,8 +176,7 @@ struct NumberArgumentNode final : ArgumentNode
 
     constexpr NumberArgumentNode(const ArgumentNode& base, T value, Bound minimum, Bound maximum, Bound step)
         : ArgumentNode(base), Default(value), Minimum(minimum), Maximum(maximum), Step(step)
-    {
-    }
+    {}
 };
 
 using BoolArgumentNode = DefaultArgumentNode<bool>;
@@ -196,8 +200,7 @@ struct EnumArgumentNode final : ArgumentNode
     constexpr EnumArgumentNode(const ArgumentNode& base, std::int32_t value, Mask128 cases, std::int32_t enumIndex,
                                std::int32_t countNode)
         : ArgumentNode(base), Default(value), Cases(cases), EnumIndex(enumIndex), CountNode(countNode)
-    {
-    }
+    {}
 };
 
 } // namespace Tesk

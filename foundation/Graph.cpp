@@ -109,7 +109,8 @@ bool Graph::Prepare()
 void Graph::PrepareText()
 {
     const int text = IndexOf(TextColor), background = FillColor == NoColor ? -1 : IndexOf(FillColor);
-    if (text == told.text && background == told.background && FontSize == told.fontSize && FontName == told.font) return;
+    if (text == told.text && background == told.background && FontSize == told.fontSize && FontName == told.font)
+        return;
     const RgbPixel color = ColorOf(FillColor);
     target->SetText(ColorOf(TextColor), background < 0 ? nullptr : &color, FontName, FontSize);
     told.text = text;
@@ -159,8 +160,10 @@ void Graph::Marker(double x, double y, bool round, int r)
 {
     if (!Prepare()) return;
     const int px = ToTargetMark(x), py = ToTargetMark(y);
-    if (round) target->Ellipse(px - r, py - r, px + r, py + r);
-    else target->Rectangle(px - r, py - r, px + r, py + r);
+    if (round)
+        target->Ellipse(px - r, py - r, px + r, py + r);
+    else
+        target->Rectangle(px - r, py - r, px + r, py + r);
 }
 
 void Graph::ArrowHead(double fromX, double fromY, double toX, double toY)
@@ -214,8 +217,8 @@ void Graph::Rectangle(double x, double y, double w, double h)
 void Graph::FillRectangle(const Limits& Box)
 {
     if (!target || FillColor == NoColor) return;
-    target->FillRectangle(ToTarget(Box.X), ToTarget(Box.Y), ToTarget(Box.X + Box.Width - 1), ToTarget(Box.Y + Box.Height - 1),
-                          ColorOf(FillColor));
+    target->FillRectangle(ToTarget(Box.X), ToTarget(Box.Y), ToTarget(Box.X + Box.Width - 1),
+                          ToTarget(Box.Y + Box.Height - 1), ColorOf(FillColor));
 }
 
 void Graph::TargetRectangle(int left, int top, int right, int bottom, bool cross)

@@ -67,8 +67,8 @@ public:
     static void LineTo(double x, double y);
     static void FitZoom(int Width, int Height, bool noMagnify);
     static void Clear(PredefinedColors Color);
-    /// Refused (context `Tesk::Graph::_Image`): a table on another type than `Gray` (`UnsupportedType`), a table that is
-    /// neither `Gray` nor `Rgb` (`IncompatibleType`) or has not 256 entries (`IncompatibleSize`).
+    /// Refused (context `Tesk::Graph::_Image`): a table on another type than `Gray` (`UnsupportedType`), a table that
+    /// is neither `Gray` nor `Rgb` (`IncompatibleType`) or has not 256 entries (`IncompatibleSize`).
     static void DrawImage(const ImageView& View, const LookupTableView* Table = nullptr);
 
     static int ToTarget(double v);

@@ -13,16 +13,17 @@ constexpr int tableEntries = 256;
 
 const wchar_t* TypeName(PixelTypes type)
 {
-    static constexpr const wchar_t* names[] = {L"Undefined", L"Gray", L"Gray16", L"Gray32", L"Rgb",     L"Rgba",
-                                               L"Gradient",  L"Map",  L"Int",    L"Float",  L"Dble",    L"Bool",
-                                               L"IntXY",     L"FloatXY", L"DbleXY", L"Gray1", L"Short"};
+    static constexpr const wchar_t* names[] = {L"Undefined", L"Gray",    L"Gray16", L"Gray32", L"Rgb",  L"Rgba",
+                                               L"Gradient",  L"Map",     L"Int",    L"Float",  L"Dble", L"Bool",
+                                               L"IntXY",     L"FloatXY", L"DbleXY", L"Gray1",  L"Short"};
     return type >= Undefined && type <= Short ? names[type] : names[0];
 }
 
 int CheckTable(PixelTypes image, const LookupTableView& table)
 {
     if (image != Gray)
-        return Status::Format(UnsupportedType, L"Only Gray images can be rendered through a lookup-table, this one is %ls",
+        return Status::Format(UnsupportedType,
+                              L"Only Gray images can be rendered through a lookup-table, this one is %ls",
                               TypeName(image));
     if (table.Type != Gray && table.Type != Rgb)
         return Status::Format(IncompatibleType,
@@ -30,7 +31,8 @@ int CheckTable(PixelTypes image, const LookupTableView& table)
                               TypeName(table.Type));
     if (table.Entries != tableEntries)
         return Status::Format(IncompatibleSize,
-                              L"The lookup-table for Gray image rendering must have 256 entries, this one has %d", table.Entries);
+                              L"The lookup-table for Gray image rendering must have 256 entries, this one has %d",
+                              table.Entries);
     return NoError;
 }
 
@@ -48,7 +50,9 @@ void ConvertRow(const ImageView& view, int y, std::uint8_t* dst, bool premultipl
     const std::uint8_t* row = view.Pixels + static_cast<std::ptrdiff_t>(view.Pitch) * (view.Source.Y + y);
     const int x0 = view.Source.X, width = view.Source.Width;
     switch (view.Type) {
-    case Gray: std::copy_n(row + x0, width, dst); break;
+    case Gray:
+        std::copy_n(row + x0, width, dst);
+        break;
     case Gray16:
         for (int x = 0; x < width; x++)
             dst[x] = Byte(reinterpret_cast<const Gray16Pixel*>(row)[x0 + x] >> wideShift);
@@ -67,7 +71,9 @@ void ConvertRow(const ImageView& view, int y, std::uint8_t* dst, bool premultipl
         for (int x = 0; x < width; x++)
             dst[x] = row[(x0 + x) >> 3] & 0x80 >> ((x0 + x) & 7) ? 255 : 0;
         break;
-    case Rgb: std::copy_n(row + 3 * x0, 3 * width, dst); break;
+    case Rgb:
+        std::copy_n(row + 3 * x0, 3 * width, dst);
+        break;
     case Rgba:
         std::copy_n(row + 4 * x0, 4 * width, dst);
         if (!premultiply) break;
@@ -75,7 +81,8 @@ void ConvertRow(const ImageView& view, int y, std::uint8_t* dst, bool premultipl
             for (int c = 0; c < 3; c++)
                 dst[c] = Byte((std::int64_t{dst[c]} * dst[3] * 33025) >> 23);
         break;
-    default: break;
+    default:
+        break;
     }
 }
 
@@ -86,15 +93,20 @@ int BitCountOf(PixelTypes type)
     case Gray16:
     case Gray32:
     case Grad:
-    case Gray1: return 8;
-    case Rgb: return 24;
-    case Rgba: return 32;
-    default: return 0;
+    case Gray1:
+        return 8;
+    case Rgb:
+        return 24;
+    case Rgba:
+        return 32;
+    default:
+        return 0;
     }
 }
 
 /// Means of the pixels that fall on each pixel of a smaller gray bitmap.
-std::vector<std::uint8_t> Reduce(const std::vector<std::uint8_t>& pixels, int width, int height, int newWidth, int newHeight)
+std::vector<std::uint8_t> Reduce(const std::vector<std::uint8_t>& pixels, int width, int height, int newWidth,
+                                 int newHeight)
 {
     std::vector<std::uint8_t> reduced(static_cast<std::size_t>(newWidth) * static_cast<std::size_t>(newHeight));
     const auto edge = [](int i, int from, int to) { return static_cast<int>(std::int64_t{i} * from / to); };
@@ -105,7 +117,8 @@ std::vector<std::uint8_t> Reduce(const std::vector<std::uint8_t>& pixels, int wi
             std::int64_t sum = 0;
             for (int sy = top; sy < bottom; sy++)
                 for (int sx = left; sx < right; sx++)
-                    sum += pixels[static_cast<std::size_t>(sy) * static_cast<std::size_t>(width) + static_cast<std::size_t>(sx)];
+                    sum += pixels[static_cast<std::size_t>(sy) * static_cast<std::size_t>(width) +
+                                  static_cast<std::size_t>(sx)];
             reduced[static_cast<std::size_t>(y) * static_cast<std::size_t>(newWidth) + static_cast<std::size_t>(x)] =
                 static_cast<std::uint8_t>(sum / (std::int64_t{right - left} * (bottom - top)));
         }
@@ -124,15 +137,20 @@ void Graph::DrawImage(const ImageView& View, const LookupTableView* Table)
     std::array<RgbPixel, tableEntries> palette{};
     for (int i = 0; i < tableEntries; i++) {
         const std::int32_t* sample = Table ? Table->Samples + (Table->Type == Rgb ? 3 * i : i) : nullptr;
-        if (!sample) palette[static_cast<std::size_t>(i)] = RgbPixel(i, i, i);
-        else if (Table->Type == Rgb) palette[static_cast<std::size_t>(i)] = RgbPixel(Byte(sample[0]), Byte(sample[1]), Byte(sample[2]));
-        else palette[static_cast<std::size_t>(i)] = RgbPixel(Byte(*sample), Byte(*sample), Byte(*sample));
+        if (!sample)
+            palette[static_cast<std::size_t>(i)] = RgbPixel(i, i, i);
+        else if (Table->Type == Rgb)
+            palette[static_cast<std::size_t>(i)] = RgbPixel(Byte(sample[0]), Byte(sample[1]), Byte(sample[2]));
+        else
+            palette[static_cast<std::size_t>(i)] = RgbPixel(Byte(*sample), Byte(*sample), Byte(*sample));
     }
-    TargetBitmap bitmap{width, height, bitCount, width * bitCount / 8, nullptr, palette.data(), bitCount == 32 && AlphaMode != Opaque};
+    TargetBitmap bitmap{
+        width, height, bitCount, width * bitCount / 8, nullptr, palette.data(), bitCount == 32 && AlphaMode != Opaque};
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(bitmap.Pitch) * static_cast<std::size_t>(height));
     for (int y = 0; y < height; y++)
         ConvertRow(View, y, pixels.data() + static_cast<std::ptrdiff_t>(bitmap.Pitch) * y, AlphaMode == Premultiplied);
-    const int zoomedWidth = Max(static_cast<int>(width * Zoom), 1), zoomedHeight = Max(static_cast<int>(height * Zoom), 1);
+    const int zoomedWidth = Max(static_cast<int>(width * Zoom), 1),
+              zoomedHeight = Max(static_cast<int>(height * Zoom), 1);
     if (SmoothReduction && Zoom < 1 && View.Type == Gray && !Table) {
         pixels = Reduce(pixels, width, height, zoomedWidth, zoomedHeight);
         bitmap.Width = bitmap.Pitch = zoomedWidth;

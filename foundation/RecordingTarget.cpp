@@ -24,14 +24,26 @@ std::string ColorText(const RgbPixel* color)
 
 } // namespace
 
-void RecordingTarget::SetLine(RgbPixel Color, int Width) { Add("SetLine" + ColorText(&Color) + Words("", Width)); }
-void RecordingTarget::SetFill(const RgbPixel* Color) { Add("SetFill" + ColorText(Color)); }
+void RecordingTarget::SetLine(RgbPixel Color, int Width)
+{
+    Add("SetLine" + ColorText(&Color) + Words("", Width));
+}
+void RecordingTarget::SetFill(const RgbPixel* Color)
+{
+    Add("SetFill" + ColorText(Color));
+}
 void RecordingTarget::SetText(RgbPixel Color, const RgbPixel* Background, const std::wstring& FontName, int FontSize)
 {
     Add("SetText" + ColorText(&Color) + ColorText(Background) + Words("", Narrow(FontName.c_str()), FontSize));
 }
-void RecordingTarget::MoveTo(TargetPoint Point) { Add(Words("Move", Point.X, Point.Y)); }
-void RecordingTarget::LineTo(TargetPoint Point) { Add(Words("Line", Point.X, Point.Y)); }
+void RecordingTarget::MoveTo(TargetPoint Point)
+{
+    Add(Words("Move", Point.X, Point.Y));
+}
+void RecordingTarget::LineTo(TargetPoint Point)
+{
+    Add(Words("Line", Point.X, Point.Y));
+}
 void RecordingTarget::Polygon(const std::vector<TargetPoint>& Points)
 {
     std::string call = "Polygon";
@@ -39,14 +51,26 @@ void RecordingTarget::Polygon(const std::vector<TargetPoint>& Points)
         call += Words("", point.X, point.Y);
     Add(call);
 }
-void RecordingTarget::Rectangle(int Left, int Top, int Right, int Bottom) { Add(Words("Rectangle", Left, Top, Right, Bottom)); }
+void RecordingTarget::Rectangle(int Left, int Top, int Right, int Bottom)
+{
+    Add(Words("Rectangle", Left, Top, Right, Bottom));
+}
 void RecordingTarget::FillRectangle(int Left, int Top, int Right, int Bottom, RgbPixel Color)
 {
     Add(Words("FillRectangle", Left, Top, Right, Bottom) + ColorText(&Color));
 }
-void RecordingTarget::Ellipse(int Left, int Top, int Right, int Bottom) { Add(Words("Ellipse", Left, Top, Right, Bottom)); }
-void RecordingTarget::Pixel(TargetPoint Point, RgbPixel Color) { Add(Words("Pixel", Point.X, Point.Y) + ColorText(&Color)); }
-void RecordingTarget::SetOrigin(TargetPoint Origin) { Add(Words("Origin", Origin.X, Origin.Y)); }
+void RecordingTarget::Ellipse(int Left, int Top, int Right, int Bottom)
+{
+    Add(Words("Ellipse", Left, Top, Right, Bottom));
+}
+void RecordingTarget::Pixel(TargetPoint Point, RgbPixel Color)
+{
+    Add(Words("Pixel", Point.X, Point.Y) + ColorText(&Color));
+}
+void RecordingTarget::SetOrigin(TargetPoint Origin)
+{
+    Add(Words("Origin", Origin.X, Origin.Y));
+}
 void RecordingTarget::Text(TargetPoint Point, const std::wstring& Text)
 {
     Add(Words("Text", Point.X, Point.Y, Narrow(Text.c_str())));
@@ -58,7 +82,8 @@ TargetPoint RecordingTarget::TextExtent(const std::wstring& Text)
 }
 void RecordingTarget::Blit(const TargetBitmap& Bitmap, int Left, int Top, int Width, int Height)
 {
-    Add(Words("Blit", Bitmap.Width, Bitmap.Height, Bitmap.BitCount, Left, Top, Width, Height) + (Bitmap.Blend ? " blend" : ""));
+    Add(Words("Blit", Bitmap.Width, Bitmap.Height, Bitmap.BitCount, Left, Top, Width, Height) +
+        (Bitmap.Blend ? " blend" : ""));
     Blitted.assign(Bitmap.Pixels, Bitmap.Pixels + static_cast<std::ptrdiff_t>(Bitmap.Pitch) * Bitmap.Height);
 }
 

@@ -76,7 +76,8 @@ int ReadLimits(const std::string& path, const wchar_t* name, Limits& limits)
     if (count == 0) return NoError;
     if (count < 4 || std::memcmp(bytes.data(), limitsMagic.data(), limitsMagic.size()) != 0)
         return Status::Format(UnsupportedFormat, L"File \"%ls\" is not an Image Window file", name);
-    const int version = static_cast<int>(bytes[4] | bytes[5] << 8 | bytes[6] << 16 | static_cast<std::uint32_t>(bytes[7]) << 24);
+    const int version =
+        static_cast<int>(bytes[4] | bytes[5] << 8 | bytes[6] << 16 | static_cast<std::uint32_t>(bytes[7]) << 24);
     if (version > limitsVersion)
         return Status::Format(OutOfRange, L"The version number \"%d\" of this Image Window file is too high", version);
     if (count < bytes.size()) return CannotRead;

@@ -62,8 +62,7 @@ struct Limits
     Limits(int x, int y, int width, int height)
         : X(static_cast<std::int16_t>(x)), Y(static_cast<std::int16_t>(y)), Width(static_cast<std::int16_t>(width)),
           Height(static_cast<std::int16_t>(height))
-    {
-    }
+    {}
 
     std::int32_t Area() const { return std::int32_t{Width} * Height; }
 
@@ -112,8 +111,7 @@ struct RgbPixel
     constexpr RgbPixel(int red, int green, int blue)
         : Blue(static_cast<std::uint8_t>(blue)), Green(static_cast<std::uint8_t>(green)),
           Red(static_cast<std::uint8_t>(red))
-    {
-    }
+    {}
     bool operator==(const RgbPixel&) const = default;
 };
 static_assert(sizeof(RgbPixel) == 3, "an image row is an array of these");
@@ -126,8 +124,7 @@ struct RgbaPixel
     constexpr RgbaPixel(int red, int green, int blue, int alpha)
         : Blue(static_cast<std::uint8_t>(blue)), Green(static_cast<std::uint8_t>(green)),
           Red(static_cast<std::uint8_t>(red)), Alpha(static_cast<std::uint8_t>(alpha))
-    {
-    }
+    {}
     bool operator==(const RgbaPixel&) const = default;
 };
 static_assert(sizeof(RgbaPixel) == 4, "an image row is an array of these");

@@ -73,14 +73,38 @@ Slot<Interface, Default>& SlotOf()
 
 } // namespace
 
-IMessageBox& Services::MessageBox() { return SlotOf<IMessageBox, ErrorStreamMessageBox>().InForce(); }
-IClipboard& Services::Clipboard() { return SlotOf<IClipboard, ProcessClipboard>().InForce(); }
-IWindowCapture& Services::WindowCapture() { return SlotOf<IWindowCapture, NoWindowCapture>().InForce(); }
-ISettings& Services::Settings() { return SlotOf<ISettings, MemorySettings>().InForce(); }
+IMessageBox& Services::MessageBox()
+{
+    return SlotOf<IMessageBox, ErrorStreamMessageBox>().InForce();
+}
+IClipboard& Services::Clipboard()
+{
+    return SlotOf<IClipboard, ProcessClipboard>().InForce();
+}
+IWindowCapture& Services::WindowCapture()
+{
+    return SlotOf<IWindowCapture, NoWindowCapture>().InForce();
+}
+ISettings& Services::Settings()
+{
+    return SlotOf<ISettings, MemorySettings>().InForce();
+}
 
-void Services::Install(IMessageBox* Service) { SlotOf<IMessageBox, ErrorStreamMessageBox>().installed = Service; }
-void Services::Install(IClipboard* Service) { SlotOf<IClipboard, ProcessClipboard>().installed = Service; }
-void Services::Install(IWindowCapture* Service) { SlotOf<IWindowCapture, NoWindowCapture>().installed = Service; }
-void Services::Install(ISettings* Service) { SlotOf<ISettings, MemorySettings>().installed = Service; }
+void Services::Install(IMessageBox* Service)
+{
+    SlotOf<IMessageBox, ErrorStreamMessageBox>().installed = Service;
+}
+void Services::Install(IClipboard* Service)
+{
+    SlotOf<IClipboard, ProcessClipboard>().installed = Service;
+}
+void Services::Install(IWindowCapture* Service)
+{
+    SlotOf<IWindowCapture, NoWindowCapture>().installed = Service;
+}
+void Services::Install(ISettings* Service)
+{
+    SlotOf<ISettings, MemorySettings>().installed = Service;
+}
 
 } // namespace Tesk

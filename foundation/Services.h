@@ -21,10 +21,10 @@ public:
 class IClipboard
 {
 public:
-    static constexpr int Text = 1;          ///< 8-bit text with its terminating zero
-    static constexpr int Bitmap = 2;        ///< a picture of a window
-    static constexpr int Dib = 8;           ///< a device-independent bitmap
-    static constexpr int UnicodeText = 13;  ///< 16-bit text with its terminating zero
+    static constexpr int Text = 1;         ///< 8-bit text with its terminating zero
+    static constexpr int Bitmap = 2;       ///< a picture of a window
+    static constexpr int Dib = 8;          ///< a device-independent bitmap
+    static constexpr int UnicodeText = 13; ///< 16-bit text with its terminating zero
 
     virtual ~IClipboard() = default;
     virtual void Empty() = 0;

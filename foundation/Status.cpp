@@ -97,8 +97,9 @@ bool RefusesClock(int Clock, const char* Context)
 {
     // A good clock leaves the code alone: the engine reads a watch between a call and the look at its code.
     if (static_cast<unsigned>(Clock) < numClocks) return false;
-    return Status::Raise(Status::Format(OutOfRange, L"Invalid clock index (%d), must be in range [0..%d]", Clock, numClocks - 1),
-                         Context);
+    return Status::Raise(
+        Status::Format(OutOfRange, L"Invalid clock index (%d), must be in range [0..%d]", Clock, numClocks - 1),
+        Context);
 }
 
 } // namespace
@@ -204,8 +205,9 @@ int Status::ReadWatch(int Clock, bool Update)
     if (Update) {
         const double microseconds = static_cast<double>(Now() - watch.start) / static_cast<double>(frequency) * 1e6;
         // 32 bits of microseconds wrap after 35 minutes, as an unsigned addition so that it stays defined.
-        watch.accumulated = static_cast<std::int32_t>(static_cast<std::uint32_t>(watch.accumulated) +
-                                                      static_cast<std::uint32_t>(static_cast<std::int64_t>(microseconds)));
+        watch.accumulated =
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(watch.accumulated) +
+                                      static_cast<std::uint32_t>(static_cast<std::int64_t>(microseconds)));
     }
     return watch.accumulated;
 }

@@ -48,7 +48,8 @@ int ReadHeaders(ImageFile& file, Bitmap& bitmap)
     if (std::fread(header.data(), 1, header.size(), file.stream) != header.size())
         return Status::Format(CannotRead, L"Cannot read from file \"%ls\"", file.Name());
     if (header[0] != 'B' || header[1] != 'M')
-        return Status::Format(UnsupportedFormat, L"File \"%ls\" is not a BMP image file (unrecognized signature)", file.Name());
+        return Status::Format(UnsupportedFormat, L"File \"%ls\" is not a BMP image file (unrecognized signature)",
+                              file.Name());
     if (std::fread(info.data(), 1, info.size(), file.stream) != info.size())
         return Status::Format(CannotRead, L"Cannot read the header from the BMP file \"%ls\"", file.Name());
     bitmap.dataOffset = Get32(&header[10]);
@@ -74,7 +75,8 @@ int ReadPalette(ImageFile& file, Bitmap& bitmap)
     // The palette follows the header, however long that is; the short header has entries of three bytes.
     const std::size_t entryBytes = bitmap.headerSize == coreHeaderSize ? 3 : 4;
     const std::size_t entries = bitmap.colorsUsed == 0 || bitmap.colorsUsed > 256 ? 256 : bitmap.colorsUsed;
-    bool read = std::fseek(file.stream, static_cast<long>(fileHeaderSize + std::int64_t{bitmap.headerSize}), SEEK_SET) == 0;
+    bool read =
+        std::fseek(file.stream, static_cast<long>(fileHeaderSize + std::int64_t{bitmap.headerSize}), SEEK_SET) == 0;
     for (std::size_t i = 0; read && i < entries; i++) {
         auto& color = bitmap.palette[i];
         read = std::fread(color.data(), 1, entryBytes, file.stream) == entryBytes;
@@ -128,17 +130,24 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
         break;
     case Rgb:
         if (wanted == Gray)
-            return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) { BgrToGray(src, dst, width); };
+            return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
+                BgrToGray(src, dst, width);
+            };
         break;
     case Rgba:
         if (wanted == Gray)
-            return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) { BgraToGray(src, dst, width); };
+            return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
+                BgraToGray(src, dst, width);
+            };
         break;
     case Gray1:
         if (wanted == Gray)
-            return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) { BitsToGray(src, dst, width); };
+            return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
+                BitsToGray(src, dst, width);
+            };
         break;
-    default: break;
+    default:
+        break;
     }
     return native == wanted ? CopyBytes : nullptr;
 }
@@ -146,14 +155,24 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
 int NativeType(int bitCount, PixelTypes& type)
 {
     switch (bitCount) {
-    case 1: type = Gray1; return NoError;
-    case 8: type = Gray; return NoError;
-    case 16: type = Gray16; return NoError;
-    case 24: type = Rgb; return NoError;
-    case 32: type = Rgba; return NoError;
+    case 1:
+        type = Gray1;
+        return NoError;
+    case 8:
+        type = Gray;
+        return NoError;
+    case 16:
+        type = Gray16;
+        return NoError;
+    case 24:
+        type = Rgb;
+        return NoError;
+    case 32:
+        type = Rgba;
+        return NoError;
     default:
-        return Status::Format(UnsupportedFormat, L"Unsupported BMP image format, bit count is %d, not among 8, 16, 24 or 32",
-                              bitCount);
+        return Status::Format(UnsupportedFormat,
+                              L"Unsupported BMP image format, bit count is %d, not among 8, 16, 24 or 32", bitCount);
     }
 }
 
@@ -190,18 +209,33 @@ int WriteBmp(ImageFile& file, const Image& src)
 {
     int bitCount = 0, paletteEntries = 0;
     switch (src.Type) {
-    case Gray: bitCount = 8; paletteEntries = 256; break;
-    case Gray16: bitCount = 16; break;
-    case Rgb: bitCount = 24; break;
-    case Rgba: bitCount = 32; break;
-    case Gray1: bitCount = 1; paletteEntries = 2; break;
-    default: break;
+    case Gray:
+        bitCount = 8;
+        paletteEntries = 256;
+        break;
+    case Gray16:
+        bitCount = 16;
+        break;
+    case Rgb:
+        bitCount = 24;
+        break;
+    case Rgba:
+        bitCount = 32;
+        break;
+    case Gray1:
+        bitCount = 1;
+        paletteEntries = 2;
+        break;
+    default:
+        break;
     }
     const int rowBytes = RowBytes(src.Width, src.Type), paddedBytes = (rowBytes + 3) & ~3;
     const int dataOffset = fileHeaderSize + infoHeaderSize + 4 * paletteEntries;
     std::array<std::uint8_t, fileHeaderSize> header{'B', 'M'};
-    Put(&header[2], static_cast<std::uint32_t>(paddedBytes) * static_cast<std::uint32_t>(int(src.Height)) +
-                        static_cast<std::uint32_t>(dataOffset), 4);
+    Put(&header[2],
+        static_cast<std::uint32_t>(paddedBytes) * static_cast<std::uint32_t>(int(src.Height)) +
+            static_cast<std::uint32_t>(dataOffset),
+        4);
     Put(&header[10], static_cast<std::uint32_t>(dataOffset), 4);
     if (bitCount == 0)
         return Status::Format(UnsupportedType,

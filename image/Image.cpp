@@ -21,10 +21,10 @@ struct TypeRow
     int elementSize;
 };
 
-constexpr TypeRow typeRows[] = {
-    {L"Undefined", 0}, {L"Gray", 1}, {L"Gray16", 2}, {L"Gray32", 4}, {L"Rgb", 3},     {L"Rgba", 4},
-    {L"Gradient", 4},  {L"Map", 8},  {L"Int", 4},    {L"Float", 4},  {L"Dble", 8},    {L"Bool", 1},
-    {L"IntXY", 0},     {L"FloatXY", 0}, {L"DbleXY", 0}, {L"Gray1", 0}, {L"Short", 2}};
+constexpr TypeRow typeRows[] = {{L"Undefined", 0}, {L"Gray", 1},     {L"Gray16", 2}, {L"Gray32", 4},  {L"Rgb", 3},
+                                {L"Rgba", 4},      {L"Gradient", 4}, {L"Map", 8},    {L"Int", 4},     {L"Float", 4},
+                                {L"Dble", 8},      {L"Bool", 1},     {L"IntXY", 0},  {L"FloatXY", 0}, {L"DbleXY", 0},
+                                {L"Gray1", 0},     {L"Short", 2}};
 
 const TypeRow& RowOf(PixelTypes Type)
 {
@@ -97,8 +97,9 @@ int CheckImages(const Image& Src, const Image& Dst, PixelTypes Type)
         return Status::Format(IncompatibleType, L"Incompatible source or destination image types, %ls instead of %ls",
                               PixelTypeName(Dst.Type), PixelTypeName(wanted));
     if (Src.Width != Dst.Width || Src.Height != Dst.Height)
-        return Status::Format(IncompatibleSize, L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)",
-                              int(Src.Width), int(Src.Height), int(Dst.Width), int(Dst.Height));
+        return Status::Format(IncompatibleSize,
+                              L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)", int(Src.Width),
+                              int(Src.Height), int(Dst.Width), int(Dst.Height));
     return NoError;
 }
 
@@ -132,7 +133,8 @@ bool Image::Allocate(int width, int height, PixelTypes type, int pitch)
 {
     if (width < 1 || height < 1 || ElementSize(type) + (type == Gray1) == 0) return false;
     // A row and a block must both be addressable with 32 bits, as the recorded sizes are.
-    const std::int64_t rowBytes = type == Gray1 ? (std::int64_t{width} + 7) >> 3 : std::int64_t{ElementSize(type)} * width;
+    const std::int64_t rowBytes =
+        type == Gray1 ? (std::int64_t{width} + 7) >> 3 : std::int64_t{ElementSize(type)} * width;
     if (rowBytes > std::numeric_limits<int>::max() - 3) return false;
     if (pitch == 0) pitch = DefaultPitch(width, type);
     if (pitch < rowBytes) return false;
@@ -194,7 +196,8 @@ void Image::Set(int Width, int Height, PixelTypes Type, void* Buffer, int Pitch,
         return;
     }
     if (Width < 1 || Height < 1 || ElementSize(Type) + (Type == Gray1) == 0 || Offset < 0) {
-        entry.Refuse(OutOfRange, L"An external buffer of %d x %d %ls pixels cannot be used", Width, Height, PixelTypeName(Type));
+        entry.Refuse(OutOfRange, L"An external buffer of %d x %d %ls pixels cannot be used", Width, Height,
+                     PixelTypeName(Type));
         return;
     }
     block_.reset();
@@ -281,12 +284,30 @@ T& Image::Pixel(int x, int y, PixelTypes type, const char* context) const
     return pixel ? *reinterpret_cast<T*>(pixel) : dummy;
 }
 
-GrayPixel& Image::PixelGray(int X, int Y) const { return Pixel<GrayPixel>(X, Y, Gray, "Tesk::Image::PixelGray"); }
-Gray16Pixel& Image::PixelGray16(int X, int Y) const { return Pixel<Gray16Pixel>(X, Y, Gray16, "Tesk::Image::PixelGray16"); }
-Gray32Pixel& Image::PixelGray32(int X, int Y) const { return Pixel<Gray32Pixel>(X, Y, Gray32, "Tesk::Image::PixelGray32"); }
-RgbPixel& Image::PixelRgb(int X, int Y) const { return Pixel<RgbPixel>(X, Y, Rgb, "Tesk::Image::PixelRgb"); }
-RgbaPixel& Image::PixelRgba(int X, int Y) const { return Pixel<RgbaPixel>(X, Y, Rgba, "Tesk::Image::PixelRgba"); }
-GradPixel& Image::PixelGrad(int X, int Y) const { return Pixel<GradPixel>(X, Y, Grad, "Tesk::Image::PixelGrad"); }
+GrayPixel& Image::PixelGray(int X, int Y) const
+{
+    return Pixel<GrayPixel>(X, Y, Gray, "Tesk::Image::PixelGray");
+}
+Gray16Pixel& Image::PixelGray16(int X, int Y) const
+{
+    return Pixel<Gray16Pixel>(X, Y, Gray16, "Tesk::Image::PixelGray16");
+}
+Gray32Pixel& Image::PixelGray32(int X, int Y) const
+{
+    return Pixel<Gray32Pixel>(X, Y, Gray32, "Tesk::Image::PixelGray32");
+}
+RgbPixel& Image::PixelRgb(int X, int Y) const
+{
+    return Pixel<RgbPixel>(X, Y, Rgb, "Tesk::Image::PixelRgb");
+}
+RgbaPixel& Image::PixelRgba(int X, int Y) const
+{
+    return Pixel<RgbaPixel>(X, Y, Rgba, "Tesk::Image::PixelRgba");
+}
+GradPixel& Image::PixelGrad(int X, int Y) const
+{
+    return Pixel<GradPixel>(X, Y, Grad, "Tesk::Image::PixelGrad");
+}
 
 bool Image::PixelGray1(int X, int Y) const
 {

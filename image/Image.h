@@ -31,17 +31,17 @@ class Image
     using Field = ReadOnly<T, Image>;
 
 public:
-    Field<int> X, Y;           ///< top-left corner of the window, in store coordinates
-    Field<int> Width, Height;  ///< extent of the window, in pixels
+    Field<int> X, Y;                 ///< top-left corner of the window, in store coordinates
+    Field<int> Width, Height;        ///< extent of the window, in pixels
     Field<std::uint8_t*> FirstPixel; ///< the window's top-left pixel; null while there is no buffer
-    Field<int> Pitch;          ///< bytes from one row to the next
-    Field<PixelTypes> Type;    ///< `Undefined` marks a void image
+    Field<int> Pitch;                ///< bytes from one row to the next
+    Field<PixelTypes> Type;          ///< `Undefined` marks a void image
     Field<int> StoreWidth, StoreHeight;
     Field<std::uint8_t*> Buffer;
     Field<std::uint32_t> BufferSize;
     Field<bool> OwnsBuffer;
-    int GradGain = 1;          ///< divisor that turns a `Grad` pixel into a gray value
-    Field<int> AlignOffset;    ///< bytes from `Buffer` to the first stored row
+    int GradGain = 1;       ///< divisor that turns a `Grad` pixel into a gray value
+    Field<int> AlignOffset; ///< bytes from `Buffer` to the first stored row
 
     /// Makes a void image.
     Image();
@@ -49,8 +49,8 @@ public:
     Image(const Image&) = delete;
     Image& operator=(const Image&) = delete;
 
-    /// Gives this image the window size of `Src` and `Type` (that of `Src` if `Undefined`). Pixels and window stay where
-    /// they are if the window already fits. Refused: a void `Src` (`VoidObject`), no memory (`CannotAllocate`).
+    /// Gives this image the window size of `Src` and `Type` (that of `Src` if `Undefined`). Pixels and window stay
+    /// where they are if the window already fits. Refused: a void `Src` (`VoidObject`), no memory (`CannotAllocate`).
     void Set(const Image& Src, PixelTypes Type = Undefined);
     /// Gives this image a store of that size and type, or lays it over an external buffer that the caller keeps alive.
     /// Refused: no memory, sizes below 0 or over what a store can hold (`CannotAllocate`); `Undefined` (`VoidObject`).
@@ -64,8 +64,8 @@ public:
     /// Whether the window is smaller than the store.
     bool HasWindow() const;
 
-    /// Pixels by store coordinates, inside the window. Refused: another pixel type (`IncompatibleType`), a place outside
-    /// the window (`OutOfRange`); the reference is then to a dummy pixel.
+    /// Pixels by store coordinates, inside the window. Refused: another pixel type (`IncompatibleType`), a place
+    /// outside the window (`OutOfRange`); the reference is then to a dummy pixel.
     GrayPixel& PixelGray(int X, int Y) const;
     Gray16Pixel& PixelGray16(int X, int Y) const;
     Gray32Pixel& PixelGray32(int X, int Y) const;
@@ -93,7 +93,8 @@ public:
 
     /// Shares the pixels of `Src`. The window keeps its relative place, or with `KeepWindow` becomes that of `Src`.
     void ShallowCopy(const Image& Src, bool KeepWindow);
-    /// Moves to a store of its own, with the pixels if `CopyPixels`, so that those who share the former one keep theirs.
+    /// Moves to a store of its own, with the pixels if `CopyPixels`, so that those who share the former one keep
+    /// theirs.
     void Detach(bool CopyPixels);
     /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read.
     void DetachIfShared(bool CopyPixels)
@@ -129,7 +130,8 @@ private:
     T& Pixel(int x, int y, PixelTypes type, const char* context) const;
     std::uint8_t* FindPixel(int x, int y, PixelTypes type, const char* context) const;
 
-    std::shared_ptr<std::uint8_t> block_; ///< keeps `Buffer` alive among all that share it; empty over an external buffer
+    std::shared_ptr<std::uint8_t>
+        block_; ///< keeps `Buffer` alive among all that share it; empty over an external buffer
 };
 
 /// A void image, or a type other than the one wanted. The result is an `ErrorCodes` value with its message stored.

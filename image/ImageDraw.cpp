@@ -70,7 +70,8 @@ void Image::DrawWindow(bool Handles, bool Cross) const
         Graph::FillColor = White;
         // Setting a colour goes through the next drawing call, which is a marker of the right size about each corner.
         const double zoom = Graph::Zoom;
-        for (const auto& corner : {TargetPoint{right, bottom}, TargetPoint{left, bottom}, TargetPoint{right, top}, TargetPoint{left, top}})
+        for (const auto& corner :
+             {TargetPoint{right, bottom}, TargetPoint{left, bottom}, TargetPoint{right, top}, TargetPoint{left, top}})
             Graph::Marker(corner.X / zoom - 1 + 0.5 / zoom, corner.Y / zoom - 1 + 0.5 / zoom, true, discRadius);
     }
     Graph::FillColor = fill;
@@ -111,19 +112,40 @@ void Image::Drag(int X, int Y)
     const int x = static_cast<int>(X / Graph::Zoom), y = static_cast<int>(Y / Graph::Zoom);
     int left = this->X, top = this->Y, width = Width, height = Height;
     switch (Handle) {
-    case NWHandle: DragNear(left, width, x); DragNear(top, height, y); break;
-    case WHandle: DragNear(left, width, x); break;
-    case SWHandle: DragNear(left, width, x); DragFar(top, height, StoreHeight, y); break;
-    case NEHandle: DragFar(left, width, StoreWidth, x); DragNear(top, height, y); break;
-    case EHandle: DragFar(left, width, StoreWidth, x); break;
-    case SEHandle: DragFar(left, width, StoreWidth, x); DragFar(top, height, StoreHeight, y); break;
-    case NHandle: DragNear(top, height, y); break;
-    case SHandle: DragFar(top, height, StoreHeight, y); break;
+    case NWHandle:
+        DragNear(left, width, x);
+        DragNear(top, height, y);
+        break;
+    case WHandle:
+        DragNear(left, width, x);
+        break;
+    case SWHandle:
+        DragNear(left, width, x);
+        DragFar(top, height, StoreHeight, y);
+        break;
+    case NEHandle:
+        DragFar(left, width, StoreWidth, x);
+        DragNear(top, height, y);
+        break;
+    case EHandle:
+        DragFar(left, width, StoreWidth, x);
+        break;
+    case SEHandle:
+        DragFar(left, width, StoreWidth, x);
+        DragFar(top, height, StoreHeight, y);
+        break;
+    case NHandle:
+        DragNear(top, height, y);
+        break;
+    case SHandle:
+        DragFar(top, height, StoreHeight, y);
+        break;
     case AllHandle:
         left = Clamp(x + dragOffsetX, 0, StoreWidth - Width);
         top = Clamp(y + dragOffsetY, 0, StoreHeight - Height);
         break;
-    default: return;
+    default:
+        return;
     }
     this->X = left;
     this->Y = top;

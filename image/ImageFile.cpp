@@ -13,7 +13,8 @@ namespace Tesk {
 
 namespace files {
 
-int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, std::int64_t ratio)
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
+             std::int64_t ratio)
 {
     constexpr std::int64_t alwaysAllowed = 1 << 20;
     const bool sizesFit = width > 0 && height > 0 && width <= MaxInt && height <= MaxInt;
@@ -105,9 +106,10 @@ struct Format
     int (*write)(ImageFile&, const Image&);
 };
 
-constexpr Format formats[] = {{L".bmp", ReadBmp, WriteBmp},  {L".jpg", ReadJpeg, WriteJpeg}, {L".jpeg", ReadJpeg, WriteJpeg},
-                              {L".png", ReadPng, WritePng},  {L".tif", ReadTiff, WriteTiff}, {L".tiff", ReadTiff, WriteTiff},
-                              {L".pbm", ReadPbm, WritePbm},  {L".pgm", ReadPgm, WritePgm},   {L".ppm", ReadPpm, WritePpm}};
+constexpr Format formats[] = {
+    {L".bmp", ReadBmp, WriteBmp}, {L".jpg", ReadJpeg, WriteJpeg}, {L".jpeg", ReadJpeg, WriteJpeg},
+    {L".png", ReadPng, WritePng}, {L".tif", ReadTiff, WriteTiff}, {L".tiff", ReadTiff, WriteTiff},
+    {L".pbm", ReadPbm, WritePbm}, {L".pgm", ReadPgm, WritePgm},   {L".ppm", ReadPpm, WritePpm}};
 
 const Format* FormatOf(const std::wstring& name)
 {
@@ -130,7 +132,8 @@ int Open(ImageFile& file, const char* mode)
         file.stream = nullptr;
         errno = EISDIR;
     }
-    return Status::Format(CannotOpen, L"Cannot open file \"%ls\" (%ls)", file.Name(), Widen(std::strerror(errno)).c_str());
+    return Status::Format(CannotOpen, L"Cannot open file \"%ls\" (%ls)", file.Name(),
+                          Widen(std::strerror(errno)).c_str());
 }
 
 int ReadFile(ImageFile& file, Image& dst, PixelTypes wanted)

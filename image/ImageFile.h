@@ -43,7 +43,8 @@ int WriteTiff(ImageFile& file, const Image& src);
 
 /// Sizes the destination. `ratio` is how far the format can compress at the most: a header that promises more than the
 /// file can hold is refused before memory is asked for.
-int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, std::int64_t ratio);
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
+             std::int64_t ratio);
 int RefuseConversion(PixelTypes native, PixelTypes wanted);
 
 // Row conversions that several formats share.

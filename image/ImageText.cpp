@@ -13,8 +13,12 @@ namespace {
 void PrintPixel(const Image& image, int x, int y, std::FILE* out)
 {
     switch (image.Type) {
-    case Gray: std::fprintf(out, "%3d ", image.Row(y)[x]); break;
-    case Gray16: std::fprintf(out, "%5d ", image.Row<Gray16Pixel>(y)[x]); break;
+    case Gray:
+        std::fprintf(out, "%3d ", image.Row(y)[x]);
+        break;
+    case Gray16:
+        std::fprintf(out, "%5d ", image.Row<Gray16Pixel>(y)[x]);
+        break;
     case Rgb: {
         const RgbPixel p = image.Row<RgbPixel>(y)[x];
         std::fprintf(out, "(%3d,%3d,%3d) ", p.Red, p.Green, p.Blue);
@@ -25,8 +29,11 @@ void PrintPixel(const Image& image, int x, int y, std::FILE* out)
         std::fprintf(out, "(%3d,%3d,%3d,%3d) ", p.Red, p.Green, p.Blue, p.Alpha);
         break;
     }
-    case Gray1: std::fputc(image.Row(y)[x >> 3] & 0x80 >> (x & 7) ? '#' : '.', out); break;
-    default: break;
+    case Gray1:
+        std::fputc(image.Row(y)[x >> 3] & 0x80 >> (x & 7) ? '#' : '.', out);
+        break;
+    default:
+        break;
     }
 }
 
@@ -75,7 +82,8 @@ void Image::Print(int Rows, int Columns) const
     ForEnds(
         Height, Rows,
         [&](int y) {
-            ForEnds(Width, Columns, [&](int x) { PrintPixel(*this, x, y, out); }, [&] { std::fputs("... ", out); });
+            ForEnds(
+                Width, Columns, [&](int x) { PrintPixel(*this, x, y, out); }, [&] { std::fputs("... ", out); });
             std::fputc('\n', out);
         },
         [&] { std::fputs("...\n", out); });

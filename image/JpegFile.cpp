@@ -64,8 +64,10 @@ int Start(ReadState& s, const ImageFile& file)
     jpeg_stdio_src(&s.info, file.stream);
     jpeg_read_header(&s.info, TRUE);
     static constexpr const wchar_t* spaces[] = {L"UNKNOWN", L"GRAYSCALE", L"RGB", L"YCbCr", L"CMYK", L"YCCK"};
-    if (s.info.num_components == 1 && s.info.out_color_space == JCS_GRAYSCALE) s.native = Gray;
-    else if (s.info.num_components == 3 && s.info.out_color_space == JCS_RGB) s.native = Rgb;
+    if (s.info.num_components == 1 && s.info.out_color_space == JCS_GRAYSCALE)
+        s.native = Gray;
+    else if (s.info.num_components == 3 && s.info.out_color_space == JCS_RGB)
+        s.native = Rgb;
     else {
         const int space = s.info.jpeg_color_space;
         return Status::Format(UnsupportedFormat,
@@ -86,9 +88,12 @@ int ReadRows(ReadState& s, const ImageFile& file, const Image& dst, std::uint8_t
             return Status::Format(CannotRead, L"Cannot read image row from file \"%ls\"", file.Name());
         if (direct) continue;
         // A row arrives red first; the largest of the three does not mind the order.
-        if (s.native == Gray) GrayToBgr(row, dst.Row(y), dst.Width);
-        else if (dst.Type == Rgb) SwapRedBlue(row, dst.Row(y), dst.Width);
-        else BgrToGray(row, dst.Row(y), dst.Width);
+        if (s.native == Gray)
+            GrayToBgr(row, dst.Row(y), dst.Width);
+        else if (dst.Type == Rgb)
+            SwapRedBlue(row, dst.Row(y), dst.Width);
+        else
+            BgrToGray(row, dst.Row(y), dst.Width);
     }
     jpeg_finish_decompress(&s.info);
     return NoError;
@@ -117,8 +122,10 @@ int WriteRows(WriteState& s, const ImageFile& file, const Image& src, std::uint8
     jpeg_start_compress(&s.info, TRUE);
     for (int y = 0; y < src.Height; y++) {
         std::uint8_t* row = src.Row(y);
-        if (src.Type == Rgb) SwapRedBlue(row, buffer, src.Width);
-        else if (src.Type == Rgba) ReverseBytesOfFour(row, buffer, src.Width);
+        if (src.Type == Rgb)
+            SwapRedBlue(row, buffer, src.Width);
+        else if (src.Type == Rgba)
+            ReverseBytesOfFour(row, buffer, src.Width);
         if (src.Type != Gray) row = buffer;
         if (jpeg_write_scanlines(&s.info, &row, 1) != 1)
             return Status::Format(CannotWrite, L"Cannot write image row to file \"%ls\"", file.Name());
@@ -148,7 +155,8 @@ int ReadJpeg(ImageFile& file, Image& dst, PixelTypes wanted)
 int WriteJpeg(ImageFile& file, const Image& src)
 {
     if (src.Type != Gray && src.Type != Rgb && src.Type != Rgba)
-        return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for saving under the JPEG image format",
+        return Status::Format(UnsupportedType,
+                              L"The image type (%ls) is not supported for saving under the JPEG image format",
                               PixelTypeName(src.Type));
     WriteState state;
     InstallErrors(state.info.err, state.errors);

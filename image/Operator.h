@@ -8,9 +8,10 @@ namespace Tesk {
 
 class Profile;
 
-/// All operations read their sources and write `Dst` through their windows, size `Dst` themselves, and may run in place.
-/// Refused, unless told otherwise: a void source (`VoidObject`), two sources that differ in type (`IncompatibleType`) or
-/// window size (`IncompatibleSize`), a pixel type that is not listed (`UnsupportedType`), a clip mode that is not listed
+/// All operations read their sources and write `Dst` through their windows, size `Dst` themselves, and may run in
+/// place. Refused, unless told otherwise: a void source (`VoidObject`), two sources that differ in type
+/// (`IncompatibleType`) or window size (`IncompatibleSize`), a pixel type that is not listed (`UnsupportedType`), a
+/// clip mode that is not listed
 /// (`OutOfRange`).
 class Operator
 {
@@ -26,7 +27,8 @@ public:
     static void Invert(const Image& Src, Image& Dst);
     static void Convert(const Image& Src, Image& Dst, ColorComponents Component = Red_RGB);
     static void RedBlueSwap(const Image& Src, Image& Dst);
-    static void DeBayer(const Image& Src, Image& Dst, BayerAlignments TopLeft = RedGreen, BayerQualities Quality = SharpRgb);
+    static void DeBayer(const Image& Src, Image& Dst, BayerAlignments TopLeft = RedGreen,
+                        BayerQualities Quality = SharpRgb);
     static void ColorsLighten(const Image& Src, Image& Dst, int Black = 10);
     static void ColorsSaturate(const Image& Src, Image& Dst, int Black = 10);
     static void ColorsHueSet(int Hue, const Image& Src, Image& Dst);

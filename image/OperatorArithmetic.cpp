@@ -70,9 +70,12 @@ void AddConstant(const char* context, int Const, const Image& Src, Image& Dst, G
     const bool served = Clip == Saturate || Clip == Absolute || Clip == Rescale;
     ByConstant(context, Src, Dst, served, Clip, [=](int s) {
         switch (Clip) {
-        case Absolute: return c < 0 ? Abs(s + c) : ClampByte(s + c);
-        case Rescale: return static_cast<int>(Clamp<std::int64_t>((std::int64_t{s} + Const) >> 1, 0, 255));
-        default: return ClampByte(s + c);
+        case Absolute:
+            return c < 0 ? Abs(s + c) : ClampByte(s + c);
+        case Rescale:
+            return static_cast<int>(Clamp<std::int64_t>((std::int64_t{s} + Const) >> 1, 0, 255));
+        default:
+            return ClampByte(s + c);
         }
     });
 }
@@ -88,14 +91,21 @@ void Operator::Add(const Image& Src, const Image& SrcB, Image& Dst, GrayClipping
 {
     const auto add = [&](auto each, int largest) {
         switch (Clip) {
-        case Saturate: each(BytePair::AddSaturated, [=](int a, int b) { return Min(a + b, largest); }); return int{NoError};
-        case Rescale: each(BytePair::AddHalved, [](int a, int b) { return (a + b) >> 1; }); return int{NoError};
-        default: return RefuseClip(Clip);
+        case Saturate:
+            each(BytePair::AddSaturated, [=](int a, int b) { return Min(a + b, largest); });
+            return int{NoError};
+        case Rescale:
+            each(BytePair::AddHalved, [](int a, int b) { return (a + b) >> 1; });
+            return int{NoError};
+        default:
+            return RefuseClip(Clip);
         }
     };
     ByImage(
         "Tesk::Operator::Add", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { return add([&](BytePair bytes, auto) { EachBytePair(a, b, Dst, bytes); }, 255); },
+        [&](const Image& a, const Image& b) {
+            return add([&](BytePair bytes, auto) { EachBytePair(a, b, Dst, bytes); }, 255);
+        },
         [&](const Image& a, const Image& b) {
             return add([&](BytePair, auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, LargestGray16());
         });
@@ -107,10 +117,12 @@ void Operator::Subtract(int Const, const Image& Src, Image& Dst, GrayClipping Cl
     const bool served = Clip == Saturate || Clip == Absolute || Clip == Rescale;
     ByConstant("Tesk::Operator::Subtract", Src, Dst, served, Clip, [=](int s) {
         switch (Clip) {
-        case Absolute: return Const >= 0 ? Abs(c - s) : Min(255, s - c);
+        case Absolute:
+            return Const >= 0 ? Abs(c - s) : Min(255, s - c);
         case Rescale:
             return static_cast<int>(Clamp<std::int64_t>((255 - std::int64_t{s} + Const) >> 1, 0, 255));
-        default: return Const < 0 ? 0 : Max(0, c - s);
+        default:
+            return Const < 0 ? 0 : Max(0, c - s);
         }
     });
 }
@@ -125,8 +137,12 @@ void Operator::Subtract(const Image& Src, const Image& SrcB, Image& Dst, GrayCli
 {
     const auto subtract = [&](auto each, auto reversed, int largest, bool negative) {
         switch (Clip) {
-        case Saturate: each(BytePair::SubtractSaturated, [](int a, int b) { return Max(0, a - b); }); return int{NoError};
-        case Absolute: each(BytePair::Difference, [](int a, int b) { return Abs(a - b); }); return int{NoError};
+        case Saturate:
+            each(BytePair::SubtractSaturated, [](int a, int b) { return Max(0, a - b); });
+            return int{NoError};
+        case Absolute:
+            each(BytePair::Difference, [](int a, int b) { return Abs(a - b); });
+            return int{NoError};
         case Negative:
             if (!negative) return RefuseClip(Clip);
             reversed();
@@ -134,7 +150,8 @@ void Operator::Subtract(const Image& Src, const Image& SrcB, Image& Dst, GrayCli
         case Rescale:
             each(BytePair::SubtractHalved, [=](int a, int b) { return (a - b + largest) >> 1; });
             return int{NoError};
-        default: return RefuseClip(Clip);
+        default:
+            return RefuseClip(Clip);
         }
     };
     ByImage(
@@ -144,7 +161,8 @@ void Operator::Subtract(const Image& Src, const Image& SrcB, Image& Dst, GrayCli
                             [&] { EachBytePair(b, a, Dst, BytePair::SubtractSaturated); }, 255, true);
         },
         [&](const Image& a, const Image& b) {
-            return subtract([&](BytePair, auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, [] {}, LargestGray16(), false);
+            return subtract([&](BytePair, auto f) { EachPixelPair<Gray16Pixel>(a, b, Dst, f); }, [] {}, LargestGray16(),
+                            false);
         });
 }
 
@@ -160,9 +178,12 @@ void Operator::Multiply(const Image& Src, const Image& SrcB, Image& Dst, GrayCli
     ByImage(
         "Tesk::Operator::Multiply", Src, SrcB, Dst, false,
         [&](const Image& a, const Image& b) {
-            if (Clip == Saturate) EachBytePair(a, b, Dst, [](int s, int t) { return Min(255, s * t); });
-            else if (Clip == Rescale) EachBytePair(a, b, Dst, [](int s, int t) { return Min(255, (s * t) >> 8); });
-            else return RefuseClip(Clip);
+            if (Clip == Saturate)
+                EachBytePair(a, b, Dst, [](int s, int t) { return Min(255, s * t); });
+            else if (Clip == Rescale)
+                EachBytePair(a, b, Dst, [](int s, int t) { return Min(255, (s * t) >> 8); });
+            else
+                return RefuseClip(Clip);
             return int{NoError};
         },
         NoWide);
@@ -195,10 +216,12 @@ void Operator::Divide(const Image& Src, const Image& SrcB, Image& Dst, GrayClipp
     ByImage(
         "Tesk::Operator::Divide", Src, SrcB, Dst, false,
         [&](const Image& a, const Image& b) {
-            if (Clip == Saturate) EachBytePair(a, b, Dst, [](int s, int t) { return t == 0 ? 255 : s / t; });
+            if (Clip == Saturate)
+                EachBytePair(a, b, Dst, [](int s, int t) { return t == 0 ? 255 : s / t; });
             else if (Clip == Rescale)
                 EachBytePair(a, b, Dst, [](int s, int t) { return t == 0 ? 255 : Min(255, (s << 8) / t); });
-            else return RefuseClip(Clip);
+            else
+                return RefuseClip(Clip);
             return int{NoError};
         },
         NoWide);
@@ -221,8 +244,14 @@ void Operator::Maximize(const Image& Src, const Image& SrcB, Image& Dst)
     const auto larger = [](int a, int b) { return Max(a, b); };
     ByImage(
         "Tesk::Operator::Maximize", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { EachBytePair(a, b, Dst, BytePair::Maximum); return int{NoError}; },
-        [&](const Image& a, const Image& b) { EachPixelPair<Gray16Pixel>(a, b, Dst, larger); return int{NoError}; });
+        [&](const Image& a, const Image& b) {
+            EachBytePair(a, b, Dst, BytePair::Maximum);
+            return int{NoError};
+        },
+        [&](const Image& a, const Image& b) {
+            EachPixelPair<Gray16Pixel>(a, b, Dst, larger);
+            return int{NoError};
+        });
 }
 
 void Operator::Minimize(const Image& Src, const Image& SrcB, Image& Dst)
@@ -230,8 +259,14 @@ void Operator::Minimize(const Image& Src, const Image& SrcB, Image& Dst)
     const auto smaller = [](int a, int b) { return Min(a, b); };
     ByImage(
         "Tesk::Operator::Minimize", Src, SrcB, Dst, true,
-        [&](const Image& a, const Image& b) { EachBytePair(a, b, Dst, BytePair::Minimum); return int{NoError}; },
-        [&](const Image& a, const Image& b) { EachPixelPair<Gray16Pixel>(a, b, Dst, smaller); return int{NoError}; });
+        [&](const Image& a, const Image& b) {
+            EachBytePair(a, b, Dst, BytePair::Minimum);
+            return int{NoError};
+        },
+        [&](const Image& a, const Image& b) {
+            EachPixelPair<Gray16Pixel>(a, b, Dst, smaller);
+            return int{NoError};
+        });
 }
 
 void Operator::Blend(double Alpha, const Image& Src, const Image& SrcB, Image& Dst)
@@ -248,7 +283,8 @@ void Operator::Blend(double Alpha, const Image& Src, const Image& SrcB, Image& D
             for (int y = 0; y < Dst.Height; y++)
                 kernels::BlendRow(held.a.Row(y), held.b.Row(y), Dst.Row(y), n, a);
         else
-            EachBytePair(held.a, held.b, Dst, [=](int s, int b) { return Clamp(s * a + b * (256 - a), 0, 65535) >> 8; });
+            EachBytePair(held.a, held.b, Dst,
+                         [=](int s, int b) { return Clamp(s * a + b * (256 - a), 0, 65535) >> 8; });
     } else if (held.a.Type == Gray16) {
         const std::int64_t a = static_cast<int>(alpha * 1024);
         EachPixelPair<Gray16Pixel>(held.a, held.b, Dst, [=](int s, int b) {

@@ -89,7 +89,8 @@ void WriteSplit(const Image& src, Image& dst, const Split& split, bool above, Bi
 {
     switch (mode) {
     case Means:
-        ThroughTable(src, dst, [&](int v) { return static_cast<int>(v > split.threshold ? split.above : split.below); });
+        ThroughTable(src, dst,
+                     [&](int v) { return static_cast<int>(v > split.threshold ? split.above : split.below); });
         break;
     case Soft:
         ThroughTable(src, dst, [&](int v) { return TruncatedByte(Ramp(v, split.below, split.above, above)); });
@@ -109,8 +110,10 @@ void WriteSplit(const Image& src, Image& dst, const Split& split, bool above, Bi
         const int t = Clamp(split.threshold, -1, 255);
         for (int y = 0; y < dst.Height; y++) {
             const auto n = static_cast<std::size_t>(int(dst.Width));
-            if (t < 0) std::memset(dst.Row(y), high, n);
-            else kernels::ThresholdRow(src.Row(y), dst.Row(y), n, static_cast<std::uint8_t>(t), high, low);
+            if (t < 0)
+                std::memset(dst.Row(y), high, n);
+            else
+                kernels::ThresholdRow(src.Row(y), dst.Row(y), n, static_cast<std::uint8_t>(t), high, low);
         }
     }
     }
@@ -123,7 +126,8 @@ PixelTypes ResultType(Binarization mode)
 
 int RefuseMode(PixelTypes type)
 {
-    return Status::Format(IncompatibleMode, L"The operation mode is not supported for this image type (%ls)", PixelTypeName(type));
+    return Status::Format(IncompatibleMode, L"The operation mode is not supported for this image type (%ls)",
+                          PixelTypeName(type));
 }
 
 /// Fixed-point weights of a projection on a colour axis, red, green, blue.
@@ -143,7 +147,8 @@ void WriteProjection(const Image& src, Image& dst, RgbPixel back, RgbPixel fore,
 {
     const int dr = fore.Red - back.Red, dg = fore.Green - back.Green, db = fore.Blue - back.Blue;
     const double square = Max(dr * dr + dg * dg + db * db, 1);
-    const Weights w{RoundedWeight(dr * 256 / square), RoundedWeight(dg * 256 / square), RoundedWeight(db * 256 / square)};
+    const Weights w{RoundedWeight(dr * 256 / square), RoundedWeight(dg * 256 / square),
+                    RoundedWeight(db * 256 / square)};
     const std::int64_t origin = w(back);
     const std::uint8_t high = above ? 255 : 0, low = above ? 0 : 255;
     if (mode == Soft)
@@ -291,16 +296,21 @@ void Operator::Binarize(int Size, int Noise, const Image& Src, Image& Dst, bool 
     }
     // Every pixel is read by its neighbours too, so an overlap means a source of its own.
     Image source;
-    if (Src.Buffer == Dst.Buffer) Copy(Src, source);
-    else source.ShallowCopy(Src, true);
+    if (Src.Buffer == Dst.Buffer)
+        Copy(Src, source);
+    else
+        source.ShallowCopy(Src, true);
     if (entry.Refuses(Status::Error().Code)) return;
     Sources held;
     if (Prepare(entry, source, Dst, Gray, held)) return;
-    if (source.Type == Gray) WriteAdaptive<GrayPixel>(source, Dst, Size, Noise, Above);
-    else WriteAdaptive<Gray16Pixel>(source, Dst, Size, Noise, Above);
+    if (source.Type == Gray)
+        WriteAdaptive<GrayPixel>(source, Dst, Size, Noise, Above);
+    else
+        WriteAdaptive<Gray16Pixel>(source, Dst, Size, Noise, Above);
 }
 
-void Operator::Binarize(GrayPixel Background, GrayPixel Foreground, const Image& Src, Image& Dst, bool Above, Binarization Mode)
+void Operator::Binarize(GrayPixel Background, GrayPixel Foreground, const Image& Src, Image& Dst, bool Above,
+                        Binarization Mode)
 {
     const Entry entry("Tesk::Operator::Binarize");
     if (entry.Refuses(CheckImage(Src))) return;
@@ -319,7 +329,8 @@ void Operator::Binarize(GrayPixel Background, GrayPixel Foreground, const Image&
     WriteSplit(held.a, Dst, split, Above != reversed, Mode);
 }
 
-void Operator::Binarize(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src, Image& Dst, bool Above, Binarization Mode)
+void Operator::Binarize(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src, Image& Dst, bool Above,
+                        Binarization Mode)
 {
     const Entry entry("Tesk::Operator::Binarize");
     if (entry.Refuses(CheckImage(Src))) return;
@@ -336,7 +347,8 @@ void Operator::Binarize(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src
     if (!Prepare(entry, Src, Dst, Gray, held)) WriteProjection(held.a, Dst, BackColor, ForeColor, Above, Mode);
 }
 
-void Operator::Binarize(RgbPixel ForeColor, RgbPixel Tolerance, const Image& Src, Image& Dst, Binarization Mode, bool Isotropic)
+void Operator::Binarize(RgbPixel ForeColor, RgbPixel Tolerance, const Image& Src, Image& Dst, Binarization Mode,
+                        bool Isotropic)
 {
     const Entry entry("Tesk::Operator::Binarize");
     if (entry.Refuses(CheckImage(Src))) return;

@@ -12,9 +12,10 @@ using namespace points;
 const wchar_t* ComponentName(ColorComponents component)
 {
     static constexpr const wchar_t* names[] = {
-        L"Red (RGB)",  L"Green (RGB)",      L"Blue (RGB)",  L"Hue (HLS)",  L"Lightness (HLS)", L"Saturation (HLS)", L"Hue (HSV)",
-        L"Saturation (HSV)", L"Value (HSV)", L"Luma (YUV)", L"ChromaU (YUV)", L"ChromaV (YUV)", L"X (XYZ)", L"Y (XYZ)",
-        L"Z (XYZ)",    L"xx (XYZ)",         L"yy (XYZ)",    L"zz (XYZ)",   L"Alpha"};
+        L"Red (RGB)",        L"Green (RGB)",   L"Blue (RGB)",       L"Hue (HLS)",   L"Lightness (HLS)",
+        L"Saturation (HLS)", L"Hue (HSV)",     L"Saturation (HSV)", L"Value (HSV)", L"Luma (YUV)",
+        L"ChromaU (YUV)",    L"ChromaV (YUV)", L"X (XYZ)",          L"Y (XYZ)",     L"Z (XYZ)",
+        L"xx (XYZ)",         L"yy (XYZ)",      L"zz (XYZ)",         L"Alpha"};
     return component >= Red_RGB && component <= Alpha ? names[component] : L"?";
 }
 
@@ -36,9 +37,12 @@ int Hue(const Channels& c)
     const int M = c.Largest(), d = M - c.Smallest();
     if (d == 0) return 0;
     int hue = 0;
-    if (c.R == M) hue = (c.G - c.B) * 255 / (6 * d);
-    else if (c.G == M) hue = (c.B - c.R) * 255 / (6 * d) + 86;
-    else hue = (c.R - c.G) * 255 / (6 * d) - 85;
+    if (c.R == M)
+        hue = (c.G - c.B) * 255 / (6 * d);
+    else if (c.G == M)
+        hue = (c.B - c.R) * 255 / (6 * d) + 86;
+    else
+        hue = (c.R - c.G) * 255 / (6 * d) - 85;
     return hue & 255;
 }
 
@@ -52,9 +56,12 @@ int SaturationHls(const Channels& c)
 int Xyz(const Channels& c, int which)
 {
     switch (which) {
-    case 0: return (317 * c.R + 501 * c.G + 204 * c.B) >> 10;
-    case 1: return (181 * c.R + 831 * c.G + 10 * c.B) >> 10;
-    default: return (10 * c.G + 1013 * c.B) >> 10;
+    case 0:
+        return (317 * c.R + 501 * c.G + 204 * c.B) >> 10;
+    case 1:
+        return (181 * c.R + 831 * c.G + 10 * c.B) >> 10;
+    default:
+        return (10 * c.G + 1013 * c.B) >> 10;
     }
 }
 
@@ -68,22 +75,35 @@ int Chromaticity(const Channels& c, int which)
 int ComponentOf(const Channels& c, ColorComponents component)
 {
     switch (component) {
-    case Red_RGB: return c.R;
-    case Green_RGB: return c.G;
-    case Blue_RGB: return c.B;
+    case Red_RGB:
+        return c.R;
+    case Green_RGB:
+        return c.G;
+    case Blue_RGB:
+        return c.B;
     case Hue_HLS:
-    case Hue_HSV: return Hue(c);
-    case Lightness_HLS: return (c.Largest() + c.Smallest()) >> 1;
-    case Saturation_HLS: return SaturationHls(c);
-    case Saturation_HSV: return c.Largest() == 0 ? 0 : (c.Largest() - c.Smallest()) * 255 / c.Largest();
-    case Value_HSV: return c.Largest();
-    case Luma_YUV: return (306 * c.R + 601 * c.G + 117 * c.B) >> 10;
-    case ChromaU_YUV: return Clamp(((446 * c.B - 296 * c.G - 151 * c.R) >> 10) + 128, 0, 255);
-    case ChromaV_YUV: return Clamp(((629 * c.R - 528 * c.G - 102 * c.B) >> 10) + 128, 0, 255);
+    case Hue_HSV:
+        return Hue(c);
+    case Lightness_HLS:
+        return (c.Largest() + c.Smallest()) >> 1;
+    case Saturation_HLS:
+        return SaturationHls(c);
+    case Saturation_HSV:
+        return c.Largest() == 0 ? 0 : (c.Largest() - c.Smallest()) * 255 / c.Largest();
+    case Value_HSV:
+        return c.Largest();
+    case Luma_YUV:
+        return (306 * c.R + 601 * c.G + 117 * c.B) >> 10;
+    case ChromaU_YUV:
+        return Clamp(((446 * c.B - 296 * c.G - 151 * c.R) >> 10) + 128, 0, 255);
+    case ChromaV_YUV:
+        return Clamp(((629 * c.R - 528 * c.G - 102 * c.B) >> 10) + 128, 0, 255);
     case X_XYZ:
     case Y_XYZ:
-    case Z_XYZ: return Min(255, Xyz(c, component - X_XYZ));
-    default: return Chromaticity(c, component - xx_XYZ);
+    case Z_XYZ:
+        return Min(255, Xyz(c, component - X_XYZ));
+    default:
+        return Chromaticity(c, component - xx_XYZ);
     }
 }
 
@@ -127,10 +147,12 @@ void Operator::Convert(const Image& Src, Image& Dst, ColorComponents Component)
     const bool channel = Component == Red_RGB || Component == Green_RGB || Component == Blue_RGB;
     const PixelTypes from = Src.Type;
     if (from != Gray && from != Rgb && from != Rgba) {
-        entry.Refuse(UnsupportedType, L"The source image type (%ls) is not supported for this operation", PixelTypeName(from));
+        entry.Refuse(UnsupportedType, L"The source image type (%ls) is not supported for this operation",
+                     PixelTypeName(from));
         return;
     }
-    const bool served = channel || (from == Rgb && Component >= Red_RGB && Component < Alpha) || (from == Rgba && Component == Alpha);
+    const bool served =
+        channel || (from == Rgb && Component >= Red_RGB && Component < Alpha) || (from == Rgba && Component == Alpha);
     if (!served) {
         entry.Refuses(RefuseComponent(Component, from));
         return;
@@ -138,7 +160,8 @@ void Operator::Convert(const Image& Src, Image& Dst, ColorComponents Component)
     Sources held;
     if (from != Gray) {
         if (Prepare(entry, Src, Dst, Gray, held)) return;
-        if (channel || Component == Alpha) TakeByte(held.a, Dst, ByteOf(Component));
+        if (channel || Component == Alpha)
+            TakeByte(held.a, Dst, ByteOf(Component));
         else
             EachPixel<RgbPixel, GrayPixel>(held.a, Dst, [=](RgbPixel p) {
                 return ComponentOf(Channels{p.Red, p.Green, p.Blue}, Component);
@@ -194,12 +217,18 @@ void Operator::ColorsHueSet(int Hue, const Image& Src, Image& Dst)
     Correction("Tesk::Operator::ColorsHueSet", Src, Dst, [=](const Channels& c) {
         const int M = c.Largest(), m = c.Smallest(), d = ((M - m) * fraction) >> 8;
         switch (sector) {
-        case 0: return RgbPixel(M, m + d, m);
-        case 1: return RgbPixel(M - d, M, m);
-        case 2: return RgbPixel(m, M, m + d);
-        case 3: return RgbPixel(m, M - d, M);
-        case 4: return RgbPixel(m + d, m, M);
-        default: return RgbPixel(M, m, M - d);
+        case 0:
+            return RgbPixel(M, m + d, m);
+        case 1:
+            return RgbPixel(M - d, M, m);
+        case 2:
+            return RgbPixel(m, M, m + d);
+        case 3:
+            return RgbPixel(m, M - d, M);
+        case 4:
+            return RgbPixel(m + d, m, M);
+        default:
+            return RgbPixel(M, m, M - d);
         }
     });
 }

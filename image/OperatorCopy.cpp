@@ -21,7 +21,8 @@ void FillWindow(Image& dst, T value)
 
 int RefuseSource(PixelTypes type)
 {
-    return Status::Format(UnsupportedType, L"Source image type (%ls) not supported for this operation", PixelTypeName(type));
+    return Status::Format(UnsupportedType, L"Source image type (%ls) not supported for this operation",
+                          PixelTypeName(type));
 }
 
 int RefuseDestination(PixelTypes type)
@@ -38,17 +39,32 @@ int Strength(GradPixel p)
 /// A gradient's strength as a gray value: the gain tells by how much its filter multiplies.
 void GradToGray(const Image& src, Image& dst)
 {
-    const auto scaled = [&](auto f) { EachPixel<GradPixel, GrayPixel>(src, dst, [=](GradPixel p) { return Min(255, f(Strength(p))); }); };
+    const auto scaled = [&](auto f) {
+        EachPixel<GradPixel, GrayPixel>(src, dst, [=](GradPixel p) { return Min(255, f(Strength(p))); });
+    };
     switch (src.GradGain) {
     case 1:
     case 5:
-    case 35: scaled([](int m) { return m; }); break;
-    case 3: scaled([](int m) { return (m * 85) >> 8; }); break;
-    case 4: scaled([](int m) { return m >> 2; }); break;
-    case 6: scaled([](int m) { return (m * 85) >> 9; }); break;
-    case 8: scaled([](int m) { return m >> 3; }); break;
-    case 15: EachPixel<GradPixel, GrayPixel>(src, dst, [](GradPixel p) { return (Strength(p) * 17) >> 8; }); break;
-    default: break;
+    case 35:
+        scaled([](int m) { return m; });
+        break;
+    case 3:
+        scaled([](int m) { return (m * 85) >> 8; });
+        break;
+    case 4:
+        scaled([](int m) { return m >> 2; });
+        break;
+    case 6:
+        scaled([](int m) { return (m * 85) >> 9; });
+        break;
+    case 8:
+        scaled([](int m) { return m >> 3; });
+        break;
+    case 15:
+        EachPixel<GradPixel, GrayPixel>(src, dst, [](GradPixel p) { return (Strength(p) * 17) >> 8; });
+        break;
+    default:
+        break;
     }
 }
 
@@ -71,13 +87,19 @@ void ToBits(const Image& src, Image& dst, Test test)
 bool HasConversion(PixelTypes from, PixelTypes to)
 {
     switch (to) {
-    case Gray: return from == Gray16 || from == Gray32 || from == Rgb || from == Rgba || from == Grad || from == Gray1;
+    case Gray:
+        return from == Gray16 || from == Gray32 || from == Rgb || from == Rgba || from == Grad || from == Gray1;
     case Gray16:
-    case Gray32: return from == Gray;
-    case Rgb: return from == Gray || from == Rgba;
-    case Rgba: return from == Gray || from == Rgb;
-    case Gray1: return from == Gray || from == Gray16;
-    default: return false;
+    case Gray32:
+        return from == Gray;
+    case Rgb:
+        return from == Gray || from == Rgba;
+    case Rgba:
+        return from == Gray || from == Rgb;
+    case Gray1:
+        return from == Gray || from == Gray16;
+    default:
+        return false;
     }
 }
 
@@ -96,8 +118,12 @@ void ConvertPixels(const Image& src, Image& dst)
     switch (dst.Type) {
     case Gray:
         switch (src.Type) {
-        case Gray16: EachPixel<Gray16Pixel, GrayPixel>(src, dst, [=](Gray16Pixel v) { return Min(255, v >> shift); }); break;
-        case Gray32: EachPixel<Gray32Pixel, GrayPixel>(src, dst, [=](Gray32Pixel v) { return Clamp(v >> shift, 0, 255); }); break;
+        case Gray16:
+            EachPixel<Gray16Pixel, GrayPixel>(src, dst, [=](Gray16Pixel v) { return Min(255, v >> shift); });
+            break;
+        case Gray32:
+            EachPixel<Gray32Pixel, GrayPixel>(src, dst, [=](Gray32Pixel v) { return Clamp(v >> shift, 0, 255); });
+            break;
         case Rgb:
             for (int y = 0; y < dst.Height; y++)
                 kernels::LargestOfThreeRow(src.Row(y), dst.Row(y), static_cast<std::size_t>(int(dst.Width)));
@@ -105,7 +131,9 @@ void ConvertPixels(const Image& src, Image& dst)
         case Rgba:
             EachPixel<RgbaPixel, GrayPixel>(src, dst, [](RgbaPixel p) { return (p.Blue + p.Green + p.Red) * 85 >> 8; });
             break;
-        case Grad: GradToGray(src, dst); break;
+        case Grad:
+            GradToGray(src, dst);
+            break;
         default:
             for (int y = 0; y < dst.Height; y++)
                 for (int x = 0; x < dst.Width; x++)
@@ -116,20 +144,30 @@ void ConvertPixels(const Image& src, Image& dst)
         for (int y = 0; y < dst.Height; y++)
             kernels::WidenRow(src.Row(y), dst.Row<Gray16Pixel>(y), static_cast<std::size_t>(int(dst.Width)), shift);
         break;
-    case Gray32: EachPixel<GrayPixel, Gray32Pixel>(src, dst, [=](GrayPixel v) { return v << shift; }); break;
+    case Gray32:
+        EachPixel<GrayPixel, Gray32Pixel>(src, dst, [=](GrayPixel v) { return v << shift; });
+        break;
     case Rgb:
-        if (src.Type == Gray) EachPixel<GrayPixel, RgbPixel>(src, dst, [](GrayPixel v) { return RgbPixel(v, v, v); });
-        else EachPixel<RgbaPixel, RgbPixel>(src, dst, [](RgbaPixel p) { return RgbPixel(p.Red, p.Green, p.Blue); });
+        if (src.Type == Gray)
+            EachPixel<GrayPixel, RgbPixel>(src, dst, [](GrayPixel v) { return RgbPixel(v, v, v); });
+        else
+            EachPixel<RgbaPixel, RgbPixel>(src, dst, [](RgbaPixel p) { return RgbPixel(p.Red, p.Green, p.Blue); });
         break;
     case Rgba:
-        if (src.Type == Gray) EachPixel<GrayPixel, RgbaPixel>(src, dst, [](GrayPixel v) { return RgbaPixel(v, v, v, 255); });
-        else EachPixel<RgbPixel, RgbaPixel>(src, dst, [](RgbPixel p) { return RgbaPixel(p.Red, p.Green, p.Blue, 255); });
+        if (src.Type == Gray)
+            EachPixel<GrayPixel, RgbaPixel>(src, dst, [](GrayPixel v) { return RgbaPixel(v, v, v, 255); });
+        else
+            EachPixel<RgbPixel, RgbaPixel>(src, dst, [](RgbPixel p) { return RgbaPixel(p.Red, p.Green, p.Blue, 255); });
         break;
     case Gray1:
-        if (src.Type == Gray) ToBits<GrayPixel>(src, dst, [](GrayPixel v) { return v >= 128; });
-        else ToBits<Gray16Pixel>(src, dst, [middle = 1 << (Operator::GrayDepth - 1)](Gray16Pixel v) { return v >= middle; });
+        if (src.Type == Gray)
+            ToBits<GrayPixel>(src, dst, [](GrayPixel v) { return v >= 128; });
+        else
+            ToBits<Gray16Pixel>(src, dst,
+                                [middle = 1 << (Operator::GrayDepth - 1)](Gray16Pixel v) { return v >= middle; });
         break;
-    default: break;
+    default:
+        break;
     }
 }
 
@@ -150,10 +188,17 @@ void Operator::Copy(int Const, Image& Dst)
     if (PrepareConstant(entry, Dst, {Gray, Gray16, Gray32, Rgb, Float})) return;
     const auto byte = static_cast<std::uint8_t>(Const);
     switch (Dst.Type) {
-    case Gray: FillWindow<GrayPixel>(Dst, byte); break;
-    case Gray16: FillWindow<Gray16Pixel>(Dst, static_cast<Gray16Pixel>(Const)); break;
-    case Rgb: FillWindow<RgbPixel>(Dst, RgbPixel(byte, byte, byte)); break;
-    default: FillWindow<std::int32_t>(Dst, Const);
+    case Gray:
+        FillWindow<GrayPixel>(Dst, byte);
+        break;
+    case Gray16:
+        FillWindow<Gray16Pixel>(Dst, static_cast<Gray16Pixel>(Const));
+        break;
+    case Rgb:
+        FillWindow<RgbPixel>(Dst, RgbPixel(byte, byte, byte));
+        break;
+    default:
+        FillWindow<std::int32_t>(Dst, Const);
     }
 }
 

@@ -34,8 +34,9 @@ int CheckReference(const Image& src, const Image& reference, const wchar_t* whic
     if (reference.Type != wanted)
         return Status::Format(IncompatibleType, L"The %ls must be of type %ls", which, PixelTypeName(wanted));
     if (reference.Width != src.Width || reference.Height != src.Height)
-        return Status::Format(IncompatibleSize, L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)",
-                              int(src.Width), int(src.Height), int(reference.Width), int(reference.Height));
+        return Status::Format(IncompatibleSize,
+                              L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)", int(src.Width),
+                              int(src.Height), int(reference.Width), int(reference.Height));
     return NoError;
 }
 
@@ -56,8 +57,9 @@ void EachValue(const Image& src, const Image& black, const Image& white, Image& 
         T* d = dst.Row<T>(y);
         for (int x = 0, i = 0; x < dst.Width; x++)
             for (int c = 0; c < channels; c++, i++)
-                d[i] = static_cast<T>(
-                    Clamp<std::int64_t>(f(std::int64_t{s[i]}, std::int64_t{b[x]}, std::int64_t{w[x]}, static_cast<std::size_t>(c)), 0, largest));
+                d[i] = static_cast<T>(Clamp<std::int64_t>(
+                    f(std::int64_t{s[i]}, std::int64_t{b[x]}, std::int64_t{w[x]}, static_cast<std::size_t>(c)), 0,
+                    largest));
     }
 }
 
@@ -69,15 +71,21 @@ void Apply(const Entry& entry, const Image& Src, const Image& SrcBlack, const Im
     black.ShallowCopy(SrcBlack, true);
     white.ShallowCopy(SrcWhite, true);
     Image blackCopy, whiteCopy;
-    if (SrcBlack.Buffer == Dst.Buffer && SrcBlack.FirstPixel != nullptr) Operator::Copy(black, blackCopy);
-    else blackCopy.ShallowCopy(black, true);
-    if (SrcWhite.Buffer == Dst.Buffer && SrcWhite.FirstPixel != nullptr) Operator::Copy(white, whiteCopy);
-    else whiteCopy.ShallowCopy(white, true);
+    if (SrcBlack.Buffer == Dst.Buffer && SrcBlack.FirstPixel != nullptr)
+        Operator::Copy(black, blackCopy);
+    else
+        blackCopy.ShallowCopy(black, true);
+    if (SrcWhite.Buffer == Dst.Buffer && SrcWhite.FirstPixel != nullptr)
+        Operator::Copy(white, whiteCopy);
+    else
+        whiteCopy.ShallowCopy(white, true);
     if (entry.Refuses(Status::Error().Code)) return;
     Sources held;
     if (Prepare(entry, Src, Dst, Undefined, held)) return;
-    if (held.a.Type == Gray16) EachValue<Gray16Pixel>(held.a, blackCopy, whiteCopy, Dst, 1, largestGray16, f);
-    else EachValue<GrayPixel>(held.a, blackCopy, whiteCopy, Dst, held.a.Type == Rgb ? 3 : 1, 255, f);
+    if (held.a.Type == Gray16)
+        EachValue<Gray16Pixel>(held.a, blackCopy, whiteCopy, Dst, 1, largestGray16, f);
+    else
+        EachValue<GrayPixel>(held.a, blackCopy, whiteCopy, Dst, held.a.Type == Rgb ? 3 : 1, 255, f);
 }
 
 void AddLevels(const Image& src, const Image& white, Image& dst, const Levels& level)
@@ -97,10 +105,12 @@ void MultiplyLevels(const Image& src, const Image& white, Image& dst, const Leve
     });
 }
 
-void CorrectLevels(const Image& src, const Image& black, const Image& white, Image& dst, const Levels& low, const Levels& high)
+void CorrectLevels(const Image& src, const Image& black, const Image& white, Image& dst, const Levels& low,
+                   const Levels& high)
 {
     const Entry entry("Tesk::Operator::Correct");
-    if (entry.Refuses(CheckSource(src)) || entry.Refuses(CheckReference(src, black, L"black and white reference images")) ||
+    if (entry.Refuses(CheckSource(src)) ||
+        entry.Refuses(CheckReference(src, black, L"black and white reference images")) ||
         entry.Refuses(CheckReference(src, white, L"black and white reference images")))
         return;
     Apply(entry, src, black, white, dst, [=](std::int64_t s, std::int64_t b, std::int64_t w, std::size_t c) {
@@ -136,7 +146,8 @@ void Operator::Correct(const Image& Src, const Image& SrcBlack, const Image& Src
     CorrectLevels(Src, SrcBlack, SrcWhite, Dst, SameLevel(Black), SameLevel(White));
 }
 
-void Operator::Correct(const Image& Src, const Image& SrcBlack, const Image& SrcWhite, Image& Dst, RgbPixel Black, RgbPixel White)
+void Operator::Correct(const Image& Src, const Image& SrcBlack, const Image& SrcWhite, Image& Dst, RgbPixel Black,
+                       RgbPixel White)
 {
     CorrectLevels(Src, SrcBlack, SrcWhite, Dst, ColorLevels(Black), ColorLevels(White));
 }

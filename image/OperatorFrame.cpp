@@ -10,12 +10,14 @@ const wchar_t* ClippingName(GrayClipping clip)
 
 int RefuseType(PixelTypes type)
 {
-    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation", PixelTypeName(type));
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
+                          PixelTypeName(type));
 }
 
 int RefuseClip(GrayClipping clip)
 {
-    return Status::Format(OutOfRange, L"The clipping mode (%ls) is not supported for this operation", ClippingName(clip));
+    return Status::Format(OutOfRange, L"The clipping mode (%ls) is not supported for this operation",
+                          ClippingName(clip));
 }
 
 namespace {
@@ -54,8 +56,7 @@ bool Prepare(const Entry& entry, const Image& src, Image& dst, PixelTypes type, 
 {
     if (entry.Refuses(CheckImage(src))) return true;
     const PixelTypes wanted = type == Undefined ? PixelTypes(src.Type) : type;
-    if (!Hold(src, dst, wanted, held.a))
-        return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+    if (!Hold(src, dst, wanted, held.a)) return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
     const bool read = src.FirstPixel == dst.FirstPixel;
     return SizeAndDetach(entry, held.a, dst, wanted, read);
 }

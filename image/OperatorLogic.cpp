@@ -77,8 +77,11 @@ void Operator::Invert(const Image& Src, Image& Dst)
     case Gray:
     case Rgb:
     case Gray1:
-    case Gray16: EachByte(held.a, Dst, [](std::uint8_t s) { return ~s; }); break;
-    default: entry.Refuses(RefuseType(held.a.Type));
+    case Gray16:
+        EachByte(held.a, Dst, [](std::uint8_t s) { return ~s; });
+        break;
+    default:
+        entry.Refuses(RefuseType(held.a.Type));
     }
 }
 
@@ -94,16 +97,19 @@ void Operator::EqualTest(int Const, const Image& Src, Image& Dst, int Black, int
     if (Prepare(entry, Src, Dst, Gray, held)) return;
     const auto b = static_cast<std::uint8_t>(Black), w = static_cast<std::uint8_t>(White);
     switch (held.a.Type) {
-    case Gray: EachByte(held.a, Dst, [=](std::uint8_t s) { return s == Const ? w : b; }); break;
+    case Gray:
+        EachByte(held.a, Dst, [=](std::uint8_t s) { return s == Const ? w : b; });
+        break;
     case Gray16:
-        EachPixel<Gray16Pixel, GrayPixel>(held.a, Dst, [=, c = Const & 0xffff](Gray16Pixel s) { return s == c ? w : b; });
+        EachPixel<Gray16Pixel, GrayPixel>(held.a, Dst,
+                                          [=, c = Const & 0xffff](Gray16Pixel s) { return s == c ? w : b; });
         break;
     case Rgb:
-        EachPixel<RgbPixel, GrayPixel>(held.a, Dst, [=](RgbPixel s) {
-            return s.Red == Const && s.Green == Const && s.Blue == Const ? w : b;
-        });
+        EachPixel<RgbPixel, GrayPixel>(
+            held.a, Dst, [=](RgbPixel s) { return s.Red == Const && s.Green == Const && s.Blue == Const ? w : b; });
         break;
-    default: entry.Refuses(RefuseType(held.a.Type));
+    default:
+        entry.Refuses(RefuseType(held.a.Type));
     }
 }
 

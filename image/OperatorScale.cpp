@@ -137,10 +137,17 @@ void Operator::Equalize(const Image& Src, Image& Dst)
     Sources held;
     if (Prepare(entry, Src, Dst, Undefined, held)) return;
     switch (held.a.Type) {
-    case Gray: EqualizeGray(held.a, Dst); break;
-    case Gray16: EqualizeGray16(held.a, Dst); break;
-    case Rgb: EqualizeRgb(held.a, Dst); break;
-    default: entry.Refuses(RefuseType(held.a.Type));
+    case Gray:
+        EqualizeGray(held.a, Dst);
+        break;
+    case Gray16:
+        EqualizeGray16(held.a, Dst);
+        break;
+    case Rgb:
+        EqualizeRgb(held.a, Dst);
+        break;
+    default:
+        entry.Refuses(RefuseType(held.a.Type));
     }
 }
 
@@ -158,8 +165,10 @@ void Operator::Equalize(int FilterSize, const Image& Src, Image& Dst)
         return;
     }
     Image source;
-    if (Src.Buffer == Dst.Buffer) Copy(Src, source);
-    else source.ShallowCopy(Src, true);
+    if (Src.Buffer == Dst.Buffer)
+        Copy(Src, source);
+    else
+        source.ShallowCopy(Src, true);
     if (entry.Refuses(Status::Error().Code)) return;
     Sources held;
     if (!Prepare(entry, source, Dst, Gray, held)) EqualizeAdaptive(source, Dst, FilterSize);

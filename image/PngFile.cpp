@@ -36,7 +36,8 @@ struct ReadState
 /// Chooses native type, transformations, and the type of the rows that libpng will deliver.
 int ChooseTransformations(ReadState& s)
 {
-    if (s.bitDepth != 1 && s.bitDepth != 4 && s.bitDepth != 8 && s.bitDepth != 16 && s.colorType != PNG_COLOR_TYPE_PALETTE)
+    if (s.bitDepth != 1 && s.bitDepth != 4 && s.bitDepth != 8 && s.bitDepth != 16 &&
+        s.colorType != PNG_COLOR_TYPE_PALETTE)
         return Status::Format(UnsupportedFormat, L"Unsupported PNG image format, color type is %d, bit depth is %d",
                               s.colorType, s.bitDepth);
     switch (s.colorType) {
@@ -57,8 +58,12 @@ int ChooseTransformations(ReadState& s)
         }
         return NoError;
     case PNG_COLOR_TYPE_RGB:
-    case PNG_COLOR_TYPE_PALETTE: s.native = Rgb; break;
-    case PNG_COLOR_TYPE_RGB_ALPHA: s.native = Rgba; break;
+    case PNG_COLOR_TYPE_PALETTE:
+        s.native = Rgb;
+        break;
+    case PNG_COLOR_TYPE_RGB_ALPHA:
+        s.native = Rgba;
+        break;
     default:
         return Status::Format(UnsupportedFormat, L"Unsupported PNG image format, color type is %d", s.colorType);
     }
@@ -68,17 +73,22 @@ int ChooseTransformations(ReadState& s)
     // Sixteen-bit colour fits no store: it narrows to eight.
     if (s.bitDepth == 16) png_set_strip_16(s.png);
     if (s.colorType == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(s.png);
-    if (s.wanted == Rgba) png_set_alpha_mode(s.png, PNG_ALPHA_PREMULTIPLIED, 1.0);
-    else png_set_strip_alpha(s.png);
-    if (s.wanted == Gray) png_set_rgb_to_gray(s.png, PNG_ERROR_ACTION_NONE, PNG_RGB_TO_GRAY_DEFAULT, PNG_RGB_TO_GRAY_DEFAULT);
-    else png_set_bgr(s.png);
+    if (s.wanted == Rgba)
+        png_set_alpha_mode(s.png, PNG_ALPHA_PREMULTIPLIED, 1.0);
+    else
+        png_set_strip_alpha(s.png);
+    if (s.wanted == Gray)
+        png_set_rgb_to_gray(s.png, PNG_ERROR_ACTION_NONE, PNG_RGB_TO_GRAY_DEFAULT, PNG_RGB_TO_GRAY_DEFAULT);
+    else
+        png_set_bgr(s.png);
     return NoError;
 }
 
 /// From the header up to the choice of the row type.
 int ReadInfo(ReadState& s, const ImageFile& file, std::int64_t& width, std::int64_t& height)
 {
-    if (setjmp(s.jump)) return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+    if (setjmp(s.jump))
+        return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
     png_init_io(s.png, file.stream);
     png_set_sig_bytes(s.png, 8);
     png_set_user_limits(s.png, 0x7fffffff, 0x7fffffff);
@@ -92,7 +102,8 @@ int ReadInfo(ReadState& s, const ImageFile& file, std::int64_t& width, std::int6
 
 int ReadRows(ReadState& s, const ImageFile& file, const Image& image, png_bytep* rows)
 {
-    if (setjmp(s.jump)) return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+    if (setjmp(s.jump))
+        return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
     png_set_interlace_handling(s.png);
     png_read_update_info(s.png, s.info);
     if (png_get_rowbytes(s.png, s.info) != static_cast<std::size_t>(RowBytes(image.Width, image.Type)))
@@ -106,8 +117,10 @@ int ReadRows(ReadState& s, const ImageFile& file, const Image& image, png_bytep*
 /// What libpng cannot do: widen bits, narrow sixteen bits by the gray depth in force.
 void ConvertRow(const std::uint8_t* src, PixelTypes from, std::uint8_t* dst, PixelTypes to, int width)
 {
-    if (from == Gray1) BitsToGray(src, dst, width);
-    else if (to == Gray) Gray16ToGray(reinterpret_cast<const std::uint16_t*>(src), dst, width);
+    if (from == Gray1)
+        BitsToGray(src, dst, width);
+    else if (to == Gray)
+        Gray16ToGray(reinterpret_cast<const std::uint16_t*>(src), dst, width);
     else {
         const int shift = Operator::GrayDepth - 8;
         for (int x = 0; x < width; x++)
@@ -124,12 +137,15 @@ struct WriteState
 
 int WriteRows(WriteState& s, const ImageFile& file, const Image& src)
 {
-    if (setjmp(s.jump)) return Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
+    if (setjmp(s.jump))
+        return Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
     png_init_io(s.png, file.stream);
     const int depth = src.Type == Gray16 ? 16 : src.Type == Gray1 ? 1 : 8;
-    const int color = src.Type == Rgba ? PNG_COLOR_TYPE_RGB_ALPHA : src.Type == Rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY;
-    png_set_IHDR(s.png, s.info, static_cast<png_uint_32>(int(src.Width)), static_cast<png_uint_32>(int(src.Height)), depth, color,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    const int color = src.Type == Rgba  ? PNG_COLOR_TYPE_RGB_ALPHA
+                      : src.Type == Rgb ? PNG_COLOR_TYPE_RGB
+                                        : PNG_COLOR_TYPE_GRAY;
+    png_set_IHDR(s.png, s.info, static_cast<png_uint_32>(int(src.Width)), static_cast<png_uint_32>(int(src.Height)),
+                 depth, color, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     const auto density = static_cast<png_uint_32>(std::lround(dotsPerInch / 0.0254));
     png_set_pHYs(s.png, s.info, density, density, PNG_RESOLUTION_METER);
     png_write_info(s.png, s.info);
@@ -147,13 +163,15 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     png_byte signature[8] = {};
     if (std::fread(signature, 1, 8, file.stream) != 8 || png_sig_cmp(signature, 0, 8) != 0)
-        return Status::Format(UnsupportedFormat, L"File \"%ls\" is not a PNG image file (unrecognized signature)", file.Name());
+        return Status::Format(UnsupportedFormat, L"File \"%ls\" is not a PNG image file (unrecognized signature)",
+                              file.Name());
     ReadState state;
     state.wanted = wanted;
     state.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state.jump, LeaveByJump, IgnoreWarning);
     if (state.png) state.info = png_create_info_struct(state.png);
-    int code = state.info ? NoError
-                          : Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+    int code = state.info
+                   ? NoError
+                   : Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
     std::int64_t width = 0, height = 0;
     if (!code) code = ReadInfo(state, file, width, height);
     Image raw;
@@ -184,9 +202,9 @@ int WritePng(ImageFile& file, const Image& src)
     WriteState state;
     state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.jump, LeaveByJump, IgnoreWarning);
     if (state.png) state.info = png_create_info_struct(state.png);
-    const int code = state.info
-                         ? WriteRows(state, file, src)
-                         : Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
+    const int code =
+        state.info ? WriteRows(state, file, src)
+                   : Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
     png_destroy_write_struct(&state.png, &state.info);
     return code;
 }

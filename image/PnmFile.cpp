@@ -38,7 +38,8 @@ int ReadHeader(ImageFile& file, const Pnm& format, Header& header)
     int found = 0;
     while (found < format.numbers) {
         if (!std::fgets(line, sizeof line, file.stream))
-            return Status::Format(CannotRead, L"Cannot read the header from the %ls file \"%ls\"", format.name, file.Name());
+            return Status::Format(CannotRead, L"Cannot read the header from the %ls file \"%ls\"", format.name,
+                                  file.Name());
         if (line[0] == '#') continue;
         const char* at = line;
         if (!signedOff) {
@@ -61,7 +62,8 @@ int ReadHeader(ImageFile& file, const Pnm& format, Header& header)
         }
     }
     if (header.Width() < 1 || header.Height() < 1 || header.Maximum() < 0)
-        return Status::Format(CannotRead, L"Cannot read the header from the %ls file \"%ls\"", format.name, file.Name());
+        return Status::Format(CannotRead, L"Cannot read the header from the %ls file \"%ls\"", format.name,
+                              file.Name());
     return NoError;
 }
 
@@ -110,8 +112,9 @@ int ReadTextBit(ImageFile& file, bool& black)
 
 int WriteHeader(ImageFile& file, const Image& src, char digit, int maximum)
 {
-    const int written = maximum ? std::fprintf(file.stream, "P%c\n%d %d %d\n", digit, int(src.Width), int(src.Height), maximum)
-                                : std::fprintf(file.stream, "P%c\n%d %d\n", digit, int(src.Width), int(src.Height));
+    const int written =
+        maximum ? std::fprintf(file.stream, "P%c\n%d %d %d\n", digit, int(src.Width), int(src.Height), maximum)
+                : std::fprintf(file.stream, "P%c\n%d %d\n", digit, int(src.Width), int(src.Height));
     return written > 0 ? NoError : Status::Format(CannotWrite, L"Cannot write to file \"%ls\"", file.Name());
 }
 
@@ -161,8 +164,10 @@ int ReadPbm(ImageFile& file, Image& dst, PixelTypes wanted)
         // In the file a set bit is black, in the image white.
         for (auto& byte : bits)
             byte = static_cast<std::uint8_t>(~byte);
-        if (wanted == Gray1) std::memcpy(dst.Row(y), bits.data(), bits.size());
-        else if (wanted == Gray) BitsToGray(bits.data(), dst.Row(y), width);
+        if (wanted == Gray1)
+            std::memcpy(dst.Row(y), bits.data(), bits.size());
+        else if (wanted == Gray)
+            BitsToGray(bits.data(), dst.Row(y), width);
         else
             for (int x = 0; x < width; x++)
                 dst.Row<std::uint16_t>(y)[x] = bits[static_cast<std::size_t>(x >> 3)] & 0x80 >> (x & 7) ? white : 0;
@@ -176,7 +181,8 @@ int ReadPgm(ImageFile& file, Image& dst, PixelTypes)
     if (const int code = ReadHeader(file, pgm, header)) return code;
     if (header.Maximum() > 65535)
         return Status::Format(UnsupportedFormat,
-                              L"Unsupported PGM image format, the maximum gray value (%d) is larger than 65535", header.Maximum());
+                              L"Unsupported PGM image format, the maximum gray value (%d) is larger than 65535",
+                              header.Maximum());
     const bool wide = header.Maximum() > 255;
     const int width = header.Width(), rowBytes = wide ? 2 * width : width;
     if (const int code = CheckRows(file, pgm, header, std::int64_t{width} * (wide ? 2 : 1))) return code;
@@ -190,8 +196,10 @@ int ReadPgm(ImageFile& file, Image& dst, PixelTypes)
         for (int x = 0; x < width; x++) {
             int value = 0;
             if (!ReadNumber(file, value)) return ShortPixel(file, pgm);
-            if (wide) dst.Row<std::uint16_t>(y)[x] = static_cast<std::uint16_t>(value);
-            else dst.Row(y)[x] = static_cast<std::uint8_t>(value);
+            if (wide)
+                dst.Row<std::uint16_t>(y)[x] = static_cast<std::uint16_t>(value);
+            else
+                dst.Row(y)[x] = static_cast<std::uint8_t>(value);
         }
     }
     return NoError;
@@ -203,14 +211,16 @@ int ReadPpm(ImageFile& file, Image& dst, PixelTypes)
     if (const int code = ReadHeader(file, ppm, header)) return code;
     if (header.Maximum() >= 256)
         return Status::Format(UnsupportedFormat,
-                              L"Unsupported PPM image format, the maximum gray value (%d) is larger than 255", header.Maximum());
+                              L"Unsupported PPM image format, the maximum gray value (%d) is larger than 255",
+                              header.Maximum());
     const int width = header.Width();
     if (const int code = CheckRows(file, ppm, header, 3 * std::int64_t{width})) return code;
     if (const int code = Allocate(file, dst, width, header.Height(), Rgb, 4)) return code;
     for (int y = 0; y < header.Height(); y++) {
         std::uint8_t* row = dst.Row(y);
         if (header.binary) {
-            if (std::fread(row, 1, static_cast<std::size_t>(3 * width), file.stream) != static_cast<std::size_t>(3 * width))
+            if (std::fread(row, 1, static_cast<std::size_t>(3 * width), file.stream) !=
+                static_cast<std::size_t>(3 * width))
                 return Status::Format(CannotRead, L"Cannot read an image row from the file \"%ls\"", file.Name());
         } else {
             for (int x = 0; x < 3 * width; x++) {
@@ -234,12 +244,16 @@ int WritePbm(ImageFile& file, const Image& src)
         std::fill(bits.begin(), bits.end(), std::uint8_t{0});
         for (int x = 0; x < src.Width; x++) {
             bool black = false;
-            if (src.Type == Gray) black = src.Row(y)[x] < 128;
-            else if (src.Type == Gray16) black = src.Row<std::uint16_t>(y)[x] < middle;
-            else black = !(src.Row(y)[x >> 3] & 0x80 >> (x & 7));
+            if (src.Type == Gray)
+                black = src.Row(y)[x] < 128;
+            else if (src.Type == Gray16)
+                black = src.Row<std::uint16_t>(y)[x] < middle;
+            else
+                black = !(src.Row(y)[x >> 3] & 0x80 >> (x & 7));
             if (black) bits[static_cast<std::size_t>(x >> 3)] |= static_cast<std::uint8_t>(0x80 >> (x & 7));
         }
-        if (const int code = WriteRow(file, bits.data(), bits.size(), src.Type == Gray1 ? L"row" : L"pixels")) return code;
+        if (const int code = WriteRow(file, bits.data(), bits.size(), src.Type == Gray1 ? L"row" : L"pixels"))
+            return code;
     }
     return NoError;
 }

@@ -44,7 +44,8 @@ struct Layout
 
 int ReadLayout(TIFF* tiff, Layout& layout)
 {
-    if (!TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &layout.width) || !TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &layout.height) ||
+    if (!TIFFGetField(tiff, TIFFTAG_IMAGEWIDTH, &layout.width) ||
+        !TIFFGetField(tiff, TIFFTAG_IMAGELENGTH, &layout.height) ||
         !TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &layout.photometric))
         return Status::Format(CannotRead, L"Missing Image Width/Height or Photometric Interpretation tag");
     if (!TIFFGetField(tiff, TIFFTAG_SAMPLESPERPIXEL, &layout.samples)) layout.samples = 1;
@@ -53,10 +54,14 @@ int ReadLayout(TIFF* tiff, Layout& layout)
     const bool color = layout.samples == 3 || layout.samples == 4;
     if (!color && layout.samples != 1)
         return Status::Format(UnsupportedFormat, L"Unsupported number of samples per pixel (%d)", int{layout.samples});
-    if (color) layout.native = layout.samples == 3 ? Rgb : Rgba;
-    else if (layout.bits == 1) layout.native = Gray1;
-    else if (layout.bits == 8) layout.native = Gray;
-    else if (layout.bits == 16) layout.native = Gray16;
+    if (color)
+        layout.native = layout.samples == 3 ? Rgb : Rgba;
+    else if (layout.bits == 1)
+        layout.native = Gray1;
+    else if (layout.bits == 8)
+        layout.native = Gray;
+    else if (layout.bits == 16)
+        layout.native = Gray16;
     if (layout.native == Undefined || (color && layout.bits != 8))
         return Status::Format(UnsupportedFormat, L"Unsupported number of bits per sample (%d)", int{layout.bits});
     return NoError;
@@ -87,7 +92,8 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
                     for (int x = 0; x < width; x++)
                         dst[x] = static_cast<std::uint8_t>(255 - dst[x]);
             };
-        case Rgb: return [](const Layout&, Bytes src, std::uint8_t* dst, int width) { BgrToGray(src, dst, width); };
+        case Rgb:
+            return [](const Layout&, Bytes src, std::uint8_t* dst, int width) { BgrToGray(src, dst, width); };
         case Rgba:
             // The samples stand alpha first.
             return [](const Layout&, Bytes src, std::uint8_t* dst, int width) {
@@ -101,7 +107,8 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
                     for (int x = 0; x < width; x++)
                         dst[x] = static_cast<std::uint8_t>(~dst[x]);
             };
-        default: return nullptr;
+        default:
+            return nullptr;
         }
     }
     if (wanted == Gray16 && native == Gray)
@@ -131,12 +138,14 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
     return nullptr;
 }
 
-int ReadPlanes(TIFF* tiff, const ImageFile& file, const Layout& layout, const Image& dst, std::vector<std::uint8_t>& row)
+int ReadPlanes(TIFF* tiff, const ImageFile& file, const Layout& layout, const Image& dst,
+               std::vector<std::uint8_t>& row)
 {
     const int last = layout.samples - 1;
     for (std::uint16_t sample = 0; sample < layout.samples; sample++)
         for (int y = 0; y < dst.Height; y++) {
-            if (TIFFReadScanline(tiff, row.data(), static_cast<std::uint32_t>(y), sample) < 0) return LibraryError(file);
+            if (TIFFReadScanline(tiff, row.data(), static_cast<std::uint32_t>(y), sample) < 0)
+                return LibraryError(file);
             for (int x = 0; x < dst.Width; x++)
                 dst.Row(y)[layout.samples * x + last - sample] = row[static_cast<std::size_t>(x)];
         }
@@ -164,7 +173,8 @@ int ReadTiff(ImageFile& file, Image& dst, PixelTypes wanted)
     if (const int code = Allocate(file, dst, layout.width, layout.height, wanted, largestRatio)) return code;
     // Subsampled colour delivers shorter scan lines than the layout says: such a file is not read over its rows.
     const std::int64_t scanline = TIFFScanlineSize(tiff.get());
-    const std::int64_t need = planes ? std::int64_t{dst.Width} : (std::int64_t{dst.Width} * layout.samples * layout.bits + 7) / 8;
+    const std::int64_t need =
+        planes ? std::int64_t{dst.Width} : (std::int64_t{dst.Width} * layout.samples * layout.bits + 7) / 8;
     if (scanline < need) return LibraryError(file);
     std::vector<std::uint8_t> row(static_cast<std::size_t>(scanline));
     if (planes) return ReadPlanes(tiff.get(), file, layout, dst, row);
@@ -180,11 +190,20 @@ int WriteTiff(ImageFile& file, const Image& src)
     SilenceLibrary();
     int bits = 8, samples = 1;
     switch (src.Type) {
-    case Gray: break;
-    case Gray16: bits = 16; break;
-    case Gray1: bits = 1; break;
-    case Rgb: samples = 3; break;
-    case Rgba: samples = 4; break;
+    case Gray:
+        break;
+    case Gray16:
+        bits = 16;
+        break;
+    case Gray1:
+        bits = 1;
+        break;
+    case Rgb:
+        samples = 3;
+        break;
+    case Rgba:
+        samples = 4;
+        break;
     default:
         return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
                               PixelTypeName(src.Type));

@@ -11,15 +11,26 @@ namespace TeskGenerator {
 
 namespace {
 
-const std::map<std::string, std::uint32_t> argumentFlags = {
-    {"In", 0x1},          {"Out", 0x2},           {"StaticProperty", 0x4}, {"Const", 0x8},
-    {"Instance", 0x10},   {"Property", 0x20},     {"Preset", 0x400},       {"Result", 0x800},
-    {"DynamicRange", 0x1000}, {"Value", 0x8000},  {"Mixed", 0x10000},      {"LinkedMaximum", 0x20000},
-    {"TextOnly", 0x100000}, {"SpinBox", 0x200000}, {"Slider", 0x400000},   {"Fresh", 0x800000}};
+const std::map<std::string, std::uint32_t> argumentFlags = {{"In", 0x1},
+                                                            {"Out", 0x2},
+                                                            {"StaticProperty", 0x4},
+                                                            {"Const", 0x8},
+                                                            {"Instance", 0x10},
+                                                            {"Property", 0x20},
+                                                            {"Preset", 0x400},
+                                                            {"Result", 0x800},
+                                                            {"DynamicRange", 0x1000},
+                                                            {"Value", 0x8000},
+                                                            {"Mixed", 0x10000},
+                                                            {"LinkedMaximum", 0x20000},
+                                                            {"TextOnly", 0x100000},
+                                                            {"SpinBox", 0x200000},
+                                                            {"Slider", 0x400000},
+                                                            {"Fresh", 0x800000}};
 const std::map<std::string, std::uint32_t> methodFlags = {
     {"Static", 0x4}, {"ReturnsObject", 0x8}, {"Entry", 0x4000}, {"Deferred", 0x40000}};
-const std::set<std::string> argumentKeys = {"alias", "default", "range",    "step", "cases", "mother", "linked",
-                                            "count", "enumeration", "property", "get",  "set"};
+const std::set<std::string> argumentKeys = {"alias",  "default", "range",       "step",     "cases", "mother",
+                                            "linked", "count",   "enumeration", "property", "get",   "set"};
 
 [[noreturn]] void Fail(const std::string& place, const std::string& what)
 {
@@ -221,8 +232,10 @@ void Catalogue::ParseNode(const std::vector<std::string>& words, Node& node) con
         node.kind = Kind::Choice;
         node.label = words[1].substr(words[1].starts_with('"') ? 1 : 0);
         for (std::size_t i = 2; i < words.size(); i++) {
-            if (words[i] == "group") node.flags |= 512;
-            else node.identifier = words[i].substr(words[i].starts_with('"') ? 1 : 0);
+            if (words[i] == "group")
+                node.flags |= 512;
+            else
+                node.identifier = words[i].substr(words[i].starts_with('"') ? 1 : 0);
         }
     } else if (kind == "page") {
         node.kind = Kind::Page;
@@ -305,8 +318,10 @@ void Catalogue::NumberNodes(Node& node)
     Node* previous = nullptr;
     for (const auto& child : node.children) {
         NumberNodes(*child);
-        if (previous) previous->nextSibling = child->index;
-        else node.firstChild = child->index;
+        if (previous)
+            previous->nextSibling = child->index;
+        else
+            node.firstChild = child->index;
         previous = child.get();
     }
 }
@@ -328,7 +343,8 @@ void Catalogue::ResolveArgument(Node& node)
     Node* cases = enumeration == enums_.end() ? nullptr : enumeration->second;
     if (node.Has("enumeration")) {
         for (Node* candidate : nodes_)
-            if (candidate->kind == Kind::Enum && (candidate->Key("cpp") == node.Key("enumeration") || candidate->label == node.Key("enumeration")))
+            if (candidate->kind == Kind::Enum &&
+                (candidate->Key("cpp") == node.Key("enumeration") || candidate->label == node.Key("enumeration")))
                 cases = candidate;
     }
     node.variant = VariantOf(type, cases != nullptr);
@@ -343,18 +359,20 @@ void Catalogue::ResolveArgument(Node& node)
         const Node* owner = ClassOf(node);
         const Node* target = nullptr;
         for (const Node* candidate : nodes_)
-            if (candidate->kind == Kind::Argument && candidate->parent->kind == Kind::Page && ClassOf(*candidate) == owner &&
-                candidate->identifier == node.Key(key))
+            if (candidate->kind == Kind::Argument && candidate->parent->kind == Kind::Page &&
+                ClassOf(*candidate) == owner && candidate->identifier == node.Key(key))
                 target = candidate;
         if (!target) Fail(node.place, "no property " + node.Key(key));
         node.countNode = target->index;
     }
     if (!cases) return;
     node.enumIndex = cases->index;
-    const std::vector<std::string> offered = node.Has("cases") ? SplitList(node.Key("cases")) : std::vector<std::string>();
+    const std::vector<std::string> offered =
+        node.Has("cases") ? SplitList(node.Key("cases")) : std::vector<std::string>();
     std::size_t found = 0;
     for (std::size_t k = 0; k < cases->children.size() && k < 128; k++) {
-        if (node.Has("cases") && std::find(offered.begin(), offered.end(), cases->children[k]->identifier) == offered.end())
+        if (node.Has("cases") &&
+            std::find(offered.begin(), offered.end(), cases->children[k]->identifier) == offered.end())
             continue;
         found++;
         (k < 64 ? node.casesLow : node.casesHigh) |= std::uint64_t{1} << (k & 63);
@@ -369,9 +387,12 @@ void Catalogue::ResolveArgument(Node& node)
     } else {
         const auto match = std::find_if(cases->children.begin(), cases->children.end(),
                                         [&](const auto& child) { return child->identifier == value; });
-        if (match != cases->children.end()) node.value = (*match)->value;
-        else if (const auto number = Number(value)) node.value = static_cast<std::int32_t>(*number);
-        else Fail(node.place, "unknown default " + value);
+        if (match != cases->children.end())
+            node.value = (*match)->value;
+        else if (const auto number = Number(value))
+            node.value = static_cast<std::int32_t>(*number);
+        else
+            Fail(node.place, "unknown default " + value);
     }
 }
 
@@ -409,16 +430,22 @@ std::vector<std::string> Catalogue::Faults() const
             if (instance == ((node->flags & 4) != 0)) fault(*node, "static methods have no instance, others have one");
         }
         if (node->kind != Kind::Argument) continue;
-        if ((node->parent->kind == Kind::Page) != (node->number >= 0)) fault(*node, "a property needs a number, others have none");
-        if (node->number >= 0 && !properties.emplace(node->number, node).second) fault(*node, "the property number is taken");
-        const bool number = node->variant == Variant::Int || node->variant == Variant::Float || node->variant == Variant::Dble;
-        if (number && node->countNode < 0 && node->Has("range") && node->Has("default") && node->Key("default") != "Auto") {
+        if ((node->parent->kind == Kind::Page) != (node->number >= 0))
+            fault(*node, "a property needs a number, others have none");
+        if (node->number >= 0 && !properties.emplace(node->number, node).second)
+            fault(*node, "the property number is taken");
+        const bool number =
+            node->variant == Variant::Int || node->variant == Variant::Float || node->variant == Variant::Dble;
+        if (number && node->countNode < 0 && node->Has("range") && node->Has("default") &&
+            node->Key("default") != "Auto") {
             const std::string range = node->Key("range");
             const std::size_t dots = range.find("..");
             const auto low = Number(range.substr(0, dots)), value = Number(node->Key("default"));
             const auto high = dots == std::string::npos ? std::nullopt : Number(range.substr(dots + 2));
-            if (!low || !high || !value) fault(*node, "a bad number");
-            else if (node->Key("default") != "MaxInt" && node->Key("default") != "MinInt" && (*value < *low || *value > *high))
+            if (!low || !high || !value)
+                fault(*node, "a bad number");
+            else if (node->Key("default") != "MaxInt" && node->Key("default") != "MinInt" &&
+                     (*value < *low || *value > *high))
                 fault(*node, "the default is outside the range");
         }
     }

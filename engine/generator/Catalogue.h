@@ -19,10 +19,33 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-enum class Kind { Enum, EnumCase, Choice, Class, Page, Method, Argument };
+enum class Kind
+{
+    Enum,
+    EnumCase,
+    Choice,
+    Class,
+    Page,
+    Method,
+    Argument
+};
 
 /// What C++ class stands for an argument.
-enum class Variant { Object, Bool, Char, Wchar, Int, Float, Dble, RgbPixel, RgbaPixel, Enum, String, Wstring };
+enum class Variant
+{
+    Object,
+    Bool,
+    Char,
+    Wchar,
+    Int,
+    Float,
+    Dble,
+    RgbPixel,
+    RgbaPixel,
+    Enum,
+    String,
+    Wstring
+};
 
 struct Node
 {
@@ -39,9 +62,9 @@ struct Node
 
     // Numbered and resolved.
     int index = -1, firstChild = -1, nextSibling = -1;
-    int type = 0;                ///< of a class or an argument
-    int number = -1;             ///< `MethodId` or `PropertyId`
-    std::int32_t value = 0;      ///< of an enumerator
+    int type = 0;           ///< of a class or an argument
+    int number = -1;        ///< `MethodId` or `PropertyId`
+    std::int32_t value = 0; ///< of an enumerator
     int mother = -1, enumIndex = -1, countNode = -1;
     std::uint64_t casesLow = 0, casesHigh = 0;
     std::string signature;

@@ -57,10 +57,14 @@ std::string Html(const std::string& text)
 {
     std::string html;
     for (const char c : text) {
-        if (c == '<') html += "&lt;";
-        else if (c == '>') html += "&gt;";
-        else if (c == '&') html += "&amp;";
-        else html += c;
+        if (c == '<')
+            html += "&lt;";
+        else if (c == '>')
+            html += "&gt;";
+        else if (c == '&')
+            html += "&amp;";
+        else
+            html += c;
     }
     return html;
 }
@@ -68,10 +72,19 @@ std::string Html(const std::string& text)
 void WriteReferenceNode(const Node& node, std::ostream& out)
 {
     switch (node.kind) {
-    case Kind::Class: out << "<h2 id=\"" << node.identifier << "\">" << Html(node.identifier) << "</h2>\n<p>" << Html(node.help) << "</p>\n"; break;
-    case Kind::Enum: out << "<h3>" << Html(node.identifier) << "</h3>\n<p>" << Html(node.help) << "</p>\n<dl>\n"; break;
-    case Kind::Choice: out << "<h3>" << Html(node.label) << "</h3>\n<p>" << Html(node.help) << "</p>\n"; break;
-    case Kind::Page: out << "<h3>" << Html(node.label) << "</h3>\n<p>" << Html(node.help) << "</p>\n<dl>\n"; break;
+    case Kind::Class:
+        out << "<h2 id=\"" << node.identifier << "\">" << Html(node.identifier) << "</h2>\n<p>" << Html(node.help)
+            << "</p>\n";
+        break;
+    case Kind::Enum:
+        out << "<h3>" << Html(node.identifier) << "</h3>\n<p>" << Html(node.help) << "</p>\n<dl>\n";
+        break;
+    case Kind::Choice:
+        out << "<h3>" << Html(node.label) << "</h3>\n<p>" << Html(node.help) << "</p>\n";
+        break;
+    case Kind::Page:
+        out << "<h3>" << Html(node.label) << "</h3>\n<p>" << Html(node.help) << "</p>\n<dl>\n";
+        break;
     case Kind::Method:
         out << "<h4>" << Html(node.label) << (node.pending ? " (not available yet)" : "") << "</h4>\n<pre>"
             << Html(node.signature) << "</pre>\n<p>" << Html(node.help) << "</p>\n<dl>\n";
@@ -107,7 +120,13 @@ void PrintCounts(const Catalogue& catalogue, std::ostream& out)
         if (node->kind == Kind::Method) {
             ofClass[Catalogue::ClassOf(*node)->identifier]++;
             for (const std::uint32_t bit : {0x4u, 0x8u, 0x40u, 0x4000u, 0x40000u})
-                if (node->flags & bit) methods["0x" + [&] { std::string s; for (auto b = bit; b; b /= 16) s.insert(0, 1, "0123456789abcdef"[b % 16]); return s; }()]++;
+                if (node->flags & bit)
+                    methods["0x" + [&] {
+                        std::string s;
+                        for (auto b = bit; b; b /= 16)
+                            s.insert(0, 1, "0123456789abcdef"[b % 16]);
+                        return s;
+                    }()]++;
         }
         if (node->kind != Kind::Argument) continue;
         variants[VariantName(node->variant)]++;
@@ -127,7 +146,8 @@ void PrintCounts(const Catalogue& catalogue, std::ostream& out)
 void WriteReference(const Catalogue& catalogue, std::ostream& out)
 {
     out << "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\"><title>Tesk reference</title><style>"
-           "body{font-family:sans-serif;max-width:60em;margin:2em auto;line-height:1.4}pre{background:#eee;padding:.5em}"
+           "body{font-family:sans-serif;max-width:60em;margin:2em "
+           "auto;line-height:1.4}pre{background:#eee;padding:.5em}"
            "dt{font-weight:bold}</style></head><body>\n<h1>Tesk reference</h1>\n";
     WriteReferenceNode(*catalogue.Nodes().front(), out);
     out << "</body></html>\n";

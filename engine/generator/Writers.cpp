@@ -13,9 +13,12 @@ std::string Literal(const std::string& text, const char* prefix = "L")
 {
     std::string literal = std::string(prefix) + '"';
     for (const char c : text) {
-        if (c == '\n') literal += "\\n";
-        else if (c == '"' || c == '\\' || c == '?') literal += std::string("\\") + c;
-        else literal += c;
+        if (c == '\n')
+            literal += "\\n";
+        else if (c == '"' || c == '\\' || c == '?')
+            literal += std::string("\\") + c;
+        else
+            literal += c;
     }
     return literal + '"';
 }
@@ -76,18 +79,25 @@ std::string CharText(const Node& node, const char* prefix)
 const char* NodeClass(const Node& node)
 {
     switch (node.kind) {
-    case Kind::Enum: return "EnumNode";
-    case Kind::EnumCase: return "EnumCaseNode";
-    case Kind::Choice: return "ChoiceNode";
-    case Kind::Class: return "ClassNode";
-    case Kind::Page: return "PageNode";
-    case Kind::Method: return "MethodNode";
-    case Kind::Argument: break;
+    case Kind::Enum:
+        return "EnumNode";
+    case Kind::EnumCase:
+        return "EnumCaseNode";
+    case Kind::Choice:
+        return "ChoiceNode";
+    case Kind::Class:
+        return "ClassNode";
+    case Kind::Page:
+        return "PageNode";
+    case Kind::Method:
+        return "MethodNode";
+    case Kind::Argument:
+        break;
     }
-    static constexpr const char* names[] = {"ArgumentNode",         "BoolArgumentNode",     "CharArgumentNode",
-                                            "WcharArgumentNode",    "IntArgumentNode",      "FloatArgumentNode",
-                                            "DbleArgumentNode",     "RgbPixelArgumentNode", "RgbaPixelArgumentNode",
-                                            "EnumArgumentNode",     "StringArgumentNode",   "WstringArgumentNode"};
+    static constexpr const char* names[] = {"ArgumentNode",      "BoolArgumentNode",     "CharArgumentNode",
+                                            "WcharArgumentNode", "IntArgumentNode",      "FloatArgumentNode",
+                                            "DbleArgumentNode",  "RgbPixelArgumentNode", "RgbaPixelArgumentNode",
+                                            "EnumArgumentNode",  "StringArgumentNode",   "WstringArgumentNode"};
     return names[static_cast<int>(node.variant)];
 }
 
@@ -101,9 +111,9 @@ std::string Mask(std::uint64_t low, std::uint64_t high)
 std::string Base(const Node& node)
 {
     std::ostringstream text;
-    text << node.firstChild << ", " << node.nextSibling << ", " << Literal(node.label) << ", " << Literal(node.help) << ", "
-         << Literal(node.identifier) << ", " << (node.alias.empty() ? "nullptr" : Literal(node.alias)) << ", 0x" << std::hex
-         << node.flags << "u";
+    text << node.firstChild << ", " << node.nextSibling << ", " << Literal(node.label) << ", " << Literal(node.help)
+         << ", " << Literal(node.identifier) << ", " << (node.alias.empty() ? "nullptr" : Literal(node.alias)) << ", 0x"
+         << std::hex << node.flags << "u";
     return text.str();
 }
 
@@ -121,15 +131,21 @@ std::string Fields(const Node& node)
     if (node.variant == Variant::Object) return own;
     std::string text = "ArgumentNode(" + own + "), ";
     switch (node.variant) {
-    case Variant::Bool: return text + (node.Key("default") == "true" ? "true" : "false");
-    case Variant::Char: return text + CharText(node, "");
-    case Variant::Wchar: return text + CharText(node, "L");
-    case Variant::String: return text + Literal(node.Key("default"), "");
-    case Variant::Wstring: return text + Literal(node.Key("default"));
+    case Variant::Bool:
+        return text + (node.Key("default") == "true" ? "true" : "false");
+    case Variant::Char:
+        return text + CharText(node, "");
+    case Variant::Wchar:
+        return text + CharText(node, "L");
+    case Variant::String:
+        return text + Literal(node.Key("default"), "");
+    case Variant::Wstring:
+        return text + Literal(node.Key("default"));
     case Variant::Enum:
         return text + IntText(node.value) + ", " + Mask(node.casesLow, node.casesHigh) + ", " +
                std::to_string(node.enumIndex) + ", " + std::to_string(node.countNode);
-    default: break;
+    default:
+        break;
     }
     const NumberTexts numbers = Numbers(node);
     const bool pixel = node.variant == Variant::RgbPixel || node.variant == Variant::RgbaPixel;
@@ -167,10 +183,12 @@ void WriteMethod(const Node& method, std::ostream& out)
             instance = value;
         } else if (argument.flags & 0x400) {
             const std::string& target = dst.empty() ? instance : dst;
-            if (argument.identifier == "Width") width = value;
+            if (argument.identifier == "Width")
+                width = value;
             else if (argument.identifier == "Height")
                 presets.push_back(target + ".Set(" + width + ", " + value + ", " + method.Key("preset", "Gray") + ");");
-            else presets.push_back(target + "." + argument.identifier + " = " + value + ";");
+            else
+                presets.push_back(target + "." + argument.identifier + " = " + value + ";");
         } else if (argument.flags & 0x800) {
             result = value;
             resultNode = &argument;
@@ -187,8 +205,10 @@ void WriteMethod(const Node& method, std::ostream& out)
     for (std::size_t k = 0; k < parameters.size(); k++)
         call += (k ? ", " : "") + parameters[k];
     call += ")";
-    if (resultNode && (method.flags & 8)) out << "    " << result << ".ShallowCopy(" << call << ", true);\n";
-    else out << "    " << (resultNode ? result + " = " : "") << call << ";\n";
+    if (resultNode && (method.flags & 8))
+        out << "    " << result << ".ShallowCopy(" << call << ", true);\n";
+    else
+        out << "    " << (resultNode ? result + " = " : "") << call << ";\n";
     out << "}\n\n";
 }
 
@@ -278,8 +298,8 @@ void WriteEnumChecks(const Catalogue& catalogue, std::ostream& out)
     for (const Node* node : catalogue.Nodes()) {
         if (node->kind != Kind::EnumCase) continue;
         out << "static_assert(static_cast<int>(" << node->parent->Key("cpp", node->parent->identifier)
-            << "::" << node->identifier << ") == " << (node->value == INT32_MIN ? "-2147483647 - 1" : std::to_string(node->value))
-            << ");\n";
+            << "::" << node->identifier
+            << ") == " << (node->value == INT32_MIN ? "-2147483647 - 1" : std::to_string(node->value)) << ");\n";
     }
     out << "\n} // namespace Tesk\n";
 }

@@ -44,17 +44,33 @@ void Pair(BytePair operation, const std::uint8_t* a, const std::uint8_t* b, std:
     const V one = hn::Set(bytes, 1);
     const auto halved = [&](V s, V t) { return hn::Sub(hn::AverageRound(s, t), hn::And(hn::Xor(s, t), one)); };
     switch (operation) {
-    case BytePair::AddSaturated: EachPair(a, b, d, n, [](V s, V t) { return hn::SaturatedAdd(s, t); }); break;
-    case BytePair::SubtractSaturated: EachPair(a, b, d, n, [](V s, V t) { return hn::SaturatedSub(s, t); }); break;
+    case BytePair::AddSaturated:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::SaturatedAdd(s, t); });
+        break;
+    case BytePair::SubtractSaturated:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::SaturatedSub(s, t); });
+        break;
     case BytePair::Difference:
         EachPair(a, b, d, n, [](V s, V t) { return hn::Or(hn::SaturatedSub(s, t), hn::SaturatedSub(t, s)); });
         break;
-    case BytePair::Maximum: EachPair(a, b, d, n, [](V s, V t) { return hn::Max(s, t); }); break;
-    case BytePair::Minimum: EachPair(a, b, d, n, [](V s, V t) { return hn::Min(s, t); }); break;
-    case BytePair::And: EachPair(a, b, d, n, [](V s, V t) { return hn::And(s, t); }); break;
-    case BytePair::Or: EachPair(a, b, d, n, [](V s, V t) { return hn::Or(s, t); }); break;
-    case BytePair::Xor: EachPair(a, b, d, n, [](V s, V t) { return hn::Xor(s, t); }); break;
-    case BytePair::AddHalved: EachPair(a, b, d, n, halved); break;
+    case BytePair::Maximum:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::Max(s, t); });
+        break;
+    case BytePair::Minimum:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::Min(s, t); });
+        break;
+    case BytePair::And:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::And(s, t); });
+        break;
+    case BytePair::Or:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::Or(s, t); });
+        break;
+    case BytePair::Xor:
+        EachPair(a, b, d, n, [](V s, V t) { return hn::Xor(s, t); });
+        break;
+    case BytePair::AddHalved:
+        EachPair(a, b, d, n, halved);
+        break;
     case BytePair::SubtractHalved:
         // 255 - b is the complement of b.
         EachPair(a, b, d, n, [&](V s, V t) { return halved(s, hn::Xor(t, all)); });
@@ -70,7 +86,8 @@ void Blend(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::s
 #else
     const Bytes bytes;
     const hn::Repartition<std::uint16_t, Bytes> words;
-    const auto wa = hn::Set(words, static_cast<std::uint16_t>(A)), wb = hn::Set(words, static_cast<std::uint16_t>(256 - A));
+    const auto wa = hn::Set(words, static_cast<std::uint16_t>(A)),
+               wb = hn::Set(words, static_cast<std::uint16_t>(256 - A));
     const auto low = hn::Set(words, 0x00ff);
     // Even and odd bytes as 16-bit lanes: the products fit, and the high byte of a sum is its result.
     EachPair(a, b, d, n, [&](hn::Vec<Bytes> s, hn::Vec<Bytes> t) {
@@ -82,7 +99,8 @@ void Blend(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::s
 #endif
 }
 
-void Threshold(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t threshold, std::uint8_t high, std::uint8_t low)
+void Threshold(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t threshold, std::uint8_t high,
+               std::uint8_t low)
 {
     const Bytes bytes;
     using V = hn::Vec<Bytes>;
@@ -95,8 +113,8 @@ void Lookup(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::ui
 {
     std::size_t i = 0;
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    // Sixteen shuffles, one for each high nibble: an index of another nibble saturates beyond 127, where a shuffle gives 0.
-    // Below 256 bits that is slower than one load a byte.
+    // Sixteen shuffles, one for each high nibble: an index of another nibble saturates beyond 127, where a shuffle
+    // gives 0. Below 256 bits that is slower than one load a byte.
     const Bytes bytes;
     hn::Vec<Bytes> parts[16];
     for (std::size_t k = 0; k < 16; k++)
@@ -166,40 +184,52 @@ HWY_EXPORT(Widen);
 
 void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n)
 {
-    if (Status::SIMDLevel() == NoSIMD) BytePairRowPlain(Operation, a, b, d, n);
-    else HWY_DYNAMIC_DISPATCH(Pair)(Operation, a, b, d, n);
+    if (Status::SIMDLevel() == NoSIMD)
+        BytePairRowPlain(Operation, a, b, d, n);
+    else
+        HWY_DYNAMIC_DISPATCH(Pair)(Operation, a, b, d, n);
 }
 
 void BlendRow(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A)
 {
     // 255 * 256 is the largest sum, so 16 bits hold it.
-    if (Status::SIMDLevel() == NoSIMD) BlendRowPlain(a, b, d, n, A);
-    else HWY_DYNAMIC_DISPATCH(Blend)(a, b, d, n, A);
+    if (Status::SIMDLevel() == NoSIMD)
+        BlendRowPlain(a, b, d, n, A);
+    else
+        HWY_DYNAMIC_DISPATCH(Blend)(a, b, d, n, A);
 }
 
 void ThresholdRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t Threshold_, std::uint8_t High,
                   std::uint8_t Low)
 {
-    if (Status::SIMDLevel() == NoSIMD) ThresholdRowPlain(s, d, n, Threshold_, High, Low);
-    else HWY_DYNAMIC_DISPATCH(Threshold)(s, d, n, Threshold_, High, Low);
+    if (Status::SIMDLevel() == NoSIMD)
+        ThresholdRowPlain(s, d, n, Threshold_, High, Low);
+    else
+        HWY_DYNAMIC_DISPATCH(Threshold)(s, d, n, Threshold_, High, Low);
 }
 
 void LookupRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256])
 {
-    if (Status::SIMDLevel() == NoSIMD) LookupRowPlain(s, d, n, Table);
-    else HWY_DYNAMIC_DISPATCH(Lookup)(s, d, n, Table);
+    if (Status::SIMDLevel() == NoSIMD)
+        LookupRowPlain(s, d, n, Table);
+    else
+        HWY_DYNAMIC_DISPATCH(Lookup)(s, d, n, Table);
 }
 
 void LargestOfThreeRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n)
 {
-    if (Status::SIMDLevel() == NoSIMD) LargestOfThreeRowPlain(s, d, n);
-    else HWY_DYNAMIC_DISPATCH(LargestOfThree)(s, d, n);
+    if (Status::SIMDLevel() == NoSIMD)
+        LargestOfThreeRowPlain(s, d, n);
+    else
+        HWY_DYNAMIC_DISPATCH(LargestOfThree)(s, d, n);
 }
 
 void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
 {
-    if (Status::SIMDLevel() == NoSIMD) WidenRowPlain(s, d, n, Shift);
-    else HWY_DYNAMIC_DISPATCH(Widen)(s, d, n, Shift);
+    if (Status::SIMDLevel() == NoSIMD)
+        WidenRowPlain(s, d, n, Shift);
+    else
+        HWY_DYNAMIC_DISPATCH(Widen)(s, d, n, Shift);
 }
 
 } // namespace Tesk::kernels

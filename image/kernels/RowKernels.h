@@ -18,12 +18,12 @@ enum class BytePair
     And,
     Or,
     Xor,
-    AddHalved,      ///< (a + b) >> 1
-    SubtractHalved  ///< (a - b + 255) >> 1
+    AddHalved,     ///< (a + b) >> 1
+    SubtractHalved ///< (a - b + 255) >> 1
 };
 
-/// d[i] = a[i] op b[i] for `n` bytes, at the SIMD level in force. Rows may be the same, at the same place. Nothing outside
-/// the rows is read or written.
+/// d[i] = a[i] op b[i] for `n` bytes, at the SIMD level in force. Rows may be the same, at the same place. Nothing
+/// outside the rows is read or written.
 void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n);
 
 /// d[i] = (a[i] * A + b[i] * (256 - A)) >> 8, for A from 0 to 256.

@@ -17,16 +17,36 @@ void EachByte(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std
 void BytePairRowPlain(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n)
 {
     switch (Operation) {
-    case BytePair::AddSaturated: EachByte(a, b, d, n, [](int s, int t) { return s + t > 255 ? 255 : s + t; }); break;
-    case BytePair::SubtractSaturated: EachByte(a, b, d, n, [](int s, int t) { return s > t ? s - t : 0; }); break;
-    case BytePair::Difference: EachByte(a, b, d, n, [](int s, int t) { return s > t ? s - t : t - s; }); break;
-    case BytePair::Maximum: EachByte(a, b, d, n, [](int s, int t) { return s > t ? s : t; }); break;
-    case BytePair::Minimum: EachByte(a, b, d, n, [](int s, int t) { return s < t ? s : t; }); break;
-    case BytePair::And: EachByte(a, b, d, n, [](int s, int t) { return s & t; }); break;
-    case BytePair::Or: EachByte(a, b, d, n, [](int s, int t) { return s | t; }); break;
-    case BytePair::Xor: EachByte(a, b, d, n, [](int s, int t) { return s ^ t; }); break;
-    case BytePair::AddHalved: EachByte(a, b, d, n, [](int s, int t) { return (s + t) >> 1; }); break;
-    case BytePair::SubtractHalved: EachByte(a, b, d, n, [](int s, int t) { return (s - t + 255) >> 1; }); break;
+    case BytePair::AddSaturated:
+        EachByte(a, b, d, n, [](int s, int t) { return s + t > 255 ? 255 : s + t; });
+        break;
+    case BytePair::SubtractSaturated:
+        EachByte(a, b, d, n, [](int s, int t) { return s > t ? s - t : 0; });
+        break;
+    case BytePair::Difference:
+        EachByte(a, b, d, n, [](int s, int t) { return s > t ? s - t : t - s; });
+        break;
+    case BytePair::Maximum:
+        EachByte(a, b, d, n, [](int s, int t) { return s > t ? s : t; });
+        break;
+    case BytePair::Minimum:
+        EachByte(a, b, d, n, [](int s, int t) { return s < t ? s : t; });
+        break;
+    case BytePair::And:
+        EachByte(a, b, d, n, [](int s, int t) { return s & t; });
+        break;
+    case BytePair::Or:
+        EachByte(a, b, d, n, [](int s, int t) { return s | t; });
+        break;
+    case BytePair::Xor:
+        EachByte(a, b, d, n, [](int s, int t) { return s ^ t; });
+        break;
+    case BytePair::AddHalved:
+        EachByte(a, b, d, n, [](int s, int t) { return (s + t) >> 1; });
+        break;
+    case BytePair::SubtractHalved:
+        EachByte(a, b, d, n, [](int s, int t) { return (s - t + 255) >> 1; });
+        break;
     }
 }
 

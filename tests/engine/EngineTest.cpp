@@ -103,11 +103,11 @@ TEST_F(EngineTest, TheTreeHoldsItsFixedNodesAndEveryNodeOnce)
     {
         int index, kind;
         const wchar_t* identifier;
-    } fixed[] = {{0, ChoiceKind, L"Root"},      {2, EnumKind, L"PixelTypes"},       {37, EnumKind, L"DraggingHandles"},
-                 {85, ClassKind, L"Image"},     {87, MethodKind, L"Read"},          {89, ArgumentKind, L"PathName"},
-                 {91, MethodKind, L"Write"},    {95, ArgumentKind, L"X"},           {103, EnumKind, L"SourceMode"},
-                 {140, EnumKind, L"GrayClipping"}, {181, ClassKind, L"Operator"},   {183, MethodKind, L"Copy"},
-                 {184, ArgumentKind, L"Width"}, {203, MethodKind, L"Invert"},       {378, ArgumentKind, L"Threshold"}};
+    } fixed[] = {{0, ChoiceKind, L"Root"},         {2, EnumKind, L"PixelTypes"},  {37, EnumKind, L"DraggingHandles"},
+                 {85, ClassKind, L"Image"},        {87, MethodKind, L"Read"},     {89, ArgumentKind, L"PathName"},
+                 {91, MethodKind, L"Write"},       {95, ArgumentKind, L"X"},      {103, EnumKind, L"SourceMode"},
+                 {140, EnumKind, L"GrayClipping"}, {181, ClassKind, L"Operator"}, {183, MethodKind, L"Copy"},
+                 {184, ArgumentKind, L"Width"},    {203, MethodKind, L"Invert"},  {378, ArgumentKind, L"Threshold"}};
     for (const auto& node : fixed) {
         EXPECT_EQ(Engine::Tree[node.index]->Kind(), node.kind) << node.index;
         EXPECT_STREQ(Engine::Tree[node.index]->Identifier, node.identifier);
@@ -276,15 +276,16 @@ TEST_F(EngineTest, ScriptsInFourLanguages)
               L"\n\t// Choose among drawing statements here... (output to the console)\n"
               L"\tImage0.Draw(false);\n\tInverted0.Draw(false);\n}\n");
     EXPECT_EQ(ScriptText(engine_, 1, 1), L"\n\t// Invert (Operator)\n\tTeskNET.Operator.Invert(Image0, Inverted0);\n");
-    EXPECT_EQ(ScriptText(engine_, 2),
-              L"Public Sub Process()\n\t' Declarations\n\tDim Image0 as TeskNET.Image\n\tDim Inverted0 as TeskNET.Image\n"
-              L"\n\t' Constructions\n\tImage0= New TeskNET.Image\n\tInverted0= New TeskNET.Image\n"
-              L"\n\t' Read  from File (Image)\n\tImage0.Read(\"a\\\"b\\t.png\", TeskNET.PixelTypes.Gray)\n"
-              L"\n\t' Invert (Operator)\n\tTeskNET.Operator.Invert(Image0, Inverted0)\n"
-              L"End Sub\n\nPrivate Sub Panel1_Paint(ByVal sender As System.Object, ByVal e As "
-              L"System.Windows.Forms.PaintEventArgs) Handles Panel1.Paint\n\tTeskNET.Graph.UseGraphics(e.Graphics)\n\n"
-              L"\t' Choose among the drawing statements here...\n\tImage0.Draw(False)\n\tInverted0.Draw(False)\n"
-              L"\n\tTeskNET.Graph.ReleaseGraphics(e.Graphics)\nEnd Sub\n");
+    EXPECT_EQ(
+        ScriptText(engine_, 2),
+        L"Public Sub Process()\n\t' Declarations\n\tDim Image0 as TeskNET.Image\n\tDim Inverted0 as TeskNET.Image\n"
+        L"\n\t' Constructions\n\tImage0= New TeskNET.Image\n\tInverted0= New TeskNET.Image\n"
+        L"\n\t' Read  from File (Image)\n\tImage0.Read(\"a\\\"b\\t.png\", TeskNET.PixelTypes.Gray)\n"
+        L"\n\t' Invert (Operator)\n\tTeskNET.Operator.Invert(Image0, Inverted0)\n"
+        L"End Sub\n\nPrivate Sub Panel1_Paint(ByVal sender As System.Object, ByVal e As "
+        L"System.Windows.Forms.PaintEventArgs) Handles Panel1.Paint\n\tTeskNET.Graph.UseGraphics(e.Graphics)\n\n"
+        L"\t' Choose among the drawing statements here...\n\tImage0.Draw(False)\n\tInverted0.Draw(False)\n"
+        L"\n\tTeskNET.Graph.ReleaseGraphics(e.Graphics)\nEnd Sub\n");
     const std::wstring net = ScriptText(engine_, 3);
     EXPECT_NE(net.find(L"\tTeskNET::Image^ Image0;\n"), std::wstring::npos);
     EXPECT_NE(net.find(L"\tImage0= gcnew TeskNET::Image();\n"), std::wstring::npos);

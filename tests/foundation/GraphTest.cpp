@@ -140,7 +140,8 @@ TEST_F(GraphTest, ImagesAreReducedStretchedAndLookedUp)
     LookupTableView table{Gray, 255, samples.data()};
     Graph::DrawImage(view, &table);
     EXPECT_EQ(Status::Error().Code, IncompatibleSize);
-    EXPECT_STREQ(Status::UnicodeError(), L"The lookup-table for Gray image rendering must have 256 entries, this one has 255");
+    EXPECT_STREQ(Status::UnicodeError(),
+                 L"The lookup-table for Gray image rendering must have 256 entries, this one has 255");
     EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Graph::_Image");
     table.Type = Dble;
     Graph::DrawImage(view, &table);

@@ -1,5 +1,5 @@
-#include "foundation/Graph.h"
 #include "foundation/Records.h"
+#include "foundation/Graph.h"
 #include "foundation/Status.h"
 
 #include <gtest/gtest.h>

@@ -124,9 +124,13 @@ TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
     {
         const char* name;
         std::vector<PixelTypes> types;
-    } cases[] = {{"a.bmp", {Gray, Gray16, Rgb, Rgba, Gray1}}, {"a.PNG", {Gray, Gray16, Rgb, Gray1}},
-                 {"a.tif", {Gray, Gray16, Rgb, Rgba, Gray1}}, {"a.pbm", {Gray1}},
-                 {"a.pgm", {Gray, Gray16}},                   {"a.ppm", {Rgb}}, {"a.xyz", {}}};
+    } cases[] = {{"a.bmp", {Gray, Gray16, Rgb, Rgba, Gray1}},
+                 {"a.PNG", {Gray, Gray16, Rgb, Gray1}},
+                 {"a.tif", {Gray, Gray16, Rgb, Rgba, Gray1}},
+                 {"a.pbm", {Gray1}},
+                 {"a.pgm", {Gray, Gray16}},
+                 {"a.ppm", {Rgb}},
+                 {"a.xyz", {}}};
     for (const auto& c : cases)
         for (const PixelTypes type : c.types)
             for (const int width : {1, 7, 8, 9, 33}) {
@@ -345,7 +349,8 @@ TEST_F(ImageFileTest, FilesCutAnywhereAreRefusedAndLeaveTheImageAlone)
         for (int i = 0; i < 200; i++) {
             Bytes broken = whole;
             state = state * 1664525u + 1013904223u;
-            broken[(state >> 8) % Min<std::size_t>(broken.size(), 400)] ^= static_cast<std::uint8_t>(1 + (state >> 5) % 255);
+            broken[(state >> 8) % Min<std::size_t>(broken.size(), 400)] ^=
+                static_cast<std::uint8_t>(1 + (state >> 5) % 255);
             Image any;
             any.Read(Put(name, broken).c_str(), Undefined);
         }

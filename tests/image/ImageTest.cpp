@@ -1,5 +1,5 @@
-#include "foundation/Status.h"
 #include "image/Image.h"
+#include "foundation/Status.h"
 
 #include <gtest/gtest.h>
 
@@ -32,7 +32,8 @@ TEST_F(ImageTest, StoresHaveTheirPitchAlignmentAndSpareBytes)
         int width;
         PixelTypes type;
         int rowBytes, pitch;
-    } cases[] = {{5, Rgb, 15, 16}, {9, Gray1, 2, 4}, {7, Gray, 7, 8}, {3, Gray16, 6, 8}, {1, Rgba, 4, 4}, {3, Grad, 12, 12}};
+    } cases[] = {{5, Rgb, 15, 16},  {9, Gray1, 2, 4}, {7, Gray, 7, 8},
+                 {3, Gray16, 6, 8}, {1, Rgba, 4, 4},  {3, Grad, 12, 12}};
     for (const auto& c : cases) {
         Image image;
         image.Set(c.width, 3, c.type);
@@ -58,12 +59,11 @@ TEST_F(ImageTest, WindowsAreClippedAndTellWhetherTheyWere)
         int x, y, width, height;
         bool result;
         int ex, ey, ewidth, eheight;
-    } cases[] = {{-5, -5, 20, 10, false, 0, 0, 15, 5},    // cut at the near edges
-                 {90, 45, 20, 10, false, 90, 45, 10, 5},  // cut at the far edges
-                 {200, 0, 10, 10, false, 90, 45, 10, 5},  // wholly outside: stays
-                 {0, 0, 0, 10, true, 90, 45, 10, 5},      // empty: stays, and counts as inside
-                 {MaxInt, 0, MaxInt, 1, false, 90, 45, 10, 5},
-                 {0, 0, 100, 50, true, 0, 0, 100, 50}};
+    } cases[] = {{-5, -5, 20, 10, false, 0, 0, 15, 5},   // cut at the near edges
+                 {90, 45, 20, 10, false, 90, 45, 10, 5}, // cut at the far edges
+                 {200, 0, 10, 10, false, 90, 45, 10, 5}, // wholly outside: stays
+                 {0, 0, 0, 10, true, 90, 45, 10, 5},     // empty: stays, and counts as inside
+                 {MaxInt, 0, MaxInt, 1, false, 90, 45, 10, 5}, {0, 0, 100, 50, true, 0, 0, 100, 50}};
     for (const auto& c : cases) {
         EXPECT_EQ(image.Window(c.x, c.y, c.width, c.height), c.result);
         EXPECT_EQ(image.X, c.ex);
@@ -105,7 +105,8 @@ TEST_F(ImageTest, ImpossibleSizesAreRefusedAndChangeNothing)
     {
         int width, height;
         PixelTypes type;
-    } cases[] = {{0, 4, Gray}, {4, 0, Gray}, {-1, 4, Gray}, {MaxInt, 2, Rgb}, {60000, 60000, Rgba}, {MaxInt, MaxInt, Gray1}};
+    } cases[] = {{0, 4, Gray},     {4, 0, Gray},         {-1, 4, Gray},
+                 {MaxInt, 2, Rgb}, {60000, 60000, Rgba}, {MaxInt, MaxInt, Gray1}};
     for (const auto& c : cases) {
         image.Set(c.width, c.height, c.type);
         EXPECT_EQ(Status::Error().Code, CannotAllocate);

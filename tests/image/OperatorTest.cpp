@@ -1,5 +1,5 @@
-#include "foundation/Status.h"
 #include "image/Operator.h"
+#include "foundation/Status.h"
 
 #include <gtest/gtest.h>
 
@@ -46,9 +46,12 @@ void Row(Image& image, PixelTypes type, std::initializer_list<int> values)
     image.Set(static_cast<int>(values.size()) / channels, 1, type);
     int i = 0;
     for (const int v : values) {
-        if (type == Gray16) image.Row<std::uint16_t>(0)[i++] = static_cast<std::uint16_t>(v);
-        else if (type == Gray32) image.Row<std::int32_t>(0)[i++] = v;
-        else image.Row(0)[i++] = static_cast<std::uint8_t>(v);
+        if (type == Gray16)
+            image.Row<std::uint16_t>(0)[i++] = static_cast<std::uint16_t>(v);
+        else if (type == Gray32)
+            image.Row<std::int32_t>(0)[i++] = v;
+        else
+            image.Row(0)[i++] = static_cast<std::uint8_t>(v);
     }
 }
 
@@ -182,7 +185,8 @@ TEST_F(OperatorTest, WindowsInPlaceAndOverlapGiveTheSameAsACopy)
                 for (int x = 0; x < 60; x++)
                     if (x < 6 || x >= 6 + width || y < 3 || y >= 10) {
                         ASSERT_EQ(std::memcmp(store.Row(y) + x * channels, original.Row(y) + x * channels,
-                                              static_cast<std::size_t>(channels)), 0);
+                                              static_cast<std::size_t>(channels)),
+                                  0);
                     }
             Operator::Copy(original, b);
             b.Window(5, 2, width, 7);
@@ -282,9 +286,14 @@ TEST_F(OperatorTest, ColorComponentsOfKnownColors)
     {
         ColorComponents component;
         Ints values;
-    } cases[] = {{Red_RGB, {255, 0, 0, 120}},       {Blue_RGB, {0, 0, 255, 40}},        {Hue_HLS, {0, 86, 171, 21}},
-                 {Lightness_HLS, {127, 127, 127, 80}}, {Saturation_HSV, {255, 255, 255, 170}}, {Value_HSV, {255, 255, 255, 120}},
-                 {Luma_YUV, {76, 149, 29, 87}},     {Saturation_HLS, {255, 255, 255, 127}}};
+    } cases[] = {{Red_RGB, {255, 0, 0, 120}},
+                 {Blue_RGB, {0, 0, 255, 40}},
+                 {Hue_HLS, {0, 86, 171, 21}},
+                 {Lightness_HLS, {127, 127, 127, 80}},
+                 {Saturation_HSV, {255, 255, 255, 170}},
+                 {Value_HSV, {255, 255, 255, 120}},
+                 {Luma_YUV, {76, 149, 29, 87}},
+                 {Saturation_HLS, {255, 255, 255, 127}}};
     for (const auto& c : cases) {
         Operator::Convert(src, dst, c.component);
         EXPECT_EQ(Values(dst), c.values) << c.component;
@@ -349,8 +358,10 @@ TEST_F(OperatorTest, TheAdaptiveThresholdAgreesWithTheDirectSum)
             for (int y = 0; y < 7; y++)
                 for (int x = 0; x < 13; x++) {
                     const int v = (x * 57 + y * 91 + x * y * 13) % 251;
-                    if (type == Gray) src.Row(y)[x] = static_cast<std::uint8_t>(v);
-                    else src.Row<std::uint16_t>(y)[x] = static_cast<std::uint16_t>(v * 257);
+                    if (type == Gray)
+                        src.Row(y)[x] = static_cast<std::uint8_t>(v);
+                    else
+                        src.Row<std::uint16_t>(y)[x] = static_cast<std::uint16_t>(v * 257);
                 }
             Operator::Binarize(size, 4, src, dst);
             for (int y = 0; y < 7; y++)
@@ -431,22 +442,23 @@ TEST_F(OperatorTest, RefusalsNameTheirReasonAndMethod)
         int code;
         const wchar_t* message;
         const char* context;
-    } cases[] = {
-        {[&] { Operator::Add(empty, gray, dst); }, VoidObject, L"Void source or destination image", "Tesk::Operator::Add"},
-        {[&] { Operator::Subtract(gray, rgb, dst); }, IncompatibleType,
-         L"Incompatible source or destination image types, Rgb instead of Gray", "Tesk::Operator::Subtract"},
-        {[&] { Operator::Blend(0.5, gray, wide, dst); }, IncompatibleSize,
-         L"Incompatible source or destination image sizes, (2, 1) vs. (3, 1)", "Tesk::Operator::Blend"},
-        {[&] { Operator::Invert(gray32, dst); }, UnsupportedType, L"The image type (Gray32) is not supported for this operation",
-         "Tesk::Operator::Invert"},
-        {[&] { Operator::Add(gray, gray, dst, Absolute); }, OutOfRange,
-         L"The clipping mode (Absolute) is not supported for this operation", "Tesk::Operator::Add"},
-        {[&] { Operator::Multiply(2.0, gray, dst, Negative); }, OutOfRange,
-         L"The clipping mode (Negative) is not supported for this operation", "Tesk::Operator::Multiply"},
-        {[&] { Operator::ColorsLighten(gray, dst); }, UnsupportedType,
-         L"The source image type (Gray) is not supported for this operation, use Rgb only", "Tesk::Operator::ColorsLighten"},
-        {[&] { Operator::Normalize(1, 1, rgb, dst); }, UnsupportedType, L"The image type (Rgb) is not supported for this operation",
-         "Tesk::Operator::Normalize"}};
+    } cases[] = {{[&] { Operator::Add(empty, gray, dst); }, VoidObject, L"Void source or destination image",
+                  "Tesk::Operator::Add"},
+                 {[&] { Operator::Subtract(gray, rgb, dst); }, IncompatibleType,
+                  L"Incompatible source or destination image types, Rgb instead of Gray", "Tesk::Operator::Subtract"},
+                 {[&] { Operator::Blend(0.5, gray, wide, dst); }, IncompatibleSize,
+                  L"Incompatible source or destination image sizes, (2, 1) vs. (3, 1)", "Tesk::Operator::Blend"},
+                 {[&] { Operator::Invert(gray32, dst); }, UnsupportedType,
+                  L"The image type (Gray32) is not supported for this operation", "Tesk::Operator::Invert"},
+                 {[&] { Operator::Add(gray, gray, dst, Absolute); }, OutOfRange,
+                  L"The clipping mode (Absolute) is not supported for this operation", "Tesk::Operator::Add"},
+                 {[&] { Operator::Multiply(2.0, gray, dst, Negative); }, OutOfRange,
+                  L"The clipping mode (Negative) is not supported for this operation", "Tesk::Operator::Multiply"},
+                 {[&] { Operator::ColorsLighten(gray, dst); }, UnsupportedType,
+                  L"The source image type (Gray) is not supported for this operation, use Rgb only",
+                  "Tesk::Operator::ColorsLighten"},
+                 {[&] { Operator::Normalize(1, 1, rgb, dst); }, UnsupportedType,
+                  L"The image type (Rgb) is not supported for this operation", "Tesk::Operator::Normalize"}};
     for (const auto& c : cases) {
         c.call();
         EXPECT_EQ(Status::Error().Code, c.code) << c.context;

@@ -1,5 +1,5 @@
-#include "foundation/Status.h"
 #include "image/kernels/RowKernels.h"
+#include "foundation/Status.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +39,8 @@ TEST_P(RowKernels, EqualThePlainLoopsAtEveryLengthAndAlignmentInPlaceToo)
 {
     for (std::size_t n = 0; n <= 133; n++)
         for (const std::size_t offset : {0u, 1u, 7u}) {
-            const auto a = Random(n + 16, static_cast<std::uint32_t>(n)), b = Random(n + 16, static_cast<std::uint32_t>(n + 99));
+            const auto a = Random(n + 16, static_cast<std::uint32_t>(n)),
+                       b = Random(n + 16, static_cast<std::uint32_t>(n + 99));
             const auto check = [&](auto kernel, auto plain) {
                 auto got = a, wanted = a;
                 kernel(got.data() + offset, b.data() + 3, got.data() + offset);
@@ -55,8 +56,11 @@ TEST_P(RowKernels, EqualThePlainLoopsAtEveryLengthAndAlignmentInPlaceToo)
                 check([&](auto* s, auto* t, auto* d) { BlendRow(s, t, d, n, alpha); },
                       [&](auto* s, auto* t, auto* d) { BlendRowPlain(s, t, d, n, alpha); });
             for (const int threshold : {0, 100, 254, 255})
-                check([&](auto* s, auto*, auto* d) { ThresholdRow(s, d, n, static_cast<std::uint8_t>(threshold), 9, 5); },
-                      [&](auto* s, auto*, auto* d) { ThresholdRowPlain(s, d, n, static_cast<std::uint8_t>(threshold), 9, 5); });
+                check(
+                    [&](auto* s, auto*, auto* d) { ThresholdRow(s, d, n, static_cast<std::uint8_t>(threshold), 9, 5); },
+                    [&](auto* s, auto*, auto* d) {
+                        ThresholdRowPlain(s, d, n, static_cast<std::uint8_t>(threshold), 9, 5);
+                    });
         }
 }
 
