@@ -51,7 +51,7 @@ void Image::Draw(bool WindowOnly) const
     Status::Error().Code = NoError;
     if (Type == Undefined) return;
     ImageView view;
-    view.Source = WindowOnly ? Limits(X, Y, Width, Height) : Limits(0, 0, StoreWidth, StoreHeight);
+    view.Source = WindowOnly ? SourceRectangle(X, Y, Width, Height) : SourceRectangle(0, 0, StoreWidth, StoreHeight);
     view.Pixels = Buffer + AlignOffset;
     view.Pitch = Pitch;
     view.Type = Type;
