@@ -45,6 +45,7 @@ protected:
 
     std::string Put(const std::string& name, const Bytes& bytes) const
     {
+        fs::remove(Path(name)); // some file systems write a file that is cut and rewritten through to the disk at once
         std::FILE* file = std::fopen(Path(name).c_str(), "wb");
         std::fwrite(bytes.data(), 1, bytes.size(), file);
         std::fclose(file);
