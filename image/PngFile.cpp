@@ -180,6 +180,9 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
         std::vector<png_bytep> rows(static_cast<std::size_t>(height));
         for (int y = 0; y < raw.Height; y++)
             rows[static_cast<std::size_t>(y)] = raw.Row(y);
+        // The library leaves the unused bits of a packed row as it finds them.
+        for (int y = 0; y < raw.Height && raw.Type == Gray1; y++)
+            raw.Row(y)[(raw.Width - 1) >> 3] = 0;
         code = ReadRows(state, file, raw, rows.data());
     }
     png_destroy_read_struct(&state.png, &state.info, nullptr);
