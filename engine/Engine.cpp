@@ -14,6 +14,7 @@ namespace Tesk {
 using namespace attributeValue;
 
 std::FILE* Engine::Trace = stdout;
+const wchar_t* const Engine::PendingReason = L"This method is not available in this version.";
 
 namespace {
 

@@ -23,6 +23,11 @@ public:
     /// The node of a method, or of an argument, typed.
     static const MethodNode* OpNode(int Index) { return static_cast<const MethodNode*>(Tree[Index]); }
     static const ArgumentNode* VarNode(int Index) { return static_cast<const ArgumentNode*>(Tree[Index]); }
+    /// Whether what a node describes cannot be called yet: its method, its property, its type, or for a class or a
+    /// choice every method in it. Such a node has no dispatch; the views show it disabled.
+    static bool IsPending(int Node);
+    /// Why, for a tooltip.
+    static const wchar_t* const PendingReason;
 
     /// Where the engine tells what it does; null for silence.
     static std::FILE* Trace;
