@@ -29,7 +29,8 @@ AnyVariable* ValueController::Fetch()
 
 void ValueController::Store()
 {
-    if (isProperty_ && scratch_ && currentVariable_) engine_.SetProperty(scratch_.get(), argumentNode_, currentVariable_);
+    if (isProperty_ && scratch_ && currentVariable_)
+        engine_.SetProperty(scratch_.get(), argumentNode_, currentVariable_);
 }
 
 int ValueController::ReadInteger()

@@ -150,7 +150,8 @@ private:
 class StringController final : public ValueController
 {
 public:
-    StringController(const ControllerRequest& request, ViewContext& context) : ValueController(request), context_(context)
+    StringController(const ControllerRequest& request, ViewContext& context)
+        : ValueController(request), context_(context)
     {
         const wchar_t* method = request.Method >= 0 ? Engine::Tree[request.Method]->Identifier : L"";
         isRead_ = !isProperty_ && IsIn() && !std::wcscmp(method, L"Read");
