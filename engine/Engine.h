@@ -5,6 +5,7 @@
 #include "engine/TreeNode.h"
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,8 @@ public:
 
     /// Where the engine tells what it does; null for silence.
     static std::FILE* Trace;
+    /// Called before each operation that `Execute` runs, if set.
+    std::function<void(const Operation&)> BeforeRun;
 
     /// The operations in execution order; an operation's index is its id.
     std::vector<std::unique_ptr<Operation>> Operations;
@@ -73,6 +76,10 @@ public:
     /// behind it if it was taken.
     bool RenameVariable(AnyVariable* Variable, const wchar_t* NewName, bool Test);
     void UnreserveVariables();
+    /// Frees the variables that no argument holds and no other variable reads; how many. A caller that keeps pointers to
+    /// variables of its own lets go of those without `Uses` first.
+    int ReclaimVariables();
+    int NumVariables() const { return static_cast<int>(variables_.size()); }
     /// A free name: the stem alone for a counter of -1, else with the counter, which ends on the number used.
     std::wstring UniqueName(const wchar_t* Stem, int& Counter) const;
 

@@ -9,7 +9,7 @@
 
 namespace Tesk {
 
-/// One row of the table of types. A class of the library that lands adds a row.
+/// One row of the table of types. The classes of the catalogue have theirs made for them.
 struct TypeRow
 {
     int Code;
@@ -22,6 +22,10 @@ struct TypeRow
     int (*ReadInteger)(const AnyVariable& Variable) = nullptr;
     void (*WriteInteger)(AnyVariable& Variable, int Value) = nullptr;
 };
+
+/// The rows of the classes of the catalogue that exist, made by its generator, in the order of their codes.
+extern const TypeRow classTypes[];
+extern const int numClassTypes;
 
 /// The row of a type code; null for a code without a variable, or whose class does not exist yet.
 const TypeRow* FindType(int Code);
