@@ -41,6 +41,18 @@ void CopyValue(AnyVariable& Variable, const AnyVariable& Source, bool)
     static_cast<Var<T>&>(Variable).Value = static_cast<const Var<T>&>(Source).Value;
 }
 
+template <typename T>
+int ReadInteger(const AnyVariable& Variable)
+{
+    return static_cast<int>(static_cast<const Var<T>&>(Variable).Value);
+}
+
+template <typename T>
+void WriteInteger(AnyVariable& Variable, int Value)
+{
+    static_cast<Var<T>&>(Variable).Value = static_cast<T>(Value);
+}
+
 /// A row that is empty until the public header defines the class.
 template <typename T, int Code>
 constexpr TypeRow Landed()
@@ -66,7 +78,13 @@ constexpr TypeRow Valued(int code)
 template <typename T>
 constexpr TypeRow Enumeration(int code)
 {
-    return Valued<T, EnumArgumentNode>(code);
+    return {code, Make<T>, SetDefault<T, EnumArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
+}
+
+template <typename T>
+constexpr TypeRow Integer(int code)
+{
+    return {code, Make<T>, SetDefault<T, IntArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
 }
 
 constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
@@ -95,10 +113,10 @@ constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
                             Plain<Gradient>(36),
                             Enumeration<GradientTypes>(37),
                             Landed<Graph, 38>(),
-                            Plain<Gray16Pixel>(39),
-                            Plain<Gray32Pixel>(40),
+                            Integer<Gray16Pixel>(39),
+                            Integer<Gray32Pixel>(40),
                             Enumeration<GrayClipping>(41),
-                            Plain<GrayPixel>(42),
+                            Integer<GrayPixel>(42),
                             Plain<LabeledRun>(46),
                             Enumeration<LayoutModes>(47),
                             Plain<Limits>(48),
@@ -139,9 +157,9 @@ constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
                             Valued<double, DbleArgumentNode>(94),
                             Plain<double*>(95),
                             Valued<float, FloatArgumentNode>(96),
-                            Valued<int, IntArgumentNode>(97),
+                            Integer<int>(97),
                             Plain<int*>(98),
-                            Plain<short>(99),
+                            Integer<short>(99),
                             Plain<unsigned int>(100),
                             Plain<unsigned short>(101),
                             Plain<void*>(103),

@@ -18,6 +18,9 @@ struct TypeRow
     void (*SetDefault)(AnyVariable& Variable, const ArgumentNode& Node);
     /// Makes the first a view of the second; null where a type has no shadow.
     void (*ShallowCopy)(AnyVariable& Variable, const AnyVariable& Source, bool Keep);
+    /// The value of an integer or an enumeration, whatever its width; null for the other types.
+    int (*ReadInteger)(const AnyVariable& Variable) = nullptr;
+    void (*WriteInteger)(AnyVariable& Variable, int Value) = nullptr;
 };
 
 /// The rows of the classes of the catalogue that exist, made by its generator, in the order of their codes.

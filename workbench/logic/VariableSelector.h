@@ -13,6 +13,13 @@ public:
 
     /// With no variable the selector stands for a missing input: red, empty, and without effect.
     VariableSelector(Engine& Engine, AnyVariable* Variable, int Node, int Index, int OperationId, Delegate Chosen);
+    VariableSelector(const VariableSelector&) = delete;
+    VariableSelector& operator=(const VariableSelector&) = delete;
+    /// The view's box goes with it.
+    ~VariableSelector()
+    {
+        if (Released) Released();
+    }
 
     /// The candidates, newest first.
     const std::vector<AnyVariable*>& Items() const { return items_; }
@@ -35,6 +42,8 @@ public:
 
     /// Set by the view: refill the box from `Items` and `SelectedIndex`, with its change event off.
     std::function<void()> Refilled;
+    /// Set by the view: the selector is about to go.
+    std::function<void()> Released;
     /// The view's box.
     ControlHandle Control = nullptr;
 
