@@ -96,10 +96,11 @@ public:
     /// Moves to a store of its own, with the pixels if `CopyPixels`, so that those who share the former one keep
     /// theirs.
     void Detach(bool CopyPixels);
-    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read.
+    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read. A store that
+    /// nobody else holds is kept.
     void DetachIfShared(bool CopyPixels)
     {
-        if (SharesStores()) Detach(CopyPixels);
+        if (SharesStores() && block_.use_count() != 1) Detach(CopyPixels || HasWindow());
     }
 
     /// Prints type, size and the first and last pixels to the library's text output.
