@@ -114,7 +114,7 @@ std::vector<std::string> SignatureNames(const std::string& signature)
     if (open == std::string::npos || close == std::string::npos || close < open) return {"?"};
     for (std::string part : SplitList(signature.substr(open + 1, close - open - 1))) {
         part = part.substr(0, part.find('='));
-        while (!part.empty() && part.back() == ' ')
+        while (!part.empty() && (part.back() == ' ' || part.back() == '[' || part.back() == ']'))
             part.pop_back();
         std::size_t at = part.size();
         while (at > 0 && (std::isalnum(static_cast<unsigned char>(part[at - 1])) || part[at - 1] == '_'))
@@ -369,7 +369,7 @@ void Catalogue::ResolveArgument(Node& node)
     if (!cases) return;
     node.enumIndex = cases->index;
     const std::vector<std::string> offered =
-        node.Has("cases") ? SplitList(node.Key("cases")) : std::vector<std::string>();
+        node.Key("cases").empty() ? std::vector<std::string>() : SplitList(node.Key("cases"));
     std::size_t found = 0;
     for (std::size_t k = 0; k < cases->children.size() && k < 128; k++) {
         if (node.Has("cases") &&
@@ -382,7 +382,7 @@ void Catalogue::ResolveArgument(Node& node)
     const std::string value = node.Key("default");
     node.value = cases->children.empty() ? 0 : cases->children.front()->value;
     if (value.empty()) {
-        if (node.Has("cases"))
+        if (!offered.empty())
             for (const auto& child : cases->children)
                 if (child->identifier == offered.front()) node.value = child->value;
     } else {
@@ -446,7 +446,7 @@ std::vector<std::string> Catalogue::Faults() const
             if (!low || !high || !value)
                 fault(*node, "a bad number");
             else if (node->Key("default") != "MaxInt" && node->Key("default") != "MinInt" &&
-                     (*value < *low || *value > *high))
+                     (*value < *low || (*value > *high && !(node->flags & 0x1000))))
                 fault(*node, "the default is outside the range");
         }
     }
