@@ -99,6 +99,7 @@ Variant VariantOf(const std::string& type, bool enumeration)
     static const std::map<std::string, Variant> variants = {
         {"bool", Variant::Bool},         {"char", Variant::Char},           {"wchar_t", Variant::Wchar},
         {"int", Variant::Int},           {"float", Variant::Float},         {"double", Variant::Dble},
+        {"GrayPixel", Variant::Int},
         {"RgbPixel", Variant::RgbPixel}, {"RgbaPixel", Variant::RgbaPixel}, {"char*", Variant::String},
         {"wchar_t*", Variant::Wstring}};
     if (enumeration) return Variant::Enum;
