@@ -97,13 +97,37 @@ std::vector<std::string> SplitList(const std::string& text)
 Variant VariantOf(const std::string& type, bool enumeration)
 {
     static const std::map<std::string, Variant> variants = {
-        {"bool", Variant::Bool},         {"char", Variant::Char},           {"wchar_t", Variant::Wchar},
-        {"int", Variant::Int},           {"float", Variant::Float},         {"double", Variant::Dble},
-        {"RgbPixel", Variant::RgbPixel}, {"RgbaPixel", Variant::RgbaPixel}, {"char*", Variant::String},
-        {"wchar_t*", Variant::Wstring}};
+        {"bool", Variant::Bool},     {"char", Variant::Char},         {"wchar_t", Variant::Wchar},
+        {"int", Variant::Int},       {"float", Variant::Float},       {"double", Variant::Dble},
+        {"GrayPixel", Variant::Int}, {"RgbPixel", Variant::RgbPixel}, {"RgbaPixel", Variant::RgbaPixel},
+        {"char*", Variant::String},  {"wchar_t*", Variant::Wstring}};
     if (enumeration) return Variant::Enum;
     const auto found = variants.find(type);
     return found == variants.end() ? Variant::Object : found->second;
+}
+
+/// A list of enumerators in which "First..Last" stands for all from one to the other.
+std::vector<std::string> ExpandCases(const std::vector<std::string>& items, const Node& enumeration,
+                                     const std::string& place)
+{
+    std::vector<std::string> names;
+    for (const std::string& item : items) {
+        const std::size_t dots = item.find("..");
+        if (dots == std::string::npos) {
+            names.push_back(item);
+            continue;
+        }
+        const auto at = [&](const std::string& name) {
+            return std::find_if(enumeration.children.begin(), enumeration.children.end(),
+                                [&](const auto& child) { return child->identifier == name; });
+        };
+        const auto first = at(item.substr(0, dots)), last = at(item.substr(dots + 2));
+        if (first == enumeration.children.end() || last == enumeration.children.end() || last < first)
+            Fail(place, "a bad range of cases");
+        for (auto child = first; child <= last; child++)
+            names.push_back((*child)->identifier);
+    }
+    return names;
 }
 
 /// The names of a signature's parameters, in order.
@@ -368,8 +392,9 @@ void Catalogue::ResolveArgument(Node& node)
     }
     if (!cases) return;
     node.enumIndex = cases->index;
-    const std::vector<std::string> offered =
-        node.Key("cases").empty() ? std::vector<std::string>() : SplitList(node.Key("cases"));
+    const std::vector<std::string> offered = node.Key("cases").empty()
+                                                 ? std::vector<std::string>()
+                                                 : ExpandCases(SplitList(node.Key("cases")), *cases, node.place);
     std::size_t found = 0;
     for (std::size_t k = 0; k < cases->children.size() && k < 128; k++) {
         if (node.Has("cases") &&
