@@ -11,6 +11,7 @@
 
 namespace Tesk {
 
+class Archive;
 class Entry;
 class Profile;
 
@@ -106,9 +107,10 @@ public:
     /// Prints type, size and the first and last pixels to the library's text output.
     void Print(int Rows, int Columns) const;
 
-    /// Reads and writes the block form of an image inside model files; the result is an `ErrorCodes` value.
-    int ReadBlock(std::FILE* File);
-    int WriteBlock(std::FILE* File) const;
+    /// The block form inside model files: type, size, gain, and the rows of the window without any fill.
+    /// Refused: a block that promises more than the file holds (`CannotRead`), one of no type (`VoidObject`), no memory
+    /// (`CannotAllocate`).
+    void Transfer(Archive& Block);
 
     /// Takes a new store, and says whether it could; for callers that report under a name of their own.
     bool TrySet(int Width, int Height, PixelTypes Type);
