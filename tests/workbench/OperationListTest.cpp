@@ -1,5 +1,6 @@
 #include "FakeWorkbench.h"
 
+#include "foundation/Services.h"
 #include "workbench/logic/ScriptExport.h"
 
 #include <fstream>
