@@ -338,7 +338,7 @@ TEST_F(SequenceTest, RunningAgainAllocatesNothing)
     AppendImage(10, 200, 150);
     for (int i = 0; i < 10; i++) {
         Append(L"Invert");
-        Append(L"Constant + Image");
+        Append(L"Const + Image");
     }
     const auto buffers = [&] {
         std::vector<const std::uint8_t*> found;
