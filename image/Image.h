@@ -88,8 +88,10 @@ public:
     /// A `Gray` image as a table of 256 entries shows it. Refused: another image (`UnsupportedType`), a table that is
     /// neither `Gray` nor `Rgb` (`IncompatibleType`) or of another length (`IncompatibleSize`).
     void Draw(const Profile& LookupTable, bool WindowOnly) const;
-    /// Outlines the window in `Graph::LineColor`, with discs at its corners, and with its diagonals if `Cross`.
+    /// Outlines the window in `Graph::LineColor` or another colour, with discs at its corners if `Handles`, and with
+    /// its diagonals if `Cross`.
     void DrawWindow(bool Handles, bool Cross = false) const;
+    void DrawWindow(bool Handles, PredefinedColors Color, bool Cross = false) const;
     /// The window handle under a point of the screen; kept in `Handle` for `Drag`.
     DraggingHandles HitHandle(int X, int Y) const;
     /// Moves the handle last hit to a point of the screen.

@@ -3,6 +3,7 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
+#include "image/Operator.h"
 #include "measure/Profile.h"
 
 #include <algorithm>
@@ -20,9 +21,11 @@ constexpr int discRadius = 5;
 /// Where a drag of the whole window took hold, from the window's corner.
 int dragOffsetX = 0, dragOffsetY = 0;
 
-int Scaled(double v)
+/// A position of the screen in whole image pixels, held to what a drag can reach.
+int Unscaled(int v)
 {
-    return static_cast<int>(v * Graph::Zoom);
+    const double position = v / Graph::Zoom;
+    return position == position ? static_cast<int>(Clamp(position, -1e9, 1e9)) : 0;
 }
 
 bool Near(int a, int b)
@@ -54,6 +57,7 @@ ImageView Image::View(bool windowOnly) const
     view.Pitch = Pitch;
     view.Type = Type;
     view.Gain = GradGain;
+    view.Depth = Operator::GrayDepth;
     return view;
 }
 
@@ -90,13 +94,20 @@ void Image::Draw(const Profile& LookupTable, bool WindowOnly) const
     }
 }
 
+void Image::DrawWindow(bool Handles, PredefinedColors Color, bool Cross) const
+{
+    const GraphSettings kept;
+    Graph::LineColor = Color;
+    DrawWindow(Handles, Cross);
+}
+
 void Image::DrawWindow(bool Handles, bool Cross) const
 {
     Status::Error().Code = NoError;
     GraphTarget* target = Graph::DrawTo();
     if (Type == Undefined || !target) return;
-    const int left = Scaled(X + 0.5), right = Scaled(X + Width + 0.5);
-    const int top = Scaled(Y + 0.5), bottom = Scaled(Y + Height + 0.5);
+    const int left = Graph::ToTarget(X), right = Graph::ToTarget(X + Width);
+    const int top = Graph::ToTarget(Y), bottom = Graph::ToTarget(Y + Height);
     const PredefinedColors line = Graph::LineColor, fill = Graph::FillColor;
     Graph::FillColor = NoColor;
     Graph::TargetRectangle(left, top, right, bottom, Cross);
@@ -115,8 +126,11 @@ void Image::DrawWindow(bool Handles, bool Cross) const
 DraggingHandles Image::HitHandle(int X, int Y) const
 {
     Status::Error().Code = NoError;
-    const int left = Scaled(this->X + 0.5), top = Scaled(this->Y + 0.5);
-    const int right = left + Scaled(Width + 0.5), bottom = top + Scaled(Height + 0.5);
+    const int left = Graph::ToTarget(this->X), top = Graph::ToTarget(this->Y);
+    const auto far = [](std::int64_t near, int extent) {
+        return static_cast<int>(Min<std::int64_t>(near + extent, MaxInt));
+    };
+    const int right = far(left, Graph::ToTarget(Width)), bottom = far(top, Graph::ToTarget(Height));
     const bool inX = left <= X && X <= right, inY = top <= Y && Y <= bottom;
     const auto hit = [&] {
         if (Type == Undefined) return NoHandle;
@@ -132,8 +146,8 @@ DraggingHandles Image::HitHandle(int X, int Y) const
     };
     const DraggingHandles handle = hit();
     if (handle == AllHandle) {
-        dragOffsetX = this->X - static_cast<int>(X / Graph::Zoom);
-        dragOffsetY = this->Y - static_cast<int>(Y / Graph::Zoom);
+        dragOffsetX = this->X - Unscaled(X);
+        dragOffsetY = this->Y - Unscaled(Y);
     }
     Handle = handle;
     return handle;
@@ -143,7 +157,7 @@ void Image::Drag(int X, int Y)
 {
     Status::Error().Code = NoError;
     if (Type == Undefined) return;
-    const int x = static_cast<int>(X / Graph::Zoom), y = static_cast<int>(Y / Graph::Zoom);
+    const int x = Unscaled(X), y = Unscaled(Y);
     int left = this->X, top = this->Y, width = Width, height = Height;
     switch (Handle) {
     case NWHandle:
