@@ -8,6 +8,7 @@
 #include "foundation/Status.h"
 #include "image/Geometry.h"
 #include "image/Image.h"
+#include "image/Kernel.h"
 #include "image/Operator.h"
 #include "image/Pyramid.h"
 

@@ -11,8 +11,10 @@
 
 namespace Tesk {
 
+class Archive;
 class Entry;
 class Profile;
+struct ImageView;
 
 namespace files {
 struct ImageFile;
@@ -83,8 +85,13 @@ public:
     void Write(const wchar_t* PathName) const;
 
     void Draw(bool WindowOnly) const;
-    /// Outlines the window in `Graph::LineColor`, with discs at its corners, and with its diagonals if `Cross`.
+    /// A `Gray` image as a table of 256 entries shows it. Refused: another image (`UnsupportedType`), a table that is
+    /// neither `Gray` nor `Rgb` (`IncompatibleType`) or of another length (`IncompatibleSize`).
+    void Draw(const Profile& LookupTable, bool WindowOnly) const;
+    /// Outlines the window in `Graph::LineColor` or another colour, with discs at its corners if `Handles`, and with
+    /// its diagonals if `Cross`.
     void DrawWindow(bool Handles, bool Cross = false) const;
+    void DrawWindow(bool Handles, PredefinedColors Color, bool Cross = false) const;
     /// The window handle under a point of the screen; kept in `Handle` for `Drag`.
     DraggingHandles HitHandle(int X, int Y) const;
     /// Moves the handle last hit to a point of the screen.
@@ -106,9 +113,10 @@ public:
     /// Prints type, size and the first and last pixels to the library's text output.
     void Print(int Rows, int Columns) const;
 
-    /// Reads and writes the block form of an image inside model files; the result is an `ErrorCodes` value.
-    int ReadBlock(std::FILE* File);
-    int WriteBlock(std::FILE* File) const;
+    /// The block form inside model files: type, size, gain, and the rows of the window without any fill.
+    /// Refused: a block that promises more than the file holds (`CannotRead`), one of no type (`VoidObject`), no memory
+    /// (`CannotAllocate`).
+    void Transfer(Archive& Block);
 
     /// Takes a new store, and says whether it could; for callers that report under a name of their own.
     bool TrySet(int Width, int Height, PixelTypes Type);
@@ -122,6 +130,7 @@ public:
 
 private:
     static bool SharesStores();
+    ImageView View(bool windowOnly) const;
     void Read(const Entry& entry, files::ImageFile& file, PixelTypes type);
     void Write(const Entry& entry, files::ImageFile& file) const;
     bool Allocate(int width, int height, PixelTypes type, int pitch);
