@@ -6,6 +6,8 @@
 
 namespace Tesk {
 
+class Path;
+
 /// A structuring element: the dilation of 3-point and 3 by 3 shapes, one for every two units of the three sizes.
 ///
 /// With the radii `Width / 2`, `Height / 2` and `Diagonal / 2` it is the box of the first two, out of which the
@@ -82,6 +84,13 @@ public:
                          bool Average = true);
     /// The labels themselves, in a `Gray32` image.
     static int _WatershedMap(bool Connexity8, const Image& Grd, Image& Dst, int Noise = Auto);
+
+    /// Lists the places of a `Gray` image that no neighbour surpasses, of each plateau the first in row order, into
+    /// `Dst`, whose origin becomes the window's corner; those below `MinGray` are left out. With `MaxCount` above 0 the
+    /// highest so many in descending order, else all in row order.
+    static void RegionalMaxima(int MinGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8 = true);
+    /// The same for the places that no neighbour undercuts, those above `MaxGray` left out, in ascending order.
+    static void RegionalMinima(int MaxGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8 = true);
 
     /// Segments `Gray` or `Grad` by uniting the most alike neighbours first (Felzenszwalb and Huttenlocher 2004): an
     /// edge unites two sets if it is within the threshold of both, `Step` over the size plus the last edge; then sets
