@@ -1,5 +1,5 @@
 #include "MorphoSupport.h"
-#include "image/Operator.h"
+#include "measure/Path.h"
 
 #include <algorithm>
 #include <cmath>
@@ -264,4 +264,70 @@ TEST_F(MorphoTest, GraphSegmentSmoothsBySoManyBinomialPasses)
     src.Set(3, 3, Gray16);
     Morpho::GraphSegment(src, plain, 0, 50, 4);
     EXPECT_EQ(Message(), L"The image type (Gray16) is not supported for this operation");
+}
+
+TEST_F(MorphoTest, RegionalExtremaListTheFirstPixelOfEachPlateau)
+{
+    Image src;
+    Path path;
+    for (const bool maxima : {true, false})
+        for (const bool connexity8 : {true, false})
+            for (const int range : {3, 256})
+                for (const int limit : {MinInt, 0, 1, 100, 255, MaxInt})
+                    for (const auto& [w, h] : {std::pair{1, 1}, {1, 9}, {33, 9}}) {
+                        RandomWindow(src, w, h, Gray, range, static_cast<std::uint32_t>(w + range));
+                        const Picture s(src);
+                        const int bound = Clamp(limit, 0, 255);
+                        const Picture peaks = Make(w, h, [&](int x, int y) {
+                            bool peak = maxima ? s(x, y) >= bound : s(x, y) <= bound;
+                            EachNeighbour(s, x, y, connexity8, [&](int u, int v) {
+                                peak = peak && (maxima ? s(u, v) <= s(x, y) : s(u, v) >= s(x, y));
+                            });
+                            return int{peak};
+                        });
+                        const Picture patches = Patches(peaks, connexity8);
+                        std::vector<std::pair<int, int>> expected;
+                        for (int k = 0; k < w * h; k++)
+                            if (peaks.values[static_cast<std::size_t>(k)] == 1 &&
+                                patches.values[static_cast<std::size_t>(k)] == k)
+                                expected.emplace_back(k % w, k / w);
+                        const auto find = maxima ? Morpho::RegionalMaxima : Morpho::RegionalMinima;
+                        find(limit, 0, src, path, connexity8);
+                        ASSERT_EQ(path.Length, static_cast<int>(expected.size())) << limit << ' ' << w;
+                        for (int k = 0; k < path.Length; k++)
+                            ASSERT_EQ(std::pair(int{path.Vertex(k).X}, int{path.Vertex(k).Y}),
+                                      expected[static_cast<std::size_t>(k)]);
+                        EXPECT_EQ(path.OrgX, 3);
+                        EXPECT_EQ(path.OrgY, 1);
+                    }
+}
+
+TEST_F(MorphoTest, RegionalExtremaKeepTheMostExtremeInOrder)
+{
+    Image src;
+    Path path;
+    const auto xs = [&] {
+        std::string text;
+        for (int k = 0; k < path.Length; k++)
+            text += std::to_string(path.Vertex(k).X) + ' ';
+        return text;
+    };
+    // Peaks of 5 at 1, 7 at 3, 5 at 5, 9 at 7, 5 at 9.
+    Load(Picture(std::vector<std::string>{".5.7.5.9.5."}), src);
+    const std::pair<int, const char*> cases[] = {{-3, "1 3 5 7 9 "}, {9, "7 3 1 5 9 "}, {5, "7 3 1 5 9 "},
+                                                 {4, "7 3 1 9 "},    {3, "7 3 9 "},     {2, "7 3 "},
+                                                 {1, "7 "}};
+    for (const auto& [count, expected] : cases) {
+        Morpho::RegionalMaxima(1, count, src, path);
+        EXPECT_EQ(xs(), expected) << count;
+    }
+    Load(Picture(std::vector<std::string>{"#5#7#5#9#5#"}), src);
+    Morpho::RegionalMinima(254, 3, src, path);
+    EXPECT_EQ(xs(), "1 5 9 ");
+    Morpho::RegionalMinima(254, 4, src, path);
+    EXPECT_EQ(xs(), "1 5 9 3 ");
+    src.Set(3, 3, Gray16);
+    Morpho::RegionalMaxima(1, 0, src, path);
+    EXPECT_EQ(Status::Error().Code, UnsupportedType);
+    EXPECT_EQ(xs(), "1 5 9 3 ");
 }
