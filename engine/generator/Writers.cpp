@@ -232,19 +232,39 @@ void WriteProperty(const Node& property, std::ostream& out)
         << property.Key("set", field + " = In") << ";\n}\n\n";
 }
 
+/// Whether nothing that a node describes can be called: itself, or every method under it.
+bool IsPending(const Node& node)
+{
+    if (node.pending || (node.kind != Kind::Class && node.kind != Kind::Choice)) return node.pending;
+    bool holdsMethods = false;
+    for (const auto& child : node.children) {
+        const bool group = child->kind == Kind::Class || child->kind == Kind::Choice;
+        if (!group && child->kind != Kind::Method) continue;
+        if (!IsPending(*child)) return false;
+        holdsMethods = true;
+    }
+    return holdsMethods;
+}
+
 } // namespace
 
 void WriteTree(const Catalogue& catalogue, std::ostream& out)
 {
     out << "// Made by the catalogue's generator; edit the catalogue instead.\n#include \"engine/Engine.h\"\n"
-           "#include \"engine/TreeNode.h\"\n\nnamespace Tesk {\n\nnamespace {\n\n";
+           "#include \"engine/TreeNode.h\"\n\n#include <algorithm>\n#include <iterator>\n\nnamespace Tesk {\n\n"
+           "namespace {\n\n";
     for (const Node* node : catalogue.Nodes())
         out << "constinit const " << NodeClass(*node) << " node" << node->index << "{" << Fields(*node) << "};\n";
     out << "\n} // namespace\n\nconst int Engine::NumNodes = " << catalogue.Nodes().size()
         << ";\n\nconst TreeNode* const Engine::Tree[] = {\n";
     for (const Node* node : catalogue.Nodes())
         out << "    &node" << node->index << ",\n";
-    out << "};\n\n} // namespace Tesk\n";
+    out << "};\n\nbool Engine::IsPending(int Node)\n{\n    // In order, and closed by an index that no node has.\n"
+           "    static constexpr int pending[] = {";
+    for (const Node* node : catalogue.Nodes())
+        if (IsPending(*node)) out << node->index << ", ";
+    out << "0x7fffffff};\n    return std::binary_search(std::begin(pending), std::end(pending) - 1, Node);\n}\n\n"
+           "} // namespace Tesk\n";
 }
 
 void WriteDispatch(const Catalogue& catalogue, std::ostream& out)
