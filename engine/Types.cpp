@@ -78,13 +78,13 @@ constexpr TypeRow Valued(int code)
 template <typename T>
 constexpr TypeRow Enumeration(int code)
 {
-    return {code, Make<T>, SetDefault<T, EnumArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
+    return {code, MakeVar<T>, SetDefault<T, EnumArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
 }
 
 template <typename T>
 constexpr TypeRow Integer(int code)
 {
-    return {code, Make<T>, SetDefault<T, IntArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
+    return {code, MakeVar<T>, SetDefault<T, IntArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
 }
 
 constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
