@@ -10,6 +10,7 @@
 #include "image/Histogram.h"
 #include "image/Image.h"
 #include "image/Kernel.h"
+#include "image/Morpho.h"
 #include "image/Operator.h"
 #include "image/Pyramid.h"
 #include "measure/Path.h"
