@@ -5,6 +5,7 @@
 #include "engine/TreeNode.h"
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -31,6 +32,8 @@ public:
 
     /// Where the engine tells what it does; null for silence.
     static std::FILE* Trace;
+    /// Called before each operation that `Execute` runs, if set.
+    std::function<void(const Operation&)> BeforeRun;
 
     /// The operations in execution order; an operation's index is its id.
     std::vector<std::unique_ptr<Operation>> Operations;

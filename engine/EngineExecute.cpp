@@ -103,6 +103,7 @@ void Engine::Execute()
             if (ages.maxIn < ages.minOut && ages.numOut != 0) continue;
         }
         Status::Error().Code = NoError;
+        if (BeforeRun) BeforeRun(operation);
         Dispatch(operation);
         const int code = Status::Error().Code;
         operation.Dirty = false;

@@ -105,12 +105,21 @@ public:
     virtual const std::vector<int>& PageNodes() const = 0;
 };
 
-/// Views place a window of its own on the spiral when it is first shown; a controller that is one derives from this
-/// too.
+/// A window of its own, which takes the next place of the spiral when it is first shown. A controller that is one
+/// derives from this too.
 class IPlacedWindow
 {
 public:
     virtual ~IPlacedWindow() = default;
+};
+
+/// An anchor on a picture, which goes back to its place when the size of the picture is reset. A controller that is one
+/// derives from this too.
+class IAnchor
+{
+public:
+    virtual ~IAnchor() = default;
+    virtual void ResetAnchor(int Width, int Height) = 0;
 };
 
 } // namespace TeskPlus

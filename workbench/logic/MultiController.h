@@ -32,6 +32,7 @@ public:
     void SetCurrentVariable(AnyVariable* Variable) override;
     void SetVariableIdentifier(const std::wstring& Name) override;
     void SetControllerState(controllerState State) override;
+    void SetManipulator(IController* Object) override;
     ControlHandle Control() const override;
 
 private:

@@ -103,27 +103,39 @@ private:
 
     bool CreateOperation(const operationItemInfo& item);
     int PlaceOfNew();
+    void TakeBackNew(int id, ControllerList& created);
+    void TakeBackSwap(Operation& operation, const Operation::Memo& former, int classNode, ControllerList& created);
+    void ReserveBound(const Operation& operation);
+    void UpdateNames();
+    void SelectBefore(int id);
+    bool DeleteOne(int id, bool keepWindow);
+    void LeaveOperation();
+    void RecordVisibleFlags();
+    void SetItem(const Operation& operation, const operationItemInfo& item);
+    void Warn(const std::wstring& text);
+
     int CreateControllers(ControllerList& created, operationType reason, int classNode, int& missingType);
     int AddRow(int row, ControllerList& created, operationType reason, int& missingType);
-    void TakeOver(IController& controller, Operation& operation, Arg& argument);
+    void AddSelector(int row, AnyVariable* variable);
     std::unique_ptr<IController> MakeController(Operation& operation, int row, bool fromDefault);
     IController* FindController(const std::wstring& name, const ControllerList& created) const;
-    void AddSelector(int row, AnyVariable* variable);
+    void TakeOver(IController& controller, Operation& operation, Arg& argument);
     bool NeedsResetButton(const Operation& operation, int classNode) const;
     AnyVariable* InitControllers();
-    void TakeBackNew(int id, const std::wstring& message);
-    void TellMissing(int type);
-    void ShowPanel(const WindowPoint* location);
     void ShowRadioGroup(const operationItemInfo& item);
-    void RecordVisibleFlags();
-    void LeaveOperation();
-    bool DeleteOne(int id, bool keepWindow);
-    void DeleteUnusedControllers();
+    void ShowPanel(const WindowPoint* location, bool keepPlaces);
+    void DropPanel();
+
     void Keep(ControllerList& created);
-    void Detach(const IController& controller);
+    void Repoint(const Operation* former);
+    void RepointOne(IController& controller);
+    void Detach(IController& controller);
+    void DeleteUnusedControllers();
+
+    ControllerEventDelegate RunDelegate();
+    void RunPanel(bool taken);
     void PullValues(Operation* op, AnyVariable* var, bool fromParameters);
     void PushValues(bool dragging);
-    ControllerEventDelegate RunDelegate();
 
     Tesk::Engine& engine_;
     IOperationViews& views_;
@@ -134,7 +146,8 @@ private:
     std::unique_ptr<CommandPanel> currentCommandPanel_;
     bool currentOperationRunningMutex_ = false;
     bool operationSelectMode_ = false;
-    bool currentIsNew_ = false;
+    bool currentIsNew_ = false; ///< created, and not selected again since
+    bool formIsNew_ = false;    ///< the operation's window has not been placed yet
     bool running_ = false;
     std::vector<bool> previousOperationVisibleFlags_;
     std::vector<PanelLocation> commandPanelLocations_;

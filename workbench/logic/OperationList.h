@@ -113,13 +113,15 @@ private:
     bool IsValueRow(const Operation& operation, int argument) const;
     void AddProperties(ListLine& line, bool pinnedOnly) const;
     void UpdateOperationItems(ListLine& entry, bool expand);
-    void ClickVariable(const ListPath& path);
-    void ClickProperty(const ListPath& path);
+    void ClickVariable(ListLine& line);
+    void ClickProperty(ListLine& line);
     void ShowVariable(int mode, IController& controller);
     void HideVariable(IController& controller);
     void HideHover();
-    void Rename(const std::wstring& name);
+    void Rename(Arg& argument, const std::wstring& name);
     void RenameChildNodes(const std::wstring& before, const std::wstring& after);
+    Arg* ArgumentOf(const ListLine& line) const;
+    void RefreshNames();
     void EndRename(const std::wstring& name);
     bool Confirm(const wchar_t* question) const;
     void Tell() const;

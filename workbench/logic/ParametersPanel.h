@@ -29,8 +29,9 @@ public:
     /// Whether there was such a row; unless `TestOnly` it goes.
     bool RemoveController(const Operation& Owner, IController& Controller, int Node, bool IsProperty, bool TestOnly);
     void RemoveControllers(const Operation& Owner);
-    /// Drops the rows of an operation that no controller of the list answers to any more.
-    void UpdateParametersPanel(const std::vector<std::unique_ptr<IController>>& Controllers, const Operation& Owner);
+    /// Drops the rows of the panel's operation that no controller of the panel answers to any more; the controllers of
+    /// their variables, found by name, are hidden.
+    void UpdateParametersPanel(const CommandPanel& Panel, const std::function<IController*(const std::wstring&)>& Find);
     /// The copies take the manipulators and mothers of their originals on the panel.
     void UpdateMotherControllers(const CommandPanel* Current);
     void UpdateProperties();
@@ -39,6 +40,8 @@ public:
     void ShowParametersForm();
     /// The row of a node and a variable's name; null for none.
     IController* GetController(int Node, const std::wstring& Name) const;
+    /// A controller is about to go.
+    void Forget(const IController* Controller);
     void RenameVariable(const std::wstring& Old, const std::wstring& New);
 
     const std::vector<ParameterRow>& Rows() const { return rows_; }
