@@ -7,7 +7,9 @@
 #include "foundation/Services.h"
 #include "foundation/Status.h"
 #include "image/Image.h"
+#include "image/Morpho.h"
 #include "image/Operator.h"
+#include "image/Pyramid.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE

@@ -9,6 +9,8 @@
 
 namespace Tesk {
 
+class Archive;
+
 /// Asks a method to work the value out itself. It lies one below `MinInt`, so a range test lets it through first.
 inline constexpr int Auto = static_cast<int>(0x80000000u);
 inline constexpr int MinInt = static_cast<int>(0x80000001u);
@@ -73,12 +75,15 @@ struct Limits
     /// Cuts to the overlap; false, and partly changed, if there is none.
     bool Intersect(const Limits& Other);
 
-    /// Reads an Image Window file. Refused: `CannotOpen`, `UnsupportedFormat`, `OutOfRange`, `CannotRead`.
+    /// Reads an Image Window file; an empty one changes nothing. Refused: `CannotOpen`, `UnsupportedFormat` (another
+    /// file), `OutOfRange` (a later version), `CannotRead`.
     void Read(const char* PathName);
     void Read(const wchar_t* PathName);
     /// Writes an Image Window file; a longer existing file is not cut. Refused: `CannotOpen`, `CannotWrite`.
     void Write(const char* PathName) const;
     void Write(const wchar_t* PathName) const;
+    /// The block form inside model files, with its own magic and version.
+    void Transfer(Archive& Block);
 };
 
 /// Where a template lies: position in pixels, angle in degrees, scale as a factor.

@@ -11,6 +11,7 @@
 
 namespace Tesk {
 
+class Archive;
 class Entry;
 class Profile;
 
@@ -96,18 +97,20 @@ public:
     /// Moves to a store of its own, with the pixels if `CopyPixels`, so that those who share the former one keep
     /// theirs.
     void Detach(bool CopyPixels);
-    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read.
+    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read. A store that
+    /// nobody else holds is kept.
     void DetachIfShared(bool CopyPixels)
     {
-        if (SharesStores()) Detach(CopyPixels);
+        if (SharesStores() && block_.use_count() != 1) Detach(CopyPixels || HasWindow());
     }
 
     /// Prints type, size and the first and last pixels to the library's text output.
     void Print(int Rows, int Columns) const;
 
-    /// Reads and writes the block form of an image inside model files; the result is an `ErrorCodes` value.
-    int ReadBlock(std::FILE* File);
-    int WriteBlock(std::FILE* File) const;
+    /// The block form inside model files: type, size, gain, and the rows of the window without any fill.
+    /// Refused: a block that promises more than the file holds (`CannotRead`), one of no type (`VoidObject`), no memory
+    /// (`CannotAllocate`).
+    void Transfer(Archive& Block);
 
     /// Takes a new store, and says whether it could; for callers that report under a name of their own.
     bool TrySet(int Width, int Height, PixelTypes Type);

@@ -1,10 +1,6 @@
 // Images as text for debugging, and as blocks inside model files.
-#include "foundation/Entry.h"
+#include "foundation/Archive.h"
 #include "image/Image.h"
-
-#include <array>
-#include <cstring>
-#include <vector>
 
 namespace Tesk {
 
@@ -49,27 +45,6 @@ void ForEnds(int count, int shown, Each each, Gap gap)
         each(i);
 }
 
-void PutInt(std::uint8_t* bytes, int value)
-{
-    for (int i = 0; i < 4; i++)
-        bytes[i] = static_cast<std::uint8_t>(static_cast<std::uint32_t>(value) >> 8 * i);
-}
-
-int GetInt(const std::uint8_t* bytes)
-{
-    return static_cast<int>(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<std::uint32_t>(bytes[3]) << 24);
-}
-
-/// What is left of a file from here, or -1 where that cannot be told.
-long BytesLeft(std::FILE* file)
-{
-    const long here = std::ftell(file);
-    if (here < 0 || std::fseek(file, 0, SEEK_END) != 0) return -1;
-    const long end = std::ftell(file);
-    std::fseek(file, here, SEEK_SET);
-    return end - here;
-}
-
 } // namespace
 
 void Image::Print(int Rows, int Columns) const
@@ -89,38 +64,23 @@ void Image::Print(int Rows, int Columns) const
         [&] { std::fputs("...\n", out); });
 }
 
-int Image::ReadBlock(std::FILE* File)
+void Image::Transfer(Archive& Block)
 {
-    std::array<std::uint8_t, 16> header{};
-    if (std::fread(header.data(), 1, header.size(), File) != header.size()) return CannotRead;
-    const auto type = static_cast<PixelTypes>(GetInt(&header[0]));
-    const int width = GetInt(&header[4]), height = GetInt(&header[8]);
-    if (type <= Undefined || type > Short || width < 1 || height < 1) return CannotRead;
-    // A block cannot be larger than what is left of its file, so a broken header allocates nothing.
-    const std::int64_t need = std::int64_t{RowBytes(Min(width, 1 << 24), type)} * height;
-    const long left = BytesLeft(File);
-    if (width > 1 << 24 || need == 0 || (left >= 0 && need > left)) return CannotRead;
-    Set(width, height, type);
-    if (const int code = Status::Error().Code) return code;
-    GradGain = GetInt(&header[12]);
+    PixelTypes type = Type;
+    std::int32_t width = Width, height = Height;
+    Block(type, width, height, GradGain);
+    if (!Block.Good() || Block.Ended()) return;
+    if (Block.Reading()) {
+        // A block cannot be larger than what is left of its file, so a broken header allocates nothing.
+        const std::int64_t rowBytes =
+            type == Gray1 ? (std::int64_t{width} + 7) >> 3 : std::int64_t{ElementSize(type)} * width;
+        if (width > 0 && height > 0 && rowBytes > Block.BytesLeft() / height) return Block.Refuse(CannotRead);
+        if (type == Undefined) return Block.Refuse(VoidObject, L"Void source or destination image");
+        if (!TrySet(width, height, type)) return Block.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+    }
     const auto bytes = static_cast<std::size_t>(RowBytes(width, type));
     for (int y = 0; y < height; y++)
-        if (std::fread(Row(y), 1, bytes, File) != bytes) return CannotRead;
-    return NoError;
-}
-
-int Image::WriteBlock(std::FILE* File) const
-{
-    std::array<std::uint8_t, 16> header{};
-    PutInt(&header[0], Type);
-    PutInt(&header[4], Width);
-    PutInt(&header[8], Height);
-    PutInt(&header[12], GradGain);
-    if (std::fwrite(header.data(), 1, header.size(), File) != header.size()) return CannotWrite;
-    const auto bytes = static_cast<std::size_t>(RowBytes(Width, Type));
-    for (int y = 0; y < Height; y++)
-        if (std::fwrite(Row(y), 1, bytes, File) != bytes) return CannotWrite;
-    return NoError;
+        Block.Bytes(Row(y), bytes);
 }
 
 } // namespace Tesk

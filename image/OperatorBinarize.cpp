@@ -108,8 +108,8 @@ void WriteSplit(const Image& src, Image& dst, const Split& split, bool above, Bi
         const std::uint8_t high = above ? 255 : 0, low = above ? 0 : 255;
         // Beyond the range of a byte every pixel lies on one side.
         const int t = Clamp(split.threshold, -1, 255);
-        for (int y = 0; y < dst.Height; y++) {
-            const auto n = static_cast<std::size_t>(int(dst.Width));
+        const auto [rows, n] = RunOver(dst.Width, {&src, &dst});
+        for (int y = 0; y < rows; y++) {
             if (t < 0)
                 std::memset(dst.Row(y), high, n);
             else

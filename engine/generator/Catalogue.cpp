@@ -331,6 +331,7 @@ void Catalogue::Resolve()
     for (Node* node : nodes_) {
         node->alias = node->Key("alias");
         if (node->kind == Kind::Argument) ResolveArgument(*node);
+        if (node->kind == Kind::Page) node->identifier = ClassOf(*node)->identifier;
         MakeLabel(*node);
     }
 }

@@ -174,8 +174,12 @@ void WriteMethod(const Node& method, std::ostream& out)
     std::string instance, result, dst, width;
     std::vector<std::string> presets;
     const Node* resultNode = nullptr;
-    for (std::size_t k = 0; k < method.children.size(); k++)
-        if (method.children[k]->identifier == "Dst") dst = Value(*method.children[k], k);
+    std::string presetType = method.Key("preset", "Gray");
+    for (std::size_t k = 0; k < method.children.size(); k++) {
+        const std::string value = Value(*method.children[k], k);
+        if (method.children[k]->identifier == "Dst") dst = value;
+        if (method.children[k]->identifier == method.Key("preset")) presetType = value + ".Type";
+    }
     for (std::size_t k = 0; k < method.children.size(); k++) {
         const Node& argument = *method.children[k];
         const std::string value = Value(argument, k);
@@ -186,7 +190,7 @@ void WriteMethod(const Node& method, std::ostream& out)
             if (argument.identifier == "Width")
                 width = value;
             else if (argument.identifier == "Height")
-                presets.push_back(target + ".Set(" + width + ", " + value + ", " + method.Key("preset", "Gray") + ");");
+                presets.push_back(target + ".Set(" + width + ", " + value + ", " + presetType + ");");
             else
                 presets.push_back(target + "." + argument.identifier + " = " + value + ";");
         } else if (argument.flags & 0x800) {
@@ -205,7 +209,7 @@ void WriteMethod(const Node& method, std::ostream& out)
     for (std::size_t k = 0; k < parameters.size(); k++)
         call += (k ? ", " : "") + parameters[k];
     call += ")";
-    if (resultNode && (method.flags & 8))
+    if (resultNode && resultNode->Key("type") == "Image")
         out << "    " << result << ".ShallowCopy(" << call << ", true);\n";
     else
         out << "    " << (resultNode ? result + " = " : "") << call << ";\n";

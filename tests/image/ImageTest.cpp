@@ -1,4 +1,5 @@
 #include "image/Image.h"
+#include "foundation/Archive.h"
 #include "foundation/Status.h"
 
 #include <gtest/gtest.h>
@@ -195,26 +196,37 @@ TEST_F(ImageTest, PrintShowsTheEndsAndBlocksKeepEveryPixel)
     EXPECT_EQ(text, "Type: Gray, Size 5 x 3 pixels\n  0   1 ...   3   4 \n...\n 20  21 ...  23  24 \n");
     std::fclose(file);
 
-    file = std::tmpfile();
+    std::vector<std::uint8_t> bytes;
     image.Window(1, 1, 3, 2);
-    EXPECT_EQ(image.WriteBlock(file), NoError);
-    EXPECT_EQ(std::ftell(file), 16 + 6);
-    std::rewind(file);
+    Archive writer = Archive::IntoMemory(bytes);
+    image.Transfer(writer);
+    EXPECT_EQ(bytes,
+              (std::vector<std::uint8_t>{1, 0, 0, 0, 3, 0, 0, 0, 2, 0, 0, 0, 1, 0, 0, 0, 11, 12, 13, 21, 22, 23}));
     Image copy;
-    EXPECT_EQ(copy.ReadBlock(file), NoError);
+    Archive reader = Archive::FromMemory(bytes);
+    copy.Transfer(reader);
+    EXPECT_TRUE(reader.Good());
     EXPECT_EQ(copy.Row(1)[2], 23);
-    EXPECT_EQ(copy.ReadBlock(file), CannotRead);
-    std::fclose(file);
+    copy.Transfer(reader);
+    EXPECT_EQ(reader.Code(), CannotRead);
 }
 
-TEST_F(ImageTest, ABlockThatPromisesMoreThanItsFileHoldsAllocatesNothing)
+TEST_F(ImageTest, BrokenBlocksAllocateNothing)
 {
-    std::FILE* file = std::tmpfile();
-    const unsigned char header[] = {1, 0, 0, 0, 0x60, 0xea, 0, 0, 0x60, 0xea, 0, 0, 1, 0, 0, 0, 7, 7};
-    std::fwrite(header, 1, sizeof header, file);
-    std::rewind(file);
-    Image image;
-    EXPECT_EQ(image.ReadBlock(file), CannotRead);
-    EXPECT_EQ(image.Type, Undefined);
-    std::fclose(file);
+    const struct
+    {
+        std::vector<std::uint8_t> bytes;
+        int code;
+    } cases[] = {{{1, 0, 0, 0, 0x60, 0xea, 0, 0, 0x60, 0xea, 0, 0, 1, 0, 0, 0, 7, 7}, CannotRead}, // 60,000 squared
+                 {{5, 0, 0, 0, 0xff, 0xff, 0xff, 0x7f, 0xff, 0xff, 0xff, 0x7f, 1, 0, 0, 0}, CannotRead},
+                 {{0, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}, VoidObject},
+                 {{77, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0}, CannotAllocate},
+                 {{1, 0, 0, 0, 0xff, 0xff, 0xff, 0xff, 1, 0, 0, 0, 1, 0, 0, 0}, CannotAllocate}};
+    for (const auto& c : cases) {
+        Image image;
+        Archive reader = Archive::FromMemory(c.bytes);
+        image.Transfer(reader);
+        EXPECT_EQ(reader.Code(), c.code);
+        EXPECT_EQ(image.Type, Undefined);
+    }
 }
