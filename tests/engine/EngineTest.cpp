@@ -213,7 +213,7 @@ TEST_F(EngineTest, TwoInputsTakeTheTwoNewestAndAMissingOneIsNamed)
 
 TEST_F(EngineTest, ASwapKeepsWhatFitsAndRenamesWhatTheEngineNamed)
 {
-    const int add = FindMethod(L"Add", L"Constant + Image"), subtract = FindMethod(L"Subtract", L"Image - Constant");
+    const int add = FindMethod(L"Add", L"Const + Image"), subtract = FindMethod(L"Subtract", L"Image - Const");
     Append(readNode, "a.png");
     Operation& operation = Append(add);
     static_cast<Var<int>&>(*operation.Args[0].Variable).Value = 77;
