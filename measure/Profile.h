@@ -17,6 +17,7 @@ class Archive;
 class Entry;
 class Image;
 class Path;
+struct PathNames;
 
 /// Where the samples of a profile came from: what `Profile::Draw` shows, and what a view moves while it is dragged.
 /// Positions are relative to the window of the image; `X`, `Y`, `Width`, `Height` are that window.
@@ -186,6 +187,9 @@ public:
     void Read(const wchar_t* PathName);
     void Write(const char* PathName) const;
     void Write(const wchar_t* PathName) const;
+    /// The content of such a file. Refused: other types and other files (`UnsupportedFormat`), a newer version
+    /// (`OutOfRange`), a file that promises more than it holds (`CannotRead`), `CannotAllocate`.
+    void Transfer(Archive& Block);
 
     /// Resets the window to the whole store.
     void Window();
@@ -226,23 +230,34 @@ public:
     }
 
 protected:
-    /// Takes a new length and type, its samples not set, and says whether it could. Never writes into samples that
-    /// others share.
+    /// Takes a new length and type, its samples not set, and says whether it could. Samples that others share stay
+    /// theirs.
     bool TrySet(int length, PixelTypes type);
-    /// Holds a destination ready: of the window's length of `src` and of `type`, writing through the window where the
-    /// two are the same samples. `held` then stands for the source. False without memory.
+    /// Gets a destination of the window's length of `src` and of `type` ready, in place where the two are the same
+    /// window. `held` then stands for the source. False without memory.
     static bool Prepare(const Profile& src, Profile& dst, PixelTypes type, Profile& held);
+    /// Before samples are written that are also read.
+    bool DetachIfShared();
 
 private:
     friend class Operator;
 
+    void ResetWindow();
     void PlaceFirst();
-    bool Reserve(std::int64_t length);
-    void AppendComponents(const std::int32_t* values);
-    bool MakeTable(const Entry& entry, PixelTypes type);
+    bool Grow(const Entry& entry);
+    void AppendSample(const Entry& entry, const std::int32_t* values);
     template <typename F>
-    void Define(const char* context, PixelTypes type, F f);
-    void Transfer(Archive& archive);
+    void Define(const Entry& entry, PixelTypes type, F f);
+    template <typename Fetch>
+    void SampleBand(const Entry& entry, const Image& src, int length, const ProfileSource& source, int across,
+                    Fetch fetch);
+    template <typename F>
+    static void Filter(const Entry& entry, const Profile& Src, Profile& Dst, F filter);
+    void SampleRows(const char* context, int y, int breadth, const Image& src, int across);
+    void SampleColumns(const char* context, int x, int breadth, const Image& src, int across);
+    void SampleLines(const char* context, const XY& beg, const XY& end, int breadth, const Image& src, int across,
+                     bool interpolate);
+    void Write(const PathNames& names) const;
 
     std::shared_ptr<std::uint8_t> block_; ///< the store, held by all that share it
     std::size_t capacity_ = 0;            ///< bytes of the block
