@@ -3,6 +3,7 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
+#include "image/Operator.h"
 
 #include <cmath>
 
@@ -53,6 +54,7 @@ void Image::Draw(bool WindowOnly) const
     view.Pitch = Pitch;
     view.Type = Type;
     view.Gain = GradGain;
+    view.Depth = Operator::GrayDepth;
     Graph::DrawImage(view);
 }
 
