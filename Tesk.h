@@ -7,6 +7,7 @@
 #include "foundation/Services.h"
 #include "foundation/Status.h"
 #include "image/Image.h"
+#include "image/Kernel.h"
 #include "image/Morpho.h"
 #include "image/Operator.h"
 #include "image/Pyramid.h"

@@ -76,6 +76,10 @@ public:
     /// behind it if it was taken.
     bool RenameVariable(AnyVariable* Variable, const wchar_t* NewName, bool Test);
     void UnreserveVariables();
+    /// Frees the variables that no argument holds and no other variable reads; how many. A caller that keeps pointers to
+    /// variables of its own lets go of those without `Uses` first.
+    int ReclaimVariables();
+    int NumVariables() const { return static_cast<int>(variables_.size()); }
     /// A free name: the stem alone for a counter of -1, else with the counter, which ends on the number used.
     std::wstring UniqueName(const wchar_t* Stem, int& Counter) const;
 

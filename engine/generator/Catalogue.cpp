@@ -193,6 +193,7 @@ Catalogue::Catalogue(const std::filesystem::path& folder) : folder_(folder), roo
     }
     root_->kind = Kind::Choice;
     Parse(folder_ / "Tesk.tree", *root_, 0);
+    ParseSettings(folder_ / "Settings.txt");
     NumberNodes(*root_);
     Resolve();
 }
@@ -243,6 +244,50 @@ void Catalogue::Parse(const std::filesystem::path& path, Node& parent, int baseL
         open.push_back(node.get());
         owner.children.push_back(std::move(node));
     }
+}
+
+/// Classes and groups stand at the margin, their lines below them; a file that is missing leaves all without settings.
+void Catalogue::ParseSettings(const std::filesystem::path& path)
+{
+    std::ifstream file(path);
+    std::string line;
+    std::vector<SettingLine>* owner = nullptr;
+    for (int number = 1; std::getline(file, line); number++) {
+        const std::string place = path.filename().string() + ":" + std::to_string(number);
+        const auto words = Split(line, place);
+        if (words.empty() || words[0].starts_with('#')) continue;
+        if (words.size() < 2) Fail(place, "words are missing");
+        if (line[0] != ' ') {
+            if (words[0] != "class" && words[0] != "group") Fail(place, "neither a class nor a group");
+            owner = &settings_[words[1]];
+            continue;
+        }
+        if (!owner) Fail(place, "a setting without a class");
+        if (words[0] == "use") {
+            const auto group = settings_.find(words[1]);
+            if (group == settings_.end()) Fail(place, "no group " + words[1]);
+            const auto lines = group->second;
+            owner->insert(owner->end(), lines.begin(), lines.end());
+        } else if (words[0] == "line" || words[0] == "window") {
+            owner->push_back({place, {words.begin() + 2, words.end()}, words[1].substr(1), true, words[0] == "window"});
+        } else {
+            for (std::size_t k = 0; k + 1 < words.size(); k++)
+                owner->push_back({place, {words[k].substr(0, words[k].find(','))}, words.back()});
+        }
+    }
+}
+
+const std::vector<SettingLine>& Catalogue::Settings(const std::string& className) const
+{
+    static const std::vector<SettingLine> none;
+    const auto found = settings_.find(className);
+    return found == settings_.end() ? none : found->second;
+}
+
+const Node* Catalogue::Enumeration(const std::string& identifier) const
+{
+    const auto found = enums_.find(identifier);
+    return found == enums_.end() ? nullptr : found->second;
 }
 
 void Catalogue::ParseNode(const std::vector<std::string>& words, Node& node) const
@@ -355,7 +400,8 @@ void Catalogue::Resolve()
     for (Node* node : nodes_) {
         node->alias = node->Key("alias");
         if (node->kind == Kind::Argument) ResolveArgument(*node);
-        if (node->kind == Kind::Page) node->identifier = ClassOf(*node)->identifier;
+        // The workbench finds a page's sheet by the name of its class.
+        if (node->kind == Kind::Page && ClassOf(*node)) node->identifier = ClassOf(*node)->identifier;
         MakeLabel(*node);
     }
 }

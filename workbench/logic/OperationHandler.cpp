@@ -136,6 +136,7 @@ void OperationHandler::LeaveOperation()
     if (!operation) return;
     operation->Reset();
     DeleteUnusedControllers();
+    ReclaimVariables();
 }
 
 bool OperationHandler::MenuItemClicked(const operationItemInfo& Item)
@@ -219,6 +220,7 @@ void OperationHandler::TakeBackNew(int id, ControllerList& created)
     engine_.RemoveOperation(id, argument, consumer, false);
     Repoint(operation);
     DeleteUnusedControllers();
+    ReclaimVariables();
     SelectBefore(id);
     currentMenuNode_ = -2;
 }
@@ -463,6 +465,7 @@ bool OperationHandler::DeleteOne(int id, bool keepWindow)
     }
     Repoint(operation);
     DeleteUnusedControllers();
+    ReclaimVariables();
     if (operationListRemoveDelegate_) operationListRemoveDelegate_(id);
     return true;
 }

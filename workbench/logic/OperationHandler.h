@@ -131,6 +131,7 @@ private:
     void RepointOne(IController& controller);
     void Detach(IController& controller);
     void DeleteUnusedControllers();
+    void ReclaimVariables();
 
     ControllerEventDelegate RunDelegate();
     void RunPanel(bool taken);

@@ -259,6 +259,21 @@ void OperationHandler::DeleteUnusedControllers()
     }
 }
 
+/// What undone operations have left behind is freed; whoever showed it shows the latest variable of the name.
+void OperationHandler::ReclaimVariables()
+{
+    const auto isGone = [](const AnyVariable* variable) { return variable && variable->Uses <= 0; };
+    for (const auto& controller : controllers_)
+        if (isGone(controller->CurrentVariable())) RepointOne(*controller);
+    for (const ParameterRow& row : parametersPanel_.Rows())
+        if (isGone(row.Controller->CurrentVariable()))
+            for (const Arg& argument : row.Owner->Args)
+                if (argument.Variable && argument.Variable->NameText == row.Controller->VariableIdentifier())
+                    row.Controller->SetCurrentVariable(argument.Variable);
+    engine_.ReclaimVariables();
+    if (currentCommandPanel_) currentCommandPanel_->UpdateSelectors();
+}
+
 void OperationHandler::DoRun(Operation* Op, AnyVariable* Var, bool Taken, bool Mothers, bool Dragging,
                              bool FromParameters)
 {
