@@ -25,7 +25,8 @@ Picture SlowRank(int width, int height, double percent, const Picture& s)
 TEST_F(MorphoTest, RanksEqualSortingAtEverySizeTypeAndLevel)
 {
     Image src, dst;
-    const std::pair<int, int> boxes[] = {{1, 1}, {3, 3}, {5, 5}, {7, 7}, {9, 9}, {3, 5}, {1, 9}, {13, 1}, {15, 15}, {33, 11}};
+    const std::pair<int, int> boxes[] = {{1, 1}, {3, 3}, {5, 5},  {7, 7},   {9, 9},
+                                         {3, 5}, {1, 9}, {13, 1}, {15, 15}, {33, 11}};
     const std::pair<int, int> sizes[] = {{1, 1}, {2, 9}, {17, 4}, {33, 9}, {64, 3}, {67, 8}, {130, 5}};
     for (const auto& [bw, bh] : boxes)
         for (const auto& [w, h] : sizes)

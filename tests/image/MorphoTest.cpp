@@ -14,10 +14,10 @@ struct Sizes3
     int width, height, diagonal;
 };
 
-const Sizes3 elements[] = {{1, 1, 1}, {3, 3, 1},   {3, 3, 3},   {5, 5, 3},     {5, 5, 5},    {7, 1, 1},  {1, 9, 1},
-                           {3, 5, 1}, {9, 5, 3},   {15, 15, 1}, {15, 15, 15},  {13, 13, 7},  {17, 3, 1}, {33, 7, 5},
-                           {1, 1, 9}, {5, 3, 9},   {49, 49, 1}, {49, 49, 25},  {3, 49, 1},   {35, 1, 1}, {11, 11, 5},
-                           {67, 9, 1}, {101, 5, 5}};
+const Sizes3 elements[] = {{1, 1, 1},  {3, 3, 1},  {3, 3, 3},   {5, 5, 3},   {5, 5, 5},    {7, 1, 1},
+                           {1, 9, 1},  {3, 5, 1},  {9, 5, 3},   {15, 15, 1}, {15, 15, 15}, {13, 13, 7},
+                           {17, 3, 1}, {33, 7, 5}, {1, 1, 9},   {5, 3, 9},   {49, 49, 1},  {49, 49, 25},
+                           {3, 49, 1}, {35, 1, 1}, {11, 11, 5}, {67, 9, 1},  {101, 5, 5}};
 
 /// The definition: 3-point and 3 by 3 passes, one after the other, pixels outside taking no part.
 Picture SlowExtremum(Sizes3 e, bool maximum, Picture picture)
@@ -68,7 +68,8 @@ const Operation operations[] = {
      [](int, int dilated, int, int, int, int) { return dilated; }},
     {"Erode", [](auto& m, auto& s, auto& d) { m.Erode(s, d); },
      [](int, int, int eroded, int, int, int) { return eroded; }},
-    {"Open", [](auto& m, auto& s, auto& d) { m.Open(s, d); }, [](int, int, int, int opened, int, int) { return opened; }},
+    {"Open", [](auto& m, auto& s, auto& d) { m.Open(s, d); },
+     [](int, int, int, int opened, int, int) { return opened; }},
     {"Close", [](auto& m, auto& s, auto& d) { m.Close(s, d); },
      [](int, int, int, int, int closed, int) { return closed; }},
     {"WhiteHat", [](auto& m, auto& s, auto& d) { m.WhiteHat(s, d); },
@@ -104,8 +105,8 @@ TEST_F(MorphoTest, ExtremaEqualThePassesThatDefineThem)
                     for (const SIMDLevels level : levels) {
                         const AtLevel at(level);
                         maximum ? morpho.Dilate(src, dst) : morpho.Erode(src, dst);
-                        ASSERT_EQ(Picture(dst), expected) << e.width << ' ' << e.height << ' ' << e.diagonal << ": "
-                                                          << w << ' ' << h << ' ' << level;
+                        ASSERT_EQ(Picture(dst), expected)
+                            << e.width << ' ' << e.height << ' ' << e.diagonal << ": " << w << ' ' << h << ' ' << level;
                     }
                 }
             }
@@ -137,10 +138,12 @@ TEST_F(MorphoTest, CompositesFollowTheirFormulas)
         for (const Operation& o : operations) {
             o.run(morpho, src, dst);
             ASSERT_EQ(Status::Error().Code, NoError) << o.name;
-            ASSERT_EQ(Picture(dst), Make(s.width, s.height, [&](int x, int y) {
-                          return o.formula(s(x, y), dilated(x, y), eroded(x, y), opened(x, y), closed(x, y),
-                                           type == Gray ? 255 : 32767);
-                      })) << o.name;
+            ASSERT_EQ(Picture(dst), Make(s.width, s.height,
+                                         [&](int x, int y) {
+                                             return o.formula(s(x, y), dilated(x, y), eroded(x, y), opened(x, y),
+                                                              closed(x, y), type == Gray ? 255 : 32767);
+                                         }))
+                << o.name;
         }
     }
 }
@@ -182,9 +185,8 @@ TEST_F(MorphoTest, PixelsOutsideTheDestinationWindowStay)
     Morpho().Dilate(src, dst);
     const Picture window(dst);
     dst.Window();
-    EXPECT_EQ(Picture(dst), Make(40, 20, [&](int x, int y) {
-                  return window.Has(x - 9, y - 9) ? window(x - 9, y - 9) : 77;
-              }));
+    EXPECT_EQ(Picture(dst),
+              Make(40, 20, [&](int x, int y) { return window.Has(x - 9, y - 9) ? window(x - 9, y - 9) : 77; }));
 }
 
 TEST_F(MorphoTest, SettersSetOddSizesAndRefuseOthersUnchanged)
@@ -286,9 +288,9 @@ TEST_F(MorphoTest, RenderingShowsTheCellsOfTheElement)
     Load(Picture(10, 10, 7), dst);
     RenderMorpho(diamond, dst);
     // Three cells of three pixels, of which two are black, from a margin of one.
-    EXPECT_EQ(Picture(dst), Picture(std::vector<std::string>{
-                                "##########", "####..####", "####..####", "##########", "#..#..#..#",
-                                "#..#..#..#", "##########", "####..####", "####..####", "##########"}));
+    EXPECT_EQ(Picture(dst),
+              Picture(std::vector<std::string>{"##########", "####..####", "####..####", "##########", "#..#..#..#",
+                                               "#..#..#..#", "##########", "####..####", "####..####", "##########"}));
     // A picture that is not as high as wide is cut; cells without an inside leave it white.
     Load(Picture(10, 6, 7), dst);
     RenderMorpho(diamond, dst);
