@@ -6,6 +6,7 @@
 #include "foundation/Records.h"
 #include "foundation/Services.h"
 #include "foundation/Status.h"
+#include "image/Geometry.h"
 #include "image/Image.h"
 #include "image/Kernel.h"
 #include "image/Morpho.h"
