@@ -2,6 +2,7 @@
 #include "workbench/views/GenericChildController.h"
 #include "workbench/views/GenericPlotController.h"
 #include "workbench/views/ImagePropertyPageController.h"
+#include "workbench/views/KernelController.h"
 #include "workbench/views/MorphoPropertyPageController.h"
 #include "workbench/views/ProfilePropertyPageController.h"
 
@@ -55,6 +56,7 @@ struct ObjectRow
 constexpr ObjectRow rows[] = {
     {35, MakeOverlay<>},                            // Geometry
     {44, MakeSheet<ImagePropertyPageController>},   // Image
+    {45, MakeSheet<KernelPropertyPageController>},  // Kernel
     {52, MakeSheet<MorphoPropertyPageController>},  // Morpho
     {54, MakeOverlay<MakePlainSheet>},              // Path
     {62, MakeSheet<ProfilePropertyPageController>}, // Profile
