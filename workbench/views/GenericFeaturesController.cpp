@@ -1,6 +1,6 @@
 #include "workbench/views/GenericFeaturesController.h"
 
-#include "workbench/views/PictureClipboard.h"
+#include "workbench/views/CopyText.h"
 #include "workbench/views/Text.h"
 
 #include <QHeaderView>

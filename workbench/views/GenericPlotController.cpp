@@ -2,7 +2,7 @@
 
 #include "foundation/Status.h"
 #include "workbench/views/OverlayTable.h"
-#include "workbench/views/PictureClipboard.h"
+#include "workbench/views/CopyText.h"
 #include "workbench/views/Text.h"
 
 #include <QMenu>

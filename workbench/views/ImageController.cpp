@@ -2,8 +2,9 @@
 
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
+#include "image/Source.h"
 #include "workbench/views/GraphSurface.h"
-#include "workbench/views/PictureClipboard.h"
+#include "workbench/views/CopyText.h"
 #include "workbench/views/Text.h"
 
 #include <QMenu>
@@ -370,10 +371,10 @@ void ImageController::MenuAsked(QPoint At)
     // The pixel is that of the press, wherever the pointer goes in the menu.
     const int x = PixelX, y = PixelY;
     menu->addAction(QObject::tr("&Copy Image to Clipboard"), [this] {
-        if (!IsVoid()) CopyPicture(*Picture());
+        if (!IsVoid()) Source::CopyToClipboard(*Picture());
     });
     menu->addAction(QObject::tr("&Copy Window to Clipboard"), [this] {
-        CopyScreen(*static_cast<QScrollArea*>(form_.Panel())->viewport());
+        Source::CopyToClipboard(static_cast<QWidget*>(static_cast<QScrollArea*>(form_.Panel())->viewport()));
     });
     menu->addAction(QObject::tr("&Copy Pixel to Clipboard"), [this, x, y] {
         if (!IsVoid()) CopyText(PixelText(*Picture(), x, y));

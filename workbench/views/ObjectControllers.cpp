@@ -55,6 +55,7 @@ struct ObjectRow
 
 constexpr ObjectRow rows[] = {
     {35, MakeOverlay<>},                            // Geometry
+    {43, MakePlot},                                 // Histogram
     {44, MakeSheet<ImagePropertyPageController>},   // Image
     {45, MakeSheet<KernelPropertyPageController>},  // Kernel
     {52, MakeSheet<MorphoPropertyPageController>},  // Morpho

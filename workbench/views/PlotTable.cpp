@@ -1,7 +1,7 @@
 // What is plotted for each type that has a plot.
 #include "workbench/views/GenericPlotController.h"
 
-#include "measure/Profile.h"
+#include "image/Histogram.h"
 
 namespace TeskPlus {
 
@@ -26,9 +26,10 @@ std::string CurveText(const AnyVariable& Object)
     return text ? text : "";
 }
 
-constexpr int profileType = 62;
+constexpr int histogramType = 43, profileType = 62;
 
 constexpr PlotRow rows[] = {
+    {histogramType, 512, 256, Green, PlotCurve<Histogram>, L"&Copy frequencies to Clipboard", CurveText<Histogram>},
     {profileType, 512, 256, Blue, PlotCurve<Profile>, L"&Copy values to Clipboard", CurveText<Profile>},
 };
 
