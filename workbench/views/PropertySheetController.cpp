@@ -247,6 +247,10 @@ bool PropertySheetController::HideCtrl(bool Keep)
 
 void PropertySheetController::Fit()
 {
+    // A change deep inside reaches the layouts above it only with the next events.
+    if (grid_) grid_->layout()->invalidate();
+    pageArea_->layout()->invalidate();
+    pageArea_->updateGeometry();
     Window().FitContent();
 }
 
