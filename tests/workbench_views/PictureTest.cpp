@@ -1,12 +1,14 @@
 #include "Workbench.h"
 
 #include "image/Source.h"
+#include "measure/Profile.h"
 #include "workbench/views/GenericChildController.h"
 #include "workbench/views/ImageController.h"
 #include "workbench/views/ImagePropertyPageController.h"
 
 #include <QClipboard>
 #include <QLabel>
+#include <QScrollBar>
 
 namespace TeskPlus {
 

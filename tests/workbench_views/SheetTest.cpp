@@ -9,6 +9,7 @@
 
 #include <QClipboard>
 #include <QDoubleSpinBox>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QTableView>
 

@@ -5,10 +5,12 @@
 
 #include <QHeaderView>
 #include <QMenu>
+#include <QScrollBar>
 
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 
 namespace TeskPlus {
 

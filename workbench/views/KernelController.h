@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QTableView>
 
+#include <functional>
 #include <vector>
 
 class QDoubleSpinBox;
