@@ -164,7 +164,7 @@ void Graph::Plot(double x, double y, int r)
     const int px = ToTarget(x), py = ToTarget(y);
     if (r != 0) {
         Prepare(color, IndexOf(FillColor, told.fill));
-        target->Ellipse(Beyond(px, -r), Beyond(py, -r), Beyond(px, r), Beyond(py, r));
+        target->Ellipse(Beyond(px, -std::int64_t{r}), Beyond(py, -std::int64_t{r}), Beyond(px, r), Beyond(py, r));
     } else if (color >= 0 && Zoom <= 1) {
         target->Pixel({px, py}, PaletteColor(color));
     } else if (color >= 0) {
@@ -178,9 +178,9 @@ void Graph::Cross(double x, double y, int r)
     if (!target) return;
     Prepare(PointIndex(), IndexOf(FillColor, told.fill));
     const TargetPoint p = MarkOnTarget(x, y);
-    target->MoveTo({Beyond(p.X, -r), p.Y});
+    target->MoveTo({Beyond(p.X, -std::int64_t{r}), p.Y});
     target->LineTo({Beyond(p.X, r), p.Y});
-    target->MoveTo({p.X, Beyond(p.Y, -r)});
+    target->MoveTo({p.X, Beyond(p.Y, -std::int64_t{r})});
     target->LineTo({p.X, Beyond(p.Y, r)});
 }
 
@@ -188,7 +188,8 @@ void Graph::Marker(double x, double y, bool round, int r)
 {
     if (!Prepare()) return;
     const TargetPoint p = MarkOnTarget(x, y);
-    const int left = Beyond(p.X, -r), top = Beyond(p.Y, -r), right = Beyond(p.X, r), bottom = Beyond(p.Y, r);
+    const int left = Beyond(p.X, -std::int64_t{r}), top = Beyond(p.Y, -std::int64_t{r}), right = Beyond(p.X, r),
+              bottom = Beyond(p.Y, r);
     if (round)
         target->Ellipse(left, top, right, bottom);
     else
@@ -321,7 +322,8 @@ void Graph::Text(double x, double y, const wchar_t* string)
 {
     if (!string || !PrepareText()) return;
     const TargetPoint size = target->TextExtent(string);
-    target->Text({ToTarget(x) - (TextAlignX + 1) * size.X / 2, ToTarget(y) - (TextAlignY + 1) * size.Y / 2}, string);
+    const auto shift = [](int align, int extent) { return (Clamp(align, -1, 1) + 1) * extent / 2; };
+    target->Text({ToTarget(x) - shift(TextAlignX, size.X), ToTarget(y) - shift(TextAlignY, size.Y)}, string);
     target->Flush();
 }
 

@@ -7,10 +7,20 @@ namespace Tesk {
 
 class Image;
 
+/// A rectangle of an image's store, which may be larger than `Limits` can tell.
+struct SourceRectangle
+{
+    int X = 0, Y = 0, Width = 0, Height = 0;
+
+    SourceRectangle() = default;
+    SourceRectangle(int x, int y, int width, int height) : X(x), Y(y), Width(width), Height(height) {}
+    SourceRectangle(const Limits& Box) : X(Box.X), Y(Box.Y), Width(Box.Width), Height(Box.Height) {}
+};
+
 /// Pixels as `DrawImage` takes them: a rectangle of a store.
 struct ImageView
 {
-    Limits Source{0, 0, 0, 0};
+    SourceRectangle Source;
     const std::uint8_t* Pixels = nullptr; ///< the store's first pixel
     int Pitch = 0;
     PixelTypes Type = Undefined;

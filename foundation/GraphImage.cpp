@@ -59,7 +59,7 @@ std::uint8_t Strength(GradPixel p, int gain)
 void ConvertRow(const ImageView& view, int y, std::uint8_t* dst)
 {
     const std::uint8_t* row = RowOf(view, y);
-    const int x0 = view.Source.X, width = view.Source.Width, shift = Max(view.Depth - 8, 0);
+    const int x0 = view.Source.X, width = view.Source.Width, shift = Clamp(view.Depth, 8, 31) - 8;
     switch (view.Type) {
     case Gray16:
         for (int x = 0; x < width; x++)
@@ -191,7 +191,7 @@ void Graph::DrawImage(const ImageView& View, const LookupTableView* Table)
                         static_cast<int>(Clamp(Resolution, 0.0, 1e6) * inchesPerMetre)};
     std::vector<std::uint8_t> pixels;
     if (!IsDisplayable(View)) {
-        bitmap.Pitch = (width * bitCount + 7) >> 3;
+        bitmap.Pitch = static_cast<int>((std::int64_t{width} * bitCount + 7) >> 3);
         pixels.resize(static_cast<std::size_t>(bitmap.Pitch) * static_cast<std::size_t>(height));
         for (int y = 0; y < height; y++)
             ConvertRow(View, y, pixels.data() + static_cast<std::ptrdiff_t>(bitmap.Pitch) * y);

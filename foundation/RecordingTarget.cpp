@@ -110,7 +110,7 @@ void RecordingTarget::Blit(const TargetBitmap& Bitmap, int Left, int Top, int Wi
         (Bitmap.Blend ? " blend" : ""));
     BlittedDensity = Bitmap.PixelsPerMetre;
     Blitted.clear();
-    const int rowBytes = (Bitmap.Width * Bitmap.BitCount + 7) / 8;
+    const std::int64_t rowBytes = (std::int64_t{Bitmap.Width} * Bitmap.BitCount + 7) / 8;
     for (int y = 0; y < Bitmap.Height; y++) {
         const std::uint8_t* row = Bitmap.Pixels + static_cast<std::ptrdiff_t>(Bitmap.Pitch) * y;
         Blitted.insert(Blitted.end(), row, row + rowBytes);

@@ -52,7 +52,7 @@ void DragFar(int from, int& extent, int store, int to)
 ImageView Image::View(bool windowOnly) const
 {
     ImageView view;
-    view.Source = windowOnly ? Limits(X, Y, Width, Height) : Limits(0, 0, StoreWidth, StoreHeight);
+    view.Source = windowOnly ? SourceRectangle(X, Y, Width, Height) : SourceRectangle(0, 0, StoreWidth, StoreHeight);
     view.Pixels = Buffer + AlignOffset;
     view.Pitch = Pitch;
     view.Type = Type;

@@ -150,3 +150,14 @@ TEST_F(ImageDrawTest, ImagesThatCannotBeDrawnOnStayAsTheyAre)
     EXPECT_TRUE(before.Calls.empty());
     EXPECT_EQ(Graph::DrawTo(), &before);
 }
+
+TEST_F(ImageDrawTest, AnImageLargerThanARectangleRecordCanTellIsDrawn)
+{
+    Graph::Zoom = 1.0 / 1024;
+    RecordingTarget target;
+    Graph::DrawTo(&target);
+    Image strip;
+    strip.Set(70000, 2048, Gray1);
+    strip.Draw(false);
+    EXPECT_EQ(target.Calls, (std::vector<std::string>{"Blit 70000 2048 1 0 0 68 2"}));
+}
