@@ -13,6 +13,7 @@
 #include "image/Morpho.h"
 #include "image/Operator.h"
 #include "image/Pyramid.h"
+#include "image/Source.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
 
