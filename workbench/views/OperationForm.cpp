@@ -62,6 +62,8 @@ OperationForm::OperationForm(QMdiArea& area, const OperationFormInfo& info)
         tabs_->setObjectName("ClassTabs");
         tabs_->setUsesScrollButtons(true);
         tabs_->setElideMode(Qt::ElideNone);
+        // The rows decide how wide the window is; arrows lead to the tabs that do not fit.
+        tabs_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
         for (std::size_t i = 0; i < tabItems_.size(); i++) {
             const int tab = tabs_->addTab(Qt16(tabItems_[i].Label));
             if (tabItems_[i].IsPending) {

@@ -69,6 +69,9 @@ std::vector<std::uint8_t> DibOfImage(const QImage& image)
     return dib;
 }
 
+/// The block as it was put, beside the picture made of it: what comes back is the same to the byte.
+constexpr const char* dibFormat = "application/x-tesk-dib";
+
 class QtClipboard final : public Tesk::IClipboard
 {
 public:
@@ -81,6 +84,7 @@ public:
         const QMimeData* former = QApplication::clipboard()->mimeData();
         if (former && former->hasText()) data->setText(former->text());
         if (former && former->hasImage()) data->setImageData(former->imageData());
+        if (former && former->hasFormat(dibFormat)) data->setData(dibFormat, former->data(dibFormat));
         if (Format == Text)
             data->setText(QString::fromLocal8Bit(
                 reinterpret_cast<const char*>(Block.data()),
@@ -107,6 +111,11 @@ public:
             const QString text = data->text();
             const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.utf16());
             Block.assign(bytes, bytes + 2 * (text.size() + 1));
+            return true;
+        }
+        if (Format == Dib && data->hasFormat(dibFormat)) {
+            const QByteArray block = data->data(dibFormat);
+            Block.assign(block.begin(), block.end());
             return true;
         }
         if (Format == Dib && data->hasImage()) {
