@@ -11,6 +11,7 @@
 #include "image/Morpho.h"
 #include "image/Operator.h"
 #include "image/Pyramid.h"
+#include "measure/Path.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE
