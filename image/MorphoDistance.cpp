@@ -93,11 +93,13 @@ void SweepRows(const Image& src, Image& dst, GrayPixel feature, bool connexity8)
     std::size_t lastStep = 1;
     while (2 * lastStep < width && 4 * lastStep <= static_cast<std::size_t>(farthest<T>) + 1)
         lastStep *= 2;
-    Line<T> line(width, lastStep), former(width, lastStep);
+    Line<T> line(width, lastStep), spread(width, lastStep), former(width, lastStep);
     for (int y = 0; y < dst.Height; y++) {
         line.SetFeatures(src.Row(y), feature);
-        for (std::size_t step = 1; step <= lastStep; step *= 2)
-            kernels::SpreadRow(line.First(), width, step);
+        for (std::size_t step = 1; step <= lastStep; step *= 2) {
+            kernels::SpreadRow(line.First(), spread.First(), width, step);
+            std::swap(line, spread);
+        }
         if (y > 0) kernels::SweepRow(former.First(), line.First(), width, connexity8);
         line.Write(dst.Row<T>(y));
         std::swap(line, former);

@@ -13,13 +13,13 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 template <typename T>
-void SpreadOf(T* d, std::size_t n, std::size_t step)
+void SpreadOf(const T* s, T* d, std::size_t n, std::size_t step)
 {
     const hn::ScalableTag<T> tag;
-    const auto s = hn::Set(tag, static_cast<T>(step));
+    const auto length = hn::Set(tag, static_cast<T>(step));
     for (std::size_t i = 0; i < n; i += hn::Lanes(tag)) {
-        const auto near = hn::Min(hn::LoadU(tag, d + i - step), hn::LoadU(tag, d + i + step));
-        hn::StoreU(hn::Min(hn::LoadU(tag, d + i), hn::SaturatedAdd(near, s)), tag, d + i);
+        const auto near = hn::Min(hn::LoadU(tag, s + i - step), hn::LoadU(tag, s + i + step));
+        hn::StoreU(hn::Min(hn::LoadU(tag, s + i), hn::SaturatedAdd(near, length)), tag, d + i);
     }
 }
 
@@ -40,13 +40,13 @@ void SweepOf(const T* others, T* d, std::size_t n, bool diagonal)
             put(i, hn::LoadU(tag, others + i));
 }
 
-void Spread8(std::uint8_t* d, std::size_t n, std::size_t step)
+void Spread8(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::size_t step)
 {
-    SpreadOf(d, n, step);
+    SpreadOf(s, d, n, step);
 }
-void Spread16(std::uint16_t* d, std::size_t n, std::size_t step)
+void Spread16(const std::uint16_t* s, std::uint16_t* d, std::size_t n, std::size_t step)
 {
-    SpreadOf(d, n, step);
+    SpreadOf(s, d, n, step);
 }
 void Sweep8(const std::uint8_t* others, std::uint8_t* d, std::size_t n, bool diagonal)
 {
@@ -98,13 +98,13 @@ HWY_EXPORT(Sweep16);
 HWY_EXPORT(NearSquares);
 HWY_EXPORT(Roots);
 
-void SpreadRow(std::uint8_t* d, std::size_t n, std::size_t step)
+void SpreadRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::size_t step)
 {
-    HWY_DYNAMIC_DISPATCH(Spread8)(d, n, step);
+    HWY_DYNAMIC_DISPATCH(Spread8)(s, d, n, step);
 }
-void SpreadRow(std::uint16_t* d, std::size_t n, std::size_t step)
+void SpreadRow(const std::uint16_t* s, std::uint16_t* d, std::size_t n, std::size_t step)
 {
-    HWY_DYNAMIC_DISPATCH(Spread16)(d, n, step);
+    HWY_DYNAMIC_DISPATCH(Spread16)(s, d, n, step);
 }
 void SweepRow(const std::uint8_t* others, std::uint8_t* d, std::size_t n, bool diagonal)
 {

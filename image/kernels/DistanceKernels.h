@@ -6,10 +6,10 @@
 
 namespace Tesk::kernels {
 
-/// d[i] = min(d[i], d[i - step] + step, d[i + step] + step), of values before or behind this step alike: all of them
-/// are distances along the row. `n` is rounded up to `rowStep`; a step is read on either side.
-void SpreadRow(std::uint8_t* d, std::size_t n, std::size_t step);
-void SpreadRow(std::uint16_t* d, std::size_t n, std::size_t step);
+/// d[i] = min(s[i], s[i - step] + step, s[i + step] + step). `n` is rounded up to `rowStep`; a step is read on either
+/// side.
+void SpreadRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::size_t step);
+void SpreadRow(const std::uint16_t* s, std::uint16_t* d, std::size_t n, std::size_t step);
 
 /// d[i] = min(d[i], the least of others[i] and, if `diagonal`, of its two neighbours + 1). `n` is rounded up to
 /// `rowStep`; one more pixel is read on either side of `others`.
