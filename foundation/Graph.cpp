@@ -23,21 +23,23 @@ namespace {
 constexpr int firstCycleColor = 1, lastCycleColor = 62, startCycleColor = 48;
 /// An arrow is drawn on lines longer than this, in target pixels; its head is as long, and half as wide.
 constexpr double arrowLength = 12, arrowHalfWidth = 3;
+/// The palette index that no target was told yet; those below 0 are no colour.
+constexpr int unknown = std::numeric_limits<int>::min();
 
 GraphTarget* target = nullptr;
+TargetPoint origin{0, 0};
 int cycle = startCycleColor;
 
-/// What the target was told last; a difference is told again.
+/// What the target was told last, as palette indexes; a difference is told again.
 struct Told
 {
-    int line = std::numeric_limits<int>::min(), width = 0, fill = std::numeric_limits<int>::min();
-    int text = std::numeric_limits<int>::min(), background = 0, fontSize = 0;
+    int line = unknown, width = 0, fill = unknown, point = unknown, text = unknown, background = unknown, fontSize = 0;
     std::wstring font;
 } told;
 
-int IndexOf(PredefinedColors color)
+int IndexOf(PredefinedColors color, int current)
 {
-    return color == Cycle ? cycle : static_cast<int>(color);
+    return color == Cycle ? cycle : color == Current ? current : static_cast<int>(color);
 }
 
 /// Truncates, with what no target can hold held at the ends; a position that is no number is 0.
@@ -45,6 +47,27 @@ int Truncated(double v)
 {
     constexpr double limit = 1 << 30;
     return v > -limit && v < limit ? static_cast<int>(v) : v >= limit ? 1 << 30 : v <= -limit ? -(1 << 30) : 0;
+}
+
+TargetPoint OnTarget(XY point)
+{
+    return {Graph::ToTarget(point.X), Graph::ToTarget(point.Y)};
+}
+
+TargetPoint OnTarget(Site point)
+{
+    return {Graph::ToTarget(point.X), Graph::ToTarget(point.Y)};
+}
+
+TargetPoint MarkOnTarget(double x, double y)
+{
+    return {Graph::ToTargetMark(x), Graph::ToTargetMark(y)};
+}
+
+/// Far positions stay in the range of `int` however far a size takes them.
+int Beyond(int position, std::int64_t by)
+{
+    return static_cast<int>(Clamp<std::int64_t>(position + by, -(1 << 30), 1 << 30));
 }
 
 } // namespace
@@ -62,6 +85,7 @@ int Graph::ToTargetMark(double v)
 void Graph::DrawTo(GraphTarget* Target)
 {
     target = Target;
+    origin = {0, 0};
     told = Told();
 }
 
@@ -84,129 +108,186 @@ int Graph::CycleColor()
     return cycle;
 }
 
-RgbPixel Graph::ColorOf(PredefinedColors color)
-{
-    return PaletteColor(IndexOf(color) & 63);
-}
-
-bool Graph::Prepare()
+bool Graph::Prepare(int line, int fill)
 {
     if (!target) return false;
-    const int line = IndexOf(LineColor), fill = FillColor == NoColor ? -1 : IndexOf(FillColor);
-    if (LineColor != Current && (line != told.line || LineWidth != told.width)) {
-        target->SetLine(ColorOf(LineColor), Max(LineWidth, 1));
+    if (line != unknown && (line != told.line || LineWidth != told.width)) {
+        const RgbPixel color = PaletteColor(line);
+        target->SetLine(line < 0 ? nullptr : &color, Max(LineWidth, 1));
         told.line = line;
         told.width = LineWidth;
     }
-    if (FillColor != Current && fill != told.fill) {
-        const RgbPixel color = ColorOf(FillColor);
+    if (fill != unknown && fill != told.fill) {
+        const RgbPixel color = PaletteColor(fill);
         target->SetFill(fill < 0 ? nullptr : &color);
         told.fill = fill;
     }
     return true;
 }
 
-void Graph::PrepareText()
+bool Graph::Prepare()
 {
-    const int text = IndexOf(TextColor), background = FillColor == NoColor ? -1 : IndexOf(FillColor);
+    return Prepare(IndexOf(LineColor, told.line), IndexOf(FillColor, told.fill));
+}
+
+GraphTarget* Graph::Prepared()
+{
+    return Prepare() ? target : nullptr;
+}
+
+bool Graph::PrepareText()
+{
+    if (!target) return false;
+    const int text = IndexOf(TextColor, told.text), background = IndexOf(FillColor, told.background);
+    if (text < 0) return false;
     if (text == told.text && background == told.background && FontSize == told.fontSize && FontName == told.font)
-        return;
-    const RgbPixel color = ColorOf(FillColor);
-    target->SetText(ColorOf(TextColor), background < 0 ? nullptr : &color, FontName, FontSize);
+        return true;
+    const RgbPixel color = PaletteColor(background);
+    target->SetText(PaletteColor(text), background < 0 ? nullptr : &color, FontName, FontSize);
     told.text = text;
     told.background = background;
     told.fontSize = FontSize;
     told.font = FontName;
+    return true;
+}
+
+int Graph::PointIndex()
+{
+    if (PointColor == Cycle) NextColor();
+    return told.point = IndexOf(PointColor, told.point);
 }
 
 void Graph::Plot(double x, double y, int r)
 {
     if (!target) return;
-    if (PointColor == Cycle) NextColor();
-    const RgbPixel color = ColorOf(PointColor);
+    const int color = PointIndex();
     const int px = ToTarget(x), py = ToTarget(y);
-    if (r == 0) {
-        if (Zoom <= 1) {
-            target->Pixel({px, py}, color);
-            return;
-        }
+    if (r != 0) {
+        Prepare(color, IndexOf(FillColor, told.fill));
+        target->Ellipse(Beyond(px, -std::int64_t{r}), Beyond(py, -std::int64_t{r}), Beyond(px, r), Beyond(py, r));
+    } else if (color >= 0 && Zoom <= 1) {
+        target->Pixel({px, py}, PaletteColor(color));
+    } else if (color >= 0) {
         const int left = Truncated(x * Zoom), top = Truncated(y * Zoom), side = Truncated(Zoom);
-        target->FillRectangle(left, top, left + side, top + side, color);
-        return;
+        target->FillRectangle(left, top, Beyond(left, side), Beyond(top, side), PaletteColor(color));
     }
-    const PredefinedColors line = LineColor;
-    LineColor = PointColor;
-    Prepare();
-    target->Ellipse(px - r, py - r, px + r, py + r);
-    LineColor = line;
 }
 
 void Graph::Cross(double x, double y, int r)
 {
-    const PredefinedColors line = LineColor;
-    if (PointColor == Cycle) NextColor();
-    LineColor = PointColor;
-    if (Prepare()) {
-        const int px = ToTargetMark(x), py = ToTargetMark(y);
-        target->MoveTo({px - r, py});
-        target->LineTo({px + r + 1, py});
-        target->MoveTo({px, py - r});
-        target->LineTo({px, py + r + 1});
-    }
-    LineColor = line;
+    if (!target) return;
+    Prepare(PointIndex(), IndexOf(FillColor, told.fill));
+    const TargetPoint p = MarkOnTarget(x, y);
+    target->MoveTo({Beyond(p.X, -std::int64_t{r}), p.Y});
+    target->LineTo({Beyond(p.X, r), p.Y});
+    target->MoveTo({p.X, Beyond(p.Y, -std::int64_t{r})});
+    target->LineTo({p.X, Beyond(p.Y, r)});
 }
 
 void Graph::Marker(double x, double y, bool round, int r)
 {
     if (!Prepare()) return;
-    const int px = ToTargetMark(x), py = ToTargetMark(y);
+    const TargetPoint p = MarkOnTarget(x, y);
+    const int left = Beyond(p.X, -std::int64_t{r}), top = Beyond(p.Y, -std::int64_t{r}), right = Beyond(p.X, r),
+              bottom = Beyond(p.Y, r);
     if (round)
-        target->Ellipse(px - r, py - r, px + r, py + r);
+        target->Ellipse(left, top, right, bottom);
     else
-        target->Rectangle(px - r, py - r, px + r, py + r);
+        target->Rectangle(left, top, right, bottom);
 }
 
-void Graph::ArrowHead(double fromX, double fromY, double toX, double toY)
+void Graph::ArrowHead(TargetPoint from, TargetPoint tip)
 {
-    const double dx = toX - fromX, dy = toY - fromY, length = std::hypot(dx, dy);
+    const double dx = double{1} * tip.X - from.X, dy = double{1} * tip.Y - from.Y, length = std::hypot(dx, dy);
     if (!(length > arrowLength)) return;
-    const PredefinedColors fill = FillColor;
-    FillColor = LineColor;
-    if (Prepare()) {
-        const double along = arrowLength / length, across = arrowHalfWidth / length;
-        const auto corner = [&](double side) {
-            return TargetPoint{Truncated(toX - (along * dx - side * across * dy)),
-                               Truncated(toY - (along * dy + side * across * dx))};
-        };
-        target->Polygon({{Truncated(toX), Truncated(toY)}, corner(1), corner(-1)});
-    }
-    FillColor = fill;
+    const int line = IndexOf(LineColor, told.line);
+    if (!Prepare(line, line)) return;
+    const double along = arrowLength / length, across = arrowHalfWidth / length;
+    const auto corner = [&](double side) {
+        return TargetPoint{Truncated(tip.X - (along * dx - side * across * dy)),
+                           Truncated(tip.Y - (along * dy + side * across * dx))};
+    };
+    target->Polygon({tip, corner(1), corner(-1)});
 }
 
 void Graph::Line(double x0, double y0, double x1, double y1, int arrows)
 {
     if (!Prepare()) return;
-    const TargetPoint from{ToTarget(x0), ToTarget(y0)}, to{ToTarget(x1), ToTarget(y1)};
+    const TargetPoint from = OnTarget(XY(x0, y0)), to = OnTarget(XY(x1, y1));
     target->MoveTo(from);
     target->LineTo(to);
-    if (arrows >= 1) ArrowHead(from.X, from.Y, to.X, to.Y);
-    if (arrows >= 2) ArrowHead(to.X, to.Y, from.X, from.Y);
+    if (arrows >= 1) ArrowHead(from, to);
+    if (arrows >= 2) ArrowHead(to, from);
 }
 
-void Graph::Polyline(const std::vector<XY>& Points, bool closed)
+void Graph::Strokes(const TargetPoint* points, int count, int mode)
 {
-    if (Points.empty() || !Prepare()) return;
-    std::vector<TargetPoint> points;
-    points.reserve(Points.size());
-    for (const XY& point : Points)
-        points.push_back({ToTarget(point.X), ToTarget(point.Y)});
-    if (closed && FillColor != NoColor) {
-        target->Polygon(points);
+    if (!Prepare()) return;
+    target->MoveTo(points[0]);
+    for (int i = 1; i < count; i++)
+        target->LineTo(points[i]);
+    if (mode < 0) target->LineTo(points[0]);
+    if (mode != 0 && mode != -1) ArrowHead(points[count - 2], points[count - 1]);
+    if (mode > 1) ArrowHead(points[1], points[0]);
+}
+
+void Graph::Polyline3(Site p0, Site p1, Site p2, int mode)
+{
+    const TargetPoint points[] = {MarkOnTarget(p0.X, p0.Y), MarkOnTarget(p1.X, p1.Y), MarkOnTarget(p2.X, p2.Y)};
+    Strokes(points, 3, mode);
+}
+
+void Graph::Polyline3(XY p0, XY p1, XY p2, int mode)
+{
+    const TargetPoint points[] = {OnTarget(p0), OnTarget(p1), OnTarget(p2)};
+    Strokes(points, 3, mode);
+}
+
+void Graph::Polyline4(Site p0, Site p1, Site p2, Site p3, int mode)
+{
+    Polyline4(XY(p0.X, p0.Y), XY(p1.X, p1.Y), XY(p2.X, p2.Y), XY(p3.X, p3.Y), mode);
+}
+
+void Graph::Polyline4(XY p0, XY p1, XY p2, XY p3, int mode)
+{
+    const TargetPoint points[] = {MarkOnTarget(p0.X, p0.Y), MarkOnTarget(p1.X, p1.Y), MarkOnTarget(p2.X, p2.Y),
+                                  MarkOnTarget(p3.X, p3.Y)};
+    Strokes(points, 4, mode);
+}
+
+namespace {
+
+template <typename Point>
+void DrawPolyline(const Point* points, int count, bool closed)
+{
+    std::vector<TargetPoint> shown;
+    shown.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; i++)
+        shown.push_back(OnTarget(points[i]));
+    if (closed && Graph::FillColor != NoColor) {
+        target->Polygon(shown);
         return;
     }
-    target->MoveTo(closed ? points.back() : points.front());
-    for (std::size_t i = closed ? 0 : 1; i < points.size(); i++)
-        target->LineTo(points[i]);
+    target->MoveTo(closed ? shown.back() : shown.front());
+    for (std::size_t i = closed ? 0 : 1; i < shown.size(); i++)
+        target->LineTo(shown[i]);
+}
+
+} // namespace
+
+void Graph::Polyline(const XY* points, int count, bool closed)
+{
+    if (count > 0 && Prepare()) DrawPolyline(points, count, closed);
+}
+
+void Graph::Polyline(const Site* points, int count, bool closed)
+{
+    if (count > 0 && Prepare()) DrawPolyline(points, count, closed);
+}
+
+void Graph::Polyline(const std::vector<XY>& points, bool closed)
+{
+    Polyline(points.data(), static_cast<int>(points.size()), closed);
 }
 
 void Graph::Rectangle(double x, double y, double w, double h)
@@ -216,9 +297,14 @@ void Graph::Rectangle(double x, double y, double w, double h)
 
 void Graph::FillRectangle(const Limits& Box)
 {
-    if (!target || FillColor == NoColor) return;
-    target->FillRectangle(ToTarget(Box.X), ToTarget(Box.Y), ToTarget(Box.X + Box.Width - 1),
-                          ToTarget(Box.Y + Box.Height - 1), ColorOf(FillColor));
+    FillTargetRectangle(ToTarget(Box.X), ToTarget(Box.Y), Beyond(ToTarget(Box.X + Box.Width - 1), 1),
+                        Beyond(ToTarget(Box.Y + Box.Height - 1), 1));
+}
+
+void Graph::FillTargetRectangle(int left, int top, int right, int bottom)
+{
+    const int fill = IndexOf(FillColor, told.fill);
+    if (target && fill >= 0) target->FillRectangle(left, top, right, bottom, PaletteColor(fill));
 }
 
 void Graph::TargetRectangle(int left, int top, int right, int bottom, bool cross)
@@ -232,33 +318,13 @@ void Graph::TargetRectangle(int left, int top, int right, int bottom, bool cross
     target->LineTo({right, top});
 }
 
-void Graph::RotatedRectangle(double cx, double cy, double w, double h, double degrees, bool cross)
-{
-    if (!Prepare()) return;
-    const double angle = degrees * 3.14159265358979323846 / 180, c = std::cos(angle), s = std::sin(angle);
-    const auto corner = [&](double sx, double sy) {
-        return TargetPoint{ToTarget(cx + (sx * w * c - sy * h * s) / 2), ToTarget(cy + (sx * w * s + sy * h * c) / 2)};
-    };
-    const std::vector<TargetPoint> corners = {corner(-1, -1), corner(1, -1), corner(1, 1), corner(-1, 1)};
-    target->Polygon(corners);
-    if (!cross) return;
-    for (std::size_t i = 0; i < 2; i++) {
-        target->MoveTo(corners[i]);
-        target->LineTo(corners[i + 2]);
-    }
-}
-
-void Graph::Circle(double x, double y, double r)
-{
-    if (Prepare()) target->Ellipse(ToTarget(x - r), ToTarget(y - r), ToTarget(x + r), ToTarget(y + r));
-}
-
 void Graph::Text(double x, double y, const wchar_t* string)
 {
-    if (!target || !string) return;
-    PrepareText();
+    if (!string || !PrepareText()) return;
     const TargetPoint size = target->TextExtent(string);
-    target->Text({ToTarget(x) - (TextAlignX + 1) * size.X / 2, ToTarget(y) - (TextAlignY + 1) * size.Y / 2}, string);
+    const auto shift = [](int align, int extent) { return (Clamp(align, -1, 1) + 1) * extent / 2; };
+    target->Text({ToTarget(x) - shift(TextAlignX, size.X), ToTarget(y) - shift(TextAlignY, size.Y)}, string);
+    target->Flush();
 }
 
 void Graph::Text(double x, double y, const char* string)
@@ -268,29 +334,55 @@ void Graph::Text(double x, double y, const char* string)
 
 TargetPoint Graph::TextSize(const wchar_t* string)
 {
-    if (!target || !string) return {0, 0};
-    PrepareText();
+    if (!string || !PrepareText()) return {0, 0};
     return target->TextExtent(string);
+}
+
+TargetPoint Graph::TextSize(const char* string)
+{
+    return TextSize(Widen(string).c_str());
 }
 
 void Graph::SetOrigin(double x, double y)
 {
-    if (target) target->SetOrigin({Truncated(x * Zoom), Truncated(y * Zoom)});
+    if (!target) return;
+    origin = {Truncated(x * Zoom), Truncated(y * Zoom)};
+    target->SetOrigin(origin);
 }
 
 void Graph::ResetOrigin()
 {
-    if (target) target->SetOrigin({0, 0});
+    SetOrigin(0, 0);
+}
+
+void Graph::MoveTo(TargetPoint point)
+{
+    if (Prepare()) target->MoveTo(point);
 }
 
 void Graph::MoveTo(double x, double y)
 {
-    if (Prepare()) target->MoveTo({ToTarget(x), ToTarget(y)});
+    MoveTo(OnTarget(XY(x, y)));
+}
+
+void Graph::MoveTo(Site point)
+{
+    MoveTo(OnTarget(point));
+}
+
+void Graph::LineTo(TargetPoint point)
+{
+    if (Prepare()) target->LineTo(point);
 }
 
 void Graph::LineTo(double x, double y)
 {
-    if (Prepare()) target->LineTo({ToTarget(x), ToTarget(y)});
+    LineTo(OnTarget(XY(x, y)));
+}
+
+void Graph::LineTo(Site point)
+{
+    LineTo(OnTarget(point));
 }
 
 void Graph::FitZoom(int Width, int Height, bool noMagnify)
@@ -303,9 +395,23 @@ void Graph::FitZoom(int Width, int Height, bool noMagnify)
 
 void Graph::Clear(PredefinedColors Color)
 {
-    if (!target) return;
+    const int color = IndexOf(Color, told.fill);
+    if (!target || color < 0) return;
     const TargetPoint client = target->ClientSize();
-    target->FillRectangle(0, 0, client.X, client.Y, ColorOf(Color));
+    target->FillRectangle(-origin.X, -origin.Y, client.X - origin.X, client.Y - origin.Y, PaletteColor(color));
+}
+
+GraphSettings::~GraphSettings()
+{
+    Graph::Zoom = zoom_;
+    Graph::LineColor = line_;
+    Graph::FillColor = fill_;
+    Graph::PointColor = point_;
+    Graph::TextColor = text_;
+    Graph::LineWidth = width_;
+    Graph::TextAlignX = alignX_;
+    Graph::TextAlignY = alignY_;
+    Graph::FontSize = fontSize_;
 }
 
 } // namespace Tesk

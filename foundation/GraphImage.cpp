@@ -41,42 +41,45 @@ std::uint8_t Byte(std::int64_t value)
     return static_cast<std::uint8_t>(Clamp<std::int64_t>(value, 0, 255));
 }
 
-/// The depth of 16-bit and 32-bit pixels on the screen is that of their full range.
-constexpr int wideShift = 8;
+constexpr double inchesPerMetre = 39.370079;
 
-/// A row of the source rectangle in its displayable form: 8, 24 or 32 bits a pixel.
-void ConvertRow(const ImageView& view, int y, std::uint8_t* dst, bool premultiply)
+const std::uint8_t* RowOf(const ImageView& view, int y)
 {
-    const std::uint8_t* row = view.Pixels + static_cast<std::ptrdiff_t>(view.Pitch) * (view.Source.Y + y);
-    const int x0 = view.Source.X, width = view.Source.Width;
+    return view.Pixels + static_cast<std::ptrdiff_t>(view.Pitch) * (view.Source.Y + y);
+}
+
+/// A gradient's strength is shown as it is copied into a gray image, where gains of 5 and 35 do not divide.
+std::uint8_t Strength(GradPixel p, int gain)
+{
+    const int divisor = gain == 5 || gain == 35 ? 1 : Max(gain, 1);
+    return Byte(Max(Abs(int{p.X}), Abs(int{p.Y})) / divisor);
+}
+
+/// A row of the source rectangle in its displayable form: 1, 8 or 32 bits a pixel.
+void ConvertRow(const ImageView& view, int y, std::uint8_t* dst)
+{
+    const std::uint8_t* row = RowOf(view, y);
+    const int x0 = view.Source.X, width = view.Source.Width, shift = Clamp(view.Depth, 8, 31) - 8;
     switch (view.Type) {
-    case Gray:
-        std::copy_n(row + x0, width, dst);
-        break;
     case Gray16:
         for (int x = 0; x < width; x++)
-            dst[x] = Byte(reinterpret_cast<const Gray16Pixel*>(row)[x0 + x] >> wideShift);
+            dst[x] = Byte(reinterpret_cast<const Gray16Pixel*>(row)[x0 + x] >> shift);
         break;
     case Gray32:
         for (int x = 0; x < width; x++)
-            dst[x] = Byte(reinterpret_cast<const Gray32Pixel*>(row)[x0 + x] >> wideShift);
+            dst[x] = Byte(reinterpret_cast<const Gray32Pixel*>(row)[x0 + x] >> shift);
         break;
     case Grad:
-        for (int x = 0; x < width; x++) {
-            const GradPixel p = reinterpret_cast<const GradPixel*>(row)[x0 + x];
-            dst[x] = Byte(Max(Abs(int{p.X}), Abs(int{p.Y})) / Max(view.Gain, 1));
-        }
+        for (int x = 0; x < width; x++)
+            dst[x] = Strength(reinterpret_cast<const GradPixel*>(row)[x0 + x], view.Gain);
         break;
     case Gray1:
+        std::fill_n(dst, (width + 7) >> 3, std::uint8_t{0});
         for (int x = 0; x < width; x++)
-            dst[x] = row[(x0 + x) >> 3] & 0x80 >> ((x0 + x) & 7) ? 255 : 0;
+            if (row[(x0 + x) >> 3] & 0x80 >> ((x0 + x) & 7)) dst[x >> 3] |= static_cast<std::uint8_t>(0x80 >> (x & 7));
         break;
-    case Rgb:
-        std::copy_n(row + 3 * x0, 3 * width, dst);
-        break;
-    case Rgba:
+    case Rgba: // premultiplied
         std::copy_n(row + 4 * x0, 4 * width, dst);
-        if (!premultiply) break;
         for (int x = 0; x < width; x++, dst += 4)
             for (int c = 0; c < 3; c++)
                 dst[c] = Byte((std::int64_t{dst[c]} * dst[3] * 33025) >> 23);
@@ -93,8 +96,9 @@ int BitCountOf(PixelTypes type)
     case Gray16:
     case Gray32:
     case Grad:
-    case Gray1:
         return 8;
+    case Gray1:
+        return 1;
     case Rgb:
         return 24;
     case Rgba:
@@ -104,25 +108,66 @@ int BitCountOf(PixelTypes type)
     }
 }
 
+/// Whether the rows of the store are what a target takes, so that nothing needs to be copied.
+bool IsDisplayable(const ImageView& view)
+{
+    switch (view.Type) {
+    case Gray:
+    case Rgb:
+        return true;
+    case Rgba:
+        return Graph::AlphaMode != Premultiplied;
+    case Gray1:
+        return view.Source.X % 8 == 0;
+    default:
+        return false;
+    }
+}
+
 /// Means of the pixels that fall on each pixel of a smaller gray bitmap.
-std::vector<std::uint8_t> Reduce(const std::vector<std::uint8_t>& pixels, int width, int height, int newWidth,
-                                 int newHeight)
+std::vector<std::uint8_t> Reduce(const TargetBitmap& bitmap, int newWidth, int newHeight)
 {
     std::vector<std::uint8_t> reduced(static_cast<std::size_t>(newWidth) * static_cast<std::size_t>(newHeight));
+    std::vector<std::uint32_t> sums(static_cast<std::size_t>(bitmap.Width));
     const auto edge = [](int i, int from, int to) { return static_cast<int>(std::int64_t{i} * from / to); };
-    for (int y = 0; y < newHeight; y++)
-        for (int x = 0; x < newWidth; x++) {
-            const int left = edge(x, width, newWidth), right = Max(edge(x + 1, width, newWidth), left + 1);
-            const int top = edge(y, height, newHeight), bottom = Max(edge(y + 1, height, newHeight), top + 1);
-            std::int64_t sum = 0;
-            for (int sy = top; sy < bottom; sy++)
-                for (int sx = left; sx < right; sx++)
-                    sum += pixels[static_cast<std::size_t>(sy) * static_cast<std::size_t>(width) +
-                                  static_cast<std::size_t>(sx)];
-            reduced[static_cast<std::size_t>(y) * static_cast<std::size_t>(newWidth) + static_cast<std::size_t>(x)] =
-                static_cast<std::uint8_t>(sum / (std::int64_t{right - left} * (bottom - top)));
+    std::uint8_t* dst = reduced.data();
+    for (int y = 0; y < newHeight; y++) {
+        const int top = edge(y, bitmap.Height, newHeight), bottom = Max(edge(y + 1, bitmap.Height, newHeight), top + 1);
+        std::fill(sums.begin(), sums.end(), 0u);
+        for (int sy = top; sy < bottom; sy++) {
+            const std::uint8_t* row = bitmap.Pixels + static_cast<std::ptrdiff_t>(bitmap.Pitch) * sy;
+            for (std::size_t x = 0; x < sums.size(); x++)
+                sums[x] += row[x];
         }
+        for (int x = 0; x < newWidth; x++) {
+            const int left = edge(x, bitmap.Width, newWidth),
+                      right = Max(edge(x + 1, bitmap.Width, newWidth), left + 1);
+            std::uint64_t sum = 0;
+            for (int sx = left; sx < right; sx++)
+                sum += sums[static_cast<std::size_t>(sx)];
+            *dst++ = static_cast<std::uint8_t>(
+                sum / (static_cast<std::uint64_t>(right - left) * static_cast<std::uint64_t>(bottom - top)));
+        }
+    }
     return reduced;
+}
+
+/// The colours of gray values 0 to 255, or of black and white.
+void FillPalette(std::array<RgbPixel, tableEntries>& palette, PixelTypes type, const LookupTableView* table)
+{
+    for (int i = 0; i < tableEntries; i++) {
+        RgbPixel& color = palette[static_cast<std::size_t>(i)];
+        if (!table) {
+            const int gray = type == Gray1 ? 255 * i : i;
+            color = RgbPixel(gray, gray, gray);
+        } else if (table->Type == Rgb) {
+            const std::int32_t* sample = table->Samples + 3 * i;
+            color = RgbPixel(Byte(sample[0]), Byte(sample[1]), Byte(sample[2]));
+        } else {
+            const int gray = Byte(table->Samples[i]);
+            color = RgbPixel(gray, gray, gray);
+        }
+    }
 }
 
 } // namespace
@@ -135,28 +180,31 @@ void Graph::DrawImage(const ImageView& View, const LookupTableView* Table)
     const int bitCount = BitCountOf(View.Type), width = View.Source.Width, height = View.Source.Height;
     if (!current || bitCount == 0 || width < 1 || height < 1) return;
     std::array<RgbPixel, tableEntries> palette{};
-    for (int i = 0; i < tableEntries; i++) {
-        const std::int32_t* sample = Table ? Table->Samples + (Table->Type == Rgb ? 3 * i : i) : nullptr;
-        if (!sample)
-            palette[static_cast<std::size_t>(i)] = RgbPixel(i, i, i);
-        else if (Table->Type == Rgb)
-            palette[static_cast<std::size_t>(i)] = RgbPixel(Byte(sample[0]), Byte(sample[1]), Byte(sample[2]));
-        else
-            palette[static_cast<std::size_t>(i)] = RgbPixel(Byte(*sample), Byte(*sample), Byte(*sample));
+    FillPalette(palette, View.Type, Table);
+    TargetBitmap bitmap{width,
+                        height,
+                        bitCount,
+                        View.Pitch,
+                        RowOf(View, 0) + static_cast<std::ptrdiff_t>(View.Source.X) * bitCount / 8,
+                        palette.data(),
+                        bitCount == 32 && AlphaMode != Opaque,
+                        static_cast<int>(Clamp(Resolution, 0.0, 1e6) * inchesPerMetre)};
+    std::vector<std::uint8_t> pixels;
+    if (!IsDisplayable(View)) {
+        bitmap.Pitch = static_cast<int>((std::int64_t{width} * bitCount + 7) >> 3);
+        pixels.resize(static_cast<std::size_t>(bitmap.Pitch) * static_cast<std::size_t>(height));
+        for (int y = 0; y < height; y++)
+            ConvertRow(View, y, pixels.data() + static_cast<std::ptrdiff_t>(bitmap.Pitch) * y);
+        bitmap.Pixels = pixels.data();
     }
-    TargetBitmap bitmap{
-        width, height, bitCount, width * bitCount / 8, nullptr, palette.data(), bitCount == 32 && AlphaMode != Opaque};
-    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(bitmap.Pitch) * static_cast<std::size_t>(height));
-    for (int y = 0; y < height; y++)
-        ConvertRow(View, y, pixels.data() + static_cast<std::ptrdiff_t>(bitmap.Pitch) * y, AlphaMode == Premultiplied);
-    const int zoomedWidth = Max(static_cast<int>(width * Zoom), 1),
-              zoomedHeight = Max(static_cast<int>(height * Zoom), 1);
-    if (SmoothReduction && Zoom < 1 && View.Type == Gray && !Table) {
-        pixels = Reduce(pixels, width, height, zoomedWidth, zoomedHeight);
+    const auto zoomed = [](int size) { return Max(static_cast<int>(Clamp(size * Zoom, 1.0, 1e9)), 1); };
+    const int zoomedWidth = zoomed(width), zoomedHeight = zoomed(height);
+    if (SmoothReduction && Zoom < 1 && View.Type == Gray) {
+        pixels = Reduce(bitmap, zoomedWidth, zoomedHeight);
         bitmap.Width = bitmap.Pitch = zoomedWidth;
         bitmap.Height = zoomedHeight;
+        bitmap.Pixels = pixels.data();
     }
-    bitmap.Pixels = pixels.data();
     current->Blit(bitmap, 0, 0, zoomedWidth, zoomedHeight);
 }
 

@@ -2,6 +2,7 @@
 
 #include "foundation/Status.h"
 
+#include <cmath>
 #include <sstream>
 
 namespace Tesk {
@@ -22,11 +23,18 @@ std::string ColorText(const RgbPixel* color)
     return color ? Words("", int{color->Red}, int{color->Green}, int{color->Blue}) : " none";
 }
 
+/// Rounded so that a quarter turn reads 90.
+double Degrees(double radians)
+{
+    constexpr double steps = 1000;
+    return std::round(radians * 180 / 3.14159265358979323846 * steps) / steps;
+}
+
 } // namespace
 
-void RecordingTarget::SetLine(RgbPixel Color, int Width)
+void RecordingTarget::SetLine(const RgbPixel* Color, int Width)
 {
-    Add("SetLine" + ColorText(&Color) + Words("", Width));
+    Add("SetLine" + ColorText(Color) + Words("", Width));
 }
 void RecordingTarget::SetFill(const RgbPixel* Color)
 {
@@ -43,6 +51,10 @@ void RecordingTarget::MoveTo(TargetPoint Point)
 void RecordingTarget::LineTo(TargetPoint Point)
 {
     Add(Words("Line", Point.X, Point.Y));
+}
+void RecordingTarget::BezierTo(TargetPoint Control0, TargetPoint Control1, TargetPoint End)
+{
+    Add(Words("Bezier", Control0.X, Control0.Y, Control1.X, Control1.Y, End.X, End.Y));
 }
 void RecordingTarget::Polygon(const std::vector<TargetPoint>& Points)
 {
@@ -63,9 +75,21 @@ void RecordingTarget::Ellipse(int Left, int Top, int Right, int Bottom)
 {
     Add(Words("Ellipse", Left, Top, Right, Bottom));
 }
+void RecordingTarget::Arc(int Left, int Top, int Right, int Bottom, double From, double To)
+{
+    Add(Words("Arc", Left, Top, Right, Bottom, Degrees(From), Degrees(To)));
+}
 void RecordingTarget::Pixel(TargetPoint Point, RgbPixel Color)
 {
     Add(Words("Pixel", Point.X, Point.Y) + ColorText(&Color));
+}
+void RecordingTarget::SetRotation(double Angle, TargetPoint Center)
+{
+    Add(Words("Rotation", Degrees(Angle), Center.X, Center.Y));
+}
+void RecordingTarget::ResetRotation()
+{
+    Add("NoRotation");
 }
 void RecordingTarget::SetOrigin(TargetPoint Origin)
 {
@@ -84,7 +108,13 @@ void RecordingTarget::Blit(const TargetBitmap& Bitmap, int Left, int Top, int Wi
 {
     Add(Words("Blit", Bitmap.Width, Bitmap.Height, Bitmap.BitCount, Left, Top, Width, Height) +
         (Bitmap.Blend ? " blend" : ""));
-    Blitted.assign(Bitmap.Pixels, Bitmap.Pixels + static_cast<std::ptrdiff_t>(Bitmap.Pitch) * Bitmap.Height);
+    BlittedDensity = Bitmap.PixelsPerMetre;
+    Blitted.clear();
+    const std::int64_t rowBytes = (std::int64_t{Bitmap.Width} * Bitmap.BitCount + 7) / 8;
+    for (int y = 0; y < Bitmap.Height; y++) {
+        const std::uint8_t* row = Bitmap.Pixels + static_cast<std::ptrdiff_t>(Bitmap.Pitch) * y;
+        Blitted.insert(Blitted.end(), row, row + rowBytes);
+    }
 }
 
 } // namespace Tesk

@@ -5,6 +5,7 @@
 #include <hwy/targets.h>
 
 #include <array>
+#include <cassert>
 #include <chrono>
 #include <cpuid.h>
 #include <cstdarg>
@@ -89,8 +90,13 @@ void Print(const Status& Record)
     std::fprintf(stderr, "Error calling %s() - %s\n", Record.Function(), Narrow(Record.Message()).c_str());
 }
 
+void Assert(const Status&)
+{
+    assert(!"an operation of the library has failed");
+}
+
 using BehaviorFunction = void (*)(const Status&);
-constexpr std::array<BehaviorFunction, 5> behaviors = {Ignore, Throw, Show, Print, Ignore};
+constexpr std::array<BehaviorFunction, 5> behaviors = {Ignore, Throw, Show, Print, Assert};
 BehaviorFunction behavior = Show;
 
 bool RefusesClock(int Clock, const char* Context)

@@ -14,22 +14,6 @@ namespace {
 
 constexpr int fileHeaderSize = 14, infoHeaderSize = 40, coreHeaderSize = 12;
 
-std::uint32_t Get32(const std::uint8_t* p)
-{
-    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<std::uint32_t>(p[3]) << 24;
-}
-
-std::uint32_t Get16(const std::uint8_t* p)
-{
-    return static_cast<std::uint32_t>(p[0] | p[1] << 8);
-}
-
-void Put(std::uint8_t* p, std::uint32_t value, int bytes)
-{
-    for (int i = 0; i < bytes; i++)
-        p[i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-
 /// What the headers tell.
 struct Bitmap
 {
@@ -52,20 +36,20 @@ int ReadHeaders(ImageFile& file, Bitmap& bitmap)
                               file.Name());
     if (std::fread(info.data(), 1, info.size(), file.stream) != info.size())
         return Status::Format(CannotRead, L"Cannot read the header from the BMP file \"%ls\"", file.Name());
-    bitmap.dataOffset = Get32(&header[10]);
-    bitmap.headerSize = Get32(&info[0]);
+    bitmap.dataOffset = GetLittle(&header[10], 4);
+    bitmap.headerSize = GetLittle(&info[0], 4);
     if (bitmap.headerSize == coreHeaderSize) {
-        bitmap.width = Get16(&info[4]);
-        bitmap.height = Get16(&info[6]);
-        bitmap.bitCount = static_cast<int>(Get16(&info[10]));
+        bitmap.width = GetLittle(&info[4], 2);
+        bitmap.height = GetLittle(&info[6], 2);
+        bitmap.bitCount = static_cast<int>(GetLittle(&info[10], 2));
         return NoError;
     }
     if (bitmap.headerSize < infoHeaderSize) return Status::Format(UnsupportedFormat, L"Unsupported BMP header format");
-    bitmap.width = static_cast<std::int32_t>(Get32(&info[4]));
-    bitmap.height = Abs<std::int64_t>(static_cast<std::int32_t>(Get32(&info[8])));
-    bitmap.bitCount = static_cast<int>(Get16(&info[14]));
-    bitmap.colorsUsed = Get32(&info[32]);
-    if (Get32(&info[16]) != 0)
+    bitmap.width = static_cast<std::int32_t>(GetLittle(&info[4], 4));
+    bitmap.height = Abs<std::int64_t>(static_cast<std::int32_t>(GetLittle(&info[8], 4)));
+    bitmap.bitCount = static_cast<int>(GetLittle(&info[14], 2));
+    bitmap.colorsUsed = GetLittle(&info[32], 4);
+    if (GetLittle(&info[16], 4) != 0)
         return Status::Format(UnsupportedFormat, L"Compressed BMP file formats are not supported");
     return NoError;
 }
@@ -205,6 +189,14 @@ int ReadBmp(ImageFile& file, Image& dst, PixelTypes wanted)
     return NoError;
 }
 
+int CheckBmpType(PixelTypes type)
+{
+    if (type == Gray || type == Gray16 || type == Rgb || type == Rgba || type == Gray1) return NoError;
+    return Status::Format(UnsupportedType,
+                          L"The image type (%ls) is not supported for this operation, use one of Gray* or Rgb*",
+                          PixelTypeName(type));
+}
+
 int WriteBmp(ImageFile& file, const Image& src)
 {
     int bitCount = 0, paletteEntries = 0;
@@ -232,26 +224,22 @@ int WriteBmp(ImageFile& file, const Image& src)
     const int rowBytes = RowBytes(src.Width, src.Type), paddedBytes = (rowBytes + 3) & ~3;
     const int dataOffset = fileHeaderSize + infoHeaderSize + 4 * paletteEntries;
     std::array<std::uint8_t, fileHeaderSize> header{'B', 'M'};
-    Put(&header[2],
-        static_cast<std::uint32_t>(paddedBytes) * static_cast<std::uint32_t>(int(src.Height)) +
-            static_cast<std::uint32_t>(dataOffset),
-        4);
-    Put(&header[10], static_cast<std::uint32_t>(dataOffset), 4);
-    if (bitCount == 0)
-        return Status::Format(UnsupportedType,
-                              L"The image type (%ls) is not supported for this operation, use one of Gray* or Rgb*",
-                              PixelTypeName(src.Type));
+    PutLittle(&header[2],
+              static_cast<std::uint32_t>(paddedBytes) * static_cast<std::uint32_t>(int(src.Height)) +
+                  static_cast<std::uint32_t>(dataOffset),
+              4);
+    PutLittle(&header[10], static_cast<std::uint32_t>(dataOffset), 4);
     if (std::fwrite(header.data(), 1, header.size(), file.stream) != header.size())
         return Status::Format(CannotWrite, L"Cannot write to file \"%ls\"", file.Name());
-    const auto density = static_cast<std::uint32_t>(dotsPerInch * 39.370079040527344 + 0.5);
+    const auto density = static_cast<std::uint32_t>(dotsPerInch * dotsPerMetre + 0.5);
     std::array<std::uint8_t, infoHeaderSize> info{};
-    Put(&info[0], infoHeaderSize, 4);
-    Put(&info[4], static_cast<std::uint32_t>(int(src.Width)), 4);
-    Put(&info[8], static_cast<std::uint32_t>(int(src.Height)), 4);
-    Put(&info[12], 1, 2);
-    Put(&info[14], static_cast<std::uint32_t>(bitCount), 2);
-    Put(&info[24], density, 4);
-    Put(&info[28], density, 4);
+    PutLittle(&info[0], infoHeaderSize, 4);
+    PutLittle(&info[4], static_cast<std::uint32_t>(int(src.Width)), 4);
+    PutLittle(&info[8], static_cast<std::uint32_t>(int(src.Height)), 4);
+    PutLittle(&info[12], 1, 2);
+    PutLittle(&info[14], static_cast<std::uint32_t>(bitCount), 2);
+    PutLittle(&info[24], density, 4);
+    PutLittle(&info[28], density, 4);
     if (std::fwrite(info.data(), 1, info.size(), file.stream) != info.size())
         return Status::Format(CannotWrite, L"Cannot write header to BMP file \"%ls\"", file.Name());
     for (int i = 0; i < paletteEntries; i++) {

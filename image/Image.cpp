@@ -201,7 +201,12 @@ void Image::Set(int Width, int Height, PixelTypes Type, void* Buffer, int Pitch,
         if (!Allocate(Width, Height, Type, Pitch)) entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
         return;
     }
-    if (Width < 1 || Height < 1 || ElementSize(Type) + (Type == Gray1) == 0 || Offset < 0) {
+    // 64 bits, since a caller may pass any size; a negative pitch lays rows from the bottom.
+    const std::int64_t rowBytes =
+        Type == Gray1 ? (std::int64_t{Width} + 7) >> 3 : std::int64_t{ElementSize(Type)} * Width;
+    const bool fits =
+        rowBytes <= std::numeric_limits<int>::max() - 3 && (Pitch == 0 || rowBytes <= Abs<std::int64_t>(Pitch));
+    if (Width < 1 || Height < 1 || rowBytes < 1 || !fits || Offset < 0) {
         entry.Refuse(OutOfRange, L"An external buffer of %d x %d %ls pixels cannot be used", Width, Height,
                      PixelTypeName(Type));
         return;

@@ -14,6 +14,7 @@ namespace Tesk {
 class Archive;
 class Entry;
 class Profile;
+struct ImageView;
 
 namespace files {
 struct ImageFile;
@@ -84,8 +85,13 @@ public:
     void Write(const wchar_t* PathName) const;
 
     void Draw(bool WindowOnly) const;
-    /// Outlines the window in `Graph::LineColor`, with discs at its corners, and with its diagonals if `Cross`.
+    /// A `Gray` image as a table of 256 entries shows it. Refused: another image (`UnsupportedType`), a table that is
+    /// neither `Gray` nor `Rgb` (`IncompatibleType`) or of another length (`IncompatibleSize`).
+    void Draw(const Profile& LookupTable, bool WindowOnly) const;
+    /// Outlines the window in `Graph::LineColor` or another colour, with discs at its corners if `Handles`, and with
+    /// its diagonals if `Cross`.
     void DrawWindow(bool Handles, bool Cross = false) const;
+    void DrawWindow(bool Handles, PredefinedColors Color, bool Cross = false) const;
     /// The window handle under a point of the screen; kept in `Handle` for `Drag`.
     DraggingHandles HitHandle(int X, int Y) const;
     /// Moves the handle last hit to a point of the screen.
@@ -124,6 +130,7 @@ public:
 
 private:
     static bool SharesStores();
+    ImageView View(bool windowOnly) const;
     void Read(const Entry& entry, files::ImageFile& file, PixelTypes type);
     void Write(const Entry& entry, files::ImageFile& file) const;
     bool Allocate(int width, int height, PixelTypes type, int pitch);

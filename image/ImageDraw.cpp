@@ -3,7 +3,11 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
+#include "image/Operator.h"
+#include "measure/Profile.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace Tesk {
@@ -17,9 +21,11 @@ constexpr int discRadius = 5;
 /// Where a drag of the whole window took hold, from the window's corner.
 int dragOffsetX = 0, dragOffsetY = 0;
 
-int Scaled(double v)
+/// A position of the screen in whole image pixels, held to what a drag can reach.
+int Unscaled(int v)
 {
-    return static_cast<int>(v * Graph::Zoom);
+    const double position = v / Graph::Zoom;
+    return position == position ? static_cast<int>(Clamp(position, -1e9, 1e9)) : 0;
 }
 
 bool Near(int a, int b)
@@ -43,17 +49,56 @@ void DragFar(int from, int& extent, int store, int to)
 
 } // namespace
 
-void Image::Draw(bool WindowOnly) const
+ImageView Image::View(bool windowOnly) const
 {
-    Status::Error().Code = NoError;
-    if (Type == Undefined) return;
     ImageView view;
-    view.Source = WindowOnly ? Limits(X, Y, Width, Height) : Limits(0, 0, StoreWidth, StoreHeight);
+    view.Source = windowOnly ? SourceRectangle(X, Y, Width, Height) : SourceRectangle(0, 0, StoreWidth, StoreHeight);
     view.Pixels = Buffer + AlignOffset;
     view.Pitch = Pitch;
     view.Type = Type;
     view.Gain = GradGain;
-    Graph::DrawImage(view);
+    view.Depth = Operator::GrayDepth;
+    return view;
+}
+
+void Image::Draw(bool WindowOnly) const
+{
+    Status::Error().Code = NoError;
+    if (Type != Undefined) Graph::DrawImage(View(WindowOnly));
+}
+
+void Image::Draw(const Profile& LookupTable, bool WindowOnly) const
+{
+    const Entry entry("Tesk::Image::Draw");
+    constexpr int entries = 256;
+    if (Type == Undefined) return;
+    if (Type != Gray)
+        entry.Refuse(UnsupportedType, L"Only Gray images can be rendered through a lookup-table, this one is %ls",
+                     PixelTypeName(Type));
+    else if (LookupTable.Type != Gray && LookupTable.Type != Rgb)
+        entry.Refuse(IncompatibleType,
+                     L"Gray images can be rendered through a Gray or Rgb lookup-table, this one is %ls",
+                     PixelTypeName(LookupTable.Type));
+    else if (LookupTable.Length != entries)
+        entry.Refuse(IncompatibleSize,
+                     L"The lookup-table for Gray image rendering must have 256 entries, this one has %d",
+                     int(LookupTable.Length));
+    else {
+        // An entry is cut to its low byte, as where pixels are sent through a table.
+        std::array<std::int32_t, 3 * entries> samples;
+        const std::size_t numbers = LookupTable.Type == Rgb ? samples.size() : entries;
+        std::transform(LookupTable.Samples(), LookupTable.Samples() + numbers, samples.begin(),
+                       [](std::int32_t sample) { return sample & 255; });
+        const LookupTableView table{LookupTable.Type, entries, samples.data()};
+        Graph::DrawImage(View(WindowOnly), &table);
+    }
+}
+
+void Image::DrawWindow(bool Handles, PredefinedColors Color, bool Cross) const
+{
+    const GraphSettings kept;
+    Graph::LineColor = Color;
+    DrawWindow(Handles, Cross);
 }
 
 void Image::DrawWindow(bool Handles, bool Cross) const
@@ -61,8 +106,8 @@ void Image::DrawWindow(bool Handles, bool Cross) const
     Status::Error().Code = NoError;
     GraphTarget* target = Graph::DrawTo();
     if (Type == Undefined || !target) return;
-    const int left = Scaled(X + 0.5), right = Scaled(X + Width + 0.5);
-    const int top = Scaled(Y + 0.5), bottom = Scaled(Y + Height + 0.5);
+    const int left = Graph::ToTarget(X), right = Graph::ToTarget(X + Width);
+    const int top = Graph::ToTarget(Y), bottom = Graph::ToTarget(Y + Height);
     const PredefinedColors line = Graph::LineColor, fill = Graph::FillColor;
     Graph::FillColor = NoColor;
     Graph::TargetRectangle(left, top, right, bottom, Cross);
@@ -81,8 +126,11 @@ void Image::DrawWindow(bool Handles, bool Cross) const
 DraggingHandles Image::HitHandle(int X, int Y) const
 {
     Status::Error().Code = NoError;
-    const int left = Scaled(this->X + 0.5), top = Scaled(this->Y + 0.5);
-    const int right = left + Scaled(Width + 0.5), bottom = top + Scaled(Height + 0.5);
+    const int left = Graph::ToTarget(this->X), top = Graph::ToTarget(this->Y);
+    const auto far = [](std::int64_t near, int extent) {
+        return static_cast<int>(Min<std::int64_t>(near + extent, MaxInt));
+    };
+    const int right = far(left, Graph::ToTarget(Width)), bottom = far(top, Graph::ToTarget(Height));
     const bool inX = left <= X && X <= right, inY = top <= Y && Y <= bottom;
     const auto hit = [&] {
         if (Type == Undefined) return NoHandle;
@@ -98,8 +146,8 @@ DraggingHandles Image::HitHandle(int X, int Y) const
     };
     const DraggingHandles handle = hit();
     if (handle == AllHandle) {
-        dragOffsetX = this->X - static_cast<int>(X / Graph::Zoom);
-        dragOffsetY = this->Y - static_cast<int>(Y / Graph::Zoom);
+        dragOffsetX = this->X - Unscaled(X);
+        dragOffsetY = this->Y - Unscaled(Y);
     }
     Handle = handle;
     return handle;
@@ -109,7 +157,7 @@ void Image::Drag(int X, int Y)
 {
     Status::Error().Code = NoError;
     if (Type == Undefined) return;
-    const int x = static_cast<int>(X / Graph::Zoom), y = static_cast<int>(Y / Graph::Zoom);
+    const int x = Unscaled(X), y = Unscaled(Y);
     int left = this->X, top = this->Y, width = Width, height = Height;
     switch (Handle) {
     case NWHandle:

@@ -34,6 +34,20 @@ int RefuseConversion(PixelTypes native, PixelTypes wanted)
                           PixelTypeName(native), PixelTypeName(wanted));
 }
 
+std::uint32_t GetLittle(const std::uint8_t* p, int bytes)
+{
+    std::uint32_t value = 0;
+    for (int i = 0; i < bytes; i++)
+        value |= static_cast<std::uint32_t>(p[i]) << 8 * i;
+    return value;
+}
+
+void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes)
+{
+    for (int i = 0; i < bytes; i++)
+        p[i] = static_cast<std::uint8_t>(value >> 8 * i);
+}
+
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width)
 {
     for (int x = 0; x < width; x++, src += 3, dst += 3) {
@@ -103,13 +117,16 @@ struct Format
 {
     const wchar_t* ending;
     int (*read)(ImageFile&, Image&, PixelTypes);
+    int (*check)(PixelTypes);
     int (*write)(ImageFile&, const Image&);
 };
 
 constexpr Format formats[] = {
-    {L".bmp", ReadBmp, WriteBmp}, {L".jpg", ReadJpeg, WriteJpeg}, {L".jpeg", ReadJpeg, WriteJpeg},
-    {L".png", ReadPng, WritePng}, {L".tif", ReadTiff, WriteTiff}, {L".tiff", ReadTiff, WriteTiff},
-    {L".pbm", ReadPbm, WritePbm}, {L".pgm", ReadPgm, WritePgm},   {L".ppm", ReadPpm, WritePpm}};
+    {L".bmp", ReadBmp, CheckBmpType, WriteBmp},     {L".jpg", ReadJpeg, CheckJpegType, WriteJpeg},
+    {L".jpeg", ReadJpeg, CheckJpegType, WriteJpeg}, {L".png", ReadPng, CheckPngType, WritePng},
+    {L".tif", ReadTiff, CheckTiffType, WriteTiff},  {L".tiff", ReadTiff, CheckTiffType, WriteTiff},
+    {L".pbm", ReadPbm, CheckPbmType, WritePbm},     {L".pgm", ReadPgm, CheckPgmType, WritePgm},
+    {L".ppm", ReadPpm, CheckPpmType, WritePpm}};
 
 const Format* FormatOf(const std::wstring& name)
 {
@@ -155,6 +172,7 @@ int WriteFile(ImageFile& file, const Image& src)
 {
     const Format* format = FormatOf(file.name);
     if (!format) format = &formats[0];
+    if (const int code = format->check(src.Type)) return code;
     if (format->write == WriteTiff) return WriteTiff(file, src);
     if (const int code = Open(file, "wb")) return code;
     int code = format->write(file, src);

@@ -9,6 +9,8 @@
 namespace Tesk::files {
 
 inline constexpr double dotsPerInch = 72.0;
+/// The dots per metre of one dot per inch, as the headers of bitmaps count them.
+inline constexpr double dotsPerMetre = 39.370079040527344;
 inline constexpr int jpegQuality = 85;
 
 /// A file under way: the stream (null for TIFF, whose library opens its own), both forms of the name, and its size.
@@ -33,6 +35,15 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted);
 int ReadJpeg(ImageFile& file, Image& dst, PixelTypes wanted);
 int ReadTiff(ImageFile& file, Image& dst, PixelTypes wanted);
 
+/// Whether a format holds images of this type: the refusal comes before the file is opened, so that it stays.
+int CheckBmpType(PixelTypes type);
+int CheckPbmType(PixelTypes type);
+int CheckPgmType(PixelTypes type);
+int CheckPpmType(PixelTypes type);
+int CheckPngType(PixelTypes type);
+int CheckJpegType(PixelTypes type);
+int CheckTiffType(PixelTypes type);
+
 int WriteBmp(ImageFile& file, const Image& src);
 int WritePbm(ImageFile& file, const Image& src);
 int WritePgm(ImageFile& file, const Image& src);
@@ -46,6 +57,10 @@ int WriteTiff(ImageFile& file, const Image& src);
 int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
              std::int64_t ratio);
 int RefuseConversion(PixelTypes native, PixelTypes wanted);
+
+// Little-endian numbers in headers.
+std::uint32_t GetLittle(const std::uint8_t* p, int bytes);
+void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes);
 
 // Row conversions that several formats share.
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width);

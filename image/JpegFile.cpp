@@ -105,6 +105,16 @@ struct WriteState
     ErrorManager errors{};
 };
 
+/// The format has no place for opacity: red, green, blue are left.
+void DropAlpha(const std::uint8_t* src, std::uint8_t* dst, int width)
+{
+    for (int x = 0; x < width; x++, src += 4, dst += 3) {
+        dst[0] = src[2];
+        dst[1] = src[1];
+        dst[2] = src[0];
+    }
+}
+
 int WriteRows(WriteState& s, const ImageFile& file, const Image& src, std::uint8_t* buffer)
 {
     if (setjmp(s.errors.jump))
@@ -113,7 +123,7 @@ int WriteRows(WriteState& s, const ImageFile& file, const Image& src, std::uint8
     jpeg_stdio_dest(&s.info, file.stream);
     s.info.image_width = static_cast<JDIMENSION>(int(src.Width));
     s.info.image_height = static_cast<JDIMENSION>(int(src.Height));
-    s.info.input_components = ElementSize(src.Type);
+    s.info.input_components = src.Type == Gray ? 1 : 3;
     s.info.in_color_space = src.Type == Gray ? JCS_GRAYSCALE : JCS_RGB;
     jpeg_set_defaults(&s.info);
     s.info.density_unit = 1;
@@ -125,7 +135,7 @@ int WriteRows(WriteState& s, const ImageFile& file, const Image& src, std::uint8
         if (src.Type == Rgb)
             SwapRedBlue(row, buffer, src.Width);
         else if (src.Type == Rgba)
-            ReverseBytesOfFour(row, buffer, src.Width);
+            DropAlpha(row, buffer, src.Width);
         if (src.Type != Gray) row = buffer;
         if (jpeg_write_scanlines(&s.info, &row, 1) != 1)
             return Status::Format(CannotWrite, L"Cannot write image row to file \"%ls\"", file.Name());
@@ -152,12 +162,16 @@ int ReadJpeg(ImageFile& file, Image& dst, PixelTypes wanted)
     return code;
 }
 
+int CheckJpegType(PixelTypes type)
+{
+    if (type == Gray || type == Rgb || type == Rgba) return NoError;
+    return Status::Format(UnsupportedType,
+                          L"The image type (%ls) is not supported for saving under the JPEG image format",
+                          PixelTypeName(type));
+}
+
 int WriteJpeg(ImageFile& file, const Image& src)
 {
-    if (src.Type != Gray && src.Type != Rgb && src.Type != Rgba)
-        return Status::Format(UnsupportedType,
-                              L"The image type (%ls) is not supported for saving under the JPEG image format",
-                              PixelTypeName(src.Type));
     WriteState state;
     InstallErrors(state.info.err, state.errors);
     std::vector<std::uint8_t> buffer(static_cast<std::size_t>(RowBytes(src.Width, src.Type)));

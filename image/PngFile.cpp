@@ -194,11 +194,15 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
     return NoError;
 }
 
+int CheckPngType(PixelTypes type)
+{
+    if (type == Gray || type == Gray16 || type == Gray1 || type == Rgb || type == Rgba) return NoError;
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
+                          PixelTypeName(type));
+}
+
 int WritePng(ImageFile& file, const Image& src)
 {
-    if (src.Type != Gray && src.Type != Gray16 && src.Type != Gray1 && src.Type != Rgb && src.Type != Rgba)
-        return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
-                              PixelTypeName(src.Type));
     WriteState state;
     state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.jump, LeaveByJump, IgnoreWarning);
     if (state.png) state.info = png_create_info_struct(state.png);

@@ -124,11 +124,11 @@ int WriteRow(ImageFile& file, const void* row, std::size_t bytes, const wchar_t*
     return Status::Format(CannotWrite, L"Cannot write image %ls to file \"%ls\"", what, file.Name());
 }
 
-int RefuseGrayType(const Image& src)
+int RefuseGrayType(PixelTypes type)
 {
     return Status::Format(UnsupportedType,
                           L"The image type (%ls) is not supported for this operation, use one of Gray or Gray16",
-                          PixelTypeName(src.Type));
+                          PixelTypeName(type));
 }
 
 void SwapBytes(std::uint16_t* row, int width)
@@ -234,9 +234,25 @@ int ReadPpm(ImageFile& file, Image& dst, PixelTypes)
     return NoError;
 }
 
+int CheckPbmType(PixelTypes type)
+{
+    return type == Gray || type == Gray16 || type == Gray1 ? NoError : RefuseGrayType(type);
+}
+
+int CheckPgmType(PixelTypes type)
+{
+    return type == Gray || type == Gray16 ? NoError : RefuseGrayType(type);
+}
+
+int CheckPpmType(PixelTypes type)
+{
+    if (type == Rgb || type == Rgba) return NoError;
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation, use Rgb*",
+                          PixelTypeName(type));
+}
+
 int WritePbm(ImageFile& file, const Image& src)
 {
-    if (src.Type != Gray && src.Type != Gray16 && src.Type != Gray1) return RefuseGrayType(src);
     if (const int code = WriteHeader(file, src, '4', 0)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>((src.Width + 7) >> 3));
     const int middle = 1 << (Operator::GrayDepth - 1);
@@ -260,7 +276,6 @@ int WritePbm(ImageFile& file, const Image& src)
 
 int WritePgm(ImageFile& file, const Image& src)
 {
-    if (src.Type != Gray && src.Type != Gray16) return RefuseGrayType(src);
     if (const int code = WriteHeader(file, src, '5', src.Type == Gray ? 255 : 65535)) return code;
     std::vector<std::uint16_t> swapped(static_cast<std::size_t>(int(src.Width)));
     for (int y = 0; y < src.Height; y++) {
@@ -278,9 +293,6 @@ int WritePgm(ImageFile& file, const Image& src)
 
 int WritePpm(ImageFile& file, const Image& src)
 {
-    if (src.Type != Rgb && src.Type != Rgba)
-        return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation, use Rgb*",
-                              PixelTypeName(src.Type));
     if (const int code = WriteHeader(file, src, '6', 255)) return code;
     const int step = ElementSize(src.Type);
     std::vector<std::uint8_t> row(3 * static_cast<std::size_t>(int(src.Width)));

@@ -3,8 +3,8 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
-#include "image/OperatorFrame.h"
 #include "image/PyramidScale.h"
+#include "image/SizingFrame.h"
 
 namespace Tesk {
 
@@ -19,7 +19,7 @@ bool SizeLevel(Image& level, int width, int height, PixelTypes type)
     }
     // Pixels that a view of an earlier build still holds are left to it.
     level.DetachIfShared(false);
-    return pyramid::SizeWindow(level, width, height, type);
+    return sizing::SizeWindow(level, width, height, type);
 }
 
 } // namespace
@@ -42,7 +42,7 @@ void Pyramid::Build(const Image& Src, int MinSize, int MaxLevels, bool BaseApart
             entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
             return;
         }
-        pyramid::CopyWindow(base, levels_[0]);
+        sizing::CopyWindow(base, levels_[0]);
     }
     this->BaseApart = BaseApart;
     NumLevels = 1;

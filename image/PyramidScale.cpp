@@ -4,9 +4,9 @@
 #include "foundation/Entry.h"
 #include "image/OperatorFrame.h"
 #include "image/Pyramid.h"
+#include "image/SizingFrame.h"
 #include "image/kernels/PyramidKernels.h"
 
-#include <limits>
 #include <vector>
 
 namespace Tesk {
@@ -19,18 +19,6 @@ int CheckScalable(const Image& src)
     return Status::Format(UnsupportedType,
                           L"The image type (%ls) is not supported for this operation, use Gray, Gray16 or Rgb",
                           PixelTypeName(src.Type));
-}
-
-bool SizeWindow(Image& image, int width, int height, PixelTypes type)
-{
-    if (image.Type == type && image.Width == width && image.Height == height) return true;
-    return image.TrySet(width, height, type);
-}
-
-void CopyWindow(const Image& src, Image& dst)
-{
-    for (int y = 0; y < src.Height; y++)
-        std::memcpy(dst.Row(y), src.Row(y), static_cast<std::size_t>(points::ByteCount(src)));
 }
 
 namespace {
@@ -61,6 +49,8 @@ void ReduceRows(const Image& src, Image& dst, bool dyadic)
         for (int y = 0; y < dst.Height; y++)
             if constexpr (Channels == 1 && sizeof(T) == 1)
                 kernels::HalveRow(src.Row(2 * y), src.Row(2 * y + 1), dst.Row(y), n);
+            else if constexpr (Channels == 3)
+                kernels::HalveColorRow(src.Row(2 * y), src.Row(2 * y + 1), dst.Row(y), n);
             else
                 kernels::HalveRowPlain<Channels>(src.Row<T>(2 * y), src.Row<T>(2 * y + 1), dst.Row<T>(y), n);
         return;
@@ -78,6 +68,8 @@ void DoubleRows(const Image& src, Image& dst)
     const auto row = [&](int top, int bottom, int y, int weightTop, int weightBottom, int shift) {
         if constexpr (Channels == 1 && sizeof(T) == 1)
             kernels::DoubleRow(src.Row(top), src.Row(bottom), dst.Row(y), n, weightTop, weightBottom, shift);
+        else if constexpr (Channels == 3)
+            kernels::DoubleColorRow(src.Row(top), src.Row(bottom), dst.Row(y), n, weightTop, weightBottom, shift);
         else
             kernels::DoubleRowPlain<Channels>(src.Row<T>(top), src.Row<T>(bottom), dst.Row<T>(y), n, weightTop,
                                               weightBottom, shift);
@@ -107,37 +99,15 @@ void Reduce(const Image& src, Image& dst, bool dyadic)
 
 namespace {
 
-/// Sizes the destination, and fills it by `compute(source, destination)`; through a working image where both lie in
-/// one store.
+/// Fills the destination as `sizing::FillSized` does; an image without pixels is refused.
 template <typename F>
 void ScaleInto(const Entry& entry, const Image& src, Image& dst, std::int64_t width, std::int64_t height, F compute)
 {
-    if (width < 1 || height < 1) {
+    if (width < 1 || height < 1)
         entry.Refuse(IncompatibleSize, L"The image (%d, %d) is too small for this operation", int(src.Width),
                      int(src.Height));
-        return;
-    }
-    const PixelTypes type = src.Type;
-    const auto fits = [](std::int64_t v) { return v <= std::numeric_limits<int>::max(); };
-    const auto size = [&](Image& image) {
-        if (fits(width) && fits(height) &&
-            pyramid::SizeWindow(image, static_cast<int>(width), static_cast<int>(height), type))
-            return true;
-        return !entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
-    };
-    if (src.Buffer != dst.Buffer) {
-        if (!size(dst)) return;
-        dst.DetachIfShared(false);
-        compute(src, dst);
-    } else {
-        Image work;
-        if (!size(work)) return;
-        compute(src, work);
-        if (!size(dst)) return;
-        dst.DetachIfShared(false);
-        pyramid::CopyWindow(work, dst);
-    }
-    Status::Error().Code = NoError;
+    else
+        sizing::FillSized(entry, src, dst, width, height, compute);
 }
 
 /// What the pixels of one tile amount to.
@@ -198,12 +168,13 @@ void Tiles(const char* context, int tile, const Image& Src, Image& Dst, bool par
         }
     };
     // 65,536 squares of a byte fit in 32 bits.
-    ScaleInto(entry, Src, Dst, (Src.Width + rest) / tile, (Src.Height + rest) / tile, [&](const Image& src, Image& dst) {
-        if (tile <= 65536)
-            compute(src, dst, std::uint32_t{0});
-        else
-            compute(src, dst, std::uint64_t{0});
-    });
+    ScaleInto(entry, Src, Dst, (Src.Width + rest) / tile, (Src.Height + rest) / tile,
+              [&](const Image& src, Image& dst) {
+                  if (tile <= 65536)
+                      compute(src, dst, std::uint32_t{0});
+                  else
+                      compute(src, dst, std::uint64_t{0});
+              });
 }
 
 } // namespace
@@ -212,9 +183,7 @@ void Pyramid::Double(const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Pyramid::Double");
     if (entry.Refuses(CheckImage(Src)) || entry.Refuses(pyramid::CheckScalable(Src))) return;
-    Image src;
-    src.ShallowCopy(Src, true);
-    ScaleInto(entry, src, Dst, std::int64_t{2} * src.Width, std::int64_t{2} * src.Height, [](const Image& s, Image& d) {
+    ScaleInto(entry, Src, Dst, std::int64_t{2} * Src.Width, std::int64_t{2} * Src.Height, [](const Image& s, Image& d) {
         if (s.Type == Gray)
             pyramid::DoubleRows<1, std::uint8_t>(s, d);
         else if (s.Type == Gray16)
@@ -228,11 +197,9 @@ void Pyramid::Halve(const Image& Src, Image& Dst, bool Dyadic)
 {
     const Entry entry("Tesk::Pyramid::Halve");
     if (entry.Refuses(CheckImage(Src)) || entry.Refuses(pyramid::CheckScalable(Src))) return;
-    Image src;
-    src.ShallowCopy(Src, true);
     const auto reduced = [Dyadic](int v) { return Dyadic ? v >> 1 : v / 3 * 2; };
-    ScaleInto(entry, src, Dst, reduced(src.Width), reduced(src.Height),
-            [Dyadic](const Image& s, Image& d) { pyramid::Reduce(s, d, Dyadic); });
+    ScaleInto(entry, Src, Dst, reduced(Src.Width), reduced(Src.Height),
+              [Dyadic](const Image& s, Image& d) { pyramid::Reduce(s, d, Dyadic); });
 }
 
 void Pyramid::TileMean(int TileSize, const Image& Src, Image& Dst, bool PartialTiles)

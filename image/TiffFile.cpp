@@ -185,29 +185,18 @@ int ReadTiff(ImageFile& file, Image& dst, PixelTypes wanted)
     return NoError;
 }
 
+int CheckTiffType(PixelTypes type)
+{
+    if (type == Gray || type == Gray16 || type == Gray1 || type == Rgb || type == Rgba) return NoError;
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
+                          PixelTypeName(type));
+}
+
 int WriteTiff(ImageFile& file, const Image& src)
 {
     SilenceLibrary();
-    int bits = 8, samples = 1;
-    switch (src.Type) {
-    case Gray:
-        break;
-    case Gray16:
-        bits = 16;
-        break;
-    case Gray1:
-        bits = 1;
-        break;
-    case Rgb:
-        samples = 3;
-        break;
-    case Rgba:
-        samples = 4;
-        break;
-    default:
-        return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
-                              PixelTypeName(src.Type));
-    }
+    const int bits = src.Type == Gray16 ? 16 : src.Type == Gray1 ? 1 : 8;
+    const int samples = src.Type == Rgb ? 3 : src.Type == Rgba ? 4 : 1;
     const auto failed = [&] {
         return Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal TiffLib error", file.Name());
     };

@@ -239,6 +239,8 @@ protected:
     /// Before samples are written that are also read.
     bool DetachIfShared();
 
+    mutable std::string text_; ///< what `ToAsciiString` gave last
+
 private:
     friend class Operator;
 
@@ -261,7 +263,6 @@ private:
 
     std::shared_ptr<std::uint8_t> block_; ///< the store, held by all that share it
     std::size_t capacity_ = 0;            ///< bytes of the block
-    mutable std::string text_;            ///< what `ToAsciiString` gave last
 };
 
 /// A void profile, one of another type than `Type`, or two that differ in type or in length. The result is an

@@ -400,7 +400,8 @@ void Catalogue::Resolve()
     for (Node* node : nodes_) {
         node->alias = node->Key("alias");
         if (node->kind == Kind::Argument) ResolveArgument(*node);
-        if (node->kind == Kind::Page) node->identifier = ClassOf(*node)->identifier;
+        // The workbench finds a page's sheet by the name of its class.
+        if (node->kind == Kind::Page && ClassOf(*node)) node->identifier = ClassOf(*node)->identifier;
         MakeLabel(*node);
     }
 }

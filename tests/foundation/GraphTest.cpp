@@ -162,3 +162,141 @@ TEST_F(GraphTest, OpacityMultipliesTheColorsInPremultipliedModeOnly)
     EXPECT_EQ(Drawn(), (Calls{"Blit 1 1 32 0 0 1 1 blend"}));
     EXPECT_EQ(target_.Blitted, (std::vector<std::uint8_t>{49, 99, 126, 127}));
 }
+
+TEST_F(GraphTest, PolylinesOfThreeAndFourPointsCloseAndBearArrowsByTheirMode)
+{
+    const struct
+    {
+        int mode;
+        bool closes;
+        int arrows;
+    } cases[] = {{0, false, 0}, {-1, true, 0}, {1, false, 1}, {2, false, 2}, {-2, true, 1}};
+    for (const auto& c : cases) {
+        Graph::Polyline3(XY(0, 0), XY(20, 0), XY(20, 20), c.mode);
+        Calls expected = {"Move 0 0", "Line 20 0", "Line 20 20"};
+        if (c.closes) expected.push_back("Line 0 0");
+        if (c.arrows > 0) expected.push_back("Polygon 20 20 23 8 17 8");
+        if (c.arrows > 1) expected.push_back("Polygon 0 0 12 3 12 -3");
+        EXPECT_EQ(Drawn(), expected) << c.mode;
+    }
+    // All but three points in doubles are marks: the lower right of their pixels.
+    Graph::Zoom = 2;
+    Graph::Polyline3(XY(0, 0), XY(4, 0), XY(4, 4), 0);
+    EXPECT_EQ(Drawn(), (Calls{"Move 1 1", "Line 9 1", "Line 9 9"}));
+    Graph::Polyline3(Site(0, 0), Site(4, 0), Site(4, 4), 0);
+    EXPECT_EQ(Drawn(), (Calls{"Move 2 2", "Line 10 2", "Line 10 10"}));
+    Graph::Polyline4(XY(0, 0), XY(4, 0), XY(4, 4), XY(0, 4), -1);
+    EXPECT_EQ(Drawn(), (Calls{"Move 2 2", "Line 10 2", "Line 10 10", "Line 2 10", "Line 2 2"}));
+    const Site corner[] = {{0, 0}, {4, 0}};
+    Graph::Polyline(corner, 2, false);
+    EXPECT_EQ(Drawn(), (Calls{"Move 1 1", "Line 9 1"}));
+}
+
+TEST_F(GraphTest, TurnedFiguresAndArcsReachTheTarget)
+{
+    Graph::Zoom = 2;
+    Graph::Ellipse(10, 20, 5, 3, 30);
+    EXPECT_EQ(Drawn(), (Calls{"Rotation 30 21 41", "Ellipse -10 -6 10 6", "NoRotation"}));
+    Graph::EllipseArc(10, 20, 5, 3, 0, 0, 90, 2);
+    EXPECT_EQ(Drawn(), (Calls{"Rotation 0 21 41", "Arc -10 -6 10 6 0 90", "Move 8 0", "Line 12 0", "Move 0 4",
+                              "Line 0 8", "NoRotation"}));
+    Graph::Zoom = 1;
+    Graph::RotatedRectangleRadians(10, 10, 8, 4, 3.14159265358979 / 2, false);
+    const Calls turned = Drawn();
+    Graph::RotatedRectangle(10, 10, 8, 4, 90, false);
+    EXPECT_EQ(Drawn(), turned);
+    EXPECT_EQ(turned, (Calls{"Polygon 12 6 12 14 8 14 8 6"}));
+    Graph::Bezier(XY(0, 0), XY(1, 2), XY(3, 4), XY(5, 6));
+    EXPECT_EQ(Drawn(), (Calls{"Move 0 0", "Bezier 1 2 3 4 5 6"}));
+}
+
+TEST_F(GraphTest, ThreePointsMakeAnArcUnlessTheyAreNearALine)
+{
+    const struct
+    {
+        XY p0, p1, p2;
+        Calls drawn;
+    } cases[] = {{{20, 20}, {30, 30}, {40, 20}, {"Arc 20 10 40 30 180 0"}},
+                 {{20, 20}, {30, 10}, {40, 20}, {"Arc 20 10 40 30 180 360"}},
+                 {{20, 0}, {0, 0.1}, {0, 0}, {"Move 20 0", "Line 0 0"}},     // the middle point near the chord
+                 {{0, 0}, {4, 4}, {9.9, 0}, {"Move 0 0", "Line 10 0"}},      // a short chord
+                 {{0, 0}, {100, 0.5}, {200, 0}, {"Move 0 0", "Line 200 0"}}, // half a pixel off the chord
+                 {{0, 0}, {200, 9.7}, {400, 0}, {"Move 0 0", "Line 400 0"}}, // a radius of 2066
+                 {{0, 0}, {0, 0}, {0, 0}, {"Move 0 0", "Line 0 0"}}};
+    for (const auto& c : cases) {
+        Graph::ArcThrough(c.p0, c.p1, c.p2, 3);
+        EXPECT_EQ(Drawn(), c.drawn);
+    }
+    EXPECT_EQ(Graph::LineWidth, 1);
+}
+
+TEST_F(GraphTest, CurrentKeepsWhatTheTargetHasAndNoColorDrawsNothing)
+{
+    Graph::LineColor = Red;
+    Graph::Line(0, 0, 1, 1);
+    target_.Calls.clear();
+    Graph::LineColor = Current;
+    Graph::Line(0, 0, 20, 0, 1);
+    EXPECT_EQ(target_.Calls, (Calls{"Move 0 0", "Line 20 0", "SetFill 255 0 0", "Polygon 20 0 8 -3 8 3"}));
+    target_.Calls.clear();
+    Graph::LineColor = Graph::PointColor = Graph::TextColor = NoColor;
+    Graph::Line(0, 0, 20, 0, 1);
+    EXPECT_EQ(target_.Calls,
+              (Calls{"SetLine none 1", "SetFill none", "Move 0 0", "Line 20 0", "Polygon 20 0 8 -3 8 3"}));
+    target_.Calls.clear();
+    Graph::Plot(1, 1, 0);
+    Graph::Text(1, 1, L"x");
+    Graph::FillRectangle(Limits(0, 0, 5, 5));
+    EXPECT_TRUE(target_.Calls.empty());
+}
+
+TEST_F(GraphTest, AFilledBoxCoversItsPixelsAndAClearedTargetAllOfThem)
+{
+    Graph::FillColor = White;
+    Graph::FillRectangle(Limits(3, 4, 10, 1));
+    Graph::SetOrigin(-5, 7);
+    Graph::Clear(Black);
+    EXPECT_EQ(Drawn(),
+              (Calls{"FillRectangle 3 4 13 5 255 255 255", "Origin -5 7", "FillRectangle 5 -7 645 473 0 0 0"}));
+}
+
+TEST_F(GraphTest, MarksBearTheirValueInTheMiddle)
+{
+    Graph::TextAlignX = 1;
+    Graph::DistanceMark(XY(0, 50), XY(100, 50), 12.345, 20);
+    EXPECT_EQ(Drawn(), (Calls{"Move 0 50", "Line 0 30", "Move 100 50", "Line 100 30", "Move 0 30", "Line 100 30",
+                              "Polygon 100 30 88 27 88 33", "Polygon 0 30 12 33 12 27", "Text 33 22 12.35"}));
+    Graph::AngleMark(XY(50, 50), 20, -90, 90, 180);
+    EXPECT_EQ(Drawn(), (Calls{"Rotation 0 50 50", "Arc -20 -20 20 20 -90 90", "NoRotation", "Text 49 42 180.00"}));
+    EXPECT_EQ(Graph::TextAlignX, 1);
+    EXPECT_EQ(target_.Flushes, 2);
+}
+
+TEST_F(GraphTest, EveryPixelTypeHasItsDisplayableForm)
+{
+    const std::uint16_t wide[] = {0x3ff, 0x200, 0x0ff};
+    const std::int32_t wider[] = {-5, 0x7fffffff, 0x100};
+    const std::int16_t gradient[] = {-8, 4, 100, -200, 30000, 0};
+    const std::uint8_t bits[] = {0x05, 0x80};
+    const std::uint8_t colors[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+    const struct
+    {
+        const void* pixels;
+        PixelTypes type;
+        int from, gain;
+        const char* call;
+        std::vector<std::uint8_t> shown;
+    } cases[] = {{wide, Gray16, 0, 1, "Blit 3 1 8 0 0 3 1", {255, 128, 63}},
+                 {wider, Gray32, 0, 1, "Blit 3 1 8 0 0 3 1", {0, 255, 64}},
+                 {gradient, Grad, 0, 4, "Blit 3 1 8 0 0 3 1", {2, 50, 255}},
+                 {bits, Gray1, 5, 1, "Blit 3 1 1 0 0 3 1", {0xa0}},
+                 {colors, Rgb, 0, 1, "Blit 3 1 24 0 0 3 1", {1, 2, 3, 4, 5, 6, 7, 8, 9}}};
+    for (const auto& c : cases) {
+        ImageView view{Limits(c.from, 0, 3, 1), static_cast<const std::uint8_t*>(c.pixels), 16, c.type, c.gain};
+        view.Depth = 10;
+        Graph::DrawImage(view);
+        EXPECT_EQ(Drawn(), Calls{c.call});
+        EXPECT_EQ(target_.Blitted, c.shown);
+    }
+    EXPECT_EQ(target_.BlittedDensity, 2834);
+}

@@ -87,3 +87,77 @@ TEST_F(ImageDrawTest, TheWindowAndItsHandlesAreDrawn)
     nothing.Draw(false);
     EXPECT_TRUE(target.Calls.empty());
 }
+
+TEST_F(ImageDrawTest, DrawingIntoAnImageChangesOnlyWhatWasDrawnOn)
+{
+    Graph::Zoom = 1;
+    RecordingTarget before;
+    Graph::DrawTo(&before);
+    Graph::LineColor = Yellow;
+    for (const PixelTypes type : {Gray, Rgb, Rgba, Gray1}) {
+        Image image;
+        image.Set(20, 12, type);
+        for (int y = 0; y < 12; y++)
+            for (int i = 0; i < RowBytes(20, type); i++)
+                image.Row(y)[i] = static_cast<std::uint8_t>(17 * y + 31 * i);
+        Image original;
+        original.Set(20, 12, type);
+        for (int y = 0; y < 12; y++)
+            std::copy_n(image.Row(y), RowBytes(20, type), original.Row(y));
+        if (type != Gray1) image.Window(4, 2, 8, 6);
+        Graph::BeginImageTarget(image);
+        Graph::Line(0, 3, 100, 3); // over the window's end, where it is clipped
+        Graph::EndImageTarget(image);
+        image.Window();
+        const int left = type == Gray1 ? 0 : 4, right = type == Gray1 ? 20 : 12, row = type == Gray1 ? 3 : 5;
+        for (int y = 0; y < 12; y++)
+            for (int x = 0; x < 20; x++) {
+                const bool drawn = y == row && x >= left && x < right;
+                switch (type) {
+                case Gray:
+                    EXPECT_EQ(image.PixelGray(x, y), drawn ? 255 : original.PixelGray(x, y));
+                    break;
+                case Rgb:
+                    EXPECT_EQ(image.PixelRgb(x, y), drawn ? RgbPixel(255, 255, 0) : original.PixelRgb(x, y));
+                    break;
+                case Rgba: {
+                    const RgbaPixel was = original.PixelRgba(x, y);
+                    EXPECT_EQ(image.PixelRgba(x, y), drawn ? RgbaPixel(255, 255, 0, was.Alpha) : was);
+                    break;
+                }
+                default:
+                    EXPECT_EQ(image.PixelGray1(x, y), drawn || original.PixelGray1(x, y));
+                }
+            }
+    }
+    EXPECT_EQ(Graph::DrawTo(), &before);
+    EXPECT_TRUE(before.Calls.empty());
+    Graph::LineColor = Blue;
+}
+
+TEST_F(ImageDrawTest, ImagesThatCannotBeDrawnOnStayAsTheyAre)
+{
+    RecordingTarget before;
+    Graph::DrawTo(&before);
+    Image wide, nothing;
+    wide.Set(4, 4, Gray16);
+    Graph::BeginImageTarget(wide);
+    Graph::BeginImageTarget(nothing);
+    Graph::Line(0, 0, 3, 3);
+    Graph::EndImageTarget(nothing);
+    Graph::EndImageTarget(wide);
+    Graph::EndImageTarget(wide);
+    EXPECT_TRUE(before.Calls.empty());
+    EXPECT_EQ(Graph::DrawTo(), &before);
+}
+
+TEST_F(ImageDrawTest, AnImageLargerThanARectangleRecordCanTellIsDrawn)
+{
+    Graph::Zoom = 1.0 / 1024;
+    RecordingTarget target;
+    Graph::DrawTo(&target);
+    Image strip;
+    strip.Set(70000, 2048, Gray1);
+    strip.Draw(false);
+    EXPECT_EQ(target.Calls, (std::vector<std::string>{"Blit 70000 2048 1 0 0 68 2"}));
+}

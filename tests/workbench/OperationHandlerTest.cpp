@@ -52,7 +52,7 @@ TEST_F(OperationHandlerTest, WhatCannotBeFinishedIsTakenBack)
         EXPECT_TRUE(Window(L"Image0").isShown);
     }
     factory_.Register(97, nullptr);
-    EXPECT_FALSE(Add(L"Operator", L"Constant + Image"));
+    EXPECT_FALSE(Add(L"Operator", L"Const + Image"));
     EXPECT_EQ(engine_.NumOperations(), 1);
     EXPECT_EQ(FakeObject::Alive, 1);
     EXPECT_EQ(list_.Lines().size(), 1u);
@@ -64,8 +64,8 @@ TEST_F(OperationHandlerTest, AnOperationInTheMiddleBindsToWhatStandsBeforeIt)
     Add(L"Operator", L"Invert");
     Select(0);
     views_.Answers = {0};
-    ASSERT_TRUE(Add(L"Operator", L"Constant + Image"));
-    EXPECT_EQ(Labels(), (Names{L"Read  from File", L"Constant + Image", L"Invert"}));
+    ASSERT_TRUE(Add(L"Operator", L"Const + Image"));
+    EXPECT_EQ(Labels(), (Names{L"Read  from File", L"Const + Image", L"Invert"}));
     EXPECT_EQ(NameOf(1, 1), L"Image0");
     EXPECT_EQ(NameOf(2, 0), L"Image0") << "the later one keeps what it has";
     Select(0);
@@ -75,7 +75,7 @@ TEST_F(OperationHandlerTest, AnOperationInTheMiddleBindsToWhatStandsBeforeIt)
     EXPECT_EQ(handler_.CurrentOperationId(), 3);
     EXPECT_EQ(NameOf(3, 0), L"Inverted0");
     ASSERT_EQ(list_.Lines().size(), 4u);
-    EXPECT_TRUE(list_.Lines()[1].Text.starts_with(L"Constant + Image (Operator.Add) | "));
+    EXPECT_TRUE(list_.Lines()[1].Text.starts_with(L"Const + Image (Operator.Add) | "));
 }
 
 TEST_F(OperationHandlerTest, DeletingGoesToTheOneBeforeAndRefusesWhatIsStillRead)
@@ -119,13 +119,13 @@ TEST_F(OperationHandlerTest, DeletingToTheEndMeetsNoRefusal)
 TEST_F(OperationHandlerTest, ASwapKeepsTheBindingsAndTheEntryAndRenamesTheResult)
 {
     Read("a.png");
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     dynamic_cast<FakeInt&>(*handler_.GetController(ArgOf(1, 0).Variable)).Move(7);
     EXPECT_EQ(PixelOf(1, 2), 17);
     Add(L"Operator", L"Invert");
     Select(1);
     const AnyVariable* source = ArgOf(1, 1).Variable;
-    Swap(L"Image - Constant");
+    Swap(L"Image - Const");
     EXPECT_EQ(ArgOf(1, 0).Variable, source);
     EXPECT_EQ(PixelOf(1, 2), 3);
     EXPECT_EQ(NameOf(1, 2), L"Subtracted0");
@@ -133,7 +133,7 @@ TEST_F(OperationHandlerTest, ASwapKeepsTheBindingsAndTheEntryAndRenamesTheResult
     EXPECT_NE(handler_.GetController(L"Subtracted0"), nullptr);
     EXPECT_EQ(handler_.GetController(L"Added0"), nullptr);
     ASSERT_EQ(list_.Lines().size(), 3u);
-    EXPECT_TRUE(list_.Lines()[1].Text.starts_with(L"Image - Constant (Operator.Subtract) | "));
+    EXPECT_TRUE(list_.Lines()[1].Text.starts_with(L"Image - Const (Operator.Subtract) | "));
     EXPECT_EQ(list_.Lines()[1].ImageIndex, lineImage::CurrentOperation);
     EXPECT_EQ(handler_.CurrentMenuNode(), handler_.ItemOf(1).ChoiceNode);
 }
@@ -141,7 +141,7 @@ TEST_F(OperationHandlerTest, ASwapKeepsTheBindingsAndTheEntryAndRenamesTheResult
 TEST_F(OperationHandlerTest, ASwapWithoutItsInputIsTakenBack)
 {
     Read("a.png");
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     Operation& operation = *engine_.Operations[1];
     std::vector<AnyVariable*> before;
     for (const Arg& argument : operation.Args)
@@ -169,7 +169,7 @@ TEST_F(OperationHandlerTest, ASwapTakesASecondInputThatIsNotTheFirst)
 {
     Read("a.png");
     Read("b.png");
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     Select(1);
     Select(2);
     Swap(L"Image + Image");
@@ -194,14 +194,14 @@ TEST_F(OperationHandlerTest, AnotherTabKeepsDeletesOrStays)
 {
     Read("a.png");
     Add(L"Operator", L"Invert");
-    const auto item = ItemOfMethod(FindMethod(L"Operator", L"Constant + Image"));
+    const auto item = ItemOfMethod(FindMethod(L"Operator", L"Const + Image"));
     views_.Answers = {2};
     EXPECT_FALSE(handler_.ChangeTab(item));
     EXPECT_EQ(engine_.NumOperations(), 2);
     EXPECT_EQ(handler_.CurrentOperationId(), 1);
     views_.Answers = {0};
     EXPECT_TRUE(handler_.ChangeTab(item));
-    EXPECT_EQ(Labels(), (Names{L"Read  from File", L"Invert", L"Constant + Image"}));
+    EXPECT_EQ(Labels(), (Names{L"Read  from File", L"Invert", L"Const + Image"}));
     views_.Answers = {1};
     EXPECT_TRUE(handler_.ChangeTab(ItemOfMethod(FindMethod(L"Operator", L"Invert"))));
     EXPECT_EQ(Labels(), (Names{L"Read  from File", L"Invert", L"Invert"}));
@@ -219,7 +219,7 @@ TEST_F(OperationHandlerTest, AFailedRunTellsWhyStopsThereAndIsTriedAgain)
 {
     Read("a.png");
     Add(L"Operator", L"Invert");
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     auto& path = static_cast<Var<const char*>&>(*ArgOf(0, 1).Variable);
     SetText(path, Path("missing.png"));
     handler_.DoRun(engine_.Operations[0].get(), &path, true, false, false, false);
@@ -249,7 +249,7 @@ TEST_F(OperationHandlerTest, OneWindowServesAllWhoUseTheImage)
     EXPECT_TRUE(ArgOf(1, 0).Visible);
     EXPECT_TRUE(Window(L"Image0").windowPossible);
     EXPECT_FALSE(Window(L"Inverted0").windowPossible) << "a result takes no window";
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     EXPECT_FALSE(Window(L"Image0").isShown) << "the third does not use it";
     handler_.DeleteOperation(false);
     EXPECT_TRUE(Window(L"Image0").isShown);
@@ -316,8 +316,8 @@ TEST_F(OperationHandlerTest, ADeletedOperationLeavesNothingBehind)
     Add(L"Operator", L"Invert");
     const int variables = engine_.NumVariables();
     for (int i = 0; i < 20; i++) {
-        Add(L"Operator", L"Constant + Image");
-        Swap(L"Image - Constant");
+        Add(L"Operator", L"Const + Image");
+        Swap(L"Image - Const");
         handler_.DeleteOperation(false);
     }
     EXPECT_EQ(engine_.NumVariables(), variables);
@@ -340,7 +340,7 @@ TEST(WindowSpiral, GoesRoundTheCornersAndFurtherIn)
 TEST_F(OperationHandlerTest, PinnedValuesRunWhileAnotherOperationIsSelected)
 {
     Read("a.png");
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     Add(L"Operator", L"Invert");
     Select(1);
     list_.NodeMouseClick({1, 0});

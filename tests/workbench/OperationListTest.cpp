@@ -1,5 +1,6 @@
 #include "FakeWorkbench.h"
 
+#include "foundation/Services.h"
 #include "workbench/logic/ScriptExport.h"
 
 #include <fstream>
@@ -195,11 +196,11 @@ TEST_F(OperationListTest, ANameIsALetterThenLettersAndDigitsAndIsTakenOnce)
 TEST_F(OperationListTest, ARenamedResultKeepsItsNameInASwap)
 {
     Read("a.png");
-    Add(L"Operator", L"Constant + Image");
+    Add(L"Operator", L"Const + Image");
     list_.RenameItem({1, 2});
     const std::wstring name = L"Brighter";
     list_.AfterLabelEdit(&name);
-    Swap(L"Image - Constant");
+    Swap(L"Image - Const");
     EXPECT_EQ(NameOf(1, 2), L"Brighter");
     EXPECT_NE(handler_.GetController(L"Brighter"), nullptr);
 }

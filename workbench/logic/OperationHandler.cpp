@@ -56,6 +56,9 @@ OperationHandler::OperationHandler(Tesk::Engine& Engine, IOperationViews& Views,
 OperationHandler::~OperationHandler()
 {
     engine_.BeforeRun = nullptr;
+    // A picture may go before what is drawn on it.
+    for (const auto& controller : controllers_)
+        controller->SetMotherController(nullptr);
 }
 
 Operation* OperationHandler::CurrentOperation() const

@@ -88,7 +88,7 @@ public:
         else if (Format == UnicodeText) {
             QString text(reinterpret_cast<const QChar*>(Block.data()), static_cast<qsizetype>(Block.size() / 2));
             data->setText(text.left(text.indexOf(QChar(0))));
-        } else if (Format == Dib)
+        } else if (Format == Dib || Format == Bitmap)
             data->setImageData(ImageOfDib(Block));
         QApplication::clipboard()->setMimeData(data);
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "engine/Types.h"
+#include "image/Image.h"
 #include "workbench/logic/ControllerBase.h"
 #include "workbench/views/ValueWidgets.h"
 

@@ -1,0 +1,66 @@
+// Writes small valid files of every format into FOLDER/FORMAT, for the fuzzers to start from.
+#include "foundation/Archive.h"
+#include "foundation/Services.h"
+#include "image/Image.h"
+#include "image/Source.h"
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+using namespace Tesk;
+namespace fs = std::filesystem;
+
+namespace {
+
+void Fill(Image& image, int width, int height, PixelTypes type)
+{
+    image.Set(width, height, type);
+    for (int y = 0; y < height; y++)
+        for (int i = 0; i < RowBytes(width, type); i++)
+            image.Row(y)[i] = static_cast<std::uint8_t>(37 * i + 91 * y);
+}
+
+void Put(const fs::path& path, const std::vector<std::uint8_t>& bytes)
+{
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+void Put(const fs::path& path, const std::string& text)
+{
+    Put(path, std::vector<std::uint8_t>(text.begin(), text.end()));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2) return 1;
+    const fs::path root = argv[1];
+    Status::ErrorBehavior(IgnoreIt);
+    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard"})
+        fs::create_directories(root / format);
+    for (const PixelTypes type : {Gray, Gray16, Rgb, Rgba, Gray1}) {
+        Image image;
+        Fill(image, 9, 5, type);
+        const std::string name = std::to_string(type);
+        for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm"})
+            image.Write((root / format / (name + "." + format)).c_str());
+        std::vector<std::uint8_t> block;
+        Archive archive = Archive::IntoMemory(block);
+        image.Transfer(archive);
+        Put(root / "archive" / name, block);
+        Source::CopyToClipboard(image);
+        if (Status::Error().Code == NoError && Services::Clipboard().Get(IClipboard::Dib, block))
+            Put(root / "clipboard" / name, block);
+    }
+    Put(root / "pbm" / "text.pbm", "P1\n# bits\n4 2\n0 1 0 1\n1 1 0 0\n");
+    Put(root / "pgm" / "text.pgm", "P2 3 2\n300\n0 1 2\n298 299 300\n");
+    Put(root / "ppm" / "text.ppm", "P3\n2 1\n255\n255 0 0 1 2 3\n");
+    std::vector<std::uint8_t> limits;
+    Archive archive = Archive::IntoMemory(limits);
+    Limits(1, 2, 3, 4).Transfer(archive);
+    Put(root / "archive" / "limits", limits);
+    return 0;
+}

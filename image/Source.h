@@ -1,0 +1,22 @@
+// Where images come from and go to, other than files.
+#pragma once
+
+#include "image/Image.h"
+
+namespace Tesk {
+
+class Source
+{
+public:
+    /// Puts the window of an image on the clipboard as a device-independent bitmap.
+    /// Types: `Gray`, `Rgb`, `Rgba`. Refused: another type (`UnsupportedType`), a void image (`VoidObject`).
+    static void CopyToClipboard(const Image& Src);
+    /// Puts a picture of the client area of a window of the desktop on the clipboard.
+    /// Refused: a handle of no window (`CannotPerform`).
+    static void CopyToClipboard(void* Window);
+    /// Takes a device-independent bitmap from the clipboard: 8 bits a pixel become `Gray`, 24 `Rgb`, 32 `Rgba`.
+    /// Refused: no bitmap, or a broken one (`CannotRead`); compression, another depth (`UnsupportedType`).
+    static void PasteFromClipboard(Image& Dst);
+};
+
+} // namespace Tesk
