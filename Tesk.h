@@ -13,13 +13,9 @@
 #include "image/Morpho.h"
 #include "image/Operator.h"
 #include "image/Pyramid.h"
-<<<<<<< HEAD
-#include "measure/Path.h"
-=======
 #include "image/Source.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
->>>>>>> main
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE
