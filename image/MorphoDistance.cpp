@@ -2,9 +2,13 @@
 #include "image/Morpho.h"
 
 #include "image/MorphoFrame.h"
+#include "image/kernels/DistanceKernels.h"
+#include "image/kernels/MorphoKernels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace Tesk {
@@ -45,6 +49,97 @@ void Sweep(const Image& src, Image& dst, GrayPixel feature, bool connexity8)
     for (int y = height - 1; y >= 0; y--)
         for (int x = width - 1; x >= 0; x--)
             visit(x, y, 1);
+}
+
+/// A row with the farthest distance on either side, for kernels that look `reach` pixels away and run over its end.
+template <typename T>
+class Line
+{
+public:
+    Line(std::size_t width, std::size_t reach)
+        : width_(width), pixels_(width + 2 * reach + 2 * kernels::rowStep, std::numeric_limits<T>::max()),
+          first_(pixels_.data() + reach)
+    {}
+
+    T* First() { return first_; }
+    /// What kernels wrote behind the row belongs to the row that they wrote.
+    void ClearEnd() { std::fill_n(first_ + width_, kernels::rowStep, std::numeric_limits<T>::max()); }
+
+    void SetFeatures(const std::uint8_t* s, GrayPixel feature)
+    {
+        for (std::size_t x = 0; x < width_; x++)
+            first_[x] = s[x] == feature ? T{0} : std::numeric_limits<T>::max();
+        ClearEnd();
+    }
+    void Read(const T* d)
+    {
+        std::copy_n(d, width_, first_);
+        ClearEnd();
+    }
+    void Write(T* d) const { std::copy_n(first_, width_, d); }
+
+private:
+    std::size_t width_;
+    std::vector<T> pixels_;
+    T* first_;
+};
+
+/// The same distances by whole rows: along each row by doubled steps, then down and up.
+template <typename T>
+void SweepRows(const Image& src, Image& dst, GrayPixel feature, bool connexity8)
+{
+    const auto width = static_cast<std::size_t>(int(dst.Width));
+    // Steps of 1, 2, 4 and so on to either side make every distance below twice the last one.
+    std::size_t lastStep = 1;
+    while (2 * lastStep < width && 4 * lastStep <= static_cast<std::size_t>(farthest<T>) + 1)
+        lastStep *= 2;
+    Line<T> line(width, lastStep), spread(width, lastStep), former(width, lastStep);
+    for (int y = 0; y < dst.Height; y++) {
+        line.SetFeatures(src.Row(y), feature);
+        for (std::size_t step = 1; step <= lastStep; step *= 2) {
+            kernels::SpreadRow(line.First(), spread.First(), width, step);
+            std::swap(line, spread);
+        }
+        if (y > 0) kernels::SweepRow(former.First(), line.First(), width, connexity8);
+        line.Write(dst.Row<T>(y));
+        std::swap(line, former);
+    }
+    for (int y = dst.Height - 2; y >= 0; y--) {
+        line.Read(dst.Row<T>(y));
+        kernels::SweepRow(former.First(), line.First(), width, connexity8);
+        line.Write(dst.Row<T>(y));
+        std::swap(line, former);
+    }
+}
+
+/// Exact Euclidean distances up to 255: from the distances down the columns, steps along the row are tried as long as
+/// they can lower one of its squares. Squares beyond 16 bits are beyond 255 too.
+void MeasureNear(const Image& src, Image& dst, GrayPixel feature)
+{
+    constexpr std::size_t reach = 255;
+    const auto width = static_cast<std::size_t>(int(dst.Width));
+    Line<std::uint8_t> line(width, 1), former(width, 1);
+    Line<std::uint16_t> columns(width, reach), squares(width, reach);
+    for (int y = 0; y < dst.Height; y++) {
+        line.SetFeatures(src.Row(y), feature);
+        if (y > 0) kernels::SweepRow(former.First(), line.First(), width, false);
+        line.Write(dst.Row(y));
+        std::swap(line, former);
+    }
+    for (int y = dst.Height - 1; y >= 0; y--) {
+        line.Read(dst.Row(y));
+        if (y < dst.Height - 1) kernels::SweepRow(former.First(), line.First(), width, false);
+        for (std::size_t x = 0; x < width; x++)
+            columns.First()[x] = squares.First()[x] = static_cast<std::uint16_t>(line.First()[x] * line.First()[x]);
+        // Nothing behind the row asks for more steps.
+        std::fill_n(squares.First() + width, kernels::rowStep, std::uint16_t{0});
+        bool more = width > 1;
+        for (std::size_t step = 1; more && step < reach && step < width; step++)
+            more = kernels::NearSquaresRow(columns.First(), squares.First(), width, step);
+        std::swap(line, former);
+        kernels::RootRow(squares.First(), line.First(), width);
+        line.Write(dst.Row(y));
+    }
 }
 
 /// Squared distances along a row from squared distances down the columns, as the lower envelope of one parabola a
@@ -133,8 +228,13 @@ void MeasureEuclidean(const Image& src, Image& dst, GrayPixel feature)
 template <typename T>
 void Measure(const Image& src, Image& dst, GrayPixel feature, bool euclidean, bool connexity8)
 {
-    if (euclidean)
+    const bool vectors = Status::SIMDLevel() != NoSIMD;
+    if (euclidean && vectors && sizeof(T) == 1)
+        MeasureNear(src, dst, feature);
+    else if (euclidean)
         MeasureEuclidean<T>(src, dst, feature);
+    else if (vectors)
+        SweepRows<T>(src, dst, feature, connexity8);
     else
         Sweep<T>(src, dst, feature, connexity8);
 }

@@ -77,7 +77,7 @@ public:
         : extremum_(extremum), src_(src), width_(static_cast<std::size_t>(int(src.Width))), radius_(radius),
           length_(2 * radius + 1)
     {
-        if (radius > 1) {
+        if (radius > mostDirect) {
             upwards_.resize(static_cast<std::size_t>(length_) * width_);
             downwards_.resize(width_);
         }
@@ -86,9 +86,11 @@ public:
     /// Writes row `y`; rows are asked for in order from 0.
     void Write(int y, T* d)
     {
-        if (radius_ < 2) {
-            const T* rows[3] = {Source(Max(y - radius_, 0)), Source(y), Source(Min(y + radius_, src_.Height - 1))};
-            kernels::ExtremumRow(extremum_, rows, 3, d, width_);
+        if (radius_ <= mostDirect) {
+            const T* rows[kernels::mostRows];
+            for (int k = 0; k < length_; k++)
+                rows[k] = Source(Clamp(y - radius_ + k, 0, src_.Height - 1));
+            kernels::ExtremumRow(extremum_, rows, length_, d, width_);
             return;
         }
         // Row k of block b lies at y = b length + k - radius.
@@ -104,6 +106,9 @@ public:
     }
 
 private:
+    /// Up to here the rows themselves are as fast.
+    static constexpr int mostDirect = 2;
+
     const T* Source(int y) const { return src_.Row<T>(y); }
     T* Upwards(int k) { return upwards_.data() + static_cast<std::size_t>(k) * width_; }
 
@@ -154,30 +159,89 @@ void ApplyBox(Extremum extremum, int radiusX, int radiusY, const Image& src, Ima
     }
 }
 
-/// A diamond of radius r spread to the four points at distance s fills that of radius r + s if s is at most r. The
-/// points in between may lie outside the window, so the work is done in a margin as wide as the radius.
+/// A diamond of radius r spread to the four points at distance s fills that of radius r + s if s is at most r. So rows
+/// go through a chain of spreads of doubled distances, each of which keeps the rows that it still looks at. The points
+/// in between may lie outside the window, so the rows have a margin as wide as the radius, and as many come before and
+/// behind them.
+template <typename T>
+class DiamondChain
+{
+public:
+    DiamondChain(Extremum extremum, std::size_t width, std::size_t radius)
+        : extremum_(extremum), radius_(radius), length_(width + 2 * radius)
+    {
+        for (std::size_t reached = 0; reached < radius;) {
+            const std::size_t step = reached == 0 ? 1 : Min(reached, radius - reached);
+            reached += step;
+            stages_.push_back({step, reached, 0, std::vector<T>((2 * step + 1) * length_, Neutral<T>(extremum))});
+        }
+    }
+
+    /// Takes the next row of the window, or null for one outside it, and calls `put` with a row of the result as soon
+    /// as one is complete: `radius` rows must come before the window and as many behind it.
+    template <typename F>
+    void Take(const T* s, F put)
+    {
+        T* d = Place(stages_.front());
+        if (s)
+            std::copy_n(s, length_ - 2 * radius_, d + radius_);
+        else
+            std::fill_n(d, length_, Neutral<T>(extremum_));
+        for (std::size_t k = 0;; k++) {
+            Stage& stage = stages_[k];
+            if (++stage.taken < 2 * stage.step + 1) return;
+            const T* rows[kernels::mostRows];
+            const int count = Around(stage, rows);
+            // As far outside the window as later stages look.
+            const std::size_t n = length_ - 2 * stage.reached;
+            if (k + 1 == stages_.size()) {
+                put([&](T* out) { kernels::ExtremumRow(extremum_, rows, count, out, n); });
+                return;
+            }
+            kernels::ExtremumRow(extremum_, rows, count, Place(stages_[k + 1]) + stage.reached, n);
+        }
+    }
+
+private:
+    struct Stage
+    {
+        std::size_t step, reached, taken;
+        std::vector<T> rows; ///< the last 2 step + 1 rows, in turn
+
+        std::size_t Turns() const { return 2 * step + 1; }
+    };
+
+    /// Where a stage takes its next row.
+    T* Place(Stage& stage) const { return stage.rows.data() + stage.taken % stage.Turns() * length_; }
+
+    /// The rows `step` above and below, and the row between shifted by `step` to either side; in the first stage itself
+    /// too.
+    int Around(const Stage& stage, const T** rows) const
+    {
+        const auto row = [&](std::size_t back) {
+            return stage.rows.data() + (stage.taken - 1 - back) % stage.Turns() * length_ + stage.reached;
+        };
+        const T* here = row(stage.step);
+        rows[0] = row(0);
+        rows[1] = row(2 * stage.step);
+        rows[2] = here - stage.step;
+        rows[3] = here + stage.step;
+        rows[4] = here;
+        return stage.reached == 1 ? 5 : 4;
+    }
+
+    Extremum extremum_;
+    std::size_t radius_, length_;
+    std::vector<Stage> stages_;
+};
+
 template <typename T>
 void ApplyDiamond(Extremum extremum, int radius, const Image& src, Image& dst)
 {
-    const auto width = static_cast<std::size_t>(int(src.Width)), height = static_cast<std::size_t>(int(src.Height)),
-               r = static_cast<std::size_t>(radius), pitch = width + 2 * r;
-    std::vector<T> from(pitch * (height + 2 * r), Neutral<T>(extremum)), to(from);
-    for (std::size_t y = 0; y < height; y++)
-        std::copy_n(src.Row<T>(static_cast<int>(y)), width, &from[(y + r) * pitch + r]);
-    for (std::size_t reached = 0; reached < r;) {
-        const std::size_t step = reached == 0 ? 1 : Min(reached, r - reached);
-        reached += step;
-        // As far outside the window as later steps look.
-        const std::size_t margin = r - reached, n = width + 2 * margin;
-        for (std::size_t y = reached; y < height + 2 * r - reached; y++) {
-            const std::size_t at = y * pitch + reached;
-            const T* rows[kernels::mostRows] = {&from[at - step], &from[at + step], &from[at - step * pitch],
-                                                &from[at + step * pitch], &from[at]};
-            T* d = reached == r ? dst.Row<T>(static_cast<int>(y - r)) : &to[at];
-            kernels::ExtremumRow(extremum, rows, reached == 1 ? 5 : 4, d, n);
-        }
-        from.swap(to);
-    }
+    DiamondChain<T> chain(extremum, static_cast<std::size_t>(int(src.Width)), static_cast<std::size_t>(radius));
+    int out = 0;
+    for (int y = -radius; y < src.Height + radius; y++)
+        chain.Take(y >= 0 && y < src.Height ? src.Row<T>(y) : nullptr, [&](auto write) { write(dst.Row<T>(out++)); });
 }
 
 /// The cross, without a margin.

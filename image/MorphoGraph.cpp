@@ -1,12 +1,13 @@
 // Graph segmentation: neighbours unite into sets, the most alike first (Felzenszwalb and Huttenlocher 2004).
 #include "image/Morpho.h"
 
+#include "image/Kernel.h"
 #include "image/MorphoFrame.h"
-#include "image/Operator.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <iterator>
 #include <vector>
 
 namespace Tesk {
@@ -14,8 +15,6 @@ namespace Tesk {
 namespace {
 
 using namespace morpho;
-
-constexpr int largestFilter = 4;
 
 enum Direction : std::uint8_t
 {
@@ -147,27 +146,10 @@ Forest Segment(const Image& image, double step, int minArea, bool connexity8)
     return forest;
 }
 
-/// (1 2 1) by (1 2 1), truncated, edge pixels repeated; in place.
-void Binomial(Image& image)
-{
-    const int width = image.Width, height = image.Height;
-    std::vector<int> former(static_cast<std::size_t>(width)), columns(former);
-    for (int x = 0; x < width; x++)
-        former[static_cast<std::size_t>(x)] = image.Row(0)[x];
-    for (int y = 0; y < height; y++) {
-        std::uint8_t* here = image.Row(y);
-        const std::uint8_t* below = image.Row(Min(y + 1, height - 1));
-        for (std::size_t x = 0; x < columns.size(); x++) {
-            columns[x] = former[x] + 2 * here[x] + below[x];
-            former[x] = here[x];
-        }
-        for (int x = 0; x < width; x++)
-            here[x] = static_cast<std::uint8_t>((columns[static_cast<std::size_t>(Max(x - 1, 0))] +
-                                                 2 * columns[static_cast<std::size_t>(x)] +
-                                                 columns[static_cast<std::size_t>(Min(x + 1, width - 1))]) >>
-                                                4);
-    }
-}
+using Smoothing = void (*)(const Image&, Image&);
+
+/// What the filters 1 to 4 are.
+constexpr Smoothing smoothings[] = {Kernel::Binomial, Kernel::Binomial5, Kernel::Binomial7, Kernel::Binomial9};
 
 } // namespace
 
@@ -176,18 +158,15 @@ void Morpho::GraphSegment(const Image& Src, Image& Dst, int Filter, double Step,
     const Entry entry("Tesk::Morpho::GraphSegment");
     if (entry.Refuses(CheckType(Src, {Gray, Grad}))) return;
     const bool filtered = Src.Type == Gray && Filter != 0;
-    if (filtered && (Filter < 0 || Filter > largestFilter)) {
+    if (filtered && (Filter < 0 || Filter > static_cast<int>(std::size(smoothings)))) {
         Status::Raise(Status::Format(OutOfRange, L"The Filter value (%d) must be in range [0..4]", Filter), "");
         return;
     }
     Image held;
     if (Hold(entry, Src, Dst, held) || Size(held, Dst, Gray)) return;
     WithMemory(entry, [&] {
-        if (filtered) {
-            CopyRows(held, Dst);
-            for (int pass = 0; pass < Filter; pass++)
-                Binomial(Dst);
-        }
+        if (filtered) smoothings[Filter - 1](held, Dst);
+        if (Status::Error().Code != NoError) return;
         Forest forest = Segment(filtered ? Dst : held, Step, MinArea, Connexity8);
         std::uint32_t pixel = 0;
         for (int y = 0; y < Dst.Height; y++)

@@ -3,8 +3,11 @@
 
 #include "image/MorphoExtremum.h"
 #include "image/MorphoFrame.h"
+#include "image/kernels/RankKernels.h"
 
+#include <algorithm>
 #include <array>
+#include <memory>
 #include <vector>
 
 namespace Tesk {
@@ -110,10 +113,80 @@ void RankByCounts(const Box& box, const Image& src, Image& dst)
     }
 }
 
+/// Copies a row with its ends repeated.
+template <typename T>
+void Pad(const T* s, std::size_t width, std::size_t radius, T* d)
+{
+    std::fill_n(d, radius, s[0]);
+    std::copy_n(s, width, d + radius);
+    std::fill_n(d + radius + width, radius, s[width - 1]);
+}
+
+/// Medians of small squares, two rows at a time.
+template <typename T>
+void MedianBySorting(int size, const Image& src, Image& dst)
+{
+    const int radius = size / 2, height = src.Height, ring = size + 1;
+    const auto width = static_cast<std::size_t>(int(src.Width)), pad = static_cast<std::size_t>(radius),
+               pitch = width + 2 * pad + 2 * kernels::rowStep;
+    // The padded rows under the two squares, the lines that the kernel works in, and two rows of results that have no
+    // place in the destination.
+    const std::size_t workLines = kernels::MedianWorkLines(size);
+    std::vector<T> memory((static_cast<std::size_t>(ring) + workLines + 2) * pitch);
+    std::vector<T*> work;
+    for (std::size_t k = 0; k < workLines + 2; k++)
+        work.push_back(memory.data() + (static_cast<std::size_t>(ring) + k) * pitch);
+    std::vector<const T*> rows(static_cast<std::size_t>(ring));
+    const auto padded = [&](int y) { return memory.data() + static_cast<std::size_t>(y % ring) * pitch; };
+    const bool narrow = width < kernels::rowStep;
+    int next = 0;
+    for (int y = 0; y < height; y += 2) {
+        for (; next < height && next <= y + radius + 1; next++)
+            Pad(src.Row<T>(next), width, pad, padded(next));
+        for (int k = 0; k <= size; k++)
+            rows[static_cast<std::size_t>(k)] = padded(Clamp(y - radius + k, 0, height - 1));
+        const bool last = y + 1 == height;
+        T* d[2] = {narrow ? work[workLines] : dst.Row<T>(y), narrow || last ? work[workLines + 1] : dst.Row<T>(y + 1)};
+        kernels::MedianRowPair(size, rows.data(), work.data(), d[0], d[1], width);
+        if (!narrow) continue;
+        std::copy_n(d[0], width, dst.Row<T>(y));
+        if (!last) std::copy_n(d[1], width, dst.Row<T>(y + 1));
+    }
+}
+
+/// Columns at a time, so that their histograms stay in the cache.
+constexpr int stripWidth = 1024;
+
+void RankByColumns(const Box& box, const Image& src, Image& dst)
+{
+    const int width = src.Width;
+    std::vector<int> columns;
+    std::vector<std::uint8_t> work;
+    for (int left = 0; left < width; left += stripWidth) {
+        kernels::ColumnRanks strip{
+            src.Row(0),  src.Pitch,   dst.Row(0) + left,          dst.Pitch, Min(stripWidth, width - left), src.Height,
+            box.radiusX, box.radiusY, static_cast<int>(box.rank), nullptr};
+        columns.clear();
+        for (int x = left - box.radiusX - 1; x < left + strip.width + box.radiusX; x++)
+            columns.push_back(Clamp(x, 0, width - 1));
+        strip.columns = columns.data();
+        work.resize(kernels::ColumnRankBytes(strip));
+        kernels::RankStrip(strip, work.data());
+    }
+}
+
 template <typename T>
 void RankBox(const Box& box, const Image& src, Image& dst)
 {
-    RankByCounts<T>(box, src, dst);
+    const int size = 2 * box.radiusX + 1;
+    const bool vectors = Status::SIMDLevel() != NoSIMD, square = box.radiusX == box.radiusY,
+               middle = box.rank == box.Area() / 2;
+    if (vectors && square && middle && size <= kernels::largestMedian)
+        MedianBySorting<T>(size, src, dst);
+    else if (vectors && sizeof(T) == 1 && Max(box.radiusX, box.radiusY) <= kernels::largestRadius)
+        RankByColumns(box, src, dst);
+    else
+        RankByCounts<T>(box, src, dst);
 }
 
 void RankInto(const Entry& entry, const Morpho& morpho, double percent, const Image& src, Image& dst)

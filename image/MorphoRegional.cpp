@@ -20,8 +20,8 @@ struct Peak
     int height; ///< gray level, or its complement for minima
 };
 
-/// The first pixel, in row order, of each connected patch of pixels that are at least `least` high and that no neighbour
-/// surpasses.
+/// The first pixel, in row order, of each connected patch of pixels that are at least `least` high and that no
+/// neighbour surpasses.
 class Peaks
 {
 public:

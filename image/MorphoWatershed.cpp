@@ -1,11 +1,11 @@
 // Watershed by immersion: basins grow from the darkest level up, and dams stand where two meet.
 #include "image/Morpho.h"
 
+#include "image/Histogram.h"
 #include "image/MorphoFrame.h"
 #include "image/Operator.h"
 
 #include <array>
-#include <cstdlib>
 #include <vector>
 
 namespace Tesk {
@@ -17,25 +17,6 @@ using namespace morpho;
 using Label = std::int32_t;
 
 constexpr Label freePixel = 0, waiting = 1, dam = 2, firstBasin = 3;
-
-/// The mean response to a mask that kills linear structure, scaled to the standard deviation of noise that it stands
-/// for (Immerkaer 1996). 0 where the mask does not fit.
-double NoiseEstimate(const Image& relief)
-{
-    constexpr double scale = 0.20833333333333334;
-    const int width = relief.Width, height = relief.Height;
-    if (width < 3 || height < 3) return 0;
-    std::int64_t sum = 0;
-    for (int y = 1; y < height - 1; y++) {
-        const std::uint8_t *a = relief.Row(y - 1), *h = relief.Row(y), *u = relief.Row(y + 1);
-        std::int64_t row = 0;
-        for (int x = 1; x < width - 1; x++)
-            row += std::abs(a[x - 1] - 2 * a[x] + a[x + 1] - 2 * (h[x - 1] - 2 * h[x] + h[x + 1]) + u[x - 1] -
-                            2 * u[x] + u[x + 1]);
-        sum += row;
-    }
-    return static_cast<double>(sum) * scale / (static_cast<double>(width - 2) * (height - 2));
-}
 
 /// The labels of a window, with a border of dams that stops every walk.
 class Immersion
@@ -144,7 +125,8 @@ bool MakeRelief(const Entry& entry, const Image& grd, int& noise, Image& relief)
     Operator::Copy(0, relief);
     Operator::Copy(grd, relief, Gray);
     if (Status::Error().Code != NoError) return true;
-    if (noise == Auto) noise = static_cast<int>(1.3 * NoiseEstimate(relief));
+    // Images too small for the estimate have no noise.
+    if (noise == Auto) noise = static_cast<int>(1.3 * Histogram::Noise(relief));
     noise = Clamp(noise, 0, 255);
     Operator::Maximize(noise, relief, relief);
     return Status::Error().Code != NoError;
