@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdarg>
+#include <cstring>
 #include <cwchar>
 #include <type_traits>
 
@@ -110,6 +111,15 @@ const T& ValueOf(const AnyVariable& variable)
     return static_cast<const Var<T>&>(variable).Value;
 }
 
+/// The value of any enumeration: all are held in 32 bits, which need not be those of an enumerator.
+int EnumeratorOf(const AnyVariable& variable)
+{
+    std::int32_t value;
+    static_assert(sizeof value == sizeof(PixelTypes));
+    std::memcpy(&value, &ValueOf<PixelTypes>(variable), sizeof value);
+    return value;
+}
+
 class Writer final : SettingsSink
 {
 public:
@@ -187,9 +197,8 @@ private:
         if (!argument.Variable) return L"?";
         const AnyVariable& variable = *argument.Variable;
         if (!IsLiteral(node)) return variable.NameText;
-        // Every enumeration is held in 32 bits.
         if (const auto* cases = dynamic_cast<const EnumArgumentNode*>(&node))
-            return Enumerator(cases->EnumIndex, static_cast<int>(ValueOf<PixelTypes>(variable)));
+            return Enumerator(cases->EnumIndex, EnumeratorOf(variable));
         switch (node.Type) {
         case 69: {
             const RgbPixel p = ValueOf<RgbPixel>(variable);

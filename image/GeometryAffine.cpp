@@ -77,13 +77,12 @@ int RefuseFar(const AffineMap& m, const Image& dst)
     return Status::Format(OutOfRange, L"The transformation is not finite or leads too far from the source image");
 }
 
-/// Entries of the pixels from `first` to `last` of row `j`.
+/// Entries of some pixels of row `j`.
 void FillEntries(const FixedMap& map, const kernels::Surface& s, int elementSize, int j, Span span, bool interpolate,
                  GeoMapPixel* entries)
 {
-    std::int64_t x = map.X(span.first, j), y = map.Y(span.first, j);
-    for (int i = span.first; i < span.last; i++, x += map.xx, y += map.yx)
-        *entries++ = warps::EntryAt(s, elementSize, x, y, interpolate);
+    kernels::EntriesRow(s, elementSize, {map.X(span.first, j), map.Y(span.first, j), map.xx, map.yx}, entries,
+                        static_cast<std::size_t>(span.last - span.first), interpolate);
 }
 
 /// The result is worked out in blocks, so that the source rows that one row of a block touches are still at hand for

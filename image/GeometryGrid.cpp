@@ -155,7 +155,7 @@ void RecordDeformation(const Grid& grid, const Image& src, Image& dst)
     const int elementSize = ElementSize(src.Type);
     EachPosition(grid, dst, [&](int column, int row, double x, double y) {
         dst.Row<GeoMapPixel>(row)[column] =
-            warps::EntryAt(s, elementSize, MapPosition(x, s.width), MapPosition(y, s.height), true);
+            kernels::EntryAt(s, elementSize, MapPosition(x, s.width), MapPosition(y, s.height), true);
     });
 }
 

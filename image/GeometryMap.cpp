@@ -11,12 +11,10 @@ namespace {
 /// Refuses a map that was not made for a source like this one.
 int RefuseReach(const Image& map, const Image& src, bool interpolate)
 {
-    const int elementSize = ElementSize(src.Type);
-    const std::uint64_t last = static_cast<std::uint64_t>(src.Pitch) * static_cast<std::uint64_t>(src.Height - 1) +
-                               static_cast<std::uint64_t>(elementSize) * static_cast<std::uint64_t>(src.Width - 1);
+    const kernels::Surface s = warps::SurfaceOf(src);
+    const auto columns = static_cast<std::size_t>(int(map.Width));
     for (int y = 0; y < map.Height; y++)
-        if (kernels::MapReach(map.Row<GeoMapPixel>(y), static_cast<std::size_t>(int(map.Width)), src.Pitch, elementSize,
-                              interpolate) > last)
+        if (kernels::LeadOutside(s, ElementSize(src.Type), map.Row<GeoMapPixel>(y), columns, interpolate))
             return Status::Format(IncompatibleSize, L"The map leads outside the source image (%d, %d)", int(src.Width),
                                   int(src.Height));
     return NoError;

@@ -1,7 +1,7 @@
 // Resampling to a given size: block means, single pixels, bilinear enlargement.
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
-#include "image/OperatorFrame.h"
+#include "image/PyramidScale.h"
 #include "image/SizingFrame.h"
 #include "image/WarpFrame.h"
 #include "image/kernels/ResampleKernels.h"
@@ -82,14 +82,13 @@ void MeanBlocks(const Image& src, Image& dst)
         MeanBlocks<Channels, T, std::uint64_t>(src, dst);
 }
 
-/// Positions (in 65,536ths) of the pixels of an enlargement: i (from - 1) / (to - 1), so that both ends meet.
-std::vector<kernels::Tap> Taps(int from, int to, std::size_t elementSize)
+/// Positions of the pixels of an enlargement: i (from - 1) / (to - 1), so that both ends meet.
+std::vector<kernels::Tap> Taps(int from, int to)
 {
     std::vector<kernels::Tap> taps(static_cast<std::size_t>(to));
-    for (std::size_t i = 0; i < taps.size(); i++) {
-        const std::uint64_t position =
-            i ? i * static_cast<std::uint64_t>(from - 1) * warps::one / (taps.size() - 1) : 0;
-        taps[i] = {static_cast<std::uint32_t>((position >> warps::fractionBits) * elementSize),
+    for (std::size_t i = 1; i < taps.size(); i++) {
+        const std::uint64_t position = i * static_cast<std::uint64_t>(from - 1) * warps::one / (taps.size() - 1);
+        taps[i] = {static_cast<std::uint32_t>(position >> warps::fractionBits),
                    static_cast<std::uint32_t>(position & (warps::one - 1))};
     }
     return taps;
@@ -109,25 +108,31 @@ Places Nearest(int from, int to)
 template <int Channels, typename T>
 void Enlarge(const Image& src, Image& dst)
 {
-    const auto columns = Taps(src.Width, dst.Width, Channels), rows = Taps(src.Height, dst.Height, 1);
+    const std::vector<kernels::Tap> columns = Taps(src.Width, dst.Width), rows = Taps(src.Height, dst.Height);
     const std::size_t samples = columns.size() * Channels;
     std::vector<T> upper(samples), lower(samples);
     constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
     std::uint32_t upperRow = none, lowerRow = none;
+    const kernels::ByteSpread ready =
+        sizeof(T) == 1 ? kernels::ByteSpread(columns, static_cast<std::size_t>(int(src.Width)), Channels)
+                       : kernels::ByteSpread({}, 0, Channels);
     const auto spread = [&](std::uint32_t row, std::vector<T>& d) {
-        kernels::SpreadRow<Channels>(src.Row<T>(static_cast<int>(row)), columns.data(), d.data(), columns.size());
+        const T* s = src.Row<T>(static_cast<int>(row));
+        std::size_t done = 0;
+        if constexpr (sizeof(T) == 1) done = ready.Row(s, d.data()) / Channels;
+        kernels::SpreadRowPlain<Channels>(s, columns.data() + done, d.data() + done * Channels, columns.size() - done);
     };
     for (int y = 0; y < dst.Height; y++) {
         const kernels::Tap tap = rows[static_cast<std::size_t>(y)];
-        if (tap.offset != upperRow) {
+        if (tap.first != upperRow) {
             std::swap(upper, lower);
             std::swap(upperRow, lowerRow);
-            if (tap.offset != upperRow) spread(tap.offset, upper);
-            upperRow = tap.offset;
+            if (tap.first != upperRow) spread(tap.first, upper);
+            upperRow = tap.first;
         }
         // Without weight there may be no next row.
-        if (tap.fraction && lowerRow != tap.offset + 1) {
-            lowerRow = tap.offset + 1;
+        if (tap.fraction && lowerRow != tap.first + 1) {
+            lowerRow = tap.first + 1;
             spread(lowerRow, lower);
         }
         kernels::MixRows(upper.data(), tap.fraction ? lower.data() : upper.data(), dst.Row<T>(y), samples,
@@ -150,8 +155,11 @@ void Geometry::DownSample(int Width, int Height, const Image& Src, Image& Dst, b
     if (Src.Type != Rgba && entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
     if (RefusesSize(entry, Width, Height)) return;
     sizing::FillSized(entry, Src, Dst, Width, Height, [Filter](const Image& s, Image& d) {
+        const bool halves = s.Width == 2 * d.Width && s.Height == 2 * d.Height;
         if (!Filter)
             PickPixels(s, d, Spread(s.Width, d.Width), Spread(s.Height, d.Height));
+        else if (halves && s.Type != Rgba)
+            pyramid::Reduce(s, d, true);
         else if (s.Type == Gray)
             MeanBlocks<1, std::uint8_t>(s, d);
         else if (s.Type == Gray16)

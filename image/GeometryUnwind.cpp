@@ -46,7 +46,7 @@ void Unroll(const Ring& ring, const Image& src, Image& dst, bool interpolate)
             lastRow ? ring.endRadius + j * (ring.begRadius - ring.endRadius) / lastRow : ring.endRadius;
         GeoMapPixel* entries = dst.Type == GeoMap ? dst.Row<GeoMapPixel>(j) : own.data();
         for (std::size_t i = 0; i < columns; i++)
-            entries[i] = warps::EntryAt(s, elementSize, warps::Fixed(ring.center.X + radius * directions[i].X + half),
+            entries[i] = kernels::EntryAt(s, elementSize, warps::Fixed(ring.center.X + radius * directions[i].X + half),
                                         warps::Fixed(ring.center.Y + radius * directions[i].Y + half), interpolate);
         if (dst.Type != GeoMap) warps::SampleRow(s, entries, dst.Row(j), columns, interpolate);
     }

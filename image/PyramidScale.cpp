@@ -49,6 +49,8 @@ void ReduceRows(const Image& src, Image& dst, bool dyadic)
         for (int y = 0; y < dst.Height; y++)
             if constexpr (Channels == 1 && sizeof(T) == 1)
                 kernels::HalveRow(src.Row(2 * y), src.Row(2 * y + 1), dst.Row(y), n);
+            else if constexpr (Channels == 3)
+                kernels::HalveColorRow(src.Row(2 * y), src.Row(2 * y + 1), dst.Row(y), n);
             else
                 kernels::HalveRowPlain<Channels>(src.Row<T>(2 * y), src.Row<T>(2 * y + 1), dst.Row<T>(y), n);
         return;
@@ -66,6 +68,8 @@ void DoubleRows(const Image& src, Image& dst)
     const auto row = [&](int top, int bottom, int y, int weightTop, int weightBottom, int shift) {
         if constexpr (Channels == 1 && sizeof(T) == 1)
             kernels::DoubleRow(src.Row(top), src.Row(bottom), dst.Row(y), n, weightTop, weightBottom, shift);
+        else if constexpr (Channels == 3)
+            kernels::DoubleColorRow(src.Row(top), src.Row(bottom), dst.Row(y), n, weightTop, weightBottom, shift);
         else
             kernels::DoubleRowPlain<Channels>(src.Row<T>(top), src.Row<T>(bottom), dst.Row<T>(y), n, weightTop,
                                               weightBottom, shift);
@@ -164,12 +168,13 @@ void Tiles(const char* context, int tile, const Image& Src, Image& Dst, bool par
         }
     };
     // 65,536 squares of a byte fit in 32 bits.
-    ScaleInto(entry, Src, Dst, (Src.Width + rest) / tile, (Src.Height + rest) / tile, [&](const Image& src, Image& dst) {
-        if (tile <= 65536)
-            compute(src, dst, std::uint32_t{0});
-        else
-            compute(src, dst, std::uint64_t{0});
-    });
+    ScaleInto(entry, Src, Dst, (Src.Width + rest) / tile, (Src.Height + rest) / tile,
+              [&](const Image& src, Image& dst) {
+                  if (tile <= 65536)
+                      compute(src, dst, std::uint32_t{0});
+                  else
+                      compute(src, dst, std::uint64_t{0});
+              });
 }
 
 } // namespace

@@ -35,21 +35,6 @@ inline std::int64_t Fixed(double value)
     return static_cast<std::int64_t>(shifted + (shifted < 0 ? -noise : noise)) - static_cast<std::int64_t>(offset);
 }
 
-/// The entry of a position in 65,536ths, clamped to the surface. The nearest pixel has the whole weight without
-/// `interpolate`.
-inline GeoMapPixel EntryAt(const kernels::Surface& s, int elementSize, std::int64_t x, std::int64_t y, bool interpolate)
-{
-    const auto clamped = [](std::int64_t v, int extent) {
-        const std::int64_t last = std::int64_t{extent - 1} * one;
-        return static_cast<std::uint64_t>(v < 0 ? 0 : v > last ? last : v);
-    };
-    const std::uint64_t cx = clamped(x, s.width), cy = clamped(y, s.height);
-    const auto weight = [interpolate](std::uint64_t v) { return static_cast<std::uint16_t>(interpolate ? 0 - v : 0); };
-    return {static_cast<std::uint32_t>((cy >> fractionBits) * static_cast<std::uint64_t>(s.pitch) +
-                                       (cx >> fractionBits) * static_cast<std::uint64_t>(elementSize)),
-            weight(cx), weight(cy)};
-}
-
 /// The pixels of a row at entries of a map.
 inline void SampleRow(const kernels::Surface& s, const GeoMapPixel* entries, std::uint8_t* d, std::size_t n,
                       bool interpolate)

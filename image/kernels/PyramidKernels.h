@@ -14,6 +14,11 @@ void HalveRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t*
 void DoubleRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n, int WeightTop,
                int WeightBottom, int Shift);
 
+/// The same for `n` pixels of three bytes, channel by channel.
+void HalveColorRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n);
+void DoubleColorRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n, int WeightTop,
+                    int WeightBottom, int Shift);
+
 /// The definition of the halving, for pixels of `Channels` samples.
 template <int Channels, typename T>
 void HalveRowPlain(const T* top, const T* bottom, T* d, std::size_t n)

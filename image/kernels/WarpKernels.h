@@ -24,6 +24,12 @@ struct Line
     std::int32_t x, y, dx, dy;
 };
 
+/// The same, wherever they lie.
+struct WideLine
+{
+    std::int64_t x, y, dx, dy;
+};
+
 /// Bilinear samples at `n` positions along a line. All positions lie within columns 0 to width - 2 and rows 0 to
 /// height - 2, fractions included.
 void BilinearLineRow(const Surface& s, Line line, std::uint8_t* d, std::size_t n);
@@ -33,8 +39,13 @@ void NearestLineRow(const Surface& s, Line line, std::uint8_t* d, std::size_t n)
 void BilinearMapRow(const Surface& s, const GeoMapPixel* map, std::uint8_t* d, std::size_t n);
 /// The pixels at the offsets of `n` entries.
 void NearestMapRow(const Surface& s, const GeoMapPixel* map, std::uint8_t* d, std::size_t n);
-/// The largest offset that the entries of a map make a bilinear sampling read: 0 for none.
-std::uint64_t MapReach(const GeoMapPixel* map, std::size_t n, std::ptrdiff_t pitch, int elementSize, bool interpolate);
+/// Entries of `n` positions along a line in 65,536ths of a pixel, clamped to the surface; without `interpolate` the
+/// nearest pixel at the whole part has all the weight.
+void EntriesRow(const Surface& s, int elementSize, const WideLine& line, GeoMapPixel* map, std::size_t n,
+                bool interpolate);
+/// Whether some of `n` entries lead outside the surface: the pixel itself, or with `interpolate` a neighbour with
+/// weight.
+bool LeadOutside(const Surface& s, int elementSize, const GeoMapPixel* map, std::size_t n, bool interpolate);
 
 // The definitions of the above.
 
@@ -94,6 +105,31 @@ void NearestMapRowPlain(const Surface& s, const GeoMapPixel* map, T* d, std::siz
 {
     for (std::size_t i = 0; i < n; i++)
         std::memcpy(d + i * Channels, s.first + map[i].Offset, Channels * sizeof(T));
+}
+
+/// The entry of one position.
+inline GeoMapPixel EntryAt(const Surface& s, int elementSize, std::int64_t x, std::int64_t y, bool interpolate)
+{
+    const auto clamped = [](std::int64_t v, int extent) {
+        const std::int64_t last = std::int64_t{extent - 1} << 16;
+        return static_cast<std::uint64_t>(v < 0 ? 0 : v > last ? last : v);
+    };
+    const std::uint64_t cx = clamped(x, s.width), cy = clamped(y, s.height);
+    const auto weight = [interpolate](std::uint64_t v) { return static_cast<std::uint16_t>(interpolate ? 0 - v : 0); };
+    return {static_cast<std::uint32_t>((cy >> 16) * static_cast<std::uint64_t>(s.pitch) +
+                                       (cx >> 16) * static_cast<std::uint64_t>(elementSize)),
+            weight(cx), weight(cy)};
+}
+
+inline bool LeadOutsidePlain(const Surface& s, int elementSize, const GeoMapPixel* map, std::size_t n, bool interpolate)
+{
+    const auto size = static_cast<std::uint64_t>(elementSize), pitch = static_cast<std::uint64_t>(s.pitch);
+    const std::uint64_t last =
+        pitch * static_cast<std::uint64_t>(s.height - 1) + size * static_cast<std::uint64_t>(s.width - 1);
+    const std::uint64_t right = interpolate ? size : 0, below = interpolate ? pitch : 0;
+    for (std::size_t i = 0; i < n; i++)
+        if (map[i].Offset + (map[i].Fx ? right : 0) + (map[i].Fy ? below : 0) > last) return true;
+    return false;
 }
 
 } // namespace Tesk::kernels

@@ -370,7 +370,7 @@ TEST(Geometry, RotationsAndSkewsMeetTheirAnchors)
         image->Set(21, 21, Gray);
     const XY middle(10, 10);
     // Quarter turns on the screen, without the noise of the cosine of a right angle.
-    for (const auto& [angle, quarters] : {std::pair{0, 0}, {90, 3}, {180, 2}, {270, 1}, {-90, 1}, {720, 0}}) {
+    for (const auto& [angle, quarters] : {std::pair{0, 0}, {90, 1}, {180, 2}, {270, 3}, {-90, 3}, {720, 0}}) {
         Geometry::Rotate(middle, middle, angle, 1, src, dst);
         Geometry::Turn(quarters, src, other);
         EXPECT_EQ(SamplesOf(dst), SamplesOf(other)) << angle;
@@ -407,12 +407,13 @@ TEST(Geometry, AMapHoldsOffsetsAndWeights)
     EXPECT_FALSE(Geometry::Affine(1, 0, 0.25, 0, 1, 1.5, src, map));
     EXPECT_EQ(map.Row<GeoMapPixel>(0)[2], (GeoMapPixel{16 + 2 * 3, 0xc000, 0x8000}));
     EXPECT_EQ(map.Row<GeoMapPixel>(1)[0], (GeoMapPixel{2 * 16, 0xc000, 0x8000}));
-    Image rgba;
+    Image rgba, wide;
     rgba.Set(5, 4, Rgba);
+    wide.Set(3, 2, GeoMap);
     XY center(2, 2);
-    EXPECT_EQ(CodeOf([&] { Geometry::Affine(1, 0, 0.25, 0, 1, 1.5, rgba, map); }), NoError);
-    EXPECT_EQ(map.Row<GeoMapPixel>(1)[2].Offset, 2u * 20 + 2 * 4);
-    EXPECT_EQ(CodeOf([&] { Geometry::Unwind(center, 0, 90, 1, 2, rgba, map); }), NoError);
+    EXPECT_EQ(CodeOf([&] { Geometry::Affine(1, 0, 0.25, 0, 1, 1.5, rgba, wide); }), NoError);
+    EXPECT_EQ(wide.Row<GeoMapPixel>(1)[2].Offset, 2u * 20 + 2 * 4);
+    EXPECT_EQ(CodeOf([&] { Geometry::Unwind(center, 0, 90, 1, 2, rgba, wide); }), NoError);
 
     map.Row<GeoMapPixel>(0)[0] = {16, 0x4000, 0};
     Geometry::Transform(map, src, dst, true);

@@ -161,6 +161,6 @@ TEST_F(DeBayerTest, SmallMosaicsAndBadOnes)
     EXPECT_EQ(std::wstring(Status::UnicodeError()),
               L"The source image type (Gray16) is not supported for this operation, use Gray");
     EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Operator::DeBayer");
-    Operator::DeBayer(src, dst, RedGreen, static_cast<BayerQualities>(9));
+    Operator::DeBayer(src, dst, RedGreen, static_cast<BayerQualities>(7));
     EXPECT_EQ(Status::Error().Code, OutOfRange);
 }

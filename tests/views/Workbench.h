@@ -1,12 +1,16 @@
 // The whole program on the offscreen platform, driven as a user drives it: by menus, mouse and keys.
 #pragma once
 
+#include "foundation/Status.h"
+#include "image/Image.h"
 #include "workbench/logic/OperationHandler.h"
 #include "workbench/views/FileDialogs.h"
 #include "workbench/views/MainForm.h"
 #include "workbench/views/OperationForm.h"
 
 #include <QAbstractButton>
+#include <QLabel>
+#include <QTimer>
 #include <QApplication>
 #include <QMdiArea>
 #include <QMenuBar>
