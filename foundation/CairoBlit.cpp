@@ -86,7 +86,6 @@ int SourceOf(int i, int extent, int sources)
 
 void CairoTarget::State::Make(int newWidth, int newHeight)
 {
-    const std::string name = fontName;
     context.reset();
     surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, newWidth, newHeight));
     pixels = cairo_image_surface_get_data(surface.get());
@@ -102,7 +101,7 @@ void CairoTarget::State::Make(int newWidth, int newHeight)
     context.reset(cairo_create(surface.get()));
     cairo_set_line_join(context.get(), CAIRO_LINE_JOIN_ROUND);
     cairo_set_line_cap(context.get(), CAIRO_LINE_CAP_ROUND);
-    Font(name, fontSize);
+    fontChosen = false;
     for (int y = 0; y < height; y++)
         std::fill(Row(y), Row(y) + width, opaque);
     cairo_surface_mark_dirty(surface.get());
@@ -124,9 +123,17 @@ void CairoTarget::State::Path(const std::vector<Position>& points, bool closed, 
 
 void CairoTarget::State::Font(const std::string& name, int size)
 {
-    constexpr double trialSize = 64;
     fontName = name;
     fontSize = Clamp(size, 1, 1000);
+    fontChosen = false;
+}
+
+void CairoTarget::State::ChooseFont()
+{
+    constexpr double trialSize = 64;
+    if (fontChosen) return;
+    fontChosen = true;
+    const std::string& name = fontName;
     cairo_t* c = context.get();
     // "System" names whatever the desktop has.
     cairo_select_font_face(c, name.empty() || name == "System" ? "sans" : name.c_str(), CAIRO_FONT_SLANT_NORMAL,

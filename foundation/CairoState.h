@@ -25,6 +25,7 @@ struct CairoTarget::State
     int lineWidth = 1;
     std::string fontName = "sans";
     int fontSize = 16;
+    bool fontChosen = false;
 
     TargetPoint position{0, 0}, origin{0, 0}, center{0, 0}, corner{0, 0};
     double cosine = 1, sine = 0;
@@ -37,7 +38,9 @@ struct CairoTarget::State
     void Color(RgbPixel color) const;
     /// Makes the path through the centres of pixels.
     void Path(const std::vector<Position>& points, bool closed, double farthest) const;
+    /// The font is looked for when text is first measured or drawn: that takes longer than most drawings.
     void Font(const std::string& name, int size);
+    void ChooseFont();
     int FontAscent() const;
     int FontHeight() const;
 };

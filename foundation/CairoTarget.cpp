@@ -292,7 +292,7 @@ void CairoTarget::SetText(RgbPixel Color, const RgbPixel* Background, const std:
 TargetPoint CairoTarget::TextExtent(const std::wstring& Text)
 {
     State& s = *state_;
-    if (!s.context) return {0, 0};
+    s.ChooseFont();
     cairo_text_extents_t extents;
     cairo_text_extents(s.context.get(), Narrow(Text.c_str()).c_str(), &extents);
     return {static_cast<int>(std::ceil(extents.x_advance)), s.FontHeight()};
@@ -302,6 +302,7 @@ void CairoTarget::Text(TargetPoint Point, const std::wstring& Text)
 {
     State& s = *state_;
     if (!s.pixels) return;
+    s.ChooseFont();
     if (s.hasBackground) {
         const TargetPoint size = TextExtent(Text);
         FillRectangle(Point.X, Point.Y, Point.X + size.X, Point.Y + size.Y, s.background);

@@ -1,10 +1,10 @@
 // The enumerations of the library. Their values are part of the API: exported scripts, model files and the
-// catalogue of the library all use them.
+// catalogue of the library all use them. With a fixed width any number that a file holds is a value that can be tested.
 #pragma once
 
 namespace Tesk {
 
-enum PixelTypes
+enum PixelTypes : int
 {
     Undefined = 0,
     Gray = 1,
@@ -25,7 +25,7 @@ enum PixelTypes
     Short = 16
 };
 
-enum ErrorCodes
+enum ErrorCodes : int
 {
     NoError = 0,
     UnsupportedType = 1,
@@ -45,7 +45,7 @@ enum ErrorCodes
     CannotPerform = 16
 };
 
-enum DraggingHandles
+enum DraggingHandles : int
 {
     NoHandle = 0,
     FromHandle = 1,
@@ -82,7 +82,7 @@ enum DraggingHandles
     MiddleHandle2 = 32
 };
 
-enum PredefinedColors
+enum PredefinedColors : int
 {
     Black = 0,
     DarkGray = 21,
@@ -99,7 +99,7 @@ enum PredefinedColors
     Current = -3
 };
 
-enum SourceMode
+enum SourceMode : int
 {
     Idle = 0,
     NotIdle = 1,
@@ -110,7 +110,7 @@ enum SourceMode
 };
 
 // The handles of a polygon with typed corners; shown under the same label as DraggingHandles.
-enum CornerHandles
+enum CornerHandles : int
 {
     HCorner = 1,
     SCorner = 2,
@@ -120,14 +120,14 @@ enum CornerHandles
     Corner = 3
 };
 
-enum AlphaModes
+enum AlphaModes : int
 {
     Opaque = 0,
     Transparent = 1,
     Premultiplied = 2
 };
 
-enum PredefinedBehaviors
+enum PredefinedBehaviors : int
 {
     IgnoreIt = 0,
     ThrowIt = 1,
@@ -136,7 +136,7 @@ enum PredefinedBehaviors
     AssertIt = 4
 };
 
-enum SIMDLevels
+enum SIMDLevels : int
 {
     NoSIMD = 0,
     SIMDMMX = 1,
@@ -151,7 +151,7 @@ enum SIMDLevels
     SIMDNEONv8 = 10
 };
 
-enum GrayClipping
+enum GrayClipping : int
 {
     Saturate = 0,
     Absolute = 1,
@@ -159,7 +159,7 @@ enum GrayClipping
     Rescale = 3
 };
 
-enum ColorComponents
+enum ColorComponents : int
 {
     Red_RGB = 0,
     Green_RGB = 1,
@@ -182,7 +182,7 @@ enum ColorComponents
     Alpha = 18
 };
 
-enum BayerAlignments
+enum BayerAlignments : int
 {
     RedGreen = 0,
     GreenRed = 1,
@@ -190,7 +190,7 @@ enum BayerAlignments
     BlueGreen = 3
 };
 
-enum BayerQualities
+enum BayerQualities : int
 {
     FastRgb = 0,
     SmoothRgb = 1,
@@ -199,7 +199,7 @@ enum BayerQualities
     SharpGray = 4
 };
 
-enum Binarization
+enum Binarization : int
 {
     Binary = 0,
     Means = 1,
@@ -207,7 +207,7 @@ enum Binarization
     ToGray1 = 3
 };
 
-enum GradientTypes
+enum GradientTypes : int
 {
     StandardGradient = 0,
     PrewittGradient = 1,
@@ -220,7 +220,7 @@ enum GradientTypes
     InternalGradient = 8
 };
 
-enum RegistrationModels
+enum RegistrationModels : int
 {
     Translation = 0,
     Rotation = 1,
@@ -236,21 +236,21 @@ enum RegistrationModels
     Rational = 11
 };
 
-enum Polarities
+enum Polarities : int
 {
     Raising = 1,
     Falling = 2,
     Both = 3
 };
 
-enum BlobSelection
+enum BlobSelection : int
 {
     All = -1,
     AllSelected = -2,
     AllDeselected = -3
 };
 
-enum FittingModes
+enum FittingModes : int
 {
     AverageFit = 0,
     FastFit = 1,
@@ -258,7 +258,7 @@ enum FittingModes
     RobustFit = 3
 };
 
-enum Features
+enum Features : int
 {
     BlobClass = 0,
     BlobArea = 1,
@@ -332,7 +332,7 @@ enum Features
     BlobVectorEnd = 59
 };
 
-enum SelectionMode
+enum SelectionMode : int
 {
     Add = 0,
     Remove = 1,
@@ -340,7 +340,7 @@ enum SelectionMode
     Deselect = 3
 };
 
-enum RangeMode
+enum RangeMode : int
 {
     Inside = 1,
     Outside = 2,
@@ -348,14 +348,14 @@ enum RangeMode
     Over = 4
 };
 
-enum Directions
+enum Directions : int
 {
     HorizontalDirection = 1,
     VerticalDirection = 2,
     BothDirections = 3
 };
 
-enum Metrics
+enum Metrics : int
 {
     StraightDistance = 0,
     ScaledDistance = 1,
@@ -371,21 +371,21 @@ enum EdgeSelection : int
     AsFirst = static_cast<int>(0x80000000u) ///< of the second edge of a pair: as the first
 };
 
-enum FittingSide
+enum FittingSide : int
 {
     FitOver = 0,
     FitBefore = 1,
     FitAfter = 2
 };
 
-enum LayoutModes
+enum LayoutModes : int
 {
     NoLayout = 0,
     RigidLayout = 1,
     FlexibleLayout = 2
 };
 
-enum Symbologies
+enum Symbologies : int
 {
     NoSymbology = 0,
     CodeEAN128 = 1,
@@ -416,21 +416,21 @@ enum Symbologies
     CodeDotCode = 4096
 };
 
-enum CodePolarities
+enum CodePolarities : int
 {
     BlackOnWhite = 1,
     WhiteOnBlack = 2,
     AutoPolarity = 3
 };
 
-enum CodeViews
+enum CodeViews : int
 {
     Straight = 1,
     Mirrored = 2,
     AutoView = 3
 };
 
-enum Sizes
+enum Sizes : int
 {
     Size10 = 0,
     Size12 = 1,
@@ -505,7 +505,7 @@ enum Sizes
     DotCode = 70
 };
 
-enum ComparatorMode
+enum ComparatorMode : int
 {
     CompareIdle = 0,
     EditingAligners = 1,
@@ -515,7 +515,7 @@ enum ComparatorMode
     Inspected = 5
 };
 
-enum ROITypes
+enum ROITypes : int
 {
     NoType = 0,
     Train = 1,

@@ -23,8 +23,8 @@ namespace {
 constexpr int firstCycleColor = 1, lastCycleColor = 62, startCycleColor = 48;
 /// An arrow is drawn on lines longer than this, in target pixels; its head is as long, and half as wide.
 constexpr double arrowLength = 12, arrowHalfWidth = 3;
-/// Palette indexes for no colour, and for one that no target was told yet.
-constexpr int none = -1, unknown = std::numeric_limits<int>::min();
+/// The palette index that no target was told yet; those below 0 are no colour.
+constexpr int unknown = std::numeric_limits<int>::min();
 
 GraphTarget* target = nullptr;
 TargetPoint origin{0, 0};

@@ -297,6 +297,24 @@ double ColorVariance(const Counts (&counts)[3], double& r, double& g, double& b)
     return (VarianceOf(counts[0], r) + VarianceOf(counts[1], g) + VarianceOf(counts[2], b)) / 3;
 }
 
+double PixelCount(const Image& image)
+{
+    return static_cast<double>(image.Width) * image.Height;
+}
+
+/// Runs `f` on the sums of the channels of a colour image; false on a refusal.
+template <typename F>
+bool OnColorSums(const char* context, const Image& src, F f)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(src))) return false;
+    if (src.Type != Rgb)
+        return !entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
+                             PixelTypeName(src.Type));
+    f(SumBytes(src));
+    return true;
+}
+
 int ImageQuantile(const Image& src, const Counts& h, double percent)
 {
     return LevelsUpTo(h, Target(src.Width * percent * src.Height));
@@ -306,13 +324,9 @@ int ImageQuantile(const Image& src, const Counts& h, double percent)
 
 Moments MomentsOf(const Image& gray)
 {
-    const auto counted = CountGray(gray);
-    std::int32_t held[byteLevels];
-    for (std::size_t v = 0; v < byteLevels; v++)
-        held[v] = Held(counted[v]);
-    Moments moments{};
-    moments.variance = VarianceOf(Summed(held, byteLevels, 0, 1), moments.mean);
-    return moments;
+    const ByteSums sums = SumBytes(gray)[0];
+    const double pixels = PixelCount(gray);
+    return {sums.Mean(pixels), sums.Variance(pixels)};
 }
 
 } // namespace levels
@@ -338,6 +352,10 @@ double Histogram::Mean() const
 
 double Histogram::Mean(const Image& Src)
 {
+    if (Src.Type == Gray) {
+        Status::Error().Code = NoError;
+        return MomentsOf(Src).mean;
+    }
     return OnImage("Tesk::Histogram::Mean", Src, 0.0, MeanOf);
 }
 
@@ -352,10 +370,10 @@ void Histogram::Mean(double& MeanR, double& MeanG, double& MeanB) const
 
 void Histogram::Mean(const Image& Src, double& MeanR, double& MeanG, double& MeanB)
 {
-    OnColors("Tesk::Histogram::Mean", Src, [&](const Counts(&counts)[3]) {
-        MeanR = MeanOf(counts[0]);
-        MeanG = MeanOf(counts[1]);
-        MeanB = MeanOf(counts[2]);
+    OnColorSums("Tesk::Histogram::Mean", Src, [&](const std::array<ByteSums, 3>& sums) {
+        MeanR = sums[0].Mean(PixelCount(Src));
+        MeanG = sums[1].Mean(PixelCount(Src));
+        MeanB = sums[2].Mean(PixelCount(Src));
     });
 }
 
@@ -439,6 +457,12 @@ double Histogram::Variance(double& Mean) const
 
 double Histogram::Variance(const Image& Src, double& Mean)
 {
+    if (Src.Type == Gray) {
+        Status::Error().Code = NoError;
+        const Moments moments = MomentsOf(Src);
+        Mean = moments.mean;
+        return moments.variance;
+    }
     return OnImage("Tesk::Histogram::Variance", Src, 0.0, [&](const Counts& h) { return VarianceOf(h, Mean); });
 }
 
@@ -453,8 +477,13 @@ double Histogram::Variance(double& MeanR, double& MeanG, double& MeanB) const
 double Histogram::Variance(const Image& Src, double& MeanR, double& MeanG, double& MeanB)
 {
     double variance = 0;
-    OnColors("Tesk::Histogram::Variance", Src,
-             [&](const Counts(&counts)[3]) { variance = ColorVariance(counts, MeanR, MeanG, MeanB); });
+    OnColorSums("Tesk::Histogram::Variance", Src, [&](const std::array<ByteSums, 3>& sums) {
+        const double pixels = PixelCount(Src);
+        MeanR = sums[0].Mean(pixels);
+        MeanG = sums[1].Mean(pixels);
+        MeanB = sums[2].Mean(pixels);
+        variance = (sums[0].Variance(pixels) + sums[1].Variance(pixels) + sums[2].Variance(pixels)) / 3;
+    });
     return variance;
 }
 

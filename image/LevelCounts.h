@@ -13,13 +13,28 @@ namespace levels {
 
 inline constexpr int byteLevels = 256;
 
-/// How many pixels of a window have each value. Several tables are counted into by turns, so that a pixel need not
-/// wait for the count of an equal neighbour to be stored. A store has fewer pixels than a count can hold.
+/// How many pixels of a window have each value. A store has fewer pixels than a count can hold.
 std::array<std::uint32_t, byteLevels> CountGray(const Image& src);
 /// For each of the three channels, red first.
 std::array<std::array<std::uint32_t, byteLevels>, 3> CountRgb(const Image& src);
 /// Values beyond the last of `entries` levels count there.
 std::vector<std::uint32_t> CountGray16(const Image& src, int entries);
+
+/// The sums of the pixels and of their squares, without counting levels.
+struct ByteSums
+{
+    std::uint64_t sum = 0, squares = 0;
+
+    double Mean(double pixels) const { return static_cast<double>(sum) / pixels; }
+    double Variance(double pixels) const
+    {
+        const double mean = Mean(pixels);
+        return static_cast<double>(squares) / pixels - mean * mean;
+    }
+};
+
+/// Of a `Gray` image in the first place, of an `Rgb` image red first.
+std::array<ByteSums, 3> SumBytes(const Image& src);
 
 /// The threshold that makes the variance within the two parts least (Otsu 1979), and the means of the parts below it
 /// and from it up. Of splits that are equally good the middle is taken; without any, 0 and the ends of the scale.

@@ -110,15 +110,8 @@ void Operator::Normalize(double Mean, double Variance, const Image& Src, Image& 
             return;
         }
     }
-    std::int64_t sum = 0, squares = 0, level = 0;
-    for (const std::uint32_t count : levels::CountGray(Src)) {
-        sum += level * count;
-        squares += level * level * count;
-        level++;
-    }
-    const double n = static_cast<double>(Src.Width) * Src.Height;
-    const double mean = static_cast<double>(sum) / n;
-    const double variance = static_cast<double>(squares) / n - mean * mean;
+    const levels::ByteSums sums = levels::SumBytes(Src)[0];
+    const double n = static_cast<double>(Src.Width) * Src.Height, mean = sums.Mean(n), variance = sums.Variance(n);
     const double wantedMean = Mean < 0 ? 128 : Mean, wantedVariance = Variance < 0 ? 16384 : Variance;
     // A constant image has no contrast to scale: it takes the mean.
     const double gain = variance > 0 ? std::sqrt(wantedVariance / variance) : 0;

@@ -2,6 +2,7 @@
 #include "foundation/Status.h"
 #include "image/Image.h"
 #include "image/Operator.h"
+#include "measure/Profile.h"
 
 #include <gtest/gtest.h>
 
@@ -146,6 +147,21 @@ TEST_F(HistogramTest, CountsAreThoseOfTheWindow)
             histogram.Compute(image, false);
             EXPECT_EQ(histogram.Sample(150, 0), 2 * before);
         }
+    // Large images are counted by pairs of pixels, windows of odd width too.
+    Image large;
+    Lumpy(large, Gray, 17, 1025, 601);
+    Histogram once, rows;
+    once.Compute(large);
+    rows.Set(once);
+    Operator::Copy(0, rows);
+    const Limits window(large.X, large.Y, large.Width, large.Height);
+    for (int y = 0; y < window.Height; y++) {
+        large.Window(window.X, window.Y + y, window.Width, 1);
+        rows.Compute(large, false);
+    }
+    EXPECT_EQ(once.Count(0, true), 1017 * 595);
+    for (int i = 0; i < 256; i++)
+        ASSERT_EQ(once.Bin(i), rows.Bin(i)) << i;
     // Values beyond the depth stand at the last level.
     Image deep;
     deep.Set(5, 1, Gray16);

@@ -266,8 +266,17 @@ TEST_F(ImageFormatTest, JpegHoldsGrayAndColorAndNamesTheSpacesThatItRefuses)
 
 TEST_F(ImageFormatTest, HeadersOfVastImagesAskForLittleMemory)
 {
-    Bytes bmp(100), tiff = {'I', 'I', 42, 0, 8, 0,    0,    0, 3, 0, 0, 1, 3, 0, 1, 0, 0, 0, 0x60, 0xea, 0, 0, 1, 1, 3,
-                            0,   1,   0,  0, 0, 0x60, 0xea, 0, 0, 6, 1, 3, 0, 1, 0, 0, 0, 1, 0,    0,    0, 0, 0, 0, 0};
+    Bytes bmp(100), tiff = {'I', 'I', 42, 0, 8, 0, 0, 0, 5, 0};
+    tiff.resize(74);
+    const std::uint16_t tags[][2] = {{256, 60000}, {257, 60000}, {262, 1}, {273, 8}, {279, 10}};
+    for (std::size_t i = 0; i < 5; i++) {
+        std::uint8_t* entry = &tiff[10 + 12 * i]; // tag, two bytes a value, one value
+        const std::uint16_t fields[] = {tags[i][0], 3, 1, 0, tags[i][1], 0};
+        for (std::size_t k = 0; k < 6; k++) {
+            entry[2 * k] = static_cast<std::uint8_t>(fields[k]);
+            entry[2 * k + 1] = static_cast<std::uint8_t>(fields[k] >> 8);
+        }
+    }
     bmp[0] = 'B';
     bmp[1] = 'M';
     bmp[10] = 54;

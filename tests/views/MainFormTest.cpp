@@ -195,7 +195,7 @@ TEST(MainForm, FlippingTheRadioGroupSwapsTheMethodAndKeepsWhatFits)
 {
     Workbench bench;
     bench.ReadImage();
-    bench.Menu({"Process", "Point to point", "Image Arithmetic...", "Image + Const"});
+    bench.Menu({"Process", "Point to point", "Image Arithmetic...", "Const + Image"});
     ASSERT_EQ(bench.Count(), 2);
     auto* group = bench.OperationWindow()->findChild<QGroupBox*>("MethodGroup");
     ASSERT_TRUE(group);

@@ -16,9 +16,11 @@ HelpWidget::HelpWidget(const QString& text, helpStyle style, QWidget* parent) : 
     setFont(face);
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
+    // The help of a row is a narrow column beside its control, so that the windows leave room for the pictures.
+    const int width = style == helpStyle::Row ? rowWidth : maximumWidth;
     setMaximumWidth(maximumWidth);
     // A wrapped label asks for little width by itself, and would become a tall column.
-    setMinimumWidth(std::min(maximumWidth, QFontMetrics(face).horizontalAdvance(text) + 8));
+    setMinimumWidth(std::min(width, QFontMetrics(face).horizontalAdvance(text) + 8));
     setVisible(isHelp);
 }
 

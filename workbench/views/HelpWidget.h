@@ -17,7 +17,7 @@ class HelpWidget : public QLabel
     Q_OBJECT
 
 public:
-    static constexpr int maximumWidth = 400;
+    static constexpr int maximumWidth = 400, rowWidth = 230;
 
     HelpWidget(const QString& text, helpStyle style, QWidget* parent = nullptr);
 

@@ -10,6 +10,21 @@
 
 namespace TeskPlus {
 
+namespace {
+
+/// Brings what the layouts know of their widgets' sizes up to date, from the innermost outwards. Otherwise that takes a
+/// round of events for each level, and happens not at all in a window that is hidden.
+void RefreshLayouts(QWidget& widget)
+{
+    for (QWidget* child : widget.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        if (!child->isWindow()) RefreshLayouts(*child);
+    if (!widget.layout()) return;
+    widget.layout()->invalidate();
+    widget.layout()->activate();
+}
+
+} // namespace
+
 ToolWindow::ToolWindow(QMdiArea& area, const QString& name, bool hasBar)
     : QMdiSubWindow(nullptr, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint), area_(area)
 {
@@ -66,8 +81,11 @@ void ToolWindow::Place(WindowPoint location)
 void ToolWindow::FitContent()
 {
     fitting_ = true;
-    frame_->layout()->activate();
-    const QSize wanted = frame_->sizeHint().expandedTo(frame_->minimumSizeHint());
+    RefreshLayouts(*frame_);
+    QSize wanted = frame_->sizeHint().expandedTo(frame_->minimumSizeHint());
+    // Texts that wrap need the height for the width that they get.
+    if (frame_->layout()->hasHeightForWidth())
+        wanted.setHeight(std::max(wanted.height(), frame_->layout()->totalHeightForWidth(wanted.width())));
     const QMargins frame = contentsMargins();
     const int title = height() > 0 ? std::max(0, height() - contentsRect().height() - frame.top() - frame.bottom()) : 0;
     QSize outer = wanted + QSize(frame.left() + frame.right(), frame.top() + frame.bottom() + title);

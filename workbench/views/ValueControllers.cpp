@@ -165,7 +165,8 @@ public:
             widget->ShowFileButton(isRead_ ? "open" : "save");
             widget->FileButtonPressed = [this] { AskFile(); };
         }
-        widget->SetValue(ReadText());
+        // A new file argument holds the filter of its dialog, which is no file.
+        if (!request.FromDefault || !(isRead_ || isWrite_)) widget->SetValue(ReadText());
         if ((isRead_ || isWrite_) && request.FromDefault) isCancelled_ = !AskFile();
     }
 
