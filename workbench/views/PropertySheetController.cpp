@@ -155,6 +155,8 @@ void PropertySheetController::BuildPage(int page)
         AddProperties(node);
     }
     AddExtras(page);
+    // A layout of a window on the screen shows what is added to it only with the next events.
+    grid_->show();
 }
 
 void PropertySheetController::AddProperties(int node)
@@ -248,9 +250,11 @@ bool PropertySheetController::HideCtrl(bool Keep)
 void PropertySheetController::Fit()
 {
     // A change deep inside reaches the layouts above it only with the next events.
-    if (grid_) grid_->layout()->invalidate();
-    pageArea_->layout()->invalidate();
-    pageArea_->updateGeometry();
+    for (QWidget* widget : {grid_, pageArea_})
+        if (widget) {
+            widget->layout()->invalidate();
+            widget->updateGeometry();
+        }
     Window().FitContent();
 }
 

@@ -53,19 +53,26 @@ QImage ImageOfDib(const std::vector<std::uint8_t>& dib)
     return QImage::fromData(file, "BMP");
 }
 
+/// Gray pictures stay gray.
 std::vector<std::uint8_t> DibOfImage(const QImage& image)
 {
-    const int width = image.width(), height = image.height(), pitch = (3 * width + 3) & ~3;
-    std::vector<std::uint8_t> dib(40 + static_cast<std::size_t>(pitch) * static_cast<std::size_t>(height));
+    const bool isGray = image.depth() == 8 && image.isGrayscale();
+    const int width = image.width(), height = image.height(), bytes = (isGray ? 1 : 3) * width;
+    const auto pitch = static_cast<std::size_t>((bytes + 3) & ~3);
+    const std::size_t colors = isGray ? 256 : 0, offset = 40 + 4 * colors;
+    std::vector<std::uint8_t> dib(offset + pitch * static_cast<std::size_t>(height));
     qToLittleEndian<quint32>(40, dib.data());
     qToLittleEndian<qint32>(width, dib.data() + 4);
     qToLittleEndian<qint32>(height, dib.data() + 8);
     qToLittleEndian<quint16>(1, dib.data() + 12);
-    qToLittleEndian<quint16>(24, dib.data() + 14);
-    const QImage rgb = image.convertToFormat(QImage::Format_BGR888);
+    qToLittleEndian<quint16>(isGray ? 8 : 24, dib.data() + 14);
+    qToLittleEndian<quint32>(static_cast<quint32>(colors), dib.data() + 32);
+    for (std::size_t i = 0; i < colors; i++)
+        std::memset(dib.data() + 40 + 4 * i, static_cast<int>(i), 3);
+    const QImage pixels = image.convertToFormat(isGray ? QImage::Format_Grayscale8 : QImage::Format_BGR888);
     for (int y = 0; y < height; y++)
-        std::memcpy(dib.data() + 40 + static_cast<std::size_t>(pitch) * static_cast<std::size_t>(height - 1 - y),
-                    rgb.constScanLine(y), static_cast<std::size_t>(3 * width));
+        std::memcpy(dib.data() + offset + pitch * static_cast<std::size_t>(height - 1 - y), pixels.constScanLine(y),
+                    static_cast<std::size_t>(bytes));
     return dib;
 }
 

@@ -1,4 +1,4 @@
-#include "Workbench.h"
+#include "tests/views/ObjectTest.h"
 
 #include "image/Kernel.h"
 #include "image/Morpho.h"
@@ -33,7 +33,7 @@ TEST(MorphoSheet, OpensOnThePageOfTheShape)
     }
 }
 
-class Sheets : public Workbench
+class Sheets : public ObjectTest
 {
 protected:
     QRadioButton* RadioButton(const char* title, const char* text)

@@ -1,4 +1,4 @@
-// The whole workbench without a screen, and how tests use its widgets.
+// The workbench with a picture in it, for the tests of pictures and sheets.
 #pragma once
 
 #include "image/Image.h"
@@ -22,10 +22,10 @@
 
 namespace TeskPlus {
 
-class Workbench : public testing::Test
+class ObjectTest : public testing::Test
 {
 protected:
-    Workbench() : form_(false)
+    ObjectTest() : form_(false)
     {
         form_.SetIsHelp(false);
         form_.resize(1600, 1100);

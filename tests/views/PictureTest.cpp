@@ -1,4 +1,4 @@
-#include "Workbench.h"
+#include "tests/views/ObjectTest.h"
 
 #include "image/Source.h"
 #include "measure/Profile.h"
@@ -56,7 +56,7 @@ TEST(PixelText, GoesByTheTypeOfThePixels)
     EXPECT_EQ(PixelText(image, -1, 0), L"");
 }
 
-TEST_F(Workbench, ThePictureShowsThePixelsAtItsZoom)
+TEST_F(ObjectTest, ThePictureShowsThePixelsAtItsZoom)
 {
     Open(100, 100);
     QWidget* picture = Picture("Image0");
@@ -79,7 +79,7 @@ TEST_F(Workbench, ThePictureShowsThePixelsAtItsZoom)
     EXPECT_EQ(PixelOf(picture, {15, 10}), GrayColor(30 + 2 * 20 + 1));
 }
 
-TEST_F(Workbench, ALargePictureScrollsAndDrawsThePartInSight)
+TEST_F(ObjectTest, ALargePictureScrollsAndDrawsThePartInSight)
 {
     Open(250, 100);
     Part<QSpinBox>("Image0", "numericUpDown1")->setValue(3);
@@ -95,7 +95,7 @@ TEST_F(Workbench, ALargePictureScrollsAndDrawsThePartInSight)
         EXPECT_EQ(shown.pixel(at) & 0xffffff, GrayColor(((at.x() + 900) / 8 + 2 * ((at.y() + 100) / 8)) & 255));
 }
 
-TEST_F(Workbench, TheWheelZoomsAboutThePointer)
+TEST_F(ObjectTest, TheWheelZoomsAboutThePointer)
 {
     Open(250, 100);
     Part<QSpinBox>("Image0", "numericUpDown1")->setValue(2);
@@ -111,14 +111,14 @@ TEST_F(Workbench, TheWheelZoomsAboutThePointer)
     EXPECT_EQ(picture->mapTo(panel->viewport(), 2 * at).x(), before.x());
 }
 
-TEST_F(Workbench, TheLabelTellsThePixelUnderThePointer)
+TEST_F(ObjectTest, TheLabelTellsThePixelUnderThePointer)
 {
     Open(100, 100);
     QTest::mouseMove(Picture("Image0"), {4 * 12 + 3, 4 * 7});
     EXPECT_EQ(Part<QLabel>("Image0", "cursorLabel")->text(), "Gray 026 @ (12,7)");
 }
 
-TEST_F(Workbench, TheWindowBoxSetsAndShowsTheWindow)
+TEST_F(ObjectTest, TheWindowBoxSetsAndShowsTheWindow)
 {
     Open(100, 80);
     ASSERT_TRUE(Add(L"Operator", L"Invert"));
@@ -147,7 +147,7 @@ TEST_F(Workbench, TheWindowBoxSetsAndShowsTheWindow)
     EXPECT_FALSE(result->isVisibleTo(Window("Inverted0"))) << "a result has no window to set";
 }
 
-TEST_F(Workbench, DraggingTheWindowRunsTheSequenceOnEachMove)
+TEST_F(ObjectTest, DraggingTheWindowRunsTheSequenceOnEachMove)
 {
     Open(100, 80);
     ASSERT_TRUE(Add(L"Operator", L"Invert"));
@@ -170,7 +170,7 @@ TEST_F(Workbench, DraggingTheWindowRunsTheSequenceOnEachMove)
     EXPECT_EQ(picture->cursor().shape(), Qt::SizeAllCursor);
 }
 
-TEST_F(Workbench, TheUsersZoomStaysUntilTheImageTakesAnotherSize)
+TEST_F(ObjectTest, TheUsersZoomStaysUntilTheImageTakesAnotherSize)
 {
     Open(100, 100);
     auto* zoom = Part<QSpinBox>("Image0", "numericUpDown1");
@@ -191,7 +191,7 @@ TEST_F(Workbench, TheUsersZoomStaysUntilTheImageTakesAnotherSize)
     Picture("Image0")->grab();
 }
 
-TEST_F(Workbench, TheWindowFollowsThePictureUntilTheUserResizesIt)
+TEST_F(ObjectTest, TheWindowFollowsThePictureUntilTheUserResizesIt)
 {
     Open(200, 100);
     ToolWindow* window = Window("Image0");
@@ -214,7 +214,7 @@ TEST_F(Workbench, TheWindowFollowsThePictureUntilTheUserResizesIt)
     EXPECT_EQ(window->size(), fitting);
 }
 
-TEST_F(Workbench, TheMenuCopiesPicturePixelAndPlace)
+TEST_F(ObjectTest, TheMenuCopiesPicturePixelAndPlace)
 {
     Open(100, 80);
     QWidget* picture = Picture("Image0");
@@ -241,7 +241,7 @@ TEST_F(Workbench, TheMenuCopiesPicturePixelAndPlace)
     EXPECT_EQ(QApplication::clipboard()->image().size(), Part<QScrollArea>("Image0", "panel2")->viewport()->size());
 }
 
-TEST_F(Workbench, ARowOfAProfileIsDraggedOnThePicture)
+TEST_F(ObjectTest, ARowOfAProfileIsDraggedOnThePicture)
 {
     Open(100, 80);
     ASSERT_TRUE(Add(L"Profile", L"Get Row"));
@@ -259,7 +259,7 @@ TEST_F(Workbench, ARowOfAProfileIsDraggedOnThePicture)
     EXPECT_EQ(profile.Sample(3), 3 + 2 * 15) << "the result follows the drag";
 }
 
-TEST_F(Workbench, APointIsDraggedAndHeldInsideThePicture)
+TEST_F(ObjectTest, APointIsDraggedAndHeldInsideThePicture)
 {
     Open(100, 80);
     ASSERT_TRUE(Add(L"Geometry", L"Rotate by Two Points"));
@@ -292,7 +292,7 @@ const OverlayRow markerRow{.Type = 85,
                                },
                            .FollowsWindow = true};
 
-TEST_F(Workbench, AnOverlayShowsItsMotherAndLeavesWithHer)
+TEST_F(ObjectTest, AnOverlayShowsItsMotherAndLeavesWithHer)
 {
     Open(100, 80);
     IController& mother = Controller(L"Image0");
