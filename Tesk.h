@@ -6,8 +6,16 @@
 #include "foundation/Records.h"
 #include "foundation/Services.h"
 #include "foundation/Status.h"
+#include "image/Geometry.h"
+#include "image/Histogram.h"
 #include "image/Image.h"
+#include "image/Kernel.h"
+#include "image/Morpho.h"
 #include "image/Operator.h"
+#include "image/Pyramid.h"
+#include "image/Source.h"
+#include "measure/Path.h"
+#include "measure/Profile.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE

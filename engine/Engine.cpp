@@ -8,20 +8,20 @@
 #include <algorithm>
 #include <cmath>
 #include <cwchar>
+#include <set>
 
 namespace Tesk {
 
 using namespace attributeValue;
 
 std::FILE* Engine::Trace = stdout;
+const wchar_t* const Engine::PendingReason = L"This method is not available in this version.";
 
 namespace {
 
-constexpr int profileType = 62, histogramType = 43;
 /// Names are built in a buffer of 80 characters, its end included.
 constexpr std::size_t longestName = 79;
 
-/// A histogram is a profile to everything that reads one.
 bool TypeServes(int wanted, int offered)
 {
     return wanted == 0 || wanted == offered || (wanted == profileType && offered == histogramType);
@@ -101,7 +101,14 @@ bool Engine::RemoveOperation(int Index, int& Argument, int& Consumer, bool Test)
                     return false;
                 }
     }
-    if (!Test) Operations.erase(Operations.begin() + Index);
+    if (Test) return true;
+    // What read through a shadow of this operation reads through the shadow's own source from now on.
+    for (const Arg& gone : operation.Args) {
+        if (!gone.Variable || !gone.Variable->Source) continue;
+        for (const auto& variable : variables_)
+            if (variable->Source == gone.Variable) variable->Source = gone.Variable->Source;
+    }
+    Operations.erase(Operations.begin() + Index);
     return true;
 }
 
@@ -174,6 +181,20 @@ void Engine::UnreserveVariables()
         variable->Reserved = false;
 }
 
+int Engine::ReclaimVariables()
+{
+    std::size_t freed = 0, more = 0;
+    do {
+        std::set<const AnyVariable*> read;
+        for (const auto& variable : variables_)
+            read.insert(variable->Source);
+        more = std::erase_if(
+            variables_, [&](const auto& variable) { return variable->Uses <= 0 && read.count(variable.get()) == 0; });
+        freed += more;
+    } while (more > 0);
+    return static_cast<int>(freed);
+}
+
 AnyVariable* Engine::CreateVariable(int Node, int)
 {
     if (Node < 0 || Node >= NumNodes || Tree[Node]->Kind() != ArgumentKind) return nullptr;
@@ -181,6 +202,7 @@ AnyVariable* Engine::CreateVariable(int Node, int)
     const TypeRow* type = FindType(node.Type);
     if (!type) return nullptr;
     auto variable = type->Make();
+    variable->TypeCode = node.Type;
     int counter = 0;
     SetName(*variable, UniqueName(node.Alias ? node.Alias : node.Identifier, counter));
     if (type->SetDefault) type->SetDefault(*variable, node);
@@ -195,6 +217,7 @@ AnyVariable* Engine::MakeShadow(int type, AnyVariable* source)
     const TypeRow* row = FindType(type);
     if (!row || !row->ShallowCopy) return nullptr;
     auto shadow = row->Make();
+    shadow->TypeCode = type;
     SetName(*shadow, source->NameText);
     shadow->AutoNamed = source->AutoNamed;
     row->ShallowCopy(*shadow, *source, true);

@@ -5,6 +5,7 @@
 #include "engine/TreeNode.h"
 
 #include <cstdio>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,9 +24,16 @@ public:
     /// The node of a method, or of an argument, typed.
     static const MethodNode* OpNode(int Index) { return static_cast<const MethodNode*>(Tree[Index]); }
     static const ArgumentNode* VarNode(int Index) { return static_cast<const ArgumentNode*>(Tree[Index]); }
+    /// Whether what a node describes cannot be called yet: its method, its property, its type, or for a class or a
+    /// choice every method in it. Such a node has no dispatch; the views show it disabled.
+    static bool IsPending(int Node);
+    /// Why, for a tooltip.
+    static const wchar_t* const PendingReason;
 
     /// Where the engine tells what it does; null for silence.
     static std::FILE* Trace;
+    /// Called before each operation that `Execute` runs, if set.
+    std::function<void(const Operation&)> BeforeRun;
 
     /// The operations in execution order; an operation's index is its id.
     std::vector<std::unique_ptr<Operation>> Operations;
@@ -68,6 +76,10 @@ public:
     /// behind it if it was taken.
     bool RenameVariable(AnyVariable* Variable, const wchar_t* NewName, bool Test);
     void UnreserveVariables();
+    /// Frees the variables that no argument holds and no other variable reads; how many. A caller that keeps pointers to
+    /// variables of its own lets go of those without `Uses` first.
+    int ReclaimVariables();
+    int NumVariables() const { return static_cast<int>(variables_.size()); }
     /// A free name: the stem alone for a counter of -1, else with the counter, which ends on the number used.
     std::wstring UniqueName(const wchar_t* Stem, int& Counter) const;
 

@@ -80,10 +80,10 @@ void Engine::Execute()
 {
     for (const auto& operation : Operations)
         for (const Arg& argument : operation->Args)
-            if (argument.Variable) {
-                argument.Variable->Changed = false;
-                argument.Variable->Scratch = argument.Variable->Stamp;
-            }
+            if (argument.Variable) argument.Variable->Changed = false;
+    // The look-ahead meets sources that no operation holds any more.
+    for (const auto& variable : variables_)
+        variable->Scratch = variable->Stamp;
     Status::Error().Code = NoError;
     for (std::size_t i = 0; i < Operations.size(); i++) {
         Operation& operation = *Operations[i];
@@ -103,6 +103,7 @@ void Engine::Execute()
             if (ages.maxIn < ages.minOut && ages.numOut != 0) continue;
         }
         Status::Error().Code = NoError;
+        if (BeforeRun) BeforeRun(operation);
         Dispatch(operation);
         const int code = Status::Error().Code;
         operation.Dirty = false;

@@ -62,6 +62,19 @@ void Operation::Set(Engine& Engine, int Method, bool Keep)
             }
 }
 
+void Operation::Restore(const Memo& Former)
+{
+    for (const auto* arguments : {&Former.Args, &Former.Held})
+        for (const Arg& argument : *arguments)
+            if (argument.Variable) argument.Variable->Uses++;
+    GiveUp(Args);
+    GiveUp(Held);
+    Node = Former.Node;
+    Args = Former.Args;
+    Held = Former.Held;
+    Dirty = Former.Dirty;
+}
+
 void Operation::Reset()
 {
     GiveUp(Held);

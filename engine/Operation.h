@@ -38,6 +38,15 @@ public:
     void Set(Engine& Engine, int Method, bool Keep);
     /// Empties `Held`.
     void Reset();
+    /// What `Set` changes, to go back to when a swap cannot be finished.
+    struct Memo
+    {
+        std::int32_t Node;
+        std::vector<Arg> Args, Held;
+        bool Dirty;
+    };
+    Memo Save() const { return {Node, Args, Held, Dirty}; }
+    void Restore(const Memo& Former);
     /// Renames the outputs that the engine named after the method.
     void RenameTargets(Engine& Engine);
 

@@ -1,18 +1,30 @@
 // The sequence as a program in one of four languages.
 #include "engine/Engine.h"
 
-#include "engine/Types.h"
+#include "engine/Settings.h"
+#include "engine/TypeNames.h"
 #include "foundation/Status.h"
-#include "image/Image.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdarg>
+#include <cstring>
 #include <cwchar>
 #include <type_traits>
 
 namespace Tesk {
 
 using namespace attributeValue;
+
+std::wstring Formatted(const wchar_t* Format, ...)
+{
+    std::array<wchar_t, 512> text{};
+    va_list arguments;
+    va_start(arguments, Format);
+    std::vswprintf(text.data(), text.size(), Format, arguments);
+    va_end(arguments);
+    return text.data();
+}
 
 namespace {
 
@@ -56,17 +68,7 @@ constexpr const wchar_t* visualBasicTypes[] = {
     L"Boolean", L"Boolean?", L"Byte",  L"Byte?",    L"SByte",  L"SByte?", L"dXYZ", L"Double", L"Double?", L"Single",
     L"Integer", L"Integer?", L"Short", L"UInteger", L"UShort", L"",       L"?",    L"Char",   L"Char?"};
 
-constexpr int imageType = 44, blobSelectionType = 7;
-
-std::wstring Formatted(const wchar_t* format, ...)
-{
-    std::array<wchar_t, 512> text{};
-    va_list arguments;
-    va_start(arguments, format);
-    std::vswprintf(text.data(), text.size(), format, arguments);
-    va_end(arguments);
-    return text.data();
-}
+constexpr int blobSelectionType = 7, firstSettingsType = 8, lastSettingsType = 79;
 
 std::wstring Escaped(std::uint32_t c)
 {
@@ -90,10 +92,10 @@ std::wstring Quoted(const Text* text)
 
 std::wstring FloatText(float value)
 {
-    std::wstring text = Formatted(L"%#f", static_cast<double>(value));
-    const std::size_t point = text.find(L'.');
-    if (point != std::wstring::npos && text.find_first_not_of(L'0', point + 1) == std::wstring::npos)
-        text.resize(point + 1);
+    std::wstring text = Formatted(L"%#g", static_cast<double>(value));
+    const std::size_t point = text.find(L'.'), exponent = std::min(text.find(L'e'), text.size());
+    if (point != std::wstring::npos && std::min(text.find_first_not_of(L'0', point + 1), text.size()) == exponent)
+        text.erase(point + 1, exponent - point - 1);
     return text + L'f';
 }
 
@@ -109,7 +111,16 @@ const T& ValueOf(const AnyVariable& variable)
     return static_cast<const Var<T>&>(variable).Value;
 }
 
-class Writer
+/// The value of any enumeration: all are held in 32 bits, which need not be those of an enumerator.
+int EnumeratorOf(const AnyVariable& variable)
+{
+    std::int32_t value;
+    static_assert(sizeof value == sizeof(PixelTypes));
+    std::memcpy(&value, &ValueOf<PixelTypes>(variable), sizeof value);
+    return value;
+}
+
+class Writer final : SettingsSink
 {
 public:
     Writer(const Engine& engine, int language)
@@ -180,26 +191,14 @@ private:
         return std::wstring(L"TeskNET") + words_.scope + enumeration + words_.scope;
     }
 
-    std::wstring Enumerator(const EnumArgumentNode& node, int value) const
-    {
-        for (int child = Engine::Tree[node.EnumIndex]->FirstChild; child >= 0;
-             child = Engine::Tree[child]->NextSibling) {
-            const auto* enumerator = static_cast<const EnumCaseNode*>(Engine::Tree[child]);
-            if (enumerator->Value == value)
-                return EnumPrefix(Engine::Tree[node.EnumIndex]->Identifier) + enumerator->Identifier;
-        }
-        return std::to_wstring(value).substr(0, 7);
-    }
-
     std::wstring Literal(const Arg& argument) const
     {
         const ArgumentNode& node = *Engine::VarNode(argument.Node);
         if (!argument.Variable) return L"?";
         const AnyVariable& variable = *argument.Variable;
         if (!IsLiteral(node)) return variable.NameText;
-        // Every enumeration is held in 32 bits.
         if (const auto* cases = dynamic_cast<const EnumArgumentNode*>(&node))
-            return Enumerator(*cases, static_cast<int>(ValueOf<PixelTypes>(variable)));
+            return Enumerator(cases->EnumIndex, EnumeratorOf(variable));
         switch (node.Type) {
         case 69: {
             const RgbPixel p = ValueOf<RgbPixel>(variable);
@@ -250,24 +249,31 @@ private:
         }
     }
 
-    /// The settings in which an object differs from the one that it shadows; a class that has settings adds a case.
+    /// The settings in which an object differs from the one that it shadows, or from a new one.
     void Settings(const Arg& argument)
     {
-        if (!argument.Variable || Engine::VarNode(argument.Node)->Type != imageType) return;
-        const auto& image = ValueOf<Image>(*argument.Variable);
-        const wchar_t* name = argument.Variable->Name;
-        bool differs = image.HasWindow();
-        if (const AnyVariable* source = argument.Variable->Source) {
-            const auto& from = ValueOf<Image>(*source);
-            differs =
-                image.X != from.X || image.Y != from.Y || image.Width != from.Width || image.Height != from.Height;
+        const int type = Engine::VarNode(argument.Node)->Type;
+        if (!argument.Variable || type < firstSettingsType || type > lastSettingsType) return;
+        object_ = argument.Variable->NameText;
+        WriteSettings(type, *this, *argument.Variable, argument.Variable->Source);
+    }
+
+    // The end of these lines is the same in all languages.
+    void Setting(const wchar_t* name, const std::wstring& value) override
+    {
+        text_ += L'\t' + object_ + words_.member + name + L"= " + value + L";\n";
+    }
+    void Statement(const std::wstring& call) override { text_ += L'\t' + object_ + words_.member + call + L";\n"; }
+    void Missing(const wchar_t*) override {}
+    std::wstring Bool(bool value) const override { return value ? words_.yes : words_.no; }
+    std::wstring Enumerator(int enumNode, int value) const override
+    {
+        for (int child = Engine::Tree[enumNode]->FirstChild; child >= 0; child = Engine::Tree[child]->NextSibling) {
+            const auto* enumerator = static_cast<const EnumCaseNode*>(Engine::Tree[child]);
+            if (enumerator->Value == value)
+                return EnumPrefix(Engine::Tree[enumNode]->Identifier) + enumerator->Identifier;
         }
-        if (!differs) return;
-        if (image.HasWindow())
-            Add(L"\t%ls%lsWindow(%d, %d, %d, %d);\n", name, words_.member, int(image.X), int(image.Y), int(image.Width),
-                int(image.Height));
-        else
-            Add(L"\t%ls%lsWindow();\n", name, words_.member);
+        return std::to_wstring(value).substr(0, 7);
     }
 
     void Presets(const Operation& operation)
@@ -384,6 +390,7 @@ private:
     int language_;
     const Words& words_;
     std::wstring text_;
+    std::wstring object_; ///< whose settings are being printed
 };
 
 } // namespace

@@ -113,6 +113,9 @@ inline constexpr const wchar_t* typeString[typeCount] = {L"",
                                                          L"wchar_t",
                                                          L"wchar_t*"};
 
+/// A histogram is a profile to everything that reads one.
+inline constexpr int profileType = 62, histogramType = 43;
+
 /// The first code of the language types; those below are the library's.
 inline constexpr int FirstLanguageType = 87;
 

@@ -1,6 +1,7 @@
 #include "engine/Types.h"
 
 #include "Tesk.h"
+#include "engine/TypeRows.h"
 
 #include <algorithm>
 #include <iterator>
@@ -8,13 +9,19 @@
 
 namespace Tesk {
 
-namespace {
+// Types of the library that have no class in the tree; those that the public header does not define have no variable.
+class ArcPath;
+class Classifier;
+struct Edge;
+class FeatureTable;
+struct FontCharImage;
+class Poly;
+class Quad;
+class Snake;
+class Source;
+class TableStore;
 
-template <typename T>
-std::unique_ptr<AnyVariable> Make()
-{
-    return std::make_unique<Var<T>>();
-}
+namespace {
 
 template <typename T, typename Node>
 void SetDefault(AnyVariable& Variable, const ArgumentNode& Argument)
@@ -22,16 +29,10 @@ void SetDefault(AnyVariable& Variable, const ArgumentNode& Argument)
     auto& value = static_cast<Var<T>&>(Variable).Value;
     const auto* node = dynamic_cast<const Node*>(&Argument);
     if (!node) return;
-    if constexpr (std::is_same_v<T, const char*>)
-        SetText(static_cast<Var<T>&>(Variable), "");
+    if constexpr (std::is_same_v<T, const char*> || std::is_same_v<T, const wchar_t*>)
+        SetText(static_cast<Var<T>&>(Variable), node->Default);
     else
         value = static_cast<T>(node->Default);
-}
-
-template <typename T>
-void Share(AnyVariable& Variable, const AnyVariable& Source, bool Keep)
-{
-    static_cast<Var<T>&>(Variable).Value.ShallowCopy(static_cast<const Var<T>&>(Source).Value, Keep);
 }
 
 template <typename T>
@@ -41,66 +42,94 @@ void CopyValue(AnyVariable& Variable, const AnyVariable& Source, bool)
 }
 
 template <typename T>
-constexpr TypeRow Shared(int code)
+int ReadInteger(const AnyVariable& Variable)
 {
-    return {code, Make<T>, nullptr, Share<T>};
+    return static_cast<int>(static_cast<const Var<T>&>(Variable).Value);
+}
+
+template <typename T>
+void WriteInteger(AnyVariable& Variable, int Value)
+{
+    static_cast<Var<T>&>(Variable).Value = static_cast<T>(Value);
+}
+
+/// A row that is empty until the public header defines the class.
+template <typename T, int Code>
+constexpr TypeRow Landed()
+{
+    if constexpr (requires { T(); })
+        return ObjectRow<T, Code>();
+    else
+        return {Code, nullptr, nullptr, nullptr};
 }
 
 template <typename T>
 constexpr TypeRow Plain(int code)
 {
-    return {code, Make<T>, nullptr, nullptr};
+    return {code, MakeVar<T>, nullptr, nullptr};
 }
 
 template <typename T, typename Node>
 constexpr TypeRow Valued(int code)
 {
-    return {code, Make<T>, SetDefault<T, Node>, nullptr};
+    return {code, MakeVar<T>, SetDefault<T, Node>, nullptr};
 }
 
 template <typename T>
 constexpr TypeRow Enumeration(int code)
 {
-    return Valued<T, EnumArgumentNode>(code);
+    return {code, MakeVar<T>, SetDefault<T, EnumArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
+}
+
+template <typename T>
+constexpr TypeRow Integer(int code)
+{
+    return {code, MakeVar<T>, SetDefault<T, IntArgumentNode>, nullptr, ReadInteger<T>, WriteInteger<T>};
 }
 
 constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
+                            Landed<ArcPath, 2>(),
                             Plain<ArcSite>(3),
                             Enumeration<BayerAlignments>(4),
                             Enumeration<BayerQualities>(5),
                             Enumeration<Binarization>(6),
                             Enumeration<BlobSelection>(7),
                             Plain<void (*)(void*)>(9),
+                            Landed<Classifier, 11>(),
                             Enumeration<CodePolarities>(14),
                             Enumeration<CodeViews>(15),
                             Enumeration<ColorComponents>(16),
                             Enumeration<ComparatorMode>(18),
                             Enumeration<Directions>(19),
                             Enumeration<DraggingHandles>(20),
+                            Landed<Edge, 21>(),
                             Enumeration<EdgeSelection>(28),
                             Enumeration<ErrorCodes>(29),
+                            Landed<FeatureTable, 30>(),
                             Enumeration<Features>(31),
                             Enumeration<FittingModes>(32),
                             Enumeration<FittingSide>(33),
+                            Landed<FontCharImage, 34>(),
                             Plain<Gradient>(36),
                             Enumeration<GradientTypes>(37),
-                            Plain<Gray16Pixel>(39),
-                            Plain<Gray32Pixel>(40),
+                            Landed<Graph, 38>(),
+                            Integer<Gray16Pixel>(39),
+                            Integer<Gray32Pixel>(40),
                             Enumeration<GrayClipping>(41),
-                            Plain<GrayPixel>(42),
-                            Shared<Image>(44),
+                            Integer<GrayPixel>(42),
                             Plain<LabeledRun>(46),
                             Enumeration<LayoutModes>(47),
                             Plain<Limits>(48),
                             Plain<Limits*>(49),
                             Enumeration<Metrics>(51),
-                            Plain<Operator>(53),
                             Enumeration<PixelTypes>(55),
                             Enumeration<Polarities>(56),
+                            Landed<Poly, 57>(),
                             Plain<Pose>(58),
                             Plain<Pose3>(59),
                             Enumeration<PredefinedBehaviors>(60),
                             Enumeration<PredefinedColors>(61),
+                            Landed<Quad, 64>(),
                             Enumeration<ROITypes>(65),
                             Enumeration<RangeMode>(66),
                             Enumeration<RegistrationModels>(68),
@@ -111,9 +140,12 @@ constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
                             Plain<Site>(75),
                             Plain<Site*>(76),
                             Enumeration<Sizes>(77),
+                            Landed<Snake, 78>(),
+                            Landed<Source, 80>(),
                             Enumeration<SourceMode>(81),
                             Enumeration<Symbologies>(83),
-                            {85, Make<XY>, nullptr, CopyValue<XY>},
+                            Landed<TableStore, 84>(),
+                            {85, MakeVar<XY>, nullptr, CopyValue<XY>},
                             Plain<XY*>(86),
                             Valued<bool, BoolArgumentNode>(87),
                             Plain<bool*>(88),
@@ -125,9 +157,9 @@ constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
                             Valued<double, DbleArgumentNode>(94),
                             Plain<double*>(95),
                             Valued<float, FloatArgumentNode>(96),
-                            Valued<int, IntArgumentNode>(97),
+                            Integer<int>(97),
                             Plain<int*>(98),
-                            Plain<short>(99),
+                            Integer<short>(99),
                             Plain<unsigned int>(100),
                             Plain<unsigned short>(101),
                             Plain<void*>(103),
@@ -138,9 +170,12 @@ constexpr TypeRow rows[] = {Enumeration<AlphaModes>(1),
 
 const TypeRow* FindType(int Code)
 {
-    const auto* row = std::lower_bound(std::begin(rows), std::end(rows), Code,
-                                       [](const TypeRow& a, int code) { return a.Code < code; });
-    return row != std::end(rows) && row->Code == Code ? row : nullptr;
+    const auto find = [Code](const TypeRow* from, const TypeRow* to) {
+        const auto* row = std::lower_bound(from, to, Code, [](const TypeRow& a, int code) { return a.Code < code; });
+        return row != to && row->Code == Code && row->Make ? row : nullptr;
+    };
+    const TypeRow* row = find(std::begin(rows), std::end(rows));
+    return row ? row : find(classTypes, classTypes + numClassTypes);
 }
 
 } // namespace Tesk

@@ -27,6 +27,7 @@ struct AnyVariable
     AnyVariable* Source = nullptr;         ///< the earlier variable of which this one is a shadow
     std::int32_t Uses = 0;                 ///< how many arguments hold the variable
 
+    int TypeCode = 0; ///< what `Value` is; 0 on a temporary
     /// What `Name`, and a `Value` that is a pointer to text, point to.
     std::wstring NameText, WideText;
     std::string NarrowText;

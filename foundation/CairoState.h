@@ -27,7 +27,7 @@ struct CairoTarget::State
     int fontSize = 16;
     bool fontChosen = false;
 
-    TargetPoint position{0, 0}, origin{0, 0}, center{0, 0};
+    TargetPoint position{0, 0}, origin{0, 0}, center{0, 0}, corner{0, 0};
     double cosine = 1, sine = 0;
 
     void Make(int newWidth, int newHeight);

@@ -100,9 +100,15 @@ void CairoTarget::SetFill(const RgbPixel* Color)
     if (Color) state_->fill = *Color;
 }
 
+void CairoTarget::SetCorner(TargetPoint Corner)
+{
+    state_->corner = Corner;
+    SetOrigin({0, 0});
+}
+
 void CairoTarget::SetOrigin(TargetPoint Origin)
 {
-    state_->origin = Origin;
+    state_->origin = {Origin.X - state_->corner.X, Origin.Y - state_->corner.Y};
 }
 
 void CairoTarget::SetRotation(double Angle, TargetPoint Center)

@@ -27,6 +27,8 @@ public:
     std::uint8_t* Pixels();
     int Stride() const; ///< bytes from one row to the next
     RgbPixel PixelAt(int x, int y);
+    /// The surface shows the part of a drawing that begins at this point of it.
+    void SetCorner(TargetPoint Corner);
 
     /// Smooths lines, outlines and fills: for print-like pictures, where no colour need be exact.
     bool Smooth = false;

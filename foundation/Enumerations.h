@@ -367,7 +367,8 @@ enum EdgeSelection : int
     BestSlope = static_cast<int>(0x80000001u),
     BestStep = static_cast<int>(0x80000002u),
     BestSpan = static_cast<int>(0x80000003u),
-    OverCenter = static_cast<int>(0x80000004u)
+    OverCenter = static_cast<int>(0x80000004u),
+    AsFirst = static_cast<int>(0x80000000u) ///< of the second edge of a pair: as the first
 };
 
 enum FittingSide : int

@@ -124,29 +124,60 @@ bool IsDisplayable(const ImageView& view)
     }
 }
 
+/// Divides sums of `area` bytes by it. Up to the area named, the multiplication is exact for all such sums.
+class AreaDivider
+{
+public:
+    explicit AreaDivider(std::uint64_t area) : area_(area), factor_(area <= largestArea ? (one / area) + 1 : 0) {}
+    std::uint8_t operator()(std::uint64_t sum) const
+    {
+        return static_cast<std::uint8_t>(factor_ ? sum * factor_ >> shift : sum / area_);
+    }
+
+private:
+    // The factor is too large by less than 1, so a quotient by less than sum / 2^40: under 1 / area for sums below
+    // 256 * area, as long as 256 * area^2 is at most 2^40.
+    static constexpr int shift = 40;
+    static constexpr std::uint64_t one = std::uint64_t{1} << shift, largestArea = 65536;
+
+    std::uint64_t area_, factor_;
+};
+
+/// Where the pixels of a smaller extent begin in a larger one; each has at least one.
+std::vector<int> Edges(int size, int newSize)
+{
+    std::vector<int> edges(static_cast<std::size_t>(newSize) + 1);
+    for (int i = 0; i <= newSize; i++)
+        edges[static_cast<std::size_t>(i)] = static_cast<int>(std::int64_t{i} * size / newSize);
+    return edges;
+}
+
 /// Means of the pixels that fall on each pixel of a smaller gray bitmap.
 std::vector<std::uint8_t> Reduce(const TargetBitmap& bitmap, int newWidth, int newHeight)
 {
     std::vector<std::uint8_t> reduced(static_cast<std::size_t>(newWidth) * static_cast<std::size_t>(newHeight));
     std::vector<std::uint32_t> sums(static_cast<std::size_t>(bitmap.Width));
-    const auto edge = [](int i, int from, int to) { return static_cast<int>(std::int64_t{i} * from / to); };
+    const std::vector<int> columns = Edges(bitmap.Width, newWidth), rows = Edges(bitmap.Height, newHeight);
+    // Columns come in two widths.
+    const int narrow = Max(bitmap.Width / newWidth, 1);
     std::uint8_t* dst = reduced.data();
-    for (int y = 0; y < newHeight; y++) {
-        const int top = edge(y, bitmap.Height, newHeight), bottom = Max(edge(y + 1, bitmap.Height, newHeight), top + 1);
+    for (std::size_t y = 0; y + 1 < rows.size(); y++) {
+        const int top = rows[y], bottom = Max(rows[y + 1], top + 1);
+        const auto height = static_cast<std::uint64_t>(bottom - top);
         std::fill(sums.begin(), sums.end(), 0u);
         for (int sy = top; sy < bottom; sy++) {
             const std::uint8_t* row = bitmap.Pixels + static_cast<std::ptrdiff_t>(bitmap.Pitch) * sy;
             for (std::size_t x = 0; x < sums.size(); x++)
                 sums[x] += row[x];
         }
-        for (int x = 0; x < newWidth; x++) {
-            const int left = edge(x, bitmap.Width, newWidth),
-                      right = Max(edge(x + 1, bitmap.Width, newWidth), left + 1);
+        const AreaDivider mean[] = {AreaDivider(height * static_cast<std::uint64_t>(narrow)),
+                                    AreaDivider(height * static_cast<std::uint64_t>(narrow + 1))};
+        for (std::size_t x = 0; x + 1 < columns.size(); x++) {
+            const int left = columns[x], right = Max(columns[x + 1], left + 1);
             std::uint64_t sum = 0;
             for (int sx = left; sx < right; sx++)
                 sum += sums[static_cast<std::size_t>(sx)];
-            *dst++ = static_cast<std::uint8_t>(
-                sum / (static_cast<std::uint64_t>(right - left) * static_cast<std::uint64_t>(bottom - top)));
+            *dst++ = mean[right - left > narrow](sum);
         }
     }
     return reduced;

@@ -4,6 +4,7 @@
 #include "foundation/Entry.h"
 #include "image/Operator.h"
 
+#include <atomic>
 #include <cstring>
 #include <limits>
 
@@ -40,11 +41,16 @@ int DefaultPitch(int width, PixelTypes type)
 /// An aligned block that several images may hold.
 std::shared_ptr<std::uint8_t> MakeBlock(std::size_t bytes)
 {
-    auto* block = static_cast<std::uint8_t*>(::operator new(bytes, std::nothrow));
+    // Large blocks come at the same place of a page each. Two sources and a destination then fight for the same sets
+    // of the cache, which costs a quarter of the speed on 12 MB images: each block begins some lines further on.
+    constexpr std::size_t page = 4096, step = 17 * 64, large = 1 << 17;
+    static std::atomic<std::size_t> turn{0};
+    const std::size_t shift = bytes < large ? 0 : turn.fetch_add(step, std::memory_order_relaxed) % page;
+    auto* block = static_cast<std::uint8_t*>(::operator new(bytes + shift, std::nothrow));
     if (!block) return {};
     // The spare bytes are read by fast paths; what they hold never reaches a result, but it must be defined.
-    std::memset(block + bytes - spareBytes, 0, spareBytes);
-    return {block, [](std::uint8_t* p) { ::operator delete(p); }};
+    std::memset(block + shift + bytes - spareBytes, 0, spareBytes);
+    return {block + shift, [block](std::uint8_t*) { ::operator delete(block); }};
 }
 
 int AlignmentOf(const std::uint8_t* block)

@@ -14,6 +14,7 @@ namespace Tesk {
 class Archive;
 class Entry;
 class Profile;
+struct ImageView;
 
 namespace files {
 struct ImageFile;
@@ -84,6 +85,9 @@ public:
     void Write(const wchar_t* PathName) const;
 
     void Draw(bool WindowOnly) const;
+    /// A `Gray` image as a table of 256 entries shows it. Refused: another image (`UnsupportedType`), a table that is
+    /// neither `Gray` nor `Rgb` (`IncompatibleType`) or of another length (`IncompatibleSize`).
+    void Draw(const Profile& LookupTable, bool WindowOnly) const;
     /// Outlines the window in `Graph::LineColor` or another colour, with discs at its corners if `Handles`, and with
     /// its diagonals if `Cross`.
     void DrawWindow(bool Handles, bool Cross = false) const;
@@ -99,10 +103,11 @@ public:
     /// Moves to a store of its own, with the pixels if `CopyPixels`, so that those who share the former one keep
     /// theirs.
     void Detach(bool CopyPixels);
-    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read.
+    /// Under `Status::Shallow`, detaches before a write; `CopyPixels` where the destination is also read. A store that
+    /// nobody else holds is kept.
     void DetachIfShared(bool CopyPixels)
     {
-        if (SharesStores()) Detach(CopyPixels);
+        if (SharesStores() && block_.use_count() != 1) Detach(CopyPixels || HasWindow());
     }
 
     /// Prints type, size and the first and last pixels to the library's text output.
@@ -125,6 +130,7 @@ public:
 
 private:
     static bool SharesStores();
+    ImageView View(bool windowOnly) const;
     void Read(const Entry& entry, files::ImageFile& file, PixelTypes type);
     void Write(const Entry& entry, files::ImageFile& file) const;
     bool Allocate(int width, int height, PixelTypes type, int pitch);

@@ -93,8 +93,16 @@ public:
     static void Normalize(double Mean, double Variance, const Image& Src, Image& Dst);
     static void Equalize(const Image& Src, Image& Dst);
     static void Equalize(int FilterSize, const Image& Src, Image& Dst);
+    /// Every pixel through a table: `Gray` images through `Gray` or `Rgb` tables of 256 entries, `Rgb` images through
+    /// the same, each channel by its own column, `Gray16` images through `Gray16` tables of `1 << GrayDepth`. Refused:
+    /// a void table (`VoidObject`), other pairs (`UnsupportedType`), another length (`IncompatibleSize`).
     static void Transform(Profile& LookupTable, const Image& Src, Image& Dst);
 
+    /// \name Arithmetic on profiles
+    /// Of `Gray`, `Gray16`, `Gray32`, `Int`, `Float` and `Dble` samples, without clipping. Whole numbers of two
+    /// profiles wrap, results of a constant are truncated. Refused: a void profile (`VoidObject`), two that differ in
+    /// type (`IncompatibleType`) or length (`IncompatibleSize`), a divisor of 0 (`OutOfRange`).
+    /// @{
     static void Copy(double Const, Profile& Dst);
     static void Add(double Const, const Profile& Src, Profile& Dst);
     static void Add(const Profile& Src, const Profile& SrcB, Profile& Dst);
@@ -110,6 +118,14 @@ public:
     static void Maximize(const Profile& Src, const Profile& SrcB, Profile& Dst);
     static void Minimize(double Const, const Profile& Src, Profile& Dst);
     static void Minimize(const Profile& Src, const Profile& SrcB, Profile& Dst);
+    /// @}
+
+private:
+    template <typename F>
+    static void EachSample(const char* context, const Profile& Src, Profile& Dst, bool divisor, F f);
+    template <typename F>
+    static void EachSamplePair(const char* context, const Profile& Src, const Profile& SrcB, Profile& Dst, bool divisor,
+                               F f);
 };
 
 /// The library's colour-to-gray rule: the largest of the three components.

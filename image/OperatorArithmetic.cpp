@@ -278,13 +278,14 @@ void Operator::Blend(double Alpha, const Image& Src, const Image& SrcB, Image& D
     const double alpha = Alpha >= -1e4 && Alpha <= 1e4 ? Alpha : Alpha > 0 ? 1e4 : Alpha < 0 ? -1e4 : 0;
     if (held.a.Type == Gray || held.a.Type == Rgb || held.a.Type == Rgba) {
         const int a = static_cast<int>(alpha * 256);
-        const auto n = static_cast<std::size_t>(ByteCount(Dst));
-        if (a >= 0 && a <= 256)
-            for (int y = 0; y < Dst.Height; y++)
+        if (a >= 0 && a <= 256) {
+            const auto [rows, n] = RunOver(ByteCount(Dst), {&held.a, &held.b, &Dst});
+            for (int y = 0; y < rows; y++)
                 kernels::BlendRow(held.a.Row(y), held.b.Row(y), Dst.Row(y), n, a);
-        else
+        } else {
             EachBytePair(held.a, held.b, Dst,
                          [=](int s, int b) { return Clamp(s * a + b * (256 - a), 0, 65535) >> 8; });
+        }
     } else if (held.a.Type == Gray16) {
         const std::int64_t a = static_cast<int>(alpha * 1024);
         EachPixelPair<Gray16Pixel>(held.a, held.b, Dst, [=](int s, int b) {

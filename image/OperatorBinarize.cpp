@@ -1,6 +1,7 @@
 // Thresholds: given, automatic, adaptive, and by colour.
 #include "image/Operator.h"
 
+#include "image/LevelCounts.h"
 #include "image/OperatorFrame.h"
 
 #include <array>
@@ -12,54 +13,10 @@ namespace {
 
 using namespace points;
 
-using Counts = std::array<std::int64_t, 256>;
-
-Counts CountGray(const Image& src)
-{
-    Counts counts{};
-    for (int y = 0; y < src.Height; y++)
-        for (int x = 0; x < src.Width; x++)
-            counts[src.Row(y)[x]]++;
-    return counts;
-}
-
-/// A split of a gray histogram: the means of the parts below and from the threshold up.
-struct Split
-{
-    int threshold = 0;
-    double below = 0, above = 255;
-};
-
-/// The split of least variance within the parts (Otsu 1979), by maximising S1^2/n1 + S2^2/n2.
-Split BestSplit(const Counts& counts)
-{
-    double n = 0, s = 0;
-    for (int v = 0; v < 256; v++) {
-        n += static_cast<double>(counts[static_cast<std::size_t>(v)]);
-        s += static_cast<double>(counts[static_cast<std::size_t>(v)]) * v;
-    }
-    Split split;
-    double best = 0, n1 = 0, s1 = 0;
-    int first = -1, last = -1;
-    for (int t = 0; t < 256; t++) {
-        const double n2 = n - n1, s2 = s - s1;
-        if (n1 > 0 && n2 > 0) {
-            const double criterion = -(s1 * s1 / n1 + s2 * s2 / n2);
-            if (first < 0 || criterion < best) {
-                best = criterion;
-                first = last = t;
-                split.below = s1 / n1;
-                split.above = s2 / n2;
-            } else if (criterion == best) {
-                last = t;
-            }
-        }
-        n1 += static_cast<double>(counts[static_cast<std::size_t>(t)]);
-        s1 += static_cast<double>(counts[static_cast<std::size_t>(t)]) * t;
-    }
-    split.threshold = first < 0 ? 0 : (first + last) >> 1;
-    return split;
-}
+using levels::BestSplit;
+using levels::CountGray;
+using levels::Split;
+using Counts = std::array<std::uint32_t, levels::byteLevels>;
 
 /// The means of the parts [0, t) and [t, 256); the ends of the scale for empty parts.
 Split SplitAt(const Counts& counts, int t)
@@ -108,8 +65,8 @@ void WriteSplit(const Image& src, Image& dst, const Split& split, bool above, Bi
         const std::uint8_t high = above ? 255 : 0, low = above ? 0 : 255;
         // Beyond the range of a byte every pixel lies on one side.
         const int t = Clamp(split.threshold, -1, 255);
-        for (int y = 0; y < dst.Height; y++) {
-            const auto n = static_cast<std::size_t>(int(dst.Width));
+        const auto [rows, n] = RunOver(dst.Width, {&src, &dst});
+        for (int y = 0; y < rows; y++) {
             if (t < 0)
                 std::memset(dst.Row(y), high, n);
             else
@@ -276,7 +233,7 @@ int Operator::Binarize(const Image& Src, Image& Dst, bool Above, Binarization Mo
         WriteProjection(held.a, Dst, back, fore, Above, Mode);
         return 0;
     }
-    const Split split = BestSplit(CountGray(held.a));
+    const Split split = BestSplit(CountGray(held.a).data(), levels::byteLevels);
     WriteSplit(held.a, Dst, split, Above, Mode);
     return split.threshold;
 }

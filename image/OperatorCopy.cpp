@@ -115,6 +115,7 @@ int CheckConversion(PixelTypes from, PixelTypes to)
 void ConvertPixels(const Image& src, Image& dst)
 {
     const int shift = Operator::GrayDepth - 8;
+    const RowRun run = RunOver(dst.Width, {&src, &dst});
     switch (dst.Type) {
     case Gray:
         switch (src.Type) {
@@ -125,8 +126,8 @@ void ConvertPixels(const Image& src, Image& dst)
             EachPixel<Gray32Pixel, GrayPixel>(src, dst, [=](Gray32Pixel v) { return Clamp(v >> shift, 0, 255); });
             break;
         case Rgb:
-            for (int y = 0; y < dst.Height; y++)
-                kernels::LargestOfThreeRow(src.Row(y), dst.Row(y), static_cast<std::size_t>(int(dst.Width)));
+            for (int y = 0; y < run.rows; y++)
+                kernels::LargestOfThreeRow(src.Row(y), dst.Row(y), run.count);
             break;
         case Rgba:
             EachPixel<RgbaPixel, GrayPixel>(src, dst, [](RgbaPixel p) { return (p.Blue + p.Green + p.Red) * 85 >> 8; });
@@ -141,8 +142,8 @@ void ConvertPixels(const Image& src, Image& dst)
         }
         break;
     case Gray16:
-        for (int y = 0; y < dst.Height; y++)
-            kernels::WidenRow(src.Row(y), dst.Row<Gray16Pixel>(y), static_cast<std::size_t>(int(dst.Width)), shift);
+        for (int y = 0; y < run.rows; y++)
+            kernels::WidenRow(src.Row(y), dst.Row<Gray16Pixel>(y), run.count, shift);
         break;
     case Gray32:
         EachPixel<GrayPixel, Gray32Pixel>(src, dst, [=](GrayPixel v) { return v << shift; });

@@ -47,6 +47,21 @@ struct Sources
 bool Prepare(const Entry& entry, const Image& src, Image& dst, PixelTypes type, Sources& held);
 bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Image& dst, PixelTypes type, Sources& held);
 
+/// The loop over rows: windows without gaps between their rows are one long row, so that a call pays once.
+struct RowRun
+{
+    int rows;
+    std::size_t count; ///< of what one row holds: bytes, or pixels
+};
+
+inline RowRun RunOver(int count, std::initializer_list<const Image*> images)
+{
+    const int rows = (*images.begin())->Height;
+    for (const Image* image : images)
+        if (image->Pitch != ByteCount(*image)) return {rows, static_cast<std::size_t>(count)};
+    return {1, static_cast<std::size_t>(count) * static_cast<std::size_t>(rows)};
+}
+
 /// Rows of bytes through a function of one byte.
 template <typename F>
 void EachByte(const Image& src, Image& dst, F f)
@@ -63,8 +78,8 @@ void EachByte(const Image& src, Image& dst, F f)
 /// Two sources through a row kernel.
 inline void EachBytePair(const Image& src, const Image& srcB, Image& dst, kernels::BytePair operation)
 {
-    const auto n = static_cast<std::size_t>(ByteCount(dst));
-    for (int y = 0; y < dst.Height; y++)
+    const auto [rows, n] = RunOver(ByteCount(dst), {&src, &srcB, &dst});
+    for (int y = 0; y < rows; y++)
         kernels::BytePairRow(operation, src.Row(y), srcB.Row(y), dst.Row(y), n);
 }
 
@@ -118,8 +133,8 @@ void ThroughTable(const Image& src, Image& dst, F f)
     std::uint8_t table[256];
     for (int v = 0; v < 256; v++)
         table[v] = static_cast<std::uint8_t>(f(v));
-    const auto n = static_cast<std::size_t>(ByteCount(dst));
-    for (int y = 0; y < dst.Height; y++)
+    const auto [rows, n] = RunOver(ByteCount(dst), {&src, &dst});
+    for (int y = 0; y < rows; y++)
         kernels::LookupRow(src.Row(y), dst.Row(y), n, table);
 }
 

@@ -1,6 +1,7 @@
 // Gray scaling: gain and offset, normalisation, equalisation.
 #include "image/Operator.h"
 
+#include "image/LevelCounts.h"
 #include "image/OperatorFrame.h"
 
 #include <array>
@@ -14,10 +15,7 @@ using namespace points;
 
 void EqualizeGray(const Image& src, Image& dst)
 {
-    std::array<std::int64_t, 256> counts{};
-    for (int y = 0; y < src.Height; y++)
-        for (int x = 0; x < src.Width; x++)
-            counts[src.Row(y)[x]]++;
+    const auto counts = levels::CountGray(src);
     const std::int64_t n = std::int64_t{src.Width} * src.Height;
     std::int64_t below = 0;
     ThroughTable(src, dst, [&](int v) {
@@ -30,20 +28,17 @@ void EqualizeGray(const Image& src, Image& dst)
 void EqualizeGray16(const Image& src, Image& dst)
 {
     const int entries = 1 << Operator::GrayDepth;
-    std::vector<std::int64_t> table(static_cast<std::size_t>(entries));
-    // A value beyond the significant depth counts as the largest.
-    const auto index = [=](Gray16Pixel v) { return static_cast<std::size_t>(Min<int>(v, entries - 1)); };
-    for (int y = 0; y < src.Height; y++)
-        for (int x = 0; x < src.Width; x++)
-            table[index(src.Row<Gray16Pixel>(y)[x])]++;
+    const auto counts = levels::CountGray16(src, entries);
+    std::vector<Gray16Pixel> table(static_cast<std::size_t>(entries));
     const std::int64_t n = std::int64_t{src.Width} * src.Height;
     std::int64_t below = 0;
-    for (auto& entry : table) {
-        const std::int64_t count = entry;
-        entry = below * (entries - 1) / n;
-        below += count;
+    for (std::size_t v = 0; v < table.size(); v++) {
+        table[v] = static_cast<Gray16Pixel>(below * (entries - 1) / n);
+        below += counts[v];
     }
-    EachPixel<Gray16Pixel, Gray16Pixel>(src, dst, [&](Gray16Pixel v) { return table[index(v)]; });
+    // A value beyond the significant depth counts as the largest.
+    const auto last = static_cast<Gray16Pixel>(entries - 1);
+    EachPixel<Gray16Pixel, Gray16Pixel>(src, dst, [&](Gray16Pixel v) { return table[Min(v, last)]; });
 }
 
 void EqualizeRgb(const Image& src, Image& dst)
@@ -115,16 +110,8 @@ void Operator::Normalize(double Mean, double Variance, const Image& Src, Image& 
             return;
         }
     }
-    std::int64_t sum = 0, squares = 0;
-    for (int y = 0; y < Src.Height; y++)
-        for (int x = 0; x < Src.Width; x++) {
-            const int v = Src.Row(y)[x];
-            sum += v;
-            squares += v * v;
-        }
-    const double n = static_cast<double>(Src.Width) * Src.Height;
-    const double mean = static_cast<double>(sum) / n;
-    const double variance = static_cast<double>(squares) / n - mean * mean;
+    const levels::ByteSums sums = levels::SumBytes(Src)[0];
+    const double n = static_cast<double>(Src.Width) * Src.Height, mean = sums.Mean(n), variance = sums.Variance(n);
     const double wantedMean = Mean < 0 ? 128 : Mean, wantedVariance = Variance < 0 ? 16384 : Variance;
     // A constant image has no contrast to scale: it takes the mean.
     const double gain = variance > 0 ? std::sqrt(wantedVariance / variance) : 0;

@@ -97,13 +97,37 @@ std::vector<std::string> SplitList(const std::string& text)
 Variant VariantOf(const std::string& type, bool enumeration)
 {
     static const std::map<std::string, Variant> variants = {
-        {"bool", Variant::Bool},         {"char", Variant::Char},           {"wchar_t", Variant::Wchar},
-        {"int", Variant::Int},           {"float", Variant::Float},         {"double", Variant::Dble},
-        {"RgbPixel", Variant::RgbPixel}, {"RgbaPixel", Variant::RgbaPixel}, {"char*", Variant::String},
-        {"wchar_t*", Variant::Wstring}};
+        {"bool", Variant::Bool},     {"char", Variant::Char},         {"wchar_t", Variant::Wchar},
+        {"int", Variant::Int},       {"float", Variant::Float},       {"double", Variant::Dble},
+        {"GrayPixel", Variant::Int}, {"RgbPixel", Variant::RgbPixel}, {"RgbaPixel", Variant::RgbaPixel},
+        {"char*", Variant::String},  {"wchar_t*", Variant::Wstring}};
     if (enumeration) return Variant::Enum;
     const auto found = variants.find(type);
     return found == variants.end() ? Variant::Object : found->second;
+}
+
+/// A list of enumerators in which "First..Last" stands for all from one to the other.
+std::vector<std::string> ExpandCases(const std::vector<std::string>& items, const Node& enumeration,
+                                     const std::string& place)
+{
+    std::vector<std::string> names;
+    for (const std::string& item : items) {
+        const std::size_t dots = item.find("..");
+        if (dots == std::string::npos) {
+            names.push_back(item);
+            continue;
+        }
+        const auto at = [&](const std::string& name) {
+            return std::find_if(enumeration.children.begin(), enumeration.children.end(),
+                                [&](const auto& child) { return child->identifier == name; });
+        };
+        const auto first = at(item.substr(0, dots)), last = at(item.substr(dots + 2));
+        if (first == enumeration.children.end() || last == enumeration.children.end() || last < first)
+            Fail(place, "a bad range of cases");
+        for (auto child = first; child <= last; child++)
+            names.push_back((*child)->identifier);
+    }
+    return names;
 }
 
 /// The names of a signature's parameters, in order.
@@ -114,7 +138,7 @@ std::vector<std::string> SignatureNames(const std::string& signature)
     if (open == std::string::npos || close == std::string::npos || close < open) return {"?"};
     for (std::string part : SplitList(signature.substr(open + 1, close - open - 1))) {
         part = part.substr(0, part.find('='));
-        while (!part.empty() && part.back() == ' ')
+        while (!part.empty() && (part.back() == ' ' || part.back() == '[' || part.back() == ']'))
             part.pop_back();
         std::size_t at = part.size();
         while (at > 0 && (std::isalnum(static_cast<unsigned char>(part[at - 1])) || part[at - 1] == '_'))
@@ -169,6 +193,7 @@ Catalogue::Catalogue(const std::filesystem::path& folder) : folder_(folder), roo
     }
     root_->kind = Kind::Choice;
     Parse(folder_ / "Tesk.tree", *root_, 0);
+    ParseSettings(folder_ / "Settings.txt");
     NumberNodes(*root_);
     Resolve();
 }
@@ -219,6 +244,50 @@ void Catalogue::Parse(const std::filesystem::path& path, Node& parent, int baseL
         open.push_back(node.get());
         owner.children.push_back(std::move(node));
     }
+}
+
+/// Classes and groups stand at the margin, their lines below them; a file that is missing leaves all without settings.
+void Catalogue::ParseSettings(const std::filesystem::path& path)
+{
+    std::ifstream file(path);
+    std::string line;
+    std::vector<SettingLine>* owner = nullptr;
+    for (int number = 1; std::getline(file, line); number++) {
+        const std::string place = path.filename().string() + ":" + std::to_string(number);
+        const auto words = Split(line, place);
+        if (words.empty() || words[0].starts_with('#')) continue;
+        if (words.size() < 2) Fail(place, "words are missing");
+        if (line[0] != ' ') {
+            if (words[0] != "class" && words[0] != "group") Fail(place, "neither a class nor a group");
+            owner = &settings_[words[1]];
+            continue;
+        }
+        if (!owner) Fail(place, "a setting without a class");
+        if (words[0] == "use") {
+            const auto group = settings_.find(words[1]);
+            if (group == settings_.end()) Fail(place, "no group " + words[1]);
+            const auto lines = group->second;
+            owner->insert(owner->end(), lines.begin(), lines.end());
+        } else if (words[0] == "line" || words[0] == "window") {
+            owner->push_back({place, {words.begin() + 2, words.end()}, words[1].substr(1), true, words[0] == "window"});
+        } else {
+            for (std::size_t k = 0; k + 1 < words.size(); k++)
+                owner->push_back({place, {words[k].substr(0, words[k].find(','))}, words.back()});
+        }
+    }
+}
+
+const std::vector<SettingLine>& Catalogue::Settings(const std::string& className) const
+{
+    static const std::vector<SettingLine> none;
+    const auto found = settings_.find(className);
+    return found == settings_.end() ? none : found->second;
+}
+
+const Node* Catalogue::Enumeration(const std::string& identifier) const
+{
+    const auto found = enums_.find(identifier);
+    return found == enums_.end() ? nullptr : found->second;
 }
 
 void Catalogue::ParseNode(const std::vector<std::string>& words, Node& node) const
@@ -331,6 +400,8 @@ void Catalogue::Resolve()
     for (Node* node : nodes_) {
         node->alias = node->Key("alias");
         if (node->kind == Kind::Argument) ResolveArgument(*node);
+        // The workbench finds a page's sheet by the name of its class.
+        if (node->kind == Kind::Page && ClassOf(*node)) node->identifier = ClassOf(*node)->identifier;
         MakeLabel(*node);
     }
 }
@@ -367,8 +438,9 @@ void Catalogue::ResolveArgument(Node& node)
     }
     if (!cases) return;
     node.enumIndex = cases->index;
-    const std::vector<std::string> offered =
-        node.Has("cases") ? SplitList(node.Key("cases")) : std::vector<std::string>();
+    const std::vector<std::string> offered = node.Key("cases").empty()
+                                                 ? std::vector<std::string>()
+                                                 : ExpandCases(SplitList(node.Key("cases")), *cases, node.place);
     std::size_t found = 0;
     for (std::size_t k = 0; k < cases->children.size() && k < 128; k++) {
         if (node.Has("cases") &&
@@ -381,7 +453,7 @@ void Catalogue::ResolveArgument(Node& node)
     const std::string value = node.Key("default");
     node.value = cases->children.empty() ? 0 : cases->children.front()->value;
     if (value.empty()) {
-        if (node.Has("cases"))
+        if (!offered.empty())
             for (const auto& child : cases->children)
                 if (child->identifier == offered.front()) node.value = child->value;
     } else {
@@ -445,7 +517,7 @@ std::vector<std::string> Catalogue::Faults() const
             if (!low || !high || !value)
                 fault(*node, "a bad number");
             else if (node->Key("default") != "MaxInt" && node->Key("default") != "MinInt" &&
-                     (*value < *low || *value > *high))
+                     (*value < *low || (*value > *high && !(node->flags & 0x1000))))
                 fault(*node, "the default is outside the range");
         }
     }

@@ -73,6 +73,16 @@ struct Node
     std::string Key(const std::string& key, const std::string& fallback = {}) const;
 };
 
+/// One setting of a class that programs print, or one statement that prints several.
+struct SettingLine
+{
+    std::string place;
+    std::vector<std::string> names; ///< of one setting, or of the values of a statement
+    std::string form;               ///< of the setting, or the statement's text
+    bool isStatement = false;
+    bool isWindow = false; ///< a statement with a short form for an object that has no window
+};
+
 class Catalogue
 {
 public:
@@ -80,6 +90,10 @@ public:
     explicit Catalogue(const std::filesystem::path& folder);
 
     const std::vector<Node*>& Nodes() const { return nodes_; }
+    /// The settings of a class, in the order in which they are printed.
+    const std::vector<SettingLine>& Settings(const std::string& className) const;
+    /// An enumeration by its identifier; null for none.
+    const Node* Enumeration(const std::string& identifier) const;
     /// Whatever contradicts itself, a line each; empty if the catalogue is sound.
     std::vector<std::string> Faults() const;
 
@@ -91,6 +105,7 @@ private:
     void Parse(const std::filesystem::path& path, Node& parent, int baseLevel);
     void ParseNode(const std::vector<std::string>& words, Node& node) const;
     void ApplyWords(const std::vector<std::string>& words, std::size_t from, Node& node) const;
+    void ParseSettings(const std::filesystem::path& path);
     void NumberNodes(Node& node);
     void Resolve();
     void ResolveArgument(Node& node);
@@ -101,11 +116,13 @@ private:
     std::vector<Node*> nodes_;
     std::map<std::string, int> typeCodes_;
     std::map<std::string, Node*> enums_;
+    std::map<std::string, std::vector<SettingLine>> settings_;
 };
 
 // Writers, one for each product.
 void WriteTree(const Catalogue& catalogue, std::ostream& out);
 void WriteDispatch(const Catalogue& catalogue, std::ostream& out);
+void WriteClasses(const Catalogue& catalogue, std::ostream& out);
 void WriteEnumChecks(const Catalogue& catalogue, std::ostream& out);
 void WriteReference(const Catalogue& catalogue, std::ostream& out);
 void PrintTree(const Catalogue& catalogue, std::ostream& out, int only);

@@ -61,6 +61,7 @@ int main(int argc, char** argv)
             std::filesystem::create_directories(folder);
             WriteIfChanged(folder / "Tree.cpp", [&](std::ostream& out) { WriteTree(catalogue, out); });
             WriteIfChanged(folder / "Dispatch.cpp", [&](std::ostream& out) { WriteDispatch(catalogue, out); });
+            WriteIfChanged(folder / "Classes.cpp", [&](std::ostream& out) { WriteClasses(catalogue, out); });
             WriteIfChanged(folder / "EnumChecks.cpp", [&](std::ostream& out) { WriteEnumChecks(catalogue, out); });
             int pending = 0;
             for (const Node* node : catalogue.Nodes())

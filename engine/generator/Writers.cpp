@@ -174,8 +174,12 @@ void WriteMethod(const Node& method, std::ostream& out)
     std::string instance, result, dst, width;
     std::vector<std::string> presets;
     const Node* resultNode = nullptr;
-    for (std::size_t k = 0; k < method.children.size(); k++)
-        if (method.children[k]->identifier == "Dst") dst = Value(*method.children[k], k);
+    std::string presetType = method.Key("preset", "Gray");
+    for (std::size_t k = 0; k < method.children.size(); k++) {
+        const std::string value = Value(*method.children[k], k);
+        if (method.children[k]->identifier == "Dst") dst = value;
+        if (method.children[k]->identifier == method.Key("preset")) presetType = value + ".Type";
+    }
     for (std::size_t k = 0; k < method.children.size(); k++) {
         const Node& argument = *method.children[k];
         const std::string value = Value(argument, k);
@@ -186,7 +190,7 @@ void WriteMethod(const Node& method, std::ostream& out)
             if (argument.identifier == "Width")
                 width = value;
             else if (argument.identifier == "Height")
-                presets.push_back(target + ".Set(" + width + ", " + value + ", " + method.Key("preset", "Gray") + ");");
+                presets.push_back(target + ".Set(" + width + ", " + value + ", " + presetType + ");");
             else
                 presets.push_back(target + "." + argument.identifier + " = " + value + ";");
         } else if (argument.flags & 0x800) {
@@ -205,7 +209,7 @@ void WriteMethod(const Node& method, std::ostream& out)
     for (std::size_t k = 0; k < parameters.size(); k++)
         call += (k ? ", " : "") + parameters[k];
     call += ")";
-    if (resultNode && (method.flags & 8))
+    if (resultNode && resultNode->Key("type") == "Image")
         out << "    " << result << ".ShallowCopy(" << call << ", true);\n";
     else
         out << "    " << (resultNode ? result + " = " : "") << call << ";\n";
@@ -228,19 +232,39 @@ void WriteProperty(const Node& property, std::ostream& out)
         << property.Key("set", field + " = In") << ";\n}\n\n";
 }
 
+/// Whether nothing that a node describes can be called: itself, or every method under it.
+bool IsPending(const Node& node)
+{
+    if (node.pending || (node.kind != Kind::Class && node.kind != Kind::Choice)) return node.pending;
+    bool holdsMethods = false;
+    for (const auto& child : node.children) {
+        const bool group = child->kind == Kind::Class || child->kind == Kind::Choice;
+        if (!group && child->kind != Kind::Method) continue;
+        if (!IsPending(*child)) return false;
+        holdsMethods = true;
+    }
+    return holdsMethods;
+}
+
 } // namespace
 
 void WriteTree(const Catalogue& catalogue, std::ostream& out)
 {
     out << "// Made by the catalogue's generator; edit the catalogue instead.\n#include \"engine/Engine.h\"\n"
-           "#include \"engine/TreeNode.h\"\n\nnamespace Tesk {\n\nnamespace {\n\n";
+           "#include \"engine/TreeNode.h\"\n\n#include <algorithm>\n#include <iterator>\n\nnamespace Tesk {\n\n"
+           "namespace {\n\n";
     for (const Node* node : catalogue.Nodes())
         out << "constinit const " << NodeClass(*node) << " node" << node->index << "{" << Fields(*node) << "};\n";
     out << "\n} // namespace\n\nconst int Engine::NumNodes = " << catalogue.Nodes().size()
         << ";\n\nconst TreeNode* const Engine::Tree[] = {\n";
     for (const Node* node : catalogue.Nodes())
         out << "    &node" << node->index << ",\n";
-    out << "};\n\n} // namespace Tesk\n";
+    out << "};\n\nbool Engine::IsPending(int Node)\n{\n    // In order, and closed by an index that no node has.\n"
+           "    static constexpr int pending[] = {";
+    for (const Node* node : catalogue.Nodes())
+        if (IsPending(*node)) out << node->index << ", ";
+    out << "0x7fffffff};\n    return std::binary_search(std::begin(pending), std::end(pending) - 1, Node);\n}\n\n"
+           "} // namespace Tesk\n";
 }
 
 void WriteDispatch(const Catalogue& catalogue, std::ostream& out)

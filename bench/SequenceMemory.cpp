@@ -1,0 +1,83 @@
+// Whether a long sequence that runs again and again grows: prints the resident size after each ten runs.
+#include "engine/Engine.h"
+#include "foundation/Status.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+using namespace Tesk;
+
+constexpr double megabyte = 1024.0 * 1024.0;
+
+double ResidentMegabytes()
+{
+    long total = 0, resident = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%ld %ld", &total, &resident) != 2) resident = 0;
+        std::fclose(file);
+    }
+    return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / megabyte;
+}
+
+int FindMethod(const wchar_t* label)
+{
+    for (int i = 0; i < Engine::NumNodes; i++)
+        if (Engine::Tree[i]->Kind() == MethodKind && !std::wcscmp(Engine::Tree[i]->Label, label)) return i;
+    std::exit(2);
+}
+
+Operation& Append(Engine& engine, const wchar_t* label)
+{
+    auto made = std::make_unique<Operation>();
+    engine.UnreserveVariables();
+    made->Set(engine, FindMethod(label), false);
+    Operation& operation = engine.InsertOperation(std::move(made));
+    engine.FillOperation(engine.NumOperations() - 1);
+    for (Arg& argument : operation.Args)
+        argument.Visible = true;
+    return operation;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int operations = argc > 1 ? std::atoi(argv[1]) : 50, runs = argc > 2 ? std::atoi(argv[2]) : 100;
+    const int width = argc > 3 ? std::atoi(argv[3]) : 4000, height = argc > 4 ? std::atoi(argv[4]) : 3000;
+    Status::ErrorBehavior(IgnoreIt);
+    Status::Shallow = true;
+    Engine::Trace = nullptr;
+    Engine engine;
+    Operation& source = Append(engine, L"Constant - Gray");
+    const int values[] = {width, height};
+    for (std::size_t k = 0; k < 2; k++)
+        static_cast<Var<int>&>(*source.Args[k].Variable).Value = values[k];
+    const wchar_t* const labels[] = {L"Invert", L"Constant + Image", L"Image + Image", L"Threshold"};
+    for (int i = 1; i < operations; i++)
+        Append(engine, labels[i % 4]);
+    std::printf("%d operations on %d x %d\n", operations, width, height);
+    double first = 0;
+    for (int run = 1; run <= runs; run++) {
+        auto& value = static_cast<Var<int>&>(*source.Args[2].Variable);
+        value.Value = run % 256;
+        engine.ChangeVariable(&value);
+        const auto start = std::chrono::steady_clock::now();
+        engine.Execute();
+        const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - start;
+        if (Status::Error().Code != NoError) {
+            std::fprintf(stderr, "%s\n", Status::AsciiError());
+            return 1;
+        }
+        if (run == 2) first = ResidentMegabytes();
+        if (run == 1 || run == 2 || run % 10 == 0)
+            std::printf("run %4d: %8.1f ms, resident %8.1f MB\n", run, time.count(), ResidentMegabytes());
+    }
+    std::printf("growth since the second run: %+.1f MB\n", ResidentMegabytes() - first);
+    return 0;
+}

@@ -1,0 +1,57 @@
+// Rows of the table of types, made from a C++ type.
+#pragma once
+
+#include "engine/TypeNames.h"
+#include "engine/Types.h"
+
+#include <algorithm>
+#include <type_traits>
+
+namespace Tesk {
+
+/// The value of a variable as a `T`, where it may be held as a type that serves as one.
+template <typename T, typename Other>
+const T& ObjectOfEither(const AnyVariable& Variable, int OtherCode)
+{
+    if constexpr (std::is_base_of_v<T, Other>)
+        if (Variable.TypeCode == OtherCode) return static_cast<const Var<Other>&>(Variable).Value;
+    return static_cast<const Var<T>&>(Variable).Value;
+}
+
+template <typename T>
+const T& ObjectOf(const AnyVariable& Variable)
+{
+    return static_cast<const Var<T>&>(Variable).Value;
+}
+
+/// The types whose objects can be seen through a shadow.
+constexpr bool CanHaveShadow(int Code)
+{
+    constexpr int codes[] = {8,  10, 12, 13, 17, 22, 23, 24, 25, 26, 27, 30, 35, 43,
+                             44, 45, 50, 52, 54, 57, 62, 63, 67, 74, 79, 80, 85};
+    return std::find(std::begin(codes), std::end(codes), Code) != std::end(codes);
+}
+
+template <typename T>
+std::unique_ptr<AnyVariable> MakeVar()
+{
+    return std::make_unique<Var<T>>();
+}
+
+template <typename T>
+void Share(AnyVariable& Variable, const AnyVariable& Source, bool Keep)
+{
+    static_cast<Var<T>&>(Variable).Value.ShallowCopy(ObjectOf<T>(Source), Keep);
+}
+
+/// A class of the library: its shadows share through the class's own `ShallowCopy`.
+template <typename T, int Code>
+constexpr TypeRow ObjectRow()
+{
+    TypeRow row{Code, MakeVar<T>, nullptr, nullptr};
+    if constexpr (CanHaveShadow(Code) && requires(T & to, const T& from) { to.ShallowCopy(from, true); })
+        row.ShallowCopy = Share<T>;
+    return row;
+}
+
+} // namespace Tesk

@@ -1,0 +1,72 @@
+#include "image/MorphoFrame.h"
+
+namespace Tesk::morpho {
+
+namespace {
+
+/// Whether the rows of two windows lie in overlapping ranges of memory, whichever buffers they belong to.
+bool Overlap(const Image& a, const Image& b)
+{
+    if (!a.FirstPixel || !b.FirstPixel) return false;
+    const auto first = [](const Image& image) { return reinterpret_cast<std::uintptr_t>(image.Row(0)); };
+    const auto last = [](const Image& image) {
+        return reinterpret_cast<std::uintptr_t>(image.Row(image.Height - 1)) +
+               static_cast<std::uintptr_t>(points::ByteCount(image));
+    };
+    return first(a) < last(b) && first(b) < last(a);
+}
+
+} // namespace
+
+int CheckType(const Image& image, Types types, const wchar_t* required)
+{
+    if (const int code = CheckImage(image)) return code;
+    if (types.Has(image.Type)) return NoError;
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation%ls",
+                          PixelTypeName(image.Type), required);
+}
+
+void CopyRows(const Image& src, Image& dst)
+{
+    const auto bytes = static_cast<std::size_t>(points::ByteCount(src));
+    for (int y = 0; y < src.Height; y++)
+        std::memcpy(dst.Row(y), src.Row(y), bytes);
+}
+
+bool MakeWork(const Entry& entry, const Image& like, PixelTypes type, Image& work)
+{
+    return !work.TrySet(like.Width, like.Height, type) &&
+           entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+}
+
+bool Hold(const Entry& entry, const Image& src, const Image& dst, Image& held)
+{
+    // A detached destination writes elsewhere, so the view stays as it is.
+    if (Status::Shallow || !Overlap(src, dst)) {
+        held.ShallowCopy(src, true);
+        return false;
+    }
+    if (MakeWork(entry, src, src.Type, held)) return true;
+    CopyRows(src, held);
+    held.GradGain = src.GradGain;
+    return false;
+}
+
+bool Size(const Image& src, Image& dst, PixelTypes type)
+{
+    const bool read = src.FirstPixel == dst.FirstPixel;
+    dst.Set(src, type);
+    if (Status::Error().Code != NoError) return true;
+    dst.DetachIfShared(read);
+    dst.GradGain = 1;
+    return false;
+}
+
+bool Prepare(const Entry& entry, const Image& src, Types types, Image& dst, Image& held, PixelTypes dstType,
+             const wchar_t* required)
+{
+    if (entry.Refuses(CheckType(src, types, required))) return true;
+    return Hold(entry, src, dst, held) || Size(held, dst, dstType);
+}
+
+} // namespace Tesk::morpho

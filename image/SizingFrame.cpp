@@ -1,0 +1,33 @@
+#include "image/SizingFrame.h"
+
+#include <cstring>
+#include <limits>
+
+namespace Tesk::sizing {
+
+bool SizeWindow(Image& image, int width, int height, PixelTypes type)
+{
+    if (image.Type == type && image.Width == width && image.Height == height) return true;
+    if (image.Type == type && image.StoreWidth == width && image.StoreHeight == height) {
+        image.Window();
+        return true;
+    }
+    return image.TrySet(width, height, type);
+}
+
+void CopyWindow(const Image& src, Image& dst)
+{
+    const auto bytes = static_cast<std::size_t>(RowBytes(src.Width, src.Type));
+    for (int y = 0; y < src.Height; y++)
+        std::memcpy(dst.Row(y), src.Row(y), bytes);
+}
+
+bool RefuseSize(const Entry& entry, Image& image, std::int64_t width, std::int64_t height, PixelTypes type)
+{
+    const auto fits = [](std::int64_t v) { return v <= std::numeric_limits<int>::max(); };
+    if (fits(width) && fits(height) && SizeWindow(image, static_cast<int>(width), static_cast<int>(height), type))
+        return false;
+    return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+}
+
+} // namespace Tesk::sizing

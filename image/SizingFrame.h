@@ -1,0 +1,50 @@
+// The frame of operations whose result has a size of its own: hold the source, size and detach the destination, work
+// apart where both lie in one store.
+#pragma once
+
+#include "foundation/Entry.h"
+#include "image/Image.h"
+
+#include <cstdint>
+
+namespace Tesk::sizing {
+
+/// Gives an image that window size and type; a window that fits stays where it is.
+bool SizeWindow(Image& image, int width, int height, PixelTypes type);
+
+/// Copies the pixels of a window to one of the same size and type.
+void CopyWindow(const Image& src, Image& dst);
+
+/// Sizes an image, and refuses what no image can have, or memory has no room for; true if it was refused.
+bool RefuseSize(const Entry& entry, Image& image, std::int64_t width, std::int64_t height, PixelTypes type);
+
+/// Gives the destination a size and the source's type, and fills it by `compute(source, destination)`; through a
+/// working image where both lie in one store. Memory that `compute` cannot get is refused (`CannotAllocate`).
+template <typename F>
+void FillSized(const Entry& entry, const Image& Src, Image& Dst, std::int64_t width, std::int64_t height, F compute)
+{
+    Image src;
+    src.ShallowCopy(Src, true);
+    const PixelTypes type = src.Type;
+    try {
+        if (src.Buffer != Dst.Buffer) {
+            if (RefuseSize(entry, Dst, width, height, type)) return;
+            Dst.DetachIfShared(false);
+            compute(src, Dst);
+        } else {
+            Image work;
+            if (RefuseSize(entry, work, width, height, type)) return;
+            compute(src, work);
+            if (RefuseSize(entry, Dst, width, height, type)) return;
+            Dst.DetachIfShared(false);
+            CopyWindow(work, Dst);
+        }
+    } catch (const std::bad_alloc&) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
+        return;
+    }
+    Dst.GradGain = 1;
+    Status::Error().Code = NoError;
+}
+
+} // namespace Tesk::sizing

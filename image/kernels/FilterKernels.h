@@ -1,0 +1,130 @@
+// Row kernels of the neighbourhood filters: each written once with Highway, compiled for every SIMD target, beside the
+// plain loop that defines its result. Rows of working buffers have room for 128 bytes behind them, which may be read;
+// the rows of images, and all that is written, end where they end.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Tesk::kernels {
+
+/// Filters of 3 x 3 bytes. g is a gradient component by the masks of the name, halves and quotients truncate, and all
+/// results are clamped to a byte.
+enum class Square3
+{
+    Smooth,           ///< (S - (7 S >> 6)) >> 3, with S the sum of all nine
+    Smooth8,          ///< the sum of the eight neighbours >> 3
+    Binomial,         ///< 1 2 1 by 1 2 1, >> 4
+    Sharpen4,         ///< 5 times the centre less its four neighbours
+    Sharpen8,         ///< 9 times the centre less its eight neighbours
+    Sharpen4Absolute, ///< the absolute values of those
+    Sharpen8Absolute,
+    GradientLarger, ///< the larger of |left - right| and |above - below|
+    GradientX,      ///< |left - right|
+    GradientY,      ///< |above - below|
+    GradientSum,    ///< their sum
+    GradientHalfSum,
+    SobelLarger,       ///< the larger of |gx| and |gy|
+    SobelSum,          ///< |gx| + |gy|
+    SobelX,            ///< |gx|
+    SobelY,            ///< |gy|
+    SobelLargerScaled, ///< >> 2
+    SobelSumScaled,    ///< >> 3
+    SobelXScaled,      ///< >> 2
+    SobelYScaled,
+    PrewittLarger,
+    PrewittSum,
+    PrewittX,
+    PrewittY,
+    PrewittLargerScaled, ///< times 42 >> 7
+    PrewittSumScaled,    ///< times 42 >> 8
+    PrewittXScaled,      ///< times 85 >> 8
+    PrewittYScaled
+};
+
+/// `n` pixels from three rows of working buffers, which are also read at -1 and `n`.
+void Square3Row(Square3 Filter, const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below,
+                std::uint8_t* d, std::size_t n);
+
+/// As above: d[i] = clamp(s + ((s - (S8 >> 3)) * K >> 10)) with S8 the sum of the eight neighbours, which are `step`
+/// bytes away to the left and right; K from -524288 to 524288.
+void UnsharpRow(const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below, std::uint8_t* d,
+                std::size_t n, std::ptrdiff_t step, int K);
+
+/// Binomial weights of order 4, 6 or 8 along a row of a working buffer, also read `Order / 2` bytes before and after.
+void BinomialWordsRow(int Order, const std::uint8_t* s, std::uint16_t* d, std::size_t n);
+/// The same weights down `Order + 1` rows, shifted right by 2 * Order - 8 bits, so that the result of both stands at
+/// 256 times the gray scale.
+void BinomialColumnsRow(int Order, const std::uint16_t* const* rows, std::uint16_t* d, std::size_t n);
+/// d[i] = (a[i] - b[i]) >> Shift, for Shift 6 or 7.
+void ShiftedDifferenceRow(const std::uint16_t* a, const std::uint16_t* b, std::int16_t* d, std::size_t n, int Shift);
+/// d[i] = min(255, trunc(sqrt(x[i] * x[i] + y[i] * y[i]))), for components of at most 2047.
+void MagnitudeRow(const std::int16_t* x, const std::int16_t* y, std::uint8_t* d, std::size_t n);
+
+/// sums[i] += enter[i] - leave[i], where `enter` and `leave` are rows of an image.
+void MoveSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n);
+void MoveSums(const std::uint16_t* enter, const std::uint16_t* leave, std::uint32_t* sums, std::size_t n);
+/// sums[i] += enter[i]^2 - leave[i]^2.
+void MoveSquares(const std::uint8_t* enter, const std::uint8_t* leave, std::uint32_t* sums, std::size_t n);
+
+/// p[0] = 0, p[i + 1] = p[i] + s[i] for `n` values, modulo the range of the type: differences are exact where the true
+/// ones fit. The spare room behind `p` may be written.
+void PrefixSums(const std::uint16_t* s, std::uint16_t* p, std::size_t n);
+void PrefixSums(const std::uint16_t* s, std::uint32_t* p, std::size_t n);
+void PrefixSums(const std::uint32_t* s, std::uint32_t* p, std::size_t n);
+
+/// d[i] = (p[i + width] - p[i]) / N, for odd N: up to 255 in 16 bits, up to 65025 in 32 bits. The quotient must fit.
+void QuotientRow(const std::uint16_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N);
+void QuotientRow(const std::uint32_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N);
+void QuotientRow(const std::uint32_t* p, std::size_t width, std::uint16_t* d, std::size_t n, std::uint32_t N);
+
+/// d[i] = trunc(sqrt(N Q - S S) / N) with S and Q the differences, over `width`, of the prefix sums of values and
+/// squares.
+void DeviationRow(const std::uint32_t* s, const std::uint32_t* q, std::size_t width, std::uint8_t* d, std::size_t n,
+                  std::uint32_t N);
+
+/// Three boxes in a cascade, of odd widths whose product is at most 628575, as combs and running sums modulo 2^32.
+struct Cascade
+{
+    std::size_t widths[3];
+    std::size_t Reach() const { return (widths[0] + widths[1] + widths[2] - 3) / 2; }
+    /// Lines of zeros that stand before the first line of a strip.
+    std::size_t Before() const { return widths[0] + widths[1] + widths[2]; }
+    std::uint32_t Product() const { return static_cast<std::uint32_t>(widths[0] * widths[1] * widths[2]); }
+};
+
+inline constexpr std::size_t stripLanes = 16;
+
+/// Filters `stripLanes` columns, `n` lines down. `s` is the first of `n + 2 * Reach()` lines of 16 bytes, the ends
+/// replicated by the caller, with `Before()` lines of zeros before it. The result is divided by the product of the
+/// widths.
+void CascadeStrip(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n);
+
+/// d[dPitch x + y] = s[pitch y + x] for 16 x 16 bytes.
+void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
+
+// The definitions of the above.
+void Square3RowPlain(Square3 Filter, const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below,
+                     std::uint8_t* d, std::size_t n);
+void UnsharpRowPlain(const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below, std::uint8_t* d,
+                     std::size_t n, std::ptrdiff_t step, int K);
+void BinomialWordsRowPlain(int Order, const std::uint8_t* s, std::uint16_t* d, std::size_t n);
+void BinomialColumnsRowPlain(int Order, const std::uint16_t* const* rows, std::uint16_t* d, std::size_t n);
+void ShiftedDifferenceRowPlain(const std::uint16_t* a, const std::uint16_t* b, std::int16_t* d, std::size_t n,
+                               int Shift);
+void MagnitudeRowPlain(const std::int16_t* x, const std::int16_t* y, std::uint8_t* d, std::size_t n);
+void MoveSumsPlain(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n);
+void MoveSumsPlain(const std::uint16_t* enter, const std::uint16_t* leave, std::uint32_t* sums, std::size_t n);
+void MoveSquaresPlain(const std::uint8_t* enter, const std::uint8_t* leave, std::uint32_t* sums, std::size_t n);
+void PrefixSumsPlain(const std::uint16_t* s, std::uint16_t* p, std::size_t n);
+void PrefixSumsPlain(const std::uint16_t* s, std::uint32_t* p, std::size_t n);
+void PrefixSumsPlain(const std::uint32_t* s, std::uint32_t* p, std::size_t n);
+void QuotientRowPlain(const std::uint16_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N);
+void QuotientRowPlain(const std::uint32_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N);
+void QuotientRowPlain(const std::uint32_t* p, std::size_t width, std::uint16_t* d, std::size_t n, std::uint32_t N);
+void DeviationRowPlain(const std::uint32_t* s, const std::uint32_t* q, std::size_t width, std::uint8_t* d,
+                       std::size_t n, std::uint32_t N);
+void CascadeStripPlain(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n);
+void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
+
+} // namespace Tesk::kernels

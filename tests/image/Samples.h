@@ -1,0 +1,70 @@
+// What the tests of resizing and warping operations share: pixels as plain numbers, and the SIMD levels.
+#pragma once
+
+#include "foundation/Status.h"
+#include "image/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace Tesk {
+
+/// Pixels as plain numbers, channel by channel, so that the expected values are computed without the library.
+struct Samples
+{
+    int width = 0, height = 0, channels = 1;
+    std::vector<int> values;
+    int At(int x, int y, int c) const { return values[static_cast<std::size_t>((y * width + x) * channels + c)]; }
+    bool operator==(const Samples&) const = default;
+};
+
+inline int Channels(PixelTypes type)
+{
+    return type == Rgb ? 3 : type == Rgba ? 4 : 1;
+}
+
+inline void Fill(Image& image, std::uint32_t state)
+{
+    for (int y = 0; y < image.StoreHeight; y++)
+        for (int i = 0; i < RowBytes(image.StoreWidth, image.Type); i++) {
+            state = state * 1664525u + 1013904223u;
+            image.Row(y)[i] = static_cast<std::uint8_t>(state >> 24);
+        }
+}
+
+inline Samples SamplesOf(const Image& image)
+{
+    Samples samples{image.Width, image.Height, Channels(image.Type), {}};
+    for (int y = 0; y < image.Height; y++)
+        for (int i = 0; i < image.Width * samples.channels; i++)
+            samples.values.push_back(image.Type == Gray16 ? image.Row<std::uint16_t>(y)[i] : image.Row(y)[i]);
+    return samples;
+}
+
+/// The samples f(x, y, channel).
+template <typename F>
+Samples Made(int width, int height, int channels, F f)
+{
+    Samples samples{width, height, channels, {}};
+    for (int y = 0; y < height; y++)
+        for (int x = 0; x < width; x++)
+            for (int c = 0; c < channels; c++)
+                samples.values.push_back(static_cast<int>(f(x, y, c)));
+    return samples;
+}
+
+/// Runs a test at each SIMD level.
+class AtEachLevel : public ::testing::TestWithParam<SIMDLevels>
+{
+protected:
+    void SetUp() override
+    {
+        former_ = Status::SIMDLevel();
+        Status::SIMDLevel(GetParam());
+    }
+    void TearDown() override { Status::SIMDLevel(former_); }
+    SIMDLevels former_ = NoSIMD;
+};
+
+} // namespace Tesk

@@ -1,0 +1,66 @@
+// Where views draw through Graph: a raster target whose pixels are shown as they are.
+#pragma once
+
+#include "foundation/CairoTarget.h"
+#include "foundation/Graph.h"
+
+#include <QImage>
+#include <QWidget>
+
+#include <functional>
+
+namespace TeskPlus {
+
+/// The settings of Graph for the time of one event, put back at its end.
+class GraphSettings
+{
+public:
+    explicit GraphSettings(double zoom);
+    ~GraphSettings();
+    GraphSettings(const GraphSettings&) = delete;
+    GraphSettings& operator=(const GraphSettings&) = delete;
+
+private:
+    double zoom_;
+    Tesk::PredefinedColors line_, fill_, point_, text_;
+    int width_, fontSize_;
+};
+
+/// Makes a surface Graph's target for the time of a drawing. On a dense screen lines and texts grow with the pixels.
+class GraphDrawing
+{
+public:
+    GraphDrawing(Tesk::GraphTarget& target, double zoom, double pixelRatio);
+    ~GraphDrawing();
+    GraphDrawing(const GraphDrawing&) = delete;
+    GraphDrawing& operator=(const GraphDrawing&) = delete;
+
+private:
+    GraphSettings settings_;
+};
+
+/// The pixels of a surface, not copied: good until it is resized.
+QImage ShownPixels(Tesk::CairoTarget& surface);
+
+/// A widget that shows what Graph draws, at the resolution of its screen.
+class GraphWidget : public QWidget
+{
+    Q_OBJECT
+
+public:
+    using QWidget::QWidget;
+
+    /// Called with the surface's size in its own pixels; it is white.
+    std::function<void(int Width, int Height)> Draw;
+    /// Draws anew; until then the surface is kept.
+    void Redraw();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Tesk::CairoTarget surface_;
+    bool isDrawn_ = false;
+};
+
+} // namespace TeskPlus

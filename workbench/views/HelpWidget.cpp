@@ -1,0 +1,43 @@
+#include "workbench/views/HelpWidget.h"
+
+#include <QFontMetrics>
+
+namespace TeskPlus {
+
+namespace {
+bool isHelp = true;
+}
+
+HelpWidget::HelpWidget(const QString& text, helpStyle style, QWidget* parent) : QLabel(text, parent)
+{
+    QFont face = font();
+    face.setBold(style == helpStyle::Title);
+    face.setItalic(style == helpStyle::Row);
+    setFont(face);
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    // The help of a row is a narrow column beside its control, so that the windows leave room for the pictures.
+    const int width = style == helpStyle::Row ? rowWidth : maximumWidth;
+    setMaximumWidth(maximumWidth);
+    // A wrapped label asks for little width by itself, and would become a tall column.
+    setMinimumWidth(std::min(width, QFontMetrics(face).horizontalAdvance(text) + 8));
+    setVisible(isHelp);
+}
+
+bool HelpWidget::IsHelp()
+{
+    return isHelp;
+}
+
+void HelpWidget::SetIsHelp(bool shown)
+{
+    isHelp = shown;
+}
+
+void HelpWidget::ToggleHelp(QWidget& window)
+{
+    for (HelpWidget* help : window.findChildren<HelpWidget*>())
+        help->setVisible(isHelp);
+}
+
+} // namespace TeskPlus

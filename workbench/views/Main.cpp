@@ -1,0 +1,35 @@
+// Tesk+: the workbench.
+// usage: tesk-plus [--trace] [--no-splash] [IMAGE...]
+#include "workbench/views/MainForm.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QTimer>
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setApplicationName("Tesk+");
+    QApplication::setOrganizationName("Halden");
+    QApplication::setApplicationVersion("6.1.1");
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Machine vision workbench.");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption trace("trace", "Print what the engine does on the standard output.");
+    const QCommandLineOption noSplash("no-splash", "Start without the splash picture.");
+    parser.addOptions({trace, noSplash});
+    parser.addPositionalArgument("image", "Images to open.", "[image...]");
+    parser.process(application);
+    Tesk::Engine::Trace = parser.isSet(trace) ? stdout : nullptr;
+
+    TeskPlus::MainForm form(!parser.isSet(noSplash));
+    form.showMaximized();
+    // Behind the first showing, when the work area has its size.
+    QTimer::singleShot(0, &form, [&] {
+        for (const QString& path : parser.positionalArguments())
+            form.OpenImage(QFileInfo(path).absoluteFilePath());
+    });
+    return QApplication::exec();
+}

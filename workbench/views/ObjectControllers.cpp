@@ -1,0 +1,77 @@
+// The controllers of objects in windows, made known to the factory: which ones show a type.
+#include "workbench/views/GenericChildController.h"
+#include "workbench/views/GenericPlotController.h"
+#include "workbench/views/ImagePropertyPageController.h"
+#include "workbench/views/KernelController.h"
+#include "workbench/views/MorphoPropertyPageController.h"
+#include "workbench/views/ProfilePropertyPageController.h"
+
+#include "engine/Types.h"
+#include "workbench/logic/MultiController.h"
+
+namespace TeskPlus {
+
+namespace {
+
+using Made = std::unique_ptr<IController>;
+
+/// A sheet of its own class.
+template <typename Sheet>
+Made MakeSheet(const ControllerRequest& Request, ViewContext& Context)
+{
+    return std::make_unique<Sheet>(Request, Context);
+}
+
+/// A sheet without anything of its class's own.
+Made MakePlainSheet(const ControllerRequest& Request, ViewContext& Context)
+{
+    auto sheet = std::make_unique<PropertySheetController>(Request, Context, sheetMenu::RadioGroup);
+    sheet->BuildPropertySheet();
+    return sheet;
+}
+
+/// A plot in a window of its own.
+Made MakePlot(const ControllerRequest& Request, ViewContext& Context)
+{
+    const PlotRow* row = FindPlot(Engine::VarNode(Request.Node)->Type);
+    return row ? std::make_unique<PlotWindowController>(Request, *row, Context) : nullptr;
+}
+
+/// The overlay, and then what else shows the object.
+template <Made (*... Others)(const ControllerRequest&, ViewContext&)>
+Made MakeOverlay(const ControllerRequest& Request, ViewContext& Context)
+{
+    auto several = std::make_unique<MultiController>(Request);
+    several->Add(std::make_unique<GenericChildController>(Request));
+    (several->Add(Others(Request, Context)), ...);
+    return several;
+}
+
+struct ObjectRow
+{
+    int Type;
+    Made (*Make)(const ControllerRequest& Request, ViewContext& Context);
+};
+
+constexpr ObjectRow rows[] = {
+    {35, MakeOverlay<>},                            // Geometry
+    {43, MakePlot},                                 // Histogram
+    {44, MakeSheet<ImagePropertyPageController>},   // Image
+    {45, MakeSheet<KernelPropertyPageController>},  // Kernel
+    {52, MakeSheet<MorphoPropertyPageController>},  // Morpho
+    {54, MakeOverlay<MakePlainSheet>},              // Path
+    {62, MakeSheet<ProfilePropertyPageController>}, // Profile
+    {63, MakeOverlay<MakePlainSheet>},              // Pyramid
+};
+
+} // namespace
+
+void RegisterObjectControllers(ControllerFactory& factory, ViewContext& context)
+{
+    for (const ObjectRow& row : rows)
+        if (FindType(row.Type))
+            factory.Register(row.Type,
+                             [&context, &row](const ControllerRequest& request) { return row.Make(request, context); });
+}
+
+} // namespace TeskPlus

@@ -1,0 +1,253 @@
+#include "workbench/views/OperationList2.h"
+
+#include "workbench/views/Text.h"
+
+#include <QApplication>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QSignalBlocker>
+#include <QStyledItemDelegate>
+#include <QTimer>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include <optional>
+
+namespace TeskPlus {
+
+namespace {
+
+constexpr int captionHeight = 23;
+/// How long the pointer must rest on a line, in ms, until its window is shown for the moment.
+constexpr int restTime = 400;
+
+QIcon IconOf(lineImage image)
+{
+    switch (image) {
+    case lineImage::CanBePinned:
+        return QIcon(":/Ok16_White.bmp");
+    case lineImage::Pinned:
+        return QIcon(":/OkOk16.bmp");
+    case lineImage::CurrentOperation:
+        return QIcon(":/Current.bmp");
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+/// Edits the name of a variable, which is the part of a line's text before the type.
+class OperationList2::NameDelegate final : public QStyledItemDelegate
+{
+public:
+    explicit NameDelegate(OperationList2& owner) : QStyledItemDelegate(&owner), owner_(owner)
+    {
+        connect(this, &QAbstractItemDelegate::closeEditor, this, [this] {
+            const std::optional<std::wstring> text = std::exchange(text_, std::nullopt);
+            // The answer may open a message, which must not stand inside the editor's closing.
+            QTimer::singleShot(0, &owner_, [this, text] { owner_.EndEdit(text ? &*text : nullptr); });
+        });
+    }
+
+    void setEditorData(QWidget* editor, const QModelIndex&) const override
+    {
+        if (auto* line = qobject_cast<QLineEdit*>(editor)) line->setText(Qt16(owner_.list_.RenamedName()));
+    }
+    void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex&) const override
+    {
+        if (auto* line = qobject_cast<QLineEdit*>(editor)) text_ = line->text().toStdWString();
+    }
+
+private:
+    OperationList2& owner_;
+    mutable std::optional<std::wstring> text_;
+};
+
+OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(parent), list_(list)
+{
+    setObjectName("OperationList2");
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    auto* caption = new QLabel(tr("Operations"));
+    caption->setObjectName("Caption");
+    caption->setMinimumHeight(captionHeight);
+    caption->setContentsMargins(6, 0, 6, 0);
+    caption->setAutoFillBackground(true);
+    caption->setBackgroundRole(QPalette::Midlight);
+    column->addWidget(caption);
+    tree_ = new QTreeWidget;
+    tree_->setObjectName("Operations");
+    tree_->setHeaderHidden(true);
+    tree_->setRootIsDecorated(true);
+    tree_->setUniformRowHeights(true);
+    tree_->setSelectionMode(QAbstractItemView::SingleSelection);
+    tree_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    tree_->setExpandsOnDoubleClick(false);
+    tree_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    tree_->header()->setStretchLastSection(false);
+    tree_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    tree_->setContextMenuPolicy(Qt::CustomContextMenu);
+    tree_->setMouseTracking(true);
+    tree_->setItemDelegate(new NameDelegate(*this));
+    tree_->viewport()->installEventFilter(this);
+    column->addWidget(tree_, 1);
+
+    hover_ = new QTimer(this);
+    hover_->setSingleShot(true);
+    hover_->setInterval(restTime);
+    connect(hover_, &QTimer::timeout, this, [this] { list_.NodeMouseHover(hovered_); });
+    connect(tree_, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
+        if (!rebuilding_) list_.NodeMouseClick(PathOf(item));
+    });
+    // Enter and Space do what a click does, so that the list can be walked from the keyboard.
+    connect(tree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) {
+        if (!rebuilding_ && !QApplication::mouseButtons()) list_.NodeMouseClick(PathOf(item));
+    });
+    connect(tree_, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
+        if (rebuilding_) return;
+        list_.BeforeExpand(PathOf(item));
+        ScheduleRebuild();
+    });
+    connect(tree_, &QTreeWidget::itemCollapsed, this, [this](QTreeWidgetItem* item) {
+        if (rebuilding_) return;
+        list_.BeforeCollapse(PathOf(item));
+        ScheduleRebuild();
+    });
+    connect(tree_, &QTreeWidget::customContextMenuRequested, this, &OperationList2::ShowContextMenu);
+    list_.Changed = [this] { ScheduleRebuild(); };
+    list_.StartLabelEdit = [this](const ListPath& path) {
+        Rebuild();
+        if (QTreeWidgetItem* item = ItemAt(path)) {
+            item->setFlags(item->flags() | Qt::ItemIsEditable);
+            editing_ = true;
+            tree_->editItem(item);
+        }
+    };
+    Rebuild();
+}
+
+ListPath OperationList2::PathOf(const QTreeWidgetItem* item)
+{
+    ListPath path;
+    std::vector<int> places;
+    for (; item; item = item->parent()) {
+        const QTreeWidgetItem* above = item->parent();
+        places.insert(places.begin(),
+                      above ? above->indexOfChild(const_cast<QTreeWidgetItem*>(item))
+                            : item->treeWidget()->indexOfTopLevelItem(const_cast<QTreeWidgetItem*>(item)));
+    }
+    if (!places.empty()) path.Operation = places[0];
+    if (places.size() > 1) path.Variable = places[1];
+    if (places.size() > 2) path.Property = places[2];
+    return path;
+}
+
+QTreeWidgetItem* OperationList2::ItemAt(const ListPath& path) const
+{
+    QTreeWidgetItem* item = path.Operation >= 0 ? tree_->topLevelItem(path.Operation) : nullptr;
+    if (item && path.Variable >= 0) item = item->child(path.Variable);
+    if (item && path.Property >= 0) item = item->child(path.Property);
+    return item;
+}
+
+void OperationList2::FillItem(QTreeWidgetItem& item, const ListLine& line, const ListPath& path)
+{
+    if (item.text(0) != Qt16(line.Text)) item.setText(0, Qt16(line.Text));
+    item.setIcon(0, IconOf(line.ImageIndex));
+    QFont face = tree_->font();
+    face.setBold(path.Level() == 0);
+    item.setFont(0, face);
+    const int node = path.Level() == 0 ? line.Item.OperationNode : line.Variable.VariableNode;
+    if (node >= 0) item.setToolTip(0, Qt16(Engine::Tree[node]->Documentation));
+    while (item.childCount() > static_cast<int>(line.Lines.size()))
+        delete item.takeChild(item.childCount() - 1);
+    for (std::size_t i = 0; i < line.Lines.size(); i++) {
+        if (item.childCount() <= static_cast<int>(i)) item.addChild(new QTreeWidgetItem);
+        ListPath below = path;
+        (path.Level() == 0 ? below.Variable : below.Property) = static_cast<int>(i);
+        FillItem(*item.child(static_cast<int>(i)), line.Lines[i], below);
+    }
+    // A line whose properties are not listed yet still shows that it can be opened.
+    item.setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
+    item.setExpanded(line.IsExpanded);
+}
+
+void OperationList2::ScheduleRebuild()
+{
+    if (rebuildScheduled_) return;
+    rebuildScheduled_ = true;
+    // One time for all changes of an event, and never inside a signal of the tree.
+    QTimer::singleShot(0, this, [this] { Rebuild(); });
+}
+
+void OperationList2::Rebuild()
+{
+    rebuildScheduled_ = false;
+    if (editing_) return;
+    rebuilding_ = true;
+    const QSignalBlocker quiet(tree_);
+    const std::vector<ListLine>& lines = list_.Lines();
+    while (tree_->topLevelItemCount() > static_cast<int>(lines.size()))
+        delete tree_->takeTopLevelItem(tree_->topLevelItemCount() - 1);
+    for (std::size_t i = 0; i < lines.size(); i++) {
+        if (tree_->topLevelItemCount() <= static_cast<int>(i)) tree_->addTopLevelItem(new QTreeWidgetItem);
+        FillItem(*tree_->topLevelItem(static_cast<int>(i)), lines[i], {static_cast<int>(i), -1, -1});
+        if (lines[i].ImageIndex == lineImage::CurrentOperation && !tree_->currentItem())
+            tree_->setCurrentItem(tree_->topLevelItem(static_cast<int>(i)));
+        if (lines[i].ImageIndex == lineImage::CurrentOperation)
+            tree_->scrollToItem(tree_->topLevelItem(static_cast<int>(i)));
+    }
+    rebuilding_ = false;
+}
+
+void OperationList2::EndEdit(const std::wstring* text)
+{
+    editing_ = false;
+    if (!list_.IsRenaming()) return;
+    list_.AfterLabelEdit(text);
+    if (!editing_) Rebuild();
+}
+
+bool OperationList2::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == tree_->viewport() && !list_.IsRenaming()) {
+        if (event->type() == QEvent::MouseMove) {
+            const QTreeWidgetItem* item = tree_->itemAt(static_cast<QMouseEvent*>(event)->pos());
+            const ListPath path = item ? PathOf(item) : ListPath();
+            if (!(path == hovered_)) {
+                hovered_ = path;
+                hover_->start();
+            }
+        } else if (event->type() == QEvent::Leave) {
+            hovered_ = {};
+            hover_->stop();
+            list_.NodeMouseHover({});
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void OperationList2::ShowContextMenu(const QPoint& place)
+{
+    const QTreeWidgetItem* item = tree_->itemAt(place);
+    const ListPath path = item ? PathOf(item) : ListPath();
+    const std::vector<ListMenuEntry> entries = list_.ContextMenu(path);
+    if (entries.empty()) return;
+    QMenu menu(this);
+    menu.setObjectName("ListMenu");
+    std::vector<QAction*> actions;
+    for (const ListMenuEntry& entry : entries) {
+        actions.push_back(menu.addAction(Qt16(entry.Text)));
+        actions.back()->setEnabled(entry.Enabled);
+    }
+    const QAction* chosen = menu.exec(tree_->viewport()->mapToGlobal(place));
+    for (std::size_t i = 0; i < actions.size(); i++)
+        if (chosen && actions[i] == chosen) list_.Run(entries[i].Action, path);
+}
+
+} // namespace TeskPlus

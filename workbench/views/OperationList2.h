@@ -1,0 +1,42 @@
+// The panel at the right of the main window: the operations in sequence, their variables and properties, as a tree.
+#pragma once
+
+#include "workbench/logic/OperationList.h"
+
+#include <QWidget>
+
+class QTimer;
+class QTreeWidget;
+class QTreeWidgetItem;
+
+namespace TeskPlus {
+
+class OperationList2 final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit OperationList2(OperationList& list, QWidget* parent = nullptr);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    class NameDelegate;
+
+    void Rebuild();
+    void ScheduleRebuild();
+    void FillItem(QTreeWidgetItem& item, const ListLine& line, const ListPath& path);
+    QTreeWidgetItem* ItemAt(const ListPath& path) const;
+    static ListPath PathOf(const QTreeWidgetItem* item);
+    void ShowContextMenu(const QPoint& place);
+    void EndEdit(const std::wstring* text);
+
+    OperationList& list_;
+    QTreeWidget* tree_;
+    QTimer* hover_;
+    ListPath hovered_;
+    bool rebuilding_ = false, rebuildScheduled_ = false, editing_ = false;
+};
+
+} // namespace TeskPlus

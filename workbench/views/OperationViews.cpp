@@ -1,0 +1,335 @@
+#include "workbench/views/OperationViews.h"
+
+#include "workbench/views/FileDialogs.h"
+#include "workbench/views/HelpWidget.h"
+#include "workbench/views/OperationForm.h"
+#include "workbench/views/SelectorWidget.h"
+#include "workbench/views/Text.h"
+
+#include <QApplication>
+#include <QGridLayout>
+#include <QLabel>
+#include <QMainWindow>
+#include <QMdiArea>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace TeskPlus {
+
+namespace {
+
+/// An operation that took longer than this, in microseconds, shows that it is at work.
+constexpr int longRun = 500000;
+
+} // namespace
+
+OperationViews::OperationViews(QMainWindow& window, QMdiArea& workArea, QLabel& status)
+    : window_(window), workArea_(workArea), status_(status)
+{
+    connect(&workArea_, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* active) {
+        if (active && active == parameters_ && parametersShown_ && form_ && form_->isVisible() && handler_)
+            handler_->ParametersFormActivated();
+    });
+}
+
+OperationViews::~OperationViews()
+{
+    if (parameterRows_) TakeControlsOut(*parameterRows_);
+    delete form_;
+    delete parameters_;
+}
+
+void OperationViews::CreateOperationForm(const OperationFormInfo& Info)
+{
+    CloseOperationForm();
+    form_ = new OperationForm(workArea_, Info);
+    if (Info.Item.ClassNode >= 0) form_->setWindowTitle(Qt16(Engine::Tree[Info.Item.ClassNode]->Label));
+    form_->cancelOperationDelegate_ = [this] { handler_->DeleteButton_Click(); };
+    form_->applyOperationDelegate_ = [this] { handler_->ApplyOperation(); };
+    form_->resetDelegate_ = [this] { handler_->ResetButton_Click(); };
+    form_->tabDelegate_ = [this](const operationItemInfo& item) { return handler_->ChangeTab(item); };
+    form_->radioDelegate_ = [this](const operationItemInfo& item) {
+        if (!handler_->OperationSelectMode()) handler_->SubstituteOperation(item);
+    };
+}
+
+void OperationViews::CloseOperationForm()
+{
+    if (!form_) return;
+    // The window may be in the middle of an event of one of its buttons.
+    form_->ClearPanel();
+    form_->hide();
+    form_->setObjectName(QString());
+    form_->deleteLater();
+    form_ = nullptr;
+}
+
+void OperationViews::HideOperationForm()
+{
+    if (form_) form_->hide();
+}
+
+void OperationViews::ShowOperationForm(const WindowPoint* Location)
+{
+    if (!form_) return;
+    if (Location) form_->Place(*Location);
+    form_->show();
+    form_->FitContent();
+}
+
+bool OperationViews::HasOperationForm() const
+{
+    return form_ != nullptr;
+}
+
+WindowPoint OperationViews::OperationFormLocation() const
+{
+    return form_ ? WindowPoint{form_->x(), form_->y()} : WindowPoint{};
+}
+
+WindowSize OperationViews::OperationFormSize() const
+{
+    return form_ ? WindowSize{form_->width(), form_->height()} : WindowSize{};
+}
+
+void OperationViews::SelectTab(int Tab)
+{
+    if (form_) form_->SelectTab(Tab);
+}
+
+void OperationViews::ShowRadioGroup(const RadioGroupInfo& Group)
+{
+    if (form_) form_->ShowRadioGroup(Group);
+}
+
+void OperationViews::CheckRadioButton(int Method)
+{
+    if (form_) form_->CheckRadioButton(Method);
+}
+
+void OperationViews::LayOutPanel(CommandPanel& Panel)
+{
+    if (!form_) return;
+    form_->LayOutPanel(Panel);
+    form_->setWindowTitle(Qt16(Engine::OpNode(Panel.PanelOperation().Node)->Label).simplified());
+}
+
+void OperationViews::ClearPanel()
+{
+    if (form_) form_->ClearPanel();
+}
+
+void OperationViews::EnableDeleteButton(bool Enabled)
+{
+    if (form_) form_->EnableDeleteButton(Enabled);
+}
+
+void OperationViews::ShowApplyButton(bool Shown)
+{
+    if (form_) form_->ShowApplyButton(Shown);
+}
+
+void OperationViews::CreateSelectorControl(VariableSelector& Selector)
+{
+    Selector.Control = static_cast<QWidget*>(new SelectorWidget(Selector));
+}
+
+WindowSize OperationViews::ControlSize(const IController& Controller) const
+{
+    const auto* control = static_cast<const QWidget*>(Controller.Control());
+    return control ? WindowSize{control->width(), control->height()} : WindowSize{};
+}
+
+void OperationViews::MoveControl(IController& Controller, WindowPoint Location)
+{
+    if (auto* window = qobject_cast<ToolWindow*>(static_cast<QWidget*>(Controller.Control()))) window->Place(Location);
+}
+
+WindowSize OperationViews::WorkAreaSize() const
+{
+    return {workArea_.viewport()->width(), workArea_.viewport()->height()};
+}
+
+void OperationViews::SetFormOrder(const Operation* Current)
+{
+    const auto ofCurrent = [Current](const ToolWindow& window) {
+        if (!Current) return false;
+        for (const Arg& argument : Current->Args)
+            if (argument.Variable && argument.Variable->Name && window.windowTitle() == Qt16(argument.Variable->Name))
+                return true;
+        return false;
+    };
+    // From the bottom to the top. Raising does not activate.
+    std::vector<ToolWindow*> layers[3];
+    for (QMdiSubWindow* sub : workArea_.subWindowList(QMdiArea::StackingOrder)) {
+        auto* window = qobject_cast<ToolWindow*>(sub);
+        if (!window || window == contextualHelp_ || window == parameters_ || !window->isVisible()) continue;
+        layers[window == form_ ? 1 : !ofCurrent(*window) ? 0 : window->IsPinned() ? 2 : 1].push_back(window);
+    }
+    for (const auto& layer : layers)
+        for (ToolWindow* window : layer)
+            window->raise();
+    if (parameters_) parameters_->raise();
+    if (contextualHelp_) contextualHelp_->raise();
+}
+
+ControlHandle OperationViews::ParentWindow() const
+{
+    return static_cast<QWidget*>(&workArea_);
+}
+
+int OperationViews::ShowMessage(const MessageInfo& Message)
+{
+    QMessageBox box(&window_);
+    box.setObjectName("Message");
+    box.setWindowTitle(Qt16(Message.Title));
+    box.setText(Qt16(Message.Text));
+    box.setTextFormat(Qt::PlainText);
+    box.setIcon(Message.Icon == messageIcon::Warning    ? QMessageBox::Warning
+                : Message.Icon == messageIcon::Question ? QMessageBox::Question
+                                                        : QMessageBox::NoIcon);
+    std::vector<QPushButton*> buttons;
+    for (std::size_t i = 0; i < Message.Buttons.size(); i++) {
+        // The first button accepts, and Escape presses the one that the message names.
+        auto* button = box.addButton(Qt16(Message.Buttons[i]), QMessageBox::ActionRole);
+        if (static_cast<int>(i) == Message.CancelButton) box.setEscapeButton(button);
+        if (i == 0) box.setDefaultButton(button);
+        buttons.push_back(button);
+    }
+    QApplication::setOverrideCursor(Qt::ArrowCursor);
+    box.exec();
+    QApplication::restoreOverrideCursor();
+    for (std::size_t i = 0; i < buttons.size(); i++)
+        if (box.clickedButton() == buttons[i]) return static_cast<int>(i);
+    return Message.CancelButton;
+}
+
+std::optional<std::string> OperationViews::ChooseFile(const FileDialogInfo& Dialog)
+{
+    const QStringList paths = FileDialogs::Ask(&window_, Dialog);
+    if (paths.isEmpty()) return std::nullopt;
+    return paths.front().toStdString();
+}
+
+void OperationViews::SetStatusText(const std::wstring& Text)
+{
+    status_.setText(Qt16(Text));
+}
+
+void OperationViews::SetBusy(const Operation* Running)
+{
+    if (!Running) {
+        if (isBusy_) QApplication::restoreOverrideCursor();
+        isBusy_ = false;
+        return;
+    }
+    // What ran long before will do so again; a first run is not known beforehand.
+    if (Running->Duration < longRun) return;
+    if (!isBusy_) QApplication::setOverrideCursor(Qt::BusyCursor);
+    isBusy_ = true;
+    status_.setText(Qt16(Engine::OpNode(Running->Node)->Label).simplified() + " ...");
+    status_.repaint();
+}
+
+bool OperationViews::IsHelp() const
+{
+    return HelpWidget::IsHelp();
+}
+
+void OperationViews::ShowContextualHelp(const std::vector<HelpParagraph>& Paragraphs)
+{
+    if (!HelpWidget::IsHelp()) {
+        HideContextualHelp();
+        return;
+    }
+    if (contextualHelp_) {
+        contextualHelpPanelLocation = {contextualHelp_->x(), contextualHelp_->y()};
+        contextualHelp_->hide();
+        contextualHelp_->setObjectName(QString());
+        contextualHelp_->deleteLater();
+    }
+    contextualHelp_ = new ToolWindow(workArea_, "OperationContextualHelpForm", false);
+    contextualHelp_->setWindowTitle("Tesk+");
+    for (const HelpParagraph& paragraph : Paragraphs)
+        contextualHelp_->Content().addWidget(
+            new HelpWidget(Qt16(paragraph.Text), paragraph.IsTitle ? helpStyle::Title : helpStyle::Regular));
+    contextualHelp_->Place(contextualHelpPanelLocation);
+    contextualHelp_->show();
+    contextualHelp_->FitContent();
+    contextualHelp_->raise();
+}
+
+void OperationViews::HideContextualHelp()
+{
+    if (!contextualHelp_) return;
+    contextualHelpPanelLocation = {contextualHelp_->x(), contextualHelp_->y()};
+    contextualHelp_->hide();
+}
+
+void OperationViews::FillParameters(const ParametersPanel& panel)
+{
+    if (!parameters_) {
+        parameters_ = new ToolWindow(workArea_, "ParametersForm", false);
+        parameters_->setWindowTitle(tr("Parameters"));
+    }
+    if (parameterRows_) {
+        TakeControlsOut(*parameterRows_);
+        parameterRows_->hide();
+        parameterRows_->deleteLater();
+    }
+    parameterRows_ = new QWidget;
+    auto* grid = new QGridLayout(parameterRows_);
+    grid->setContentsMargins(0, 0, 0, 0);
+    int row = 0;
+    for (const ParameterRow& line : panel.Rows()) {
+        if (line.Controller->Control()) PutControl(*grid, static_cast<QWidget*>(line.Controller->Control()), row, 0);
+        // Two rows of one label are told apart by their variables.
+        auto* help = new HelpWidget(Qt16(line.Help), helpStyle::Row);
+        grid->addWidget(help, row, 1);
+        row++;
+    }
+    grid->setColumnStretch(1, 1);
+    parameters_->Content().addWidget(parameterRows_);
+}
+
+void OperationViews::LayOutParameters(const ParametersPanel& Panel)
+{
+    FillParameters(Panel);
+    if (parameters_->isVisible()) parameters_->FitContent();
+}
+
+void OperationViews::ShowParametersForm(bool Shown)
+{
+    if (!parameters_) return;
+    if (!Shown) {
+        parameters_->hide();
+        parametersShown_ = false;
+        return;
+    }
+    if (parameters_->isVisible()) return;
+    QWidget* focus = QApplication::focusWidget();
+    parametersShown_ = false;
+    const QSize room = workArea_.viewport()->size();
+    parameters_->show();
+    parameters_->FitContent();
+    parameters_->Place({room.width() - parameters_->width() - 15, room.height() - parameters_->height() - 15});
+    parametersShown_ = true;
+    if (focus) focus->setFocus();
+}
+
+void OperationViews::PassBlobSelection()
+{
+    if (blobSelection_) blobSelection_();
+}
+
+void OperationViews::ToggleHelp()
+{
+    for (QMdiSubWindow* sub : workArea_.subWindowList())
+        if (auto* window = qobject_cast<ToolWindow*>(sub)) {
+            HelpWidget::ToggleHelp(*window);
+            if (window->isVisible() && (window == form_ || window == parameters_)) window->FitContent();
+        }
+}
+
+} // namespace TeskPlus

@@ -1,0 +1,181 @@
+#include "workbench/views/PointControllers.h"
+
+#include "foundation/Graph.h"
+#include "workbench/views/Text.h"
+
+#include <cwchar>
+
+namespace TeskPlus {
+
+namespace {
+
+/// Draws in a color, and leaves the settings as they were.
+template <typename Draw>
+void DrawIn(PredefinedColors color, Draw draw)
+{
+    const PredefinedColors line = Graph::LineColor, point = Graph::PointColor;
+    Graph::LineColor = color;
+    Graph::PointColor = color;
+    draw();
+    Graph::LineColor = line;
+    Graph::PointColor = point;
+}
+
+struct Place
+{
+    const wchar_t* names[4];
+    /// Quarters of the image's extent.
+    int x, y;
+};
+
+constexpr Place places[] = {{{L"Src Anchor", L"Src Anchor0", L"Dst Anchor", L"Dst Anchor0"}, 2, 2},
+                            {{L"Center"}, 2, 2},
+                            {{L"Src Anchor1", L"Dst Anchor1"}, 3, 2},
+                            {{L"Src Anchor2", L"Dst Anchor2"}, 2, 1}};
+
+/// Integer halves and quarters, added up as the anchors are told.
+int Quarters(int extent, int quarters)
+{
+    return quarters == 3 ? extent / 4 + extent / 2 : quarters == 1 ? extent / 2 - extent / 4 : extent / 2;
+}
+
+} // namespace
+
+XYController::XYController(const ControllerRequest& Request) : OverlayValueController(Request)
+{
+    auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
+    SetWidget(widget);
+    widget->Changed = [this](bool dragging) {
+        updateFromWidget_ = true;
+        Notify(false, false, dragging);
+    };
+    widget->SetValue(Read<XY>({0, 0}));
+}
+
+bool XYController::TakeUserChange()
+{
+    return std::exchange(updateFromWidget_, false);
+}
+
+void XYController::UpdateProperty()
+{
+    const bool fromUser = TakeUserChange();
+    if (!IsInOnly()) return;
+    const Image* mother = MotherImage();
+    if (!mother) {
+        // A point without a picture is what the user typed.
+        if (fromUser) Write<XY>(Widget().Value());
+        return;
+    }
+    const double maximumX = Max(0, mother->Width - 1), maximumY = Max(0, mother->Height - 1);
+    Widget().SetRange(0, maximumX, 0, maximumY);
+    if (!fromUser) {
+        Widget().SetValue(Read<XY>({0, 0}));
+        return;
+    }
+    const XY point = Widget().Value();
+    Write<XY>({Clamp(point.X, 0.0, maximumX), Clamp(point.Y, 0.0, maximumY)});
+}
+
+void XYController::UpdateControl(bool, bool)
+{
+    Widget().SetValue(Read<XY>({0, 0}));
+    RepaintMother();
+}
+
+void XYController::UpdateChildControl()
+{
+    if (!motherController_) return;
+    const XY point = Read<XY>({0, 0});
+    DrawIn(Green, [&] { point.Draw(false); });
+}
+
+void XYController::ResetLocation(int Width, int Height)
+{
+    for (const Place& place : places)
+        for (const wchar_t* name : place.names)
+            if (name && argumentName_ == name) {
+                Write<XY>({double(Quarters(Width, place.x)), double(Quarters(Height, place.y))});
+                Widget().SetValue(Read<XY>({0, 0}));
+                return;
+            }
+}
+
+void XYController::SetMotherController(IController* Mother)
+{
+    const bool isNew = Mother != motherController_;
+    if (isNew && motherController_) motherController_->RemoveChild(*this);
+    OverlayValueController::SetMotherController(Mother);
+    const Image* mother = MotherImage();
+    if (isNew && mother && IsInOnly()) ResetLocation(mother->Width, mother->Height);
+}
+
+SiteController::SiteController(const ControllerRequest& Request) : OverlayValueController(Request)
+{
+    auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
+    SetWidget(widget);
+    widget->SetNumberOfDecimals(0);
+    widget->Changed = [this](bool dragging) {
+        updateFromWidget_ = true;
+        Notify(false, false, dragging);
+    };
+    const Site site = Read<Site>({0, 0});
+    widget->SetValue({double(site.X), double(site.Y)});
+}
+
+void SiteController::FollowWindow()
+{
+    const Image* mother = MotherImage();
+    if (!mother || !IsInOnly()) return;
+    if (mother->X == windowX_ && mother->Y == windowY_ && mother->Width == windowWidth_ &&
+        mother->Height == windowHeight_)
+        return;
+    windowX_ = mother->X;
+    windowY_ = mother->Y;
+    windowWidth_ = mother->Width;
+    windowHeight_ = mother->Height;
+    Write<Site>({windowX_ + windowWidth_ / 2, windowY_ + windowHeight_ / 2});
+    const Site site = Read<Site>({0, 0});
+    Widget().SetRange(0, Max(0, windowWidth_ - 1), 0, Max(0, windowHeight_ - 1));
+    Widget().SetValue({double(site.X), double(site.Y)});
+}
+
+void SiteController::UpdateProperty()
+{
+    const bool fromUser = std::exchange(updateFromWidget_, false);
+    if (!IsInOnly()) return;
+    FollowWindow();
+    const Image* mother = MotherImage();
+    if (!fromUser) {
+        const Site site = Read<Site>({0, 0});
+        Widget().SetValue({double(site.X), double(site.Y)});
+        return;
+    }
+    const double maximumX = mother ? Max(0, mother->Width - 1) : 32767.0;
+    const double maximumY = mother ? Max(0, mother->Height - 1) : 32767.0;
+    const XY point = Widget().Value();
+    Write<Site>({static_cast<int>(Clamp(point.X, 0.0, maximumX)), static_cast<int>(Clamp(point.Y, 0.0, maximumY))});
+}
+
+void SiteController::UpdateControl(bool, bool)
+{
+    const Site site = Read<Site>({0, 0});
+    Widget().SetValue({double(site.X), double(site.Y)});
+    RepaintMother();
+}
+
+void SiteController::UpdateChildControl()
+{
+    if (!motherController_) return;
+    const Site site = Read<Site>({0, 0});
+    DrawIn(Green, [&] { site.Draw(true); });
+}
+
+void SiteController::SetMotherController(IController* Mother)
+{
+    if (Mother != motherController_ && motherController_) motherController_->RemoveChild(*this);
+    OverlayValueController::SetMotherController(Mother);
+    FollowWindow();
+}
+
+} // namespace TeskPlus

@@ -1,0 +1,113 @@
+#include "workbench/views/ToolWindow.h"
+
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMdiArea>
+#include <QScrollArea>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace TeskPlus {
+
+namespace {
+
+/// Brings what the layouts know of their widgets' sizes up to date, from the innermost outwards. Otherwise that takes a
+/// round of events for each level, and happens not at all in a window that is hidden.
+void RefreshLayouts(QWidget& widget)
+{
+    for (QWidget* child : widget.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
+        if (!child->isWindow()) RefreshLayouts(*child);
+    if (!widget.layout()) return;
+    widget.layout()->invalidate();
+    widget.layout()->activate();
+}
+
+} // namespace
+
+ToolWindow::ToolWindow(QMdiArea& area, const QString& name, bool hasBar)
+    : QMdiSubWindow(nullptr, Qt::SubWindow | Qt::CustomizeWindowHint | Qt::WindowTitleHint), area_(area)
+{
+    setObjectName(name);
+    auto* scroll = new QScrollArea;
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    frame_ = new QWidget;
+    auto* column = new QVBoxLayout(frame_);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    barWidget_ = new QWidget(frame_);
+    barWidget_->setObjectName("Bar");
+    barWidget_->setAutoFillBackground(true);
+    barWidget_->setBackgroundRole(QPalette::Midlight);
+    bar_ = new QHBoxLayout(barWidget_);
+    bar_->setContentsMargins(2, 0, 4, 0);
+    bar_->setSpacing(6);
+    pin_ = new QLabel(barWidget_);
+    pin_->setObjectName("Pin");
+    pin_->setFixedSize(21, 21);
+    pin_->setScaledContents(true);
+    bar_->addWidget(pin_);
+    barWidget_->setMinimumHeight(barHeight);
+    barWidget_->setVisible(hasBar);
+    column->addWidget(barWidget_);
+    content_ = new QVBoxLayout;
+    content_->setContentsMargins(4, 4, 4, 4);
+    column->addLayout(content_, 1);
+    scroll->setWidget(frame_);
+    setWidget(scroll);
+    area_.addSubWindow(this, windowFlags());
+    hide();
+    SetPinned(false);
+}
+
+void ToolWindow::SetPinned(bool pinned)
+{
+    isPinned_ = pinned;
+    pin_->setPixmap(QPixmap(pinned ? ":/OkOk32.bmp" : ":/Ok32.bmp"));
+    pin_->setToolTip(pinned ? tr("Pinned: stays visible whichever operation is selected")
+                            : tr("Click the variable in the list of operations to keep this window visible"));
+    setProperty("Tag", pinned ? "Pined" : "UnPined");
+}
+
+void ToolWindow::Place(WindowPoint location)
+{
+    const QSize room = area_.viewport()->size();
+    const int x = std::clamp(location.X, 0, std::max(0, room.width() - 60));
+    const int y = std::clamp(location.Y, 0, std::max(0, room.height() - 2 * barHeight));
+    move(x, y);
+}
+
+void ToolWindow::FitContent()
+{
+    fitting_ = true;
+    RefreshLayouts(*frame_);
+    QSize wanted = frame_->sizeHint().expandedTo(frame_->minimumSizeHint());
+    // Texts that wrap need the height for the width that they get.
+    if (frame_->layout()->hasHeightForWidth())
+        wanted.setHeight(std::max(wanted.height(), frame_->layout()->totalHeightForWidth(wanted.width())));
+    const QMargins frame = contentsMargins();
+    const int title = height() > 0 ? std::max(0, height() - contentsRect().height() - frame.top() - frame.bottom()) : 0;
+    QSize outer = wanted + QSize(frame.left() + frame.right(), frame.top() + frame.bottom() + title);
+    const QSize room = area_.viewport()->size();
+    // A scroll bar at one side takes room from the other.
+    const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    if (outer.height() > room.height()) outer.rwidth() += scrollBar;
+    if (outer.width() > room.width()) outer.rheight() += scrollBar;
+    resize(outer.boundedTo(room));
+    fitting_ = false;
+}
+
+void ToolWindow::resizeEvent(QResizeEvent* event)
+{
+    QMdiSubWindow::resizeEvent(event);
+    if (!fitting_ && isVisible() && event->oldSize().isValid()) emit Resized();
+}
+
+void ToolWindow::closeEvent(QCloseEvent* event)
+{
+    // There is no close box; a shortcut of the work area must not take a controller's window away.
+    event->ignore();
+}
+
+} // namespace TeskPlus
