@@ -112,6 +112,8 @@ TEST_F(MorphoOperations, PropertiesGoThroughTheSettersOfTheirPage)
         EXPECT_EQ(morpho.Height, c.height) << c.property;
         EXPECT_EQ(morpho.Diagonal, c.diagonal) << c.property;
         ASSERT_TRUE(engine.GetProperty(&value, FindProperty(c.property), object.get()));
-        if (c.set % 2 == 1) EXPECT_EQ(value.Value, c.set) << c.property;
+        if (c.set % 2 == 1) {
+            EXPECT_EQ(value.Value, c.set) << c.property;
+        }
     }
 }
