@@ -281,16 +281,16 @@ public:
 };
 
 int starts = 0;
-const OverlayRow markerRow{.Type = 85,
-                           .Color = Green,
-                           .Draw = [](AnyVariable& object,
-                                      const IController&) { static_cast<Var<XY>&>(object).Value.Draw(false); },
-                           .Start =
-                               [](AnyVariable& object, const Image& picture) {
-                                   starts++;
-                                   static_cast<Var<XY>&>(object).Value = XY(picture.Width / 2, picture.Height / 2);
-                               },
-                           .FollowsWindow = true};
+const OverlayRow markerRow{
+    .Type = 85,
+    .Color = Green,
+    .Draw = [](AnyVariable& object, const IController&) { static_cast<Var<XY>&>(object).Value.Draw(false); },
+    .Start =
+        [](AnyVariable& object, const Image& picture) {
+            starts++;
+            static_cast<Var<XY>&>(object).Value = XY(picture.Width / 2, picture.Height / 2);
+        },
+    .FollowsWindow = true};
 
 TEST_F(ObjectTest, AnOverlayShowsItsMotherAndLeavesWithHer)
 {

@@ -23,8 +23,8 @@ TEST(MorphoSheet, OpensOnThePageOfTheShape)
     {
         int width, height, diagonal;
         const wchar_t* page;
-    } cases[] = {{5, 5, 5, L"Diamond"}, {8, 8, 4, L"Octagon"},    {7, 7, 5, L"Octagon"}, {7, 7, 3, L"General"},
-                 {3, 3, 1, L"Square"},  {1, 1, 1, L"Square"},     {1, 9, 1, L"Vertical"}, {9, 1, 1, L"Horizontal"},
+    } cases[] = {{5, 5, 5, L"Diamond"}, {8, 8, 4, L"Octagon"}, {7, 7, 5, L"Octagon"},  {7, 7, 3, L"General"},
+                 {3, 3, 1, L"Square"},  {1, 1, 1, L"Square"},  {1, 9, 1, L"Vertical"}, {9, 1, 1, L"Horizontal"},
                  {5, 3, 1, L"Box"},     {5, 3, 3, nullptr}};
     for (const auto& c : cases) {
         const wchar_t* page = MorphoPropertyPageController::PageOf(c.width, c.height, c.diagonal);
@@ -207,7 +207,10 @@ Profile& ProfileOf(AnyVariable& object)
 }
 const FeaturesRow resultRow{.Type = 62,
                             .MinimumWidth = 240,
-                            .Columns = [](AnyVariable&) { return std::vector<QString>{"Index", "Third"}; },
+                            .Columns =
+                                [](AnyVariable&) {
+                                    return std::vector<QString>{"Index", "Third"};
+                                },
                             .Count =
                                 [](AnyVariable& object) {
                                     countings++;

@@ -1,8 +1,8 @@
 #include "workbench/views/GenericPlotController.h"
 
 #include "foundation/Status.h"
-#include "workbench/views/OverlayTable.h"
 #include "workbench/views/CopyText.h"
+#include "workbench/views/OverlayTable.h"
 #include "workbench/views/Text.h"
 
 #include <QMenu>
@@ -42,7 +42,8 @@ GenericPlotController::GenericPlotController(const ControllerRequest& Request, c
         if (currentVariable_) row_.Plot(*currentVariable_, width, height);
     };
     if (Row.CopyText)
-        QObject::connect(picture_, &QWidget::customContextMenuRequested, picture_, [this](QPoint at) { MenuAsked(at); });
+        QObject::connect(picture_, &QWidget::customContextMenuRequested, picture_,
+                         [this](QPoint at) { MenuAsked(at); });
     if (!OwnWindow) return;
     window_ = new ToolWindow(*OwnWindow->workArea, "ImageForm");
     window_->setWindowTitle(Qt16(variableIdentifier_));

@@ -3,8 +3,8 @@
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
 #include "image/Source.h"
-#include "workbench/views/GraphSurface.h"
 #include "workbench/views/CopyText.h"
+#include "workbench/views/GraphSurface.h"
 #include "workbench/views/Text.h"
 
 #include <QMenu>
@@ -170,7 +170,8 @@ void ImageController::AddChild(IController& Child)
     if (std::find(children_.begin(), children_.end(), &Child) != children_.end()) return;
     if (Engine::Trace)
         std::fprintf(Engine::Trace, "ImageController::AddChild %s %s ",
-                     Narrow(typeString[Child.ControllerType()]).c_str(), Narrow(Child.ControllerName().c_str()).c_str());
+                     Narrow(typeString[Child.ControllerType()]).c_str(),
+                     Narrow(Child.ControllerName().c_str()).c_str());
     children_.push_back(&Child);
     form_.Refresh();
 }
@@ -379,8 +380,7 @@ void ImageController::MenuAsked(QPoint At)
     menu->addAction(QObject::tr("&Copy Pixel to Clipboard"), [this, x, y] {
         if (!IsVoid()) CopyText(PixelText(*Picture(), x, y));
     });
-    menu->addAction(QObject::tr("&Copy Coordinates to Clipboard"),
-                    [x, y] { CopyText(Formatted(L"(%d, %d)", x, y)); });
+    menu->addAction(QObject::tr("&Copy Coordinates to Clipboard"), [x, y] { CopyText(Formatted(L"(%d, %d)", x, y)); });
     menu->popup(form_.Picture()->mapToGlobal(At));
 }
 

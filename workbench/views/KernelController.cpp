@@ -112,8 +112,7 @@ KernelWidget::KernelWidget(KernelModel& model)
             helpStyle::Row),
         2, 2);
     rows->addWidget(new QLabel(tr("Coeffients")), 3, 0, 1, 2);
-    rows->addWidget(
-        new HelpWidget(tr("Accesses the value of a given convolution coefficient"), helpStyle::Row), 3, 2);
+    rows->addWidget(new HelpWidget(tr("Accesses the value of a given convolution coefficient"), helpStyle::Row), 3, 2);
     rows->addWidget(grid_, 4, 0, 1, 3, Qt::AlignLeft | Qt::AlignTop);
     FitCells();
 }
@@ -126,9 +125,8 @@ double KernelWidget::Gain() const
 void KernelWidget::FitCells()
 {
     const int frame = 2 * grid_->frameWidth();
-    grid_->setFixedSize(
-        grid_->verticalHeader()->sizeHint().width() + grid_->horizontalHeader()->length() + frame,
-        grid_->horizontalHeader()->sizeHint().height() + grid_->verticalHeader()->length() + frame);
+    grid_->setFixedSize(grid_->verticalHeader()->sizeHint().width() + grid_->horizontalHeader()->length() + frame,
+                        grid_->horizontalHeader()->sizeHint().height() + grid_->verticalHeader()->length() + frame);
 }
 
 KernelController::KernelController(const ControllerRequest& Request) : ControllerBase(Request, true)

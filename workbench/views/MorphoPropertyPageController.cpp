@@ -40,10 +40,8 @@ struct Field
     const wchar_t* Label;
     int Sizes::*Value;
 };
-constexpr Field fields[] = {{L"Width", &Sizes::Width},
-                            {L"Height", &Sizes::Height},
-                            {L"Diagonal", &Sizes::Diagonal},
-                            {L"Size", &Sizes::Size}};
+constexpr Field fields[] = {
+    {L"Width", &Sizes::Width}, {L"Height", &Sizes::Height}, {L"Diagonal", &Sizes::Diagonal}, {L"Size", &Sizes::Size}};
 
 void DrawElement(const Morpho& element)
 {
