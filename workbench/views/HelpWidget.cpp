@@ -18,7 +18,8 @@ HelpWidget::HelpWidget(const QString& text, helpStyle style, QWidget* parent) : 
     setWordWrap(true);
     // The help of a row is a narrow column beside its control, so that the windows leave room for the pictures.
     const int width = style == helpStyle::Row ? rowWidth : maximumWidth;
-    setMaximumWidth(maximumWidth);
+    // In a grid a label fills its cells: the layout counts its lines for their width.
+    if (style == helpStyle::Regular) setMaximumWidth(maximumWidth);
     // A wrapped label asks for little width by itself, and would become a tall column.
     setMinimumWidth(std::min(width, QFontMetrics(face).horizontalAdvance(text) + 8));
     setVisible(isHelp);
