@@ -5,6 +5,7 @@
 #include "image/KernelFrame.h"
 #include "image/KernelSquare.h"
 #include "image/kernels/FilterKernels.h"
+#include "image/kernels/GaussKernels.h"
 
 #include <limits>
 
@@ -16,6 +17,8 @@ namespace {
 
 /// Sizes up to this have sums that 32 bits hold, and so go through the row kernels.
 constexpr int largestFastSize = 255;
+/// Gaussians up to this go through one weighted mask: the cascade costs the same for every size, the mask less here.
+constexpr int largestMaskSize = 2 * kernels::largestMaskRadius + 1;
 constexpr std::size_t spareBytes = 128;
 
 template <typename T>
@@ -221,6 +224,29 @@ void AlongColumns(const Image& src, int size, Image& dst)
     }
 }
 
+/// Small masks in one go over the rows: each is filtered along into a ring, of which the columns are taken.
+void SmallGauss(const Image& src, const kernels::Mask& across, const kernels::Mask& down, Image& dst)
+{
+    const auto n = static_cast<std::size_t>(int(src.Width));
+    const int height = src.Height, rows = 2 * down.radius + 1;
+    RowRing<GrayPixel> source(src, across.radius, 0);
+    std::vector<std::vector<GrayPixel>> ring(static_cast<std::size_t>(rows), WorkingRow<GrayPixel>(n));
+    const auto slot = [&](int y) { return ring[static_cast<std::size_t>(y % rows)].data(); };
+    const GrayPixel* lines[2 * kernels::largestMaskRadius + 1];
+    int ready = 0;
+    for (int y = 0; y < height; y++) {
+        for (; ready < height && ready <= y + down.radius; ready++) {
+            source.MoveTo(ready);
+            for (int k = 0; k <= 2 * across.radius; k++)
+                lines[k] = source.Row(ready) + k - across.radius;
+            kernels::MaskRow(across, lines, slot(ready), n);
+        }
+        for (int k = 0; k < rows; k++)
+            lines[k] = slot(Clamp(y + k - down.radius, 0, height - 1));
+        kernels::MaskRow(down, lines, dst.Row(y), n);
+    }
+}
+
 template <typename T>
 void Gauss(const Image& src, int width, int height, Image& dst)
 {
@@ -240,6 +266,8 @@ void GaussMeans(const Image& src, int width, int height, Image& dst)
 {
     if (src.Type == Gray16)
         Gauss<Gray16Pixel>(src, width, height, dst);
+    else if (Max(width, height) <= largestMaskSize)
+        SmallGauss(src, kernels::Mask(BoxesFor(width)), kernels::Mask(BoxesFor(height)), dst);
     else
         Gauss<GrayPixel>(src, width, height, dst);
 }

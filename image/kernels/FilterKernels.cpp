@@ -2,46 +2,17 @@
 
 #include "foundation/Status.h"
 
-#include <cstring>
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/kernels/FilterKernels.cpp"
 #include <hwy/foreach_target.h>
 
-#include <hwy/highway.h>
+#include "image/kernels/FilterSteps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Tesk::kernels {
 namespace HWY_NAMESPACE {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
 #if HWY_TARGET != HWY_SCALAR
-
-using Bytes = hn::ScalableTag<std::uint8_t>;
-using Words = hn::Repartition<std::uint16_t, Bytes>;
-using Shorts = hn::Repartition<std::int16_t, Bytes>;
-using VB = hn::Vec<Bytes>;
-using VS = hn::Vec<Shorts>;
-using VW = hn::Vec<Words>;
-
-/// Steps of `lanes` that cover `n` results; the last one goes back to end where the row ends. A row shorter than a step
-/// goes through a buffer. `f(i)` gives the vector that stands at `i`.
-template <typename D, typename T, typename F>
-HWY_INLINE void EachStep(D tag, T* d, std::size_t n, F f)
-{
-    const std::size_t lanes = hn::Lanes(tag);
-    if (n < lanes) {
-        HWY_ALIGN T rest[HWY_MAX_BYTES / sizeof(T)];
-        hn::Store(f(std::size_t{0}), tag, rest);
-        std::memcpy(d, rest, n * sizeof(T));
-        return;
-    }
-    std::size_t i = 0;
-    for (; i + lanes <= n; i += lanes)
-        hn::StoreU(f(i), tag, d + i);
-    if (i < n) hn::StoreU(f(n - lanes), tag, d + (n - lanes));
-}
 
 /// The pixels of a row around those of a step, as 16-bit lanes: even and odd bytes, and the neighbours of those to the
 /// left and right that are not among them.
@@ -60,12 +31,6 @@ HWY_INLINE Around Take(const std::uint8_t* s)
              after = hn::BitCast(words, hn::LoadU(bytes, s + 1));
     return {hn::BitCast(shorts, hn::And(before, low)), hn::BitCast(shorts, hn::And(here, low)),
             hn::BitCast(shorts, hn::ShiftRight<8>(here)), hn::BitCast(shorts, hn::ShiftRight<8>(after))};
-}
-
-/// Results from 0 to 255 in even and odd lanes, as bytes in their order.
-HWY_INLINE VB Interleave(VS even, VS odd)
-{
-    return hn::BitCast(Bytes(), hn::Or(even, hn::ShiftLeft<8>(odd)));
 }
 
 /// A column of three pixels.
@@ -462,49 +427,6 @@ void PrefixInts(const std::uint32_t* s, std::uint32_t* p, std::size_t n)
     Prefix(p, n, [s](auto d, std::size_t i) HWY_ATTR { return hn::LoadU(d, s + i); });
 }
 
-// Quotients: sum / N is ((sum + addend) * multiplier) >> shift for every sum that can be, where the error of the
-// rounded multiplier, at most N / 2 in units of its last place, times the largest sum stays below 1 << shift.
-
-template <typename T>
-struct Reciprocal
-{
-    T multiplier, addend;
-    int shift;
-
-    explicit Reciprocal(std::uint32_t N)
-    {
-        constexpr int bits = 8 * sizeof(T);
-        int log = 0;
-        while (N >> (log + 1) != 0)
-            log++;
-        shift = log;
-        const auto power = std::uint64_t{1} << (bits + log);
-        const std::uint64_t below = power / N, rest = power % N;
-        const bool up = 2 * rest > N;
-        multiplier = static_cast<T>(up ? below + 1 : N == 1 ? power - 1 : below);
-        addend = up ? 0 : 1;
-    }
-};
-
-/// Of 16-bit sums.
-struct WordQuotient
-{
-    VW multiplier, addend;
-    int shift;
-
-    explicit WordQuotient(std::uint32_t N)
-    {
-        const Reciprocal<std::uint16_t> r(N);
-        multiplier = hn::Set(Words(), r.multiplier);
-        addend = hn::Set(Words(), r.addend);
-        shift = r.shift;
-    }
-    HWY_INLINE VW operator()(VW sum) const
-    {
-        return hn::ShiftRightSame(hn::MulHigh(hn::Add(sum, addend), multiplier), shift);
-    }
-};
-
 using Ints = hn::Repartition<std::uint32_t, Bytes>;
 using Longs = hn::Repartition<std::uint64_t, Bytes>;
 
@@ -596,167 +518,6 @@ void Deviations(const std::uint32_t* s, const std::uint32_t* q, std::size_t widt
     });
 }
 
-// Cascades of boxes
-
-/// One part of a strip, as many columns as fit in a vector, down the lines. The comb of three boxes, two of which have
-/// the same width, is taken of six lines; `Take(t)` gives it, and `Put` gets the line that is done.
-template <typename State, typename Comb, typename Put>
-HWY_INLINE void Integrate(std::size_t warmUp, std::size_t n, State state, Comb comb, Put put)
-{
-    for (std::size_t t = 0; t < warmUp; t++)
-        state.Add(comb(t));
-    for (std::size_t t = 0; t < n; t++) {
-        state.Add(comb(t + warmUp));
-        put(t, state.Result());
-    }
-}
-
-using StripWords = hn::CappedTag<std::uint16_t, stripLanes>;
-using StripShorts = hn::RebindToSigned<StripWords>;
-using StripInts = hn::Repartition<std::uint32_t, StripWords>;
-using StripWholes = hn::RebindToSigned<StripInts>;
-using StripLongs = hn::Repartition<std::uint64_t, StripWords>;
-
-/// Sums that stay below 65536, and so are right modulo 65536, whatever the integrators on the way hold.
-template <int boxes>
-struct WordState
-{
-    hn::Vec<StripWords> sums[boxes];
-    hn::Vec<StripWords> multiplier, addend;
-    int shift;
-
-    explicit WordState(std::uint32_t N)
-    {
-        const Reciprocal<std::uint16_t> r(N);
-        multiplier = hn::Set(StripWords(), r.multiplier);
-        addend = hn::Set(StripWords(), r.addend);
-        shift = r.shift;
-        for (auto& sum : sums)
-            sum = hn::Zero(StripWords());
-    }
-    HWY_INLINE void Add(hn::Vec<StripWords> v)
-    {
-        for (auto& sum : sums)
-            v = sum = hn::Add(sum, v);
-    }
-    HWY_INLINE hn::Vec<StripShorts> Result() const
-    {
-        const auto q = hn::MulHigh(hn::Add(sums[boxes - 1], addend), multiplier);
-        return hn::BitCast(StripShorts(), hn::ShiftRightSame(q, shift));
-    }
-};
-
-struct IntState
-{
-    hn::Vec<StripInts> lower[3], upper[3];
-    hn::Vec<StripInts> multiplier, addend;
-    int shift;
-
-    explicit IntState(std::uint32_t N)
-    {
-        const Reciprocal<std::uint32_t> r(N);
-        multiplier = hn::Set(StripInts(), r.multiplier);
-        addend = hn::Set(StripInts(), r.addend);
-        shift = r.shift;
-        for (auto& sum : lower)
-            sum = hn::Zero(StripInts());
-        for (auto& sum : upper)
-            sum = hn::Zero(StripInts());
-    }
-    HWY_INLINE void Add(hn::Vec<StripWords> v)
-    {
-        // Widened within blocks of 128 bits, as the packing at the end works.
-        const auto zero = hn::Zero(StripWords());
-        const auto widen = [](auto pairs) HWY_ATTR {
-            return hn::BitCast(StripInts(), hn::ShiftRight<16>(hn::BitCast(StripWholes(), pairs)));
-        };
-        auto a = widen(hn::InterleaveLower(StripWords(), zero, v)),
-             b = widen(hn::InterleaveUpper(StripWords(), zero, v));
-        for (auto& sum : lower)
-            a = sum = hn::Add(sum, a);
-        for (auto& sum : upper)
-            b = sum = hn::Add(sum, b);
-    }
-    HWY_INLINE hn::Vec<StripWholes> Quotient(hn::Vec<StripInts> sum) const
-    {
-        const StripInts ints;
-        const StripLongs longs;
-        sum = hn::Add(sum, addend);
-        const auto oddSum = hn::BitCast(ints, hn::ShiftRight<32>(hn::BitCast(longs, sum)));
-        const auto even = hn::ShiftRight<32>(hn::MulEven(sum, multiplier));
-        const auto odd = hn::AndNot(hn::Set(longs, 0xffffffff), hn::MulEven(oddSum, multiplier));
-        return hn::BitCast(StripWholes(), hn::ShiftRightSame(hn::BitCast(ints, hn::Or(even, odd)), shift));
-    }
-    HWY_INLINE hn::Vec<StripShorts> Result() const
-    {
-        return hn::ReorderDemote2To(StripShorts(), Quotient(lower[2]), Quotient(upper[2]));
-    }
-};
-
-void CascadeSteps(const Cascade& boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
-{
-    const StripWords words;
-    const hn::Rebind<std::uint8_t, StripWords> bytes;
-    const std::size_t warmUp = 2 * boxes.Reach();
-    // Two of the widths are equal, or two are 1.
-    std::size_t twice = boxes.widths[1], once = boxes.widths[0];
-    if (boxes.widths[0] == boxes.widths[1]) once = boxes.widths[2];
-    const std::uint32_t N = boxes.Product();
-    for (std::size_t part = 0; part < stripLanes; part += hn::Lanes(words)) {
-        const std::uint8_t* from = s + part;
-        const auto at = [=](std::size_t t, std::size_t back) HWY_ATTR {
-            const std::uint8_t* line = from + stripLanes * t - stripLanes * back;
-            return hn::PromoteTo(StripWords(), hn::LoadU(hn::Rebind<std::uint8_t, StripWords>(), line));
-        };
-        const auto put = [=](std::size_t t, hn::Vec<StripShorts> v)
-                             HWY_ATTR { hn::StoreU(hn::DemoteTo(bytes, v), bytes, d + part + stripLanes * t); };
-        const auto second = [=](std::size_t t) HWY_ATTR {
-            const auto middle = at(t, twice);
-            return hn::Sub(hn::Add(at(t, 0), at(t, 2 * twice)), hn::Add(middle, middle));
-        };
-        const auto third = [=](std::size_t t) HWY_ATTR {
-            const auto ends =
-                hn::Add(hn::Sub(at(t, 0), at(t, once)), hn::Sub(at(t, 2 * twice), at(t, 2 * twice + once)));
-            const auto middle = hn::Sub(at(t, twice), at(t, twice + once));
-            return hn::Sub(ends, hn::Add(middle, middle));
-        };
-        if (N == 1)
-            for (std::size_t t = 0; t < n; t++)
-                std::memcpy(d + part + stripLanes * t, from + stripLanes * t, hn::Lanes(words));
-        else if (twice == 1)
-            Integrate(
-                warmUp, n, WordState<1>(N), [=](std::size_t t) HWY_ATTR { return hn::Sub(at(t, 0), at(t, once)); },
-                put);
-        else if (once == 1)
-            Integrate(warmUp, n, WordState<2>(N), second, put);
-        else if (N <= 255)
-            Integrate(warmUp, n, WordState<3>(N), third, put);
-        else
-            Integrate(warmUp, n, IntState(N), third, put);
-    }
-}
-
-/// Four perfect shuffles of sixteen rows of sixteen.
-void TransposeBlocks(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    const hn::FixedTag<std::uint8_t, 16> bytes;
-    hn::Vec<decltype(bytes)> rows[16], next[16];
-    for (int i = 0; i < 16; i++)
-        rows[i] = hn::LoadU(bytes, s + i * pitch);
-    const auto shuffle = [&](const hn::Vec<decltype(bytes)>* from, hn::Vec<decltype(bytes)>* to) HWY_ATTR {
-        for (int i = 0; i < 8; i++) {
-            to[2 * i] = hn::InterleaveLower(bytes, from[i], from[i + 8]);
-            to[2 * i + 1] = hn::InterleaveUpper(bytes, from[i], from[i + 8]);
-        }
-    };
-    shuffle(rows, next);
-    shuffle(next, rows);
-    shuffle(rows, next);
-    shuffle(next, rows);
-    for (int i = 0; i < 16; i++)
-        hn::StoreU(rows[i], bytes, d + i * dPitch);
-}
-
 #else // one lane has no halves to work in: the plain loops serve
 
 void Square3Step(Square3 filter, const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below,
@@ -842,16 +603,6 @@ void Deviations(const std::uint32_t* s, const std::uint32_t* q, std::size_t widt
     DeviationRowPlain(s, q, width, d, n, N);
 }
 
-void CascadeSteps(const Cascade& boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
-{
-    CascadeStripPlain(boxes, s, d, n);
-}
-
-void TransposeBlocks(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    Transpose16Plain(s, pitch, d, dPitch);
-}
-
 #endif
 
 } // namespace HWY_NAMESPACE
@@ -877,8 +628,6 @@ HWY_EXPORT(WordQuotients);
 HWY_EXPORT(IntQuotientsToBytes);
 HWY_EXPORT(IntQuotientsToWords);
 HWY_EXPORT(Deviations);
-HWY_EXPORT(CascadeSteps);
-HWY_EXPORT(TransposeBlocks);
 
 namespace {
 
@@ -1019,22 +768,6 @@ void DeviationRow(const std::uint32_t* s, const std::uint32_t* q, std::size_t wi
         DeviationRowPlain(s, q, width, d, n, N);
     else
         HWY_DYNAMIC_DISPATCH(Deviations)(s, q, width, d, n, N);
-}
-
-void CascadeStrip(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
-{
-    if (Plain())
-        CascadeStripPlain(Boxes, s, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(CascadeSteps)(Boxes, s, d, n);
-}
-
-void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    if (Plain())
-        Transpose16Plain(s, pitch, d, dPitch);
-    else
-        HWY_DYNAMIC_DISPATCH(TransposeBlocks)(s, pitch, d, dPitch);
 }
 
 } // namespace Tesk::kernels

@@ -83,26 +83,6 @@ void QuotientRow(const std::uint32_t* p, std::size_t width, std::uint16_t* d, st
 void DeviationRow(const std::uint32_t* s, const std::uint32_t* q, std::size_t width, std::uint8_t* d, std::size_t n,
                   std::uint32_t N);
 
-/// Three boxes in a cascade, of odd widths whose product is at most 628575, as combs and running sums modulo 2^32.
-struct Cascade
-{
-    std::size_t widths[3];
-    std::size_t Reach() const { return (widths[0] + widths[1] + widths[2] - 3) / 2; }
-    /// Lines of zeros that stand before the first line of a strip.
-    std::size_t Before() const { return widths[0] + widths[1] + widths[2]; }
-    std::uint32_t Product() const { return static_cast<std::uint32_t>(widths[0] * widths[1] * widths[2]); }
-};
-
-inline constexpr std::size_t stripLanes = 16;
-
-/// Filters `stripLanes` columns, `n` lines down. `s` is the first of `n + 2 * Reach()` lines of 16 bytes, the ends
-/// replicated by the caller, with `Before()` lines of zeros before it. The result is divided by the product of the
-/// widths.
-void CascadeStrip(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n);
-
-/// d[dPitch x + y] = s[pitch y + x] for 16 x 16 bytes.
-void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
-
 // The definitions of the above.
 void Square3RowPlain(Square3 Filter, const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below,
                      std::uint8_t* d, std::size_t n);
@@ -124,7 +104,5 @@ void QuotientRowPlain(const std::uint32_t* p, std::size_t width, std::uint8_t* d
 void QuotientRowPlain(const std::uint32_t* p, std::size_t width, std::uint16_t* d, std::size_t n, std::uint32_t N);
 void DeviationRowPlain(const std::uint32_t* s, const std::uint32_t* q, std::size_t width, std::uint8_t* d,
                        std::size_t n, std::uint32_t N);
-void CascadeStripPlain(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n);
-void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
 
 } // namespace Tesk::kernels

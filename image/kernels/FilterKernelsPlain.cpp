@@ -250,30 +250,4 @@ void DeviationRowPlain(const std::uint32_t* s, const std::uint32_t* q, std::size
     }
 }
 
-void CascadeStripPlain(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
-{
-    const std::size_t reach = Boxes.Reach(), a = Boxes.widths[0], b = Boxes.widths[1], c = Boxes.widths[2];
-    const std::uint32_t product = Boxes.Product();
-    for (std::size_t lane = 0; lane < stripLanes; lane++) {
-        const auto at = [&](const std::uint8_t* line, std::size_t back) { return int{*(line - stripLanes * back)}; };
-        std::uint32_t first = 0, second = 0, third = 0;
-        for (std::size_t t = 0; t < n + 2 * reach; t++) {
-            const std::uint8_t* line = s + stripLanes * t + lane;
-            const int comb = at(line, 0) - at(line, a) - at(line, b) - at(line, c) + at(line, a + b) + at(line, a + c) +
-                             at(line, b + c) - at(line, a + b + c);
-            first += static_cast<std::uint32_t>(comb);
-            second += first;
-            third += second;
-            if (t >= 2 * reach) d[stripLanes * (t - 2 * reach) + lane] = static_cast<std::uint8_t>(third / product);
-        }
-    }
-}
-
-void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    for (int y = 0; y < 16; y++)
-        for (int x = 0; x < 16; x++)
-            d[x * dPitch + y] = s[y * pitch + x];
-}
-
 } // namespace Tesk::kernels
