@@ -311,7 +311,7 @@ bool OnColorSums(const char* context, const Image& src, F f)
     if (src.Type != Rgb)
         return !entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
                              PixelTypeName(src.Type));
-    f(SumBytes(src));
+    f(SumRgb(src));
     return true;
 }
 
@@ -324,7 +324,7 @@ int ImageQuantile(const Image& src, const Counts& h, double percent)
 
 Moments MomentsOf(const Image& gray)
 {
-    const ByteSums sums = SumBytes(gray)[0];
+    const ByteSums sums = SumGray(gray);
     const double pixels = PixelCount(gray);
     return {sums.Mean(pixels), sums.Variance(pixels)};
 }
@@ -457,13 +457,13 @@ double Histogram::Variance(double& Mean) const
 
 double Histogram::Variance(const Image& Src, double& Mean)
 {
-    if (Src.Type == Gray) {
-        Status::Error().Code = NoError;
-        const Moments moments = MomentsOf(Src);
-        Mean = moments.mean;
-        return moments.variance;
-    }
-    return OnImage("Tesk::Histogram::Variance", Src, 0.0, [&](const Counts& h) { return VarianceOf(h, Mean); });
+    constexpr const char* context = "Tesk::Histogram::Variance";
+    if (Src.Type != Gray) return OnImage(context, Src, 0.0, [&](const Counts& h) { return VarianceOf(h, Mean); });
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(Src))) return 0;
+    const Moments moments = MomentsOf(Src);
+    Mean = moments.mean;
+    return moments.variance;
 }
 
 double Histogram::Variance(double& MeanR, double& MeanG, double& MeanB) const

@@ -1,6 +1,7 @@
 #include "image/LevelCounts.h"
 
 #include "image/OperatorFrame.h"
+#include "image/kernels/RowKernels.h"
 
 #include <memory>
 #include <new>
@@ -128,11 +129,20 @@ std::array<std::array<std::uint32_t, byteLevels>, 3> CountRgb(const Image& src)
     return counts;
 }
 
-std::array<ByteSums, 3> SumBytes(const Image& src)
+ByteSums SumGray(const Image& src)
+{
+    ByteSums sums{};
+    const auto [rows, n] = points::RunOver(src.Width, {&src});
+    for (int y = 0; y < rows; y++)
+        kernels::MomentsRow(src.Row(y), n, sums.sum, sums.squares);
+    return sums;
+}
+
+std::array<ByteSums, 3> SumRgb(const Image& src)
 {
     // Lanes are added up side by side, so that the compiler can do many at once; their number is a whole one of pixels.
     constexpr std::size_t lanes = 48, blocks = 65536; // squares of so many bytes fit into 32 bits
-    const std::size_t channels = src.Type == Rgb ? 3 : 1;
+    constexpr std::size_t channels = 3;
     std::array<ByteSums, 3> sums{};
     const auto [rows, n] = points::RunOver(points::ByteCount(src), {&src});
     for (int y = 0; y < rows; y++) {
@@ -157,7 +167,7 @@ std::array<ByteSums, 3> SumBytes(const Image& src)
             sums[i % channels].squares += v * v;
         }
     }
-    if (channels == 3) std::swap(sums[0], sums[2]);
+    std::swap(sums[0], sums[2]);
     return sums;
 }
 

@@ -33,8 +33,9 @@ struct ByteSums
     }
 };
 
-/// Of a `Gray` image in the first place, of an `Rgb` image red first.
-std::array<ByteSums, 3> SumBytes(const Image& src);
+ByteSums SumGray(const Image& src);
+/// Red first.
+std::array<ByteSums, 3> SumRgb(const Image& src);
 
 /// The threshold that makes the variance within the two parts least (Otsu 1979), and the means of the parts below it
 /// and from it up. Of splits that are equally good the middle is taken; without any, 0 and the ends of the scale.

@@ -124,22 +124,39 @@ void Lookup(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::ui
 {
     std::size_t i = 0;
 #if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    // Sixteen shuffles, one for each high nibble: an index of another nibble saturates beyond 127, where a shuffle
-    // gives 0. Below 256 bits that is slower than one load a byte.
+    // Sixteen shuffles, one for each high nibble. A shuffle gives 0 for a negative index, so once the index has gone
+    // down by 16 k, it adds what part k differs by from the one before, and the sum for a byte ends at its own part.
+    // The upper half of the bytes is negative in the lower tables, and the other way round. Below 256 bits that is
+    // slower than one load a byte.
     const Bytes bytes;
-    hn::Vec<Bytes> parts[16];
+    const hn::Repartition<std::int8_t, Bytes> chars;
+    using VC = hn::Vec<decltype(chars)>;
+    const auto half = hn::Set(chars, -128), step = hn::Set(chars, 16);
+    HWY_ALIGN std::uint8_t changes[256];
+    for (std::size_t k = 0; k < 256; k++)
+        changes[k] = static_cast<std::uint8_t>(k % 128 < 16 ? table[k] : table[k] ^ table[k - 16]);
+    VC parts[16];
     for (std::size_t k = 0; k < 16; k++)
-        parts[k] = hn::LoadDup128(bytes, table + 16 * k);
-    const auto offset = hn::Set(bytes, 0x70);
-    for (; i + hn::Lanes(bytes) <= n; i += hn::Lanes(bytes)) {
-        const auto v = hn::LoadU(bytes, s + i);
-        auto result = hn::Zero(bytes);
-        for (std::size_t k = 0; k < 16; k++) {
-            const auto index = hn::SaturatedAdd(hn::Xor(v, hn::Set(bytes, static_cast<std::uint8_t>(16 * k))), offset);
-            result = hn::Or(result, hn::TableLookupBytesOr0(parts[k], index));
+        parts[k] = hn::BitCast(chars, hn::LoadDup128(bytes, changes + 16 * k));
+    const auto look = [&](const std::uint8_t* from) HWY_ATTR {
+        VC lower = hn::BitCast(chars, hn::LoadU(bytes, from)), upper = hn::Xor(lower, half);
+        VC result = hn::Or(hn::TableLookupBytesOr0(parts[0], lower), hn::TableLookupBytesOr0(parts[8], upper));
+        for (std::size_t k = 1; k < 8; k++) {
+            lower = hn::SaturatedSub(lower, step);
+            upper = hn::SaturatedSub(upper, step);
+            result = hn::Xor(result, hn::Xor(hn::TableLookupBytesOr0(parts[k], lower),
+                                             hn::TableLookupBytesOr0(parts[8 + k], upper)));
         }
-        hn::StoreU(result, bytes, d + i);
+        return hn::BitCast(bytes, result);
+    };
+    const std::size_t lanes = hn::Lanes(bytes);
+    for (; i + 2 * lanes <= n; i += 2 * lanes) {
+        const auto first = look(s + i), second = look(s + i + lanes);
+        hn::StoreU(first, bytes, d + i);
+        hn::StoreU(second, bytes, d + i + lanes);
     }
+    for (; i + lanes <= n; i += lanes)
+        hn::StoreU(look(s + i), bytes, d + i);
 #else
     // Eight at a time through one register, so that the stores do not wait for the next loads.
     for (; i + 8 <= n; i += 8) {
@@ -179,6 +196,42 @@ void Widen(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int shift)
     WidenRowPlain(s + i, d + i, n - i, shift);
 }
 
+void Moments(const std::uint8_t* s, std::size_t n, std::uint64_t& sum, std::uint64_t& squares)
+{
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    const Bytes bytes;
+    const hn::Repartition<std::int16_t, Bytes> shorts;
+    const hn::Repartition<std::int32_t, Bytes> ints;
+    const hn::Repartition<std::uint64_t, Bytes> longs;
+    const auto low = hn::Set(shorts, 0x00ff);
+    const std::size_t lanes = hn::Lanes(bytes);
+    // A 32-bit lane takes four squares a step, and so 8192 steps.
+    constexpr std::size_t steps = 8192;
+    auto sums = hn::Zero(longs), wide = hn::Zero(longs);
+    while (i + lanes <= n) {
+        auto evens = hn::Zero(ints), odds = hn::Zero(ints), moreEvens = hn::Zero(ints), moreOdds = hn::Zero(ints);
+        for (std::size_t step = 0; step < steps && i + lanes <= n; step++, i += lanes) {
+            const auto v = hn::LoadU(bytes, s + i);
+            const auto even = hn::And(hn::BitCast(shorts, v), low);
+            const auto odd =
+                hn::BitCast(shorts, hn::ShiftRight<8>(hn::BitCast(hn::RebindToUnsigned<decltype(shorts)>(), v)));
+            sums = hn::Add(sums, hn::SumsOf8(v));
+            evens = hn::ReorderWidenMulAccumulate(ints, even, even, evens, moreEvens);
+            odds = hn::ReorderWidenMulAccumulate(ints, odd, odd, odds, moreOdds);
+        }
+        const auto lower = hn::Set(longs, 0xffffffff);
+        for (const auto part : {evens, odds, moreEvens, moreOdds}) {
+            const auto pairs = hn::BitCast(longs, part);
+            wide = hn::Add(wide, hn::Add(hn::And(pairs, lower), hn::ShiftRight<32>(pairs)));
+        }
+    }
+    sum += hn::GetLane(hn::SumOfLanes(longs, sums));
+    squares += hn::GetLane(hn::SumOfLanes(longs, wide));
+#endif
+    MomentsRowPlain(s + i, n - i, sum, squares);
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace Tesk::kernels
 HWY_AFTER_NAMESPACE();
@@ -192,6 +245,7 @@ HWY_EXPORT(Threshold);
 HWY_EXPORT(Lookup);
 HWY_EXPORT(LargestOfThree);
 HWY_EXPORT(Widen);
+HWY_EXPORT(Moments);
 
 void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n)
 {
@@ -241,6 +295,14 @@ void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
         WidenRowPlain(s, d, n, Shift);
     else
         HWY_DYNAMIC_DISPATCH(Widen)(s, d, n, Shift);
+}
+
+void MomentsRow(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, std::uint64_t& Squares)
+{
+    if (Status::SIMDLevel() == NoSIMD)
+        MomentsRowPlain(s, n, Sum, Squares);
+    else
+        HWY_DYNAMIC_DISPATCH(Moments)(s, n, Sum, Squares);
 }
 
 } // namespace Tesk::kernels

@@ -82,4 +82,12 @@ void WidenRowPlain(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int S
         d[i] = static_cast<std::uint16_t>(s[i] << Shift);
 }
 
+void MomentsRowPlain(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, std::uint64_t& Squares)
+{
+    for (std::size_t i = 0; i < n; i++) {
+        Sum += s[i];
+        Squares += std::uint64_t{s[i]} * s[i];
+    }
+}
+
 } // namespace Tesk::kernels

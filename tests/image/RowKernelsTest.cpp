@@ -92,4 +92,19 @@ TEST_P(RowKernels, LookUpsWidthsAndLargestChannelsEqualThePlainLoops)
     EXPECT_EQ(got, table);
 }
 
+TEST_P(RowKernels, MomentsAddUpExactly)
+{
+    const auto check = [](const std::vector<std::uint8_t>& bytes, std::size_t from, std::size_t n) {
+        std::uint64_t sum = 3, squares = 5, wantedSum = 3, wantedSquares = 5;
+        MomentsRow(bytes.data() + from, n, sum, squares);
+        MomentsRowPlain(bytes.data() + from, n, wantedSum, wantedSquares);
+        ASSERT_EQ(sum, wantedSum) << n;
+        ASSERT_EQ(squares, wantedSquares) << n;
+    };
+    for (std::size_t n = 0; n <= 133; n++)
+        check(Random(n + 1, static_cast<std::uint32_t>(n + 3)), 1, n);
+    // More than the lanes of 32 bits hold without being emptied on the way.
+    check(std::vector<std::uint8_t>(2000003, 255), 0, 2000003);
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, RowKernels, ::testing::Values(NoSIMD, SIMDSSE3, SIMDSSE4, SIMDAVX2, SIMDAVX512));
