@@ -1,4 +1,5 @@
 // The surface itself, its font, and bitmaps on it.
+#include "foundation/AreaDivider.h"
 #include "foundation/CairoState.h"
 
 #include <algorithm>
@@ -64,6 +65,55 @@ std::uint32_t Blended(std::uint32_t src, std::uint32_t dst)
     }
     return result;
 }
+
+/// Sums of the rows of a bitmap that fall on one row of a smaller picture, channel by channel: colours are added up as
+/// they stand, bits and gray values as the words of their palette.
+class RowSums
+{
+public:
+    RowSums(const TargetBitmap& bitmap, const WordRows& words, int first, int sources)
+        : bitmap_(bitmap), words_(words), first_(first), sources_(sources), raw_(bitmap.BitCount == 24),
+          channels_(raw_ ? 3 : 4), row_(raw_ ? 0 : static_cast<std::size_t>(sources)),
+          sums_(channels_ * static_cast<std::size_t>(sources))
+    {}
+
+    /// Takes the rows from `top` up to but not including `bottom`.
+    void Take(int top, int bottom)
+    {
+        std::fill(sums_.begin(), sums_.end(), 0u);
+        for (int y = top; y < bottom; y++) {
+            const std::uint8_t* bytes = bitmap_.Pixels + static_cast<std::ptrdiff_t>(bitmap_.Pitch) * y + 3 * first_;
+            if (!raw_) {
+                words_.Get(y, first_, first_ + sources_, row_.data());
+                bytes = reinterpret_cast<const std::uint8_t*>(row_.data());
+            }
+            for (std::size_t i = 0; i < sums_.size(); i++)
+                sums_[i] += bytes[i];
+        }
+    }
+
+    /// The mean of the columns from `from` up to but not including `to`, as a word.
+    std::uint32_t Mean(int from, int to, const AreaDivider& divide) const
+    {
+        std::uint64_t sums[4] = {};
+        for (auto i = channels_ * static_cast<std::size_t>(from), end = channels_ * static_cast<std::size_t>(to);
+             i < end; i += channels_)
+            for (std::size_t c = 0; c < channels_; c++)
+                sums[c] += sums_[i + c];
+        std::uint32_t word = raw_ ? opaque : 0;
+        for (std::size_t c = 0; c < channels_; c++)
+            word |= static_cast<std::uint32_t>(divide(sums[c])) << 8 * c;
+        return word;
+    }
+
+private:
+    const TargetBitmap& bitmap_;
+    const WordRows& words_;
+    int first_, sources_;
+    bool raw_;
+    std::size_t channels_;
+    std::vector<std::uint32_t> row_, sums_;
+};
 
 /// The part of a stretched extent that lies on the surface.
 struct Visible
@@ -178,7 +228,7 @@ void CairoTarget::Blit(const TargetBitmap& Bitmap, int Left, int Top, int Width,
     const int sources = Min(Max(begins.back(), begins[begins.size() - 2] + 1), Bitmap.Width - first);
     const bool reduced = Width < Bitmap.Width || Height < Bitmap.Height;
     std::vector<std::uint32_t> words(static_cast<std::size_t>(sources)), shown(static_cast<std::size_t>(count));
-    std::vector<std::uint32_t> sums(reduced ? 4 * words.size() : 0);
+    RowSums sums(Bitmap, source, first, reduced ? sources : 0);
     int shownFrom = -1;
     for (int y = rows.from; y < rows.to; y++) {
         const int sourceTop = SourceOf(y, Height, Bitmap.Height);
@@ -189,25 +239,15 @@ void CairoTarget::Blit(const TargetBitmap& Bitmap, int Left, int Top, int Width,
                 shown[x] = words[static_cast<std::size_t>(begins[x])];
             shownFrom = sourceTop;
         } else if (reduced) {
-            std::fill(sums.begin(), sums.end(), 0u);
-            for (int sy = sourceTop; sy < sourceBottom; sy++) {
-                source.Get(sy, first, first + sources, words.data());
-                for (std::size_t x = 0; x < words.size(); x++)
-                    for (std::size_t c = 0; c < 4; c++)
-                        sums[4 * x + c] += words[x] >> 8 * c & 255;
-            }
+            sums.Take(sourceTop, sourceBottom);
+            // Columns come in two widths.
+            const auto height = static_cast<std::uint64_t>(sourceBottom - sourceTop);
+            const int narrow = Max(Bitmap.Width / Width, 1);
+            const AreaDivider mean[] = {AreaDivider(height * static_cast<std::uint64_t>(narrow)),
+                                        AreaDivider(height * static_cast<std::uint64_t>(narrow + 1))};
             for (std::size_t x = 0; x < shown.size(); x++) {
                 const int from = begins[x], to = Max(begins[x + 1], from + 1);
-                const auto area =
-                    static_cast<std::uint64_t>(to - from) * static_cast<std::uint64_t>(sourceBottom - sourceTop);
-                std::uint32_t word = 0;
-                for (std::size_t c = 0; c < 4; c++) {
-                    std::uint64_t sum = 0;
-                    for (int sx = from; sx < to; sx++)
-                        sum += sums[4 * static_cast<std::size_t>(sx) + c];
-                    word |= static_cast<std::uint32_t>(sum / area) << 8 * c;
-                }
-                shown[x] = word;
+                shown[x] = sums.Mean(from, to, mean[to - from > narrow]);
             }
         }
         std::uint32_t* dst = s.Row(static_cast<int>(top + y)) + (left + columns.from);

@@ -169,6 +169,41 @@ TEST_F(CairoTargetTest, ReducedBitmapsShowMeansAndOpacityBlends)
     EXPECT_EQ(target_.PixelAt(0, 0), RgbPixel(255, 255, 255));
 }
 
+TEST_F(CairoTargetTest, EveryKindOfBitmapIsReducedToTheMeansOfItsParts)
+{
+    // Bytes that a palette of grays, or three or four channels, make into colours; pixels fall on 3 or 4 columns.
+    constexpr int width = 23, height = 11, newWidth = 6, newHeight = 4, pitch = 4 * width;
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(pitch) * height);
+    std::uint32_t state = 7;
+    for (auto& pixel : pixels)
+        pixel = static_cast<std::uint8_t>((state = state * 1664525u + 1013904223u) >> 24);
+    RgbPixel grays[256];
+    for (int v = 0; v < 256; v++)
+        grays[v] = RgbPixel(v, 255 - v, v / 2);
+    for (const int bits : {1, 8, 24, 32}) {
+        const auto at = [&](int x, int y, int channel) -> int { // 0 is blue
+            const std::uint8_t* row = pixels.data() + static_cast<std::ptrdiff_t>(pitch) * y;
+            if (bits > 8) return row[bits / 8 * x + channel];
+            const RgbPixel color = grays[bits == 8 ? row[x] : row[x / 8] >> (7 - x % 8) & 1];
+            return channel == 0 ? color.Blue : channel == 1 ? color.Green : color.Red;
+        };
+        // Partly to the left of the surface, which is 9 x 7.
+        target_.Blit({width, height, bits, pitch, pixels.data(), grays}, -2, 1, newWidth, newHeight);
+        for (int y = 0; y < newHeight; y++)
+            for (int x = 2; x < newWidth; x++) {
+                int sums[3] = {}, count = 0;
+                for (int sy = y * height / newHeight; sy < (y + 1) * height / newHeight; sy++)
+                    for (int sx = x * width / newWidth; sx < (x + 1) * width / newWidth; sx++) {
+                        count++;
+                        for (int c = 0; c < 3; c++)
+                            sums[c] += at(sx, sy, c);
+                    }
+                EXPECT_EQ(target_.PixelAt(x - 2, y + 1), RgbPixel(sums[2] / count, sums[1] / count, sums[0] / count))
+                    << bits << " bits at " << x << ", " << y;
+            }
+    }
+}
+
 TEST_F(CairoTargetTest, TextStandsInItsBox)
 {
     target_.Resize(200, 60);
