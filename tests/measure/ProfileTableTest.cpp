@@ -6,6 +6,7 @@
 #include "measure/Path.h"
 #include "measure/Profile.h"
 
+#include <unistd.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -38,7 +39,7 @@ protected:
     }
     void Save(const std::string& bytes) const { std::ofstream(path_, std::ios::binary | std::ios::trunc) << bytes; }
 
-    const std::string path_ = ::testing::TempDir() + "profile.prf";
+    const std::string path_ = ::testing::TempDir() + "profile_" + std::to_string(getpid()) + ".prf";
 };
 
 std::vector<std::string> Drawn(RecordingTarget& target)

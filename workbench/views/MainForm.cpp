@@ -101,7 +101,8 @@ MainForm::MainForm(bool withSplash) : engine_(std::make_unique<Engine>()), withS
 
 MainForm::~MainForm()
 {
-    // The controllers' windows stand in the work area, and go before it.
+    // Views go before what they show, and the controllers' windows before the work area that they stand in.
+    delete listView_;
     operationList_.reset();
     operationHandler_.reset();
     views_.reset();
