@@ -6,7 +6,6 @@
 #include "measure/Path.h"
 #include "measure/Profile.h"
 
-#include <unistd.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -14,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <unistd.h>
 #include <iterator>
 
 using namespace Tesk;

@@ -70,6 +70,8 @@ PanelRow& CommandPanel::RowAt(int row)
 void CommandPanel::InsertController(int Row, IController* Controller)
 {
     RowAt(Row).Controller = Controller;
+    if (Controller && manipulator_ != 0 && Controller->ControllerType() == manipulator_)
+        manipulatorController_ = Controller;
 }
 
 void CommandPanel::InsertSelector(int Row, std::unique_ptr<VariableSelector> Selector)
@@ -78,8 +80,8 @@ void CommandPanel::InsertSelector(int Row, std::unique_ptr<VariableSelector> Sel
     row.Selector = std::move(Selector);
     views_.CreateSelectorControl(*row.Selector);
     if (!row.Controller) return;
-    const int type = row.Selector->Type();
-    if (type == profileType || type == siteType) manipulatorController_ = row.Controller;
+    if (row.Selector->Type() == profileType || row.Selector->Type() == siteType)
+        manipulatorController_ = row.Controller;
     row.Controller->SetWindowPossiblity(!(row.Selector->Attributes() & Out));
 }
 

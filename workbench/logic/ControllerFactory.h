@@ -48,6 +48,12 @@ private:
 /// The type codes of enumerations, shown by an `EnumController`, and of integers; for `Register`.
 extern const std::initializer_list<int> EnumerationTypes, IntegerTypes;
 
+/// Whether arguments of a type hold the path of a file, narrow or wide.
+inline bool IsPathType(int Type)
+{
+    return Type == 92 || Type == 105;
+}
+
 /// Which of its sisters shows an integer: it may move a profile, its breadth, or the threshold of a path.
 enum class integerKind
 {

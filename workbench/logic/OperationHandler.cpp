@@ -213,6 +213,7 @@ bool OperationHandler::CreateOperation(const operationItemInfo& item)
 /// Removes an operation that could not be finished, and selects the one before it.
 void OperationHandler::TakeBackNew(int id, ControllerList& created)
 {
+    if (currentCommandPanel_) currentCommandPanel_->HideControllers();
     views_.ClearPanel();
     views_.HideOperationForm();
     DropPanel();
@@ -277,6 +278,7 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
         result = noController;
     } else if (isGroup) {
         operation->Set(engine_, Item.OperationNode, true);
+        AskForNewFile(*operation, former.Node);
         ReserveBound(*operation);
         result = CreateControllers(created, operationType::Swap, Item.ClassNode, missingType);
     } else {
@@ -303,6 +305,19 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
     UpdateContextualHelpForm();
     currentMenuNode_ = Item.ChoiceNode;
     SetFormOrder();
+}
+
+/// A file that was read is not to be written over, nor the other way round: another kind of method starts with a path
+/// of its own, for which its dialog asks.
+void OperationHandler::AskForNewFile(Operation& operation, int formerNode)
+{
+    if (!std::wcscmp(Engine::Tree[formerNode]->Identifier, Engine::Tree[operation.Node]->Identifier)) return;
+    for (Arg& argument : operation.Args) {
+        if (!argument.Variable || !IsPathType(Engine::VarNode(argument.Node)->Type)) continue;
+        argument.Variable->Uses--;
+        argument.Variable = engine_.CreateVariable(argument.Node, currentOperationID_);
+        if (argument.Variable) argument.Variable->Uses++;
+    }
 }
 
 /// The inputs that an operation has already are not to be bound a second time.
@@ -486,6 +501,7 @@ void OperationHandler::DeleteOperation(int Id, bool KeepWindow)
 void OperationHandler::DeleteToEnd(int Id)
 {
     if (Id < 0 || Id >= engine_.NumOperations()) return;
+    const Raised selecting(operationSelectMode_);
     for (int last = engine_.NumOperations() - 1; last > Id; last--)
         if (!DeleteOne(last, false)) return;
     DeleteOperation(Id, false);
@@ -525,15 +541,7 @@ void OperationHandler::UpdateContextualHelpForm()
     }
     const Operation* operation = CurrentOperation();
     if (!operation) {
-        if (engine_.NumOperations() > 0) {
-            views_.HideContextualHelp();
-            return;
-        }
-        views_.ShowContextualHelp({{L"Getting Started", true},
-                                   {L"Start by loading an image (File > Image > Read from File).", false},
-                                   {L"Try the available operations in the menus.", false},
-                                   {L"Click on an existing operation to rework it.", false},
-                                   {L"Click on an existing variable to keep it visible.", false}});
+        views_.HideContextualHelp();
         return;
     }
     std::vector<HelpParagraph> paragraphs;

@@ -1,6 +1,7 @@
 // Building the panel of an operation, and running the sequence after a change of what it shows.
 #include "workbench/logic/OperationHandler.h"
 #include "workbench/logic/Raised.h"
+#include "workbench/logic/Refusal.h"
 
 #include "foundation/Status.h"
 #include "image/Image.h"
@@ -15,7 +16,7 @@ using namespace attributeValue;
 
 namespace {
 
-constexpr int imageType = 44, intType = 97, siteType = 75, narrowPathType = 92, xyType = 85, widePathType = 105;
+constexpr int imageType = 44, intType = 97, siteType = 75, xyType = 85;
 /// The size of an image where there is none to go by.
 constexpr int standardSize = 512;
 
@@ -115,14 +116,14 @@ int OperationHandler::AddRow(int row, ControllerList& created, operationType rea
         if (!controller) {
             argument.Visible = true;
             auto made = MakeController(operation, row, reason != operationType::Select);
-            if (!made) return node.Type == narrowPathType || node.Type == widePathType ? dialogCancelled : noController;
+            if (!made) return IsPathType(node.Type) ? dialogCancelled : noController;
             controller = made.get();
             controller->SetCurrentOperation(&operation);
             created.push_back(std::move(made));
         } else if (!IsPinned(controller->ControllerState())) {
             TakeOver(*controller, operation, argument);
-        } else if (controller->CurrentOperation() != &operation) {
-            argument.Visible = false;
+        } else {
+            argument.Visible = controller->CurrentOperation() == &operation;
         }
         currentCommandPanel_->InsertController(row, controller);
         if (controller->IsStructure()) AddSelector(row, argument.Variable);
@@ -163,7 +164,7 @@ int OperationHandler::CreateControllers(ControllerList& created, operationType r
         if (result > 0) missing++;
     }
     if (!refused) views_.LayOutPanel(panel);
-    views_.EnableDeleteButton(reason != operationType::Select || CheckOperationDeletion(currentOperationID_));
+    views_.EnableDeleteButton(reason == operationType::New || CheckOperationDeletion(currentOperationID_));
     currentOperationRunningMutex_ = (method.Flags & DeferredMethod) != 0;
     views_.ShowApplyButton(currentOperationRunningMutex_);
     if (refused) return noController;
@@ -265,11 +266,7 @@ void OperationHandler::ReclaimVariables()
     const auto isGone = [](const AnyVariable* variable) { return variable && variable->Uses <= 0; };
     for (const auto& controller : controllers_)
         if (isGone(controller->CurrentVariable())) RepointOne(*controller);
-    for (const ParameterRow& row : parametersPanel_.Rows())
-        if (isGone(row.Controller->CurrentVariable()))
-            for (const Arg& argument : row.Owner->Args)
-                if (argument.Variable && argument.Variable->NameText == row.Controller->VariableIdentifier())
-                    row.Controller->SetCurrentVariable(argument.Variable);
+    parametersPanel_.Repoint(isGone);
     engine_.ReclaimVariables();
     if (currentCommandPanel_) currentCommandPanel_->UpdateSelectors();
 }
@@ -285,11 +282,12 @@ void OperationHandler::DoRun(Operation* Op, AnyVariable* Var, bool Taken, bool M
     if (Mothers && currentCommandPanel_) currentCommandPanel_->UpdateMotherControllers();
     if (Mothers) parametersPanel_.UpdateMotherControllers(currentCommandPanel_.get());
     if (Var) engine_.ChangeVariable(Var);
-    if (!Taken) PullValues(Op, Var, FromParameters);
     Status::ErrorBehavior(IgnoreIt);
+    if (!Taken) PullValues(Op, Var, FromParameters);
+    const std::wstring refused = Refusal::Take();
     engine_.Execute();
     views_.SetBusy(nullptr);
-    const std::wstring error = Status::Error().Code != NoError ? Status::UnicodeError() : L"";
+    const std::wstring error = Status::Error().Code != NoError ? Status::UnicodeError() : refused;
     RefreshTimings();
     views_.PassBlobSelection();
     views_.SetStatusText(error);
@@ -382,8 +380,11 @@ void OperationHandler::ReplaceController(int Id, int Argument, AnyVariable* Var,
     else
         argument.Visible = chosen->CurrentOperation() == operation;
     panel.ReplaceController(Argument, chosen);
+    parametersPanel_.UpdateParametersPanel(panel, [this](const std::wstring& name) { return GetController(name); });
     if (former && former != chosen && former->CurrentOperation() == operation) RepointOne(*former);
     panel.UpdateMotherControllers();
+    // Another output is older than nothing: the choice itself is what runs the operation.
+    engine_.ChangeOperation(Id);
     DoRun(operation, argument.Variable, false, false, false, false);
     RefreshTimings();
     panel.ShowControllers(spiral_, false, views_.WorkAreaSize());

@@ -41,8 +41,10 @@ std::vector<LabeledItem> ClassTabs(int Class)
     for (int child = Engine::Tree[Class]->FirstChild; child >= 0; child = Engine::Tree[child]->NextSibling) {
         operationItemInfo item;
         item.ClassNode = Class;
-        if (FindFirstMethod(child, -1, item))
-            tabs.push_back({Engine::Tree[child]->Label, item, Engine::IsPending(child)});
+        if (!FindFirstMethod(child, -1, item)) continue;
+        // A plain menu level has no radio buttons.
+        if (item.ChoiceNode >= 0 && !(Engine::Tree[item.ChoiceNode]->Flags & GroupFlag)) item.ChoiceNode = -1;
+        tabs.push_back({Engine::Tree[child]->Label, item, Engine::IsPending(child)});
     }
     for (LabeledItem& tab : tabs)
         tab.Item.IsMultiTab = tabs.size() > 1;

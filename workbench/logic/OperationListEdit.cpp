@@ -41,6 +41,7 @@ std::vector<ListMenuEntry> OperationList::ContextMenu(const ListPath& Path) cons
         return entries;
     }
     case 1:
+        if (Path.Operation != handler_.CurrentOperationId()) return {};
         return {{L"&Rename", listAction::Rename}};
     default:
         return {};

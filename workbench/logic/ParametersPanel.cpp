@@ -49,6 +49,8 @@ bool ParametersPanel::AddController(Operation& Owner, IController& Controller, i
     copy->UpdateControl(false, false);
     rows_.push_back({&Owner, std::move(copy), Node, IsProperty, Engine::Tree[Node]->Documentation});
     UpdateMotherControllers(Current);
+    // Once more, now that it knows what it moves.
+    rows_.back().Controller->UpdateControl(false, false);
     Changed();
     return true;
 }
@@ -151,6 +153,26 @@ void ParametersPanel::Forget(const IController* Controller)
         if (row.Controller->Manipulator() == Controller) row.Controller->SetManipulator(nullptr);
         if (row.Controller->MotherController() == Controller) row.Controller->SetMotherController(nullptr);
     }
+}
+
+void ParametersPanel::Repoint(const std::function<bool(const AnyVariable*)>& IsGone)
+{
+    std::vector<ParameterRow> gone;
+    for (std::size_t i = rows_.size(); i-- > 0;) {
+        IController& controller = *rows_[i].Controller;
+        if (!IsGone(controller.CurrentVariable())) continue;
+        const auto& arguments = rows_[i].Owner->Args;
+        const auto own = std::find_if(arguments.begin(), arguments.end(), [&](const Arg& argument) {
+            return argument.Variable && argument.Variable->NameText == controller.VariableIdentifier();
+        });
+        if (own != arguments.end()) {
+            controller.SetCurrentVariable(own->Variable);
+            continue;
+        }
+        gone.push_back(std::move(rows_[i]));
+        rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(i));
+    }
+    if (!gone.empty()) Changed();
 }
 
 void ParametersPanel::RenameVariable(const std::wstring& Old, const std::wstring& New)

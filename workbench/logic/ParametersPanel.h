@@ -42,6 +42,9 @@ public:
     IController* GetController(int Node, const std::wstring& Name) const;
     /// A controller is about to go.
     void Forget(const IController* Controller);
+    /// The variables for which the test holds are about to be destroyed: rows show their operation's own variable of
+    /// the name instead, and go where there is none.
+    void Repoint(const std::function<bool(const AnyVariable*)>& IsGone);
     void RenameVariable(const std::wstring& Old, const std::wstring& New);
 
     const std::vector<ParameterRow>& Rows() const { return rows_; }

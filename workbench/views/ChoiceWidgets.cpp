@@ -176,6 +176,9 @@ void RadioButtonGroupWidget::SetValue(int value)
     else if (isMixed_) {
         SetCustomValue(value);
         Choose(static_cast<int>(tags_.size()));
+    } else {
+        // No case stands for it: none is chosen, and the value stays.
+        Choose(-1);
     }
 }
 

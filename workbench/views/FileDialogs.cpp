@@ -4,6 +4,7 @@
 
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
 
 namespace TeskPlus {
@@ -38,11 +39,14 @@ QStringList FileDialogs::Ask(QWidget* parent, const FileDialogInfo& info, bool m
     }
     // The directory of the latest choice, as long as the program runs.
     static QString directory;
+    // The entry of each filter that was chosen last.
+    static QHash<QString, QString> chosen;
     QFileDialog dialog(parent);
     dialog.setObjectName("FileDialog");
     dialog.setDirectory(directory);
     const QString filter = QtFilter(info.Filter);
     dialog.setNameFilter(filter.isEmpty() ? QString("*") : filter);
+    dialog.selectNameFilter(chosen.value(filter));
     dialog.setAcceptMode(info.Save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dialog.setFileMode(info.Save  ? QFileDialog::AnyFile
                        : multiple ? QFileDialog::ExistingFiles
@@ -53,6 +57,7 @@ QStringList FileDialogs::Ask(QWidget* parent, const FileDialogInfo& info, bool m
         if (dot >= 0) dialog.setDefaultSuffix(filter.mid(dot + 2).section(QRegularExpression("[ )]"), 0, 0));
     }
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return {};
+    chosen[filter] = dialog.selectedNameFilter();
     directory = QFileInfo(dialog.selectedFiles().front()).absolutePath();
     return dialog.selectedFiles();
 }

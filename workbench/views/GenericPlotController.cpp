@@ -73,8 +73,8 @@ void GenericPlotController::ShowCtrl(bool BringToFront)
     picture_->Redraw();
     if (!window_) return;
     window_->SetPinned(IsPinned(argumentState_));
-    if (!window_->isVisible()) window_->show();
-    if (BringToFront) window_->raise();
+    if (!window_->isVisible()) window_->ShowQuietly();
+    if (BringToFront) window_->BringToFront();
 }
 
 bool GenericPlotController::HideCtrl(bool)

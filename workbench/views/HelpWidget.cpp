@@ -22,7 +22,8 @@ HelpWidget::HelpWidget(const QString& text, helpStyle style, QWidget* parent) : 
     if (style == helpStyle::Regular) setMaximumWidth(maximumWidth);
     // A wrapped label asks for little width by itself, and would become a tall column.
     setMinimumWidth(std::min(width, QFontMetrics(face).horizontalAdvance(text) + 8));
-    setVisible(isHelp);
+    // Shown by whatever it is put into: by itself it would be a window for a moment.
+    if (!isHelp) setVisible(false);
 }
 
 bool HelpWidget::IsHelp()

@@ -1,6 +1,7 @@
 #include "workbench/views/KernelController.h"
 
 #include "image/Kernel.h"
+#include "workbench/logic/Refusal.h"
 #include "workbench/views/OverlayTable.h"
 
 #include <QDoubleSpinBox>
@@ -137,6 +138,7 @@ KernelController::KernelController(const ControllerRequest& Request) : Controlle
         Kernel* kernel = ObjectOf<Kernel>(this);
         if (!kernel) return;
         kernel->Normalize(widget_->Gain());
+        Refusal::Note();
         // The cells are those of the mask now, so that the pull takes nothing back.
         UpdateControl(false, false);
         Notify(false, false, false);

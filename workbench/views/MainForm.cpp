@@ -75,6 +75,8 @@ MainForm::MainForm(bool withSplash) : engine_(std::make_unique<Engine>()), withS
     status_->setStyleSheet(palette().color(QPalette::Window).lightness() < 128 ? "color: #ff6b6b" : "color: #c00000");
     statusBar()->addWidget(status_, 1);
 
+    // Known before the first window asks for a place.
+    HelpWidget::SetIsHelp(ReadSetting(L"help", 1) > 0);
     views_ = std::make_unique<OperationViews>(*this, *workArea_, *status_);
     operationHandler_ = std::make_unique<OperationHandler>(*engine_, *views_, factory_);
     views_->SetHandler(*operationHandler_);
@@ -94,7 +96,6 @@ MainForm::MainForm(bool withSplash) : engine_(std::make_unique<Engine>()), withS
 
     // Shadows share their pixels: a destination gets a buffer of its own before it is written.
     Status::Shallow = true;
-    HelpWidget::SetIsHelp(ReadSetting(L"help", 1) > 0);
     language_ = std::clamp(ReadSetting(L"Language", 0), 0, LanguageCount - 1);
     CreateMenu();
 }

@@ -59,7 +59,10 @@ public:
     }
     void setModelData(QWidget* editor, QAbstractItemModel*, const QModelIndex&) const override
     {
-        if (auto* line = qobject_cast<QLineEdit*>(editor)) text_ = line->text().toStdWString();
+        // A name that nobody touched is no new one.
+        auto* line = qobject_cast<QLineEdit*>(editor);
+        if (line && (line->isModified() || line->text() != Qt16(owner_.list_.RenamedName())))
+            text_ = line->text().toStdWString();
     }
 
 private:
@@ -94,6 +97,7 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
     tree_->setMouseTracking(true);
     tree_->setItemDelegate(new NameDelegate(*this));
+    tree_->installEventFilter(this);
     tree_->viewport()->installEventFilter(this);
     column->addWidget(tree_, 1);
 
@@ -103,10 +107,6 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
     connect(hover_, &QTimer::timeout, this, [this] { list_.NodeMouseHover(hovered_); });
     connect(tree_, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
         if (!rebuilding_) list_.NodeMouseClick(PathOf(item));
-    });
-    // Enter and Space do what a click does, so that the list can be walked from the keyboard.
-    connect(tree_, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem* item) {
-        if (!rebuilding_ && !QApplication::mouseButtons()) list_.NodeMouseClick(PathOf(item));
     });
     connect(tree_, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
         if (rebuilding_) return;
@@ -172,7 +172,6 @@ void OperationList2::FillItem(QTreeWidgetItem& item, const ListLine& line, const
         (path.Level() == 0 ? below.Variable : below.Property) = static_cast<int>(i);
         FillItem(*item.child(static_cast<int>(i)), line.Lines[i], below);
     }
-    // A line whose properties are not listed yet still shows that it can be opened.
     item.setChildIndicatorPolicy(QTreeWidgetItem::DontShowIndicatorWhenChildless);
     item.setExpanded(line.IsExpanded);
 }
@@ -192,16 +191,21 @@ void OperationList2::Rebuild()
     rebuilding_ = true;
     const QSignalBlocker quiet(tree_);
     const std::vector<ListLine>& lines = list_.Lines();
+    int current = -1;
     while (tree_->topLevelItemCount() > static_cast<int>(lines.size()))
         delete tree_->takeTopLevelItem(tree_->topLevelItemCount() - 1);
     for (std::size_t i = 0; i < lines.size(); i++) {
         if (tree_->topLevelItemCount() <= static_cast<int>(i)) tree_->addTopLevelItem(new QTreeWidgetItem);
         FillItem(*tree_->topLevelItem(static_cast<int>(i)), lines[i], {static_cast<int>(i), -1, -1});
-        if (lines[i].ImageIndex == lineImage::CurrentOperation && !tree_->currentItem())
-            tree_->setCurrentItem(tree_->topLevelItem(static_cast<int>(i)));
-        if (lines[i].ImageIndex == lineImage::CurrentOperation)
-            tree_->scrollToItem(tree_->topLevelItem(static_cast<int>(i)));
+        if (lines[i].ImageIndex == lineImage::CurrentOperation) current = static_cast<int>(i);
     }
+    // The selection moves and is scrolled to once; after that the list stays where the user scrolls it.
+    const std::pair selection(current, lines.size());
+    if (selection != shown_ && current >= 0) {
+        tree_->setCurrentItem(tree_->topLevelItem(current));
+        tree_->scrollToItem(tree_->topLevelItem(current));
+    }
+    shown_ = selection;
     rebuilding_ = false;
 }
 
@@ -215,6 +219,14 @@ void OperationList2::EndEdit(const std::wstring* text)
 
 bool OperationList2::eventFilter(QObject* watched, QEvent* event)
 {
+    // Enter and Space do what a click does, so that the list can be walked from the keyboard.
+    if (watched == tree_ && event->type() == QEvent::KeyPress && !list_.IsRenaming() && tree_->currentItem()) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) {
+            list_.NodeMouseClick(PathOf(tree_->currentItem()));
+            return true;
+        }
+    }
     if (watched == tree_->viewport() && !list_.IsRenaming()) {
         if (event->type() == QEvent::MouseMove) {
             const QTreeWidgetItem* item = tree_->itemAt(static_cast<QMouseEvent*>(event)->pos());

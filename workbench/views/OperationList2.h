@@ -36,6 +36,7 @@ private:
     QTreeWidget* tree_;
     QTimer* hover_;
     ListPath hovered_;
+    std::pair<int, std::size_t> shown_{-1, 0}; ///< the current operation and the number of them when last shown
     bool rebuilding_ = false, rebuildScheduled_ = false, editing_ = false;
 };
 

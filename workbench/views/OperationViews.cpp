@@ -28,6 +28,7 @@ OperationViews::OperationViews(QMainWindow& window, QMdiArea& workArea, QLabel& 
     : window_(window), workArea_(workArea), status_(status)
 {
     connect(&workArea_, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* active) {
+        ToolWindow::RaiseTopmost(workArea_);
         if (active && active == parameters_ && parametersShown_ && form_ && form_->isVisible() && handler_)
             handler_->ParametersFormActivated();
     });
@@ -153,25 +154,24 @@ WindowSize OperationViews::WorkAreaSize() const
 
 void OperationViews::SetFormOrder(const Operation* Current)
 {
-    const auto ofCurrent = [Current](const ToolWindow& window) {
-        if (!Current) return false;
-        for (const Arg& argument : Current->Args)
-            if (argument.Variable && argument.Variable->Name && window.windowTitle() == Qt16(argument.Variable->Name))
-                return true;
-        return false;
+    // Raising does not activate. From the bottom to the top, so that the first argument ends above the others: what the
+    // operation shows for itself, its own window, what is pinned.
+    const auto raiseThose = [&](bool pinned) {
+        if (!Current) return;
+        const QList<QMdiSubWindow*> windows = workArea_.subWindowList(QMdiArea::StackingOrder);
+        for (auto argument = Current->Args.rbegin(); argument != Current->Args.rend(); ++argument)
+            for (QMdiSubWindow* sub : windows) {
+                auto* window = qobject_cast<ToolWindow*>(sub);
+                if (window && window->Topmost() == 0 && window->isVisible() && window->IsPinned() == pinned &&
+                    argument->Variable && argument->Variable->Name &&
+                    window->windowTitle() == Qt16(argument->Variable->Name))
+                    window->raise();
+            }
     };
-    // From the bottom to the top. Raising does not activate.
-    std::vector<ToolWindow*> layers[3];
-    for (QMdiSubWindow* sub : workArea_.subWindowList(QMdiArea::StackingOrder)) {
-        auto* window = qobject_cast<ToolWindow*>(sub);
-        if (!window || window == contextualHelp_ || window == parameters_ || !window->isVisible()) continue;
-        layers[window == form_ ? 1 : !ofCurrent(*window) ? 0 : window->IsPinned() ? 2 : 1].push_back(window);
-    }
-    for (const auto& layer : layers)
-        for (ToolWindow* window : layer)
-            window->raise();
-    if (parameters_) parameters_->raise();
-    if (contextualHelp_) contextualHelp_->raise();
+    raiseThose(false);
+    if (form_) form_->raise();
+    raiseThose(true);
+    ToolWindow::RaiseTopmost(workArea_);
 }
 
 ControlHandle OperationViews::ParentWindow() const
@@ -251,13 +251,14 @@ void OperationViews::ShowContextualHelp(const std::vector<HelpParagraph>& Paragr
     }
     contextualHelp_ = new ToolWindow(workArea_, "OperationContextualHelpForm", false);
     contextualHelp_->setWindowTitle("Tesk+");
+    contextualHelp_->SetTopmost(2);
     for (const HelpParagraph& paragraph : Paragraphs)
         contextualHelp_->Content().addWidget(
             new HelpWidget(Qt16(paragraph.Text), paragraph.IsTitle ? helpStyle::Title : helpStyle::Regular));
     contextualHelp_->Place(contextualHelpPanelLocation);
-    contextualHelp_->show();
+    contextualHelp_->ShowQuietly();
     contextualHelp_->FitContent();
-    contextualHelp_->raise();
+    ToolWindow::RaiseTopmost(workArea_);
 }
 
 void OperationViews::HideContextualHelp()
@@ -272,6 +273,7 @@ void OperationViews::FillParameters(const ParametersPanel& panel)
     if (!parameters_) {
         parameters_ = new ToolWindow(workArea_, "ParametersForm", false);
         parameters_->setWindowTitle(tr("Parameters"));
+        parameters_->SetTopmost(1);
     }
     if (parameterRows_) {
         TakeControlsOut(*parameterRows_);
@@ -308,14 +310,12 @@ void OperationViews::ShowParametersForm(bool Shown)
         return;
     }
     if (parameters_->isVisible()) return;
-    QWidget* focus = QApplication::focusWidget();
     parametersShown_ = false;
     const QSize room = workArea_.viewport()->size();
-    parameters_->show();
+    parameters_->ShowQuietly();
     parameters_->FitContent();
     parameters_->Place({room.width() - parameters_->width() - 15, room.height() - parameters_->height() - 15});
     parametersShown_ = true;
-    if (focus) focus->setFocus();
 }
 
 void OperationViews::PassBlobSelection()

@@ -1,19 +1,19 @@
 #include "workbench/views/OverlayTable.h"
 
+#include "image/Pyramid.h"
 #include "measure/Profile.h"
 
 namespace TeskPlus {
 
 namespace {
 
-constexpr int profileType = 62, siteType = 75, xyType = 85, intType = 97;
+constexpr int profileType = 62, pyramidType = 63, siteType = 75, xyType = 85, intType = 97;
 
 /// Points and pixels: any handle moves the whole of them.
-template <typename T>
-OverlayHit HitPoint(IController& Child, int X, int Y)
+OverlayHit HitSite(IController& Child, int X, int Y)
 {
-    const T* point = ObjectOf<T>(&Child);
-    if (!point || point->HitHandle(X, Y) == NoHandle) return {};
+    const Site* site = ObjectOf<Site>(&Child);
+    if (!site || site->HitHandle(X, Y) == NoHandle) return {};
     return {true, Qt::SizeAllCursor};
 }
 
@@ -23,9 +23,20 @@ bool IsHandleSet()
     return T::Handle != NoHandle;
 }
 
-void DragXY(IController& Child, const Image&, int X, int Y)
+OverlayHit HitXY(IController& Child, int X, int Y)
 {
-    if (XY* point = ObjectOf<XY>(&Child)) point->Drag(X, Y);
+    const XY* point = ObjectOf<XY>(&Child);
+    if (!point || OnStore(*point, PictureOf(Child.MotherController())).HitHandle(X, Y) == NoHandle) return {};
+    return {true, Qt::SizeAllCursor};
+}
+
+void DragXY(IController& Child, const Image& Picture, int X, int Y)
+{
+    XY* point = ObjectOf<XY>(&Child);
+    if (!point) return;
+    XY place = OnStore(*point, &Picture);
+    place.Drag(X, Y);
+    *point = XY(place.X - Picture.X, place.Y - Picture.Y);
 }
 
 void DragSite(IController& Child, const Image& Picture, int X, int Y)
@@ -71,9 +82,20 @@ IController* ManipulatorOf(IController& Child)
     return Child.Manipulator();
 }
 
+/// The levels that stand apart from the base, or with it where there is no picture to stand on.
+void DrawPyramid(AnyVariable& Object, const IController& Child)
+{
+    const Pyramid& pyramid = static_cast<Var<Pyramid>&>(Object).Value;
+    if (const Image* base = PictureOf(Child.MotherController()))
+        pyramid.Draw(*base, true);
+    else
+        pyramid.Draw(true);
+}
+
 constexpr OverlayRow rows[] = {
-    {.Type = siteType, .Hit = HitPoint<Site>, .Drag = DragSite, .IsHeld = IsHandleSet<Site>},
-    {.Type = xyType, .Hit = HitPoint<XY>, .Drag = DragXY, .IsHeld = IsHandleSet<XY>},
+    {.Type = pyramidType, .Color = Green, .Draw = DrawPyramid},
+    {.Type = siteType, .Hit = HitSite, .Drag = DragSite, .IsHeld = IsHandleSet<Site>},
+    {.Type = xyType, .Hit = HitXY, .Drag = DragXY, .IsHeld = IsHandleSet<XY>},
     {.Type = intType,
      .AppliesTo = MovesProfileOverlay,
      .Hit = HitProfile,

@@ -2,6 +2,7 @@
 // library that lands adds its row to the table; no view asks for a type.
 #pragma once
 
+#include "foundation/Graph.h"
 #include "image/Image.h"
 #include "workbench/logic/IController.h"
 
@@ -52,6 +53,24 @@ const OverlayRow* FindOverlay(const IController& Child);
 
 /// The picture that a controller shows; null for a controller that shows none.
 const Image* PictureOf(const IController* Controller);
+
+/// A point of the window of a picture, where it stands in the whole picture that is shown.
+inline XY OnStore(const XY& point, const Image* picture)
+{
+    return picture ? XY(point.X + picture->X, point.Y + picture->Y) : point;
+}
+
+/// Draws lines and points in a color, and leaves the settings as they were.
+template <typename Draw>
+void DrawIn(PredefinedColors color, Draw draw)
+{
+    const PredefinedColors line = Graph::LineColor, point = Graph::PointColor;
+    Graph::LineColor = color;
+    Graph::PointColor = color;
+    draw();
+    Graph::LineColor = line;
+    Graph::PointColor = point;
+}
 
 /// The library's object behind a controller; null if it shows another type.
 template <typename T>

@@ -7,30 +7,32 @@ namespace TeskPlus {
 
 namespace {
 
-template <typename T>
-const T& ValueOf(const AnyVariable& Object)
+/// Calls `f` with the histogram or the profile: each may be bound where the other is asked for.
+template <typename F>
+auto WithCurve(const AnyVariable& Object, F f)
 {
-    return static_cast<const Var<T>&>(Object).Value;
+    if (const auto* histogram = dynamic_cast<const Var<Histogram>*>(&Object)) return f(histogram->Value);
+    return f(dynamic_cast<const Var<Profile>&>(Object).Value);
 }
 
-template <typename T>
 void PlotCurve(AnyVariable& Object, int Width, int Height)
 {
-    ValueOf<T>(Object).Plot(0, 0, Width, Height, false, 0, 0, 0, true);
+    WithCurve(Object, [&](const auto& curve) { curve.Plot(0, 0, Width, Height, false, 0, 0, 0, true); });
 }
 
-template <typename T>
 std::string CurveText(const AnyVariable& Object)
 {
-    const char* text = ValueOf<T>(Object).ToAsciiString(-1);
-    return text ? text : "";
+    return WithCurve(Object, [](const auto& curve) {
+        const char* text = curve.ToAsciiString(-1);
+        return std::string(text ? text : "");
+    });
 }
 
 constexpr int histogramType = 43, profileType = 62;
 
 constexpr PlotRow rows[] = {
-    {histogramType, 512, 256, Green, PlotCurve<Histogram>, L"&Copy frequencies to Clipboard", CurveText<Histogram>},
-    {profileType, 512, 256, Blue, PlotCurve<Profile>, L"&Copy values to Clipboard", CurveText<Profile>},
+    {histogramType, 512, 256, Green, PlotCurve, L"&Copy frequencies to Clipboard", CurveText},
+    {profileType, 512, 256, Blue, PlotCurve, L"&Copy values to Clipboard", CurveText},
 };
 
 } // namespace

@@ -1,6 +1,6 @@
 #include "workbench/views/PointControllers.h"
 
-#include "foundation/Graph.h"
+#include "workbench/views/OverlayTable.h"
 #include "workbench/views/Text.h"
 
 #include <cwchar>
@@ -8,18 +8,6 @@
 namespace TeskPlus {
 
 namespace {
-
-/// Draws in a color, and leaves the settings as they were.
-template <typename Draw>
-void DrawIn(PredefinedColors color, Draw draw)
-{
-    const PredefinedColors line = Graph::LineColor, point = Graph::PointColor;
-    Graph::LineColor = color;
-    Graph::PointColor = color;
-    draw();
-    Graph::LineColor = line;
-    Graph::PointColor = point;
-}
 
 struct Place
 {
@@ -52,14 +40,9 @@ XYController::XYController(const ControllerRequest& Request) : OverlayValueContr
     widget->SetValue(Read<XY>({0, 0}));
 }
 
-bool XYController::TakeUserChange()
-{
-    return std::exchange(updateFromWidget_, false);
-}
-
 void XYController::UpdateProperty()
 {
-    const bool fromUser = TakeUserChange();
+    const bool fromUser = std::exchange(updateFromWidget_, false);
     if (!IsInOnly()) return;
     const Image* mother = MotherImage();
     if (!mother) {
@@ -87,7 +70,12 @@ void XYController::UpdateChildControl()
 {
     if (!motherController_) return;
     const XY point = Read<XY>({0, 0});
-    DrawIn(Green, [&] { point.Draw(false); });
+    DrawIn(Green, [&] { OnStore(point, MotherImage()).Draw(false); });
+}
+
+void XYController::ResetAnchor(int Width, int Height)
+{
+    if (IsInOnly()) ResetLocation(Width, Height);
 }
 
 void XYController::ResetLocation(int Width, int Height)
@@ -107,7 +95,8 @@ void XYController::SetMotherController(IController* Mother)
     if (isNew && motherController_) motherController_->RemoveChild(*this);
     OverlayValueController::SetMotherController(Mother);
     const Image* mother = MotherImage();
-    if (isNew && mother && IsInOnly()) ResetLocation(mother->Width, mother->Height);
+    // A picture that is made only by the run has no size yet: its anchors stand where the panel put them.
+    if (isNew && mother && mother->Width > 0) ResetAnchor(mother->Width, mother->Height);
 }
 
 SiteController::SiteController(const ControllerRequest& Request) : OverlayValueController(Request)

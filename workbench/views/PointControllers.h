@@ -6,7 +6,7 @@
 namespace TeskPlus {
 
 /// A point with fractions, of type `XY`.
-class XYController : public OverlayValueController
+class XYController final : public OverlayValueController, public IAnchor
 {
 public:
     explicit XYController(const ControllerRequest& Request);
@@ -16,12 +16,12 @@ public:
     void UpdateChildControl() override;
     /// A new mother puts an anchor back to its place.
     void SetMotherController(IController* Mother) override;
+    void ResetAnchor(int Width, int Height) override;
+
+private:
+    XYWidget& Widget() const { return *static_cast<XYWidget*>(widget_.data()); }
     /// The place that the name of the point gives it on an image of that size.
     void ResetLocation(int Width, int Height);
-
-protected:
-    XYWidget& Widget() const { return *static_cast<XYWidget*>(widget_.data()); }
-    bool TakeUserChange();
 
     bool updateFromWidget_ = false;
 };

@@ -1,7 +1,7 @@
 #include "workbench/views/ProfileControllers.h"
 
-#include "foundation/Graph.h"
 #include "measure/Profile.h"
+#include "workbench/views/OverlayTable.h"
 #include "workbench/views/Text.h"
 
 #include <cwchar>
@@ -22,16 +22,10 @@ bool EndsIn(std::wstring_view text, std::initializer_list<std::wstring_view> end
     return false;
 }
 
-/// Draws in a color, and leaves the setting as it was.
-template <typename Draw>
-void DrawLinesIn(PredefinedColors color, Draw draw)
+DraggingHandles DirectionOf(const ControllerRequest& request)
 {
-    const PredefinedColors line = Graph::LineColor, point = Graph::PointColor;
-    Graph::LineColor = color;
-    Graph::PointColor = color;
-    draw();
-    Graph::LineColor = line;
-    Graph::PointColor = point;
+    const std::wstring_view label = Engine::Tree[request.Method]->Label;
+    return EndsIn(label, {L"Row", L"Rows"}) ? NHandle : EndsIn(label, {L"Column", L"Columns"}) ? WHandle : AllHandle;
 }
 
 /// What the values that move a profile share.
@@ -54,7 +48,7 @@ public:
     {
         const Profile* profile = ManipulatedProfile(*this);
         if (!motherController_ || !profile) return;
-        DrawLinesIn(Green, [&] { profile->Draw(true); });
+        DrawIn(Green, [&] { profile->Draw(true); });
     }
 
 protected:
@@ -85,7 +79,7 @@ protected:
     virtual void TakeFromProfile() = 0;
 
     /// True if profile and picture are known; a picture with another window has put the profile back.
-    bool Ready()
+    virtual bool Ready()
     {
         if (!ManipulatedProfile(*this) || !MotherImage()) return false;
         if (!FitsWindow()) {
@@ -124,7 +118,8 @@ public:
         Widget().SetMaximum(maximum);
         int& place = Place();
         // A profile that something else has moved, such as a drag on the picture, leads; else the control does.
-        const int value = Min(place == written_ ? Widget().Value() : place, maximum);
+        const bool moved = place != written_ && place >= Widget().Minimum();
+        const int value = Clamp(moved ? place : Widget().Value(), Widget().Minimum(), maximum);
         if (Widget().Value() != value) Widget().SetValue(value);
         place = value;
         written_ = value;
@@ -145,7 +140,12 @@ public:
 protected:
     IntWidget& Widget() const { return *static_cast<IntWidget*>(widget_.data()); }
     bool IsRow() const { return direction_ == NHandle; }
-    int Extent() const { return IsRow() ? MotherImage()->Height : MotherImage()->Width; }
+    /// Of the window in which the profile lies.
+    int Extent() const
+    {
+        const ProfileSource& source = ManipulatedProfile(*this)->Source;
+        return IsRow() ? source.Height : source.Width;
+    }
     /// The field of the profile that this value stands for.
     virtual int& Place() = 0;
     virtual int Maximum() const = 0;
@@ -158,7 +158,6 @@ protected:
         WriteInteger(Place());
     }
 
-private:
     int written_ = MinInt;
 };
 
@@ -169,14 +168,6 @@ public:
     {}
 
 private:
-    static DraggingHandles DirectionOf(const ControllerRequest& request)
-    {
-        const std::wstring_view label = Engine::Tree[request.Method]->Label;
-        return EndsIn(label, {L"Row", L"Rows"})         ? NHandle
-               : EndsIn(label, {L"Column", L"Columns"}) ? WHandle
-                                                        : AllHandle;
-    }
-
     int& Place() override
     {
         ProfileSource& source = ManipulatedProfile(*this)->Source;
@@ -194,19 +185,27 @@ class IntThicknessProfilController final : public ProfileIntController
 public:
     explicit IntThicknessProfilController(const ControllerRequest& request)
         : ProfileIntController(request, DirectionOf(request))
-    {}
+    {
+        // Before the row or column of the band is taken, so that it gives way at once.
+        Widget().Changed = [this](bool dragging) {
+            if (Profile* profile = ManipulatedProfile(*this)) profile->Source.Breadth = written_ = Widget().Value();
+            Notify(false, false, dragging);
+        };
+    }
 
 private:
-    static DraggingHandles DirectionOf(const ControllerRequest& request)
+    /// The breadth draws nothing of its own: the profile tells the window.
+    bool Ready() override
     {
-        const std::wstring_view label = Engine::Tree[request.Method]->Label;
-        return label == L"Cumulate across rows" || EndsIn(label, {L"Row", L"Rows"}) ? NHandle : WHandle;
+        const Profile* profile = ManipulatedProfile(*this);
+        return profile && profile->Source.Width > 0;
     }
 
     int& Place() override { return ManipulatedProfile(*this)->Source.Breadth; }
     int Maximum() const override
     {
         const ProfileSource& source = ManipulatedProfile(*this)->Source;
+        if (direction_ == AllHandle) return NodeAs<IntArgumentNode>().Maximum;
         return Extent() - (IsRow() ? source.Row : source.Column);
     }
 };
@@ -222,10 +221,15 @@ public:
         auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
         SetWidget(widget);
         widget->SetValue(Read<XY>({0, 0}));
+        widget->Changed = [this](bool dragging) {
+            updateFromWidget_ = true;
+            Notify(false, false, dragging);
+        };
     }
 
     void UpdateProperty() override
     {
+        const bool fromUser = std::exchange(updateFromWidget_, false);
         if (!IsInOnly()) return;
         if (!Ready()) {
             Write<XY>(Widget().Value());
@@ -237,9 +241,10 @@ public:
         Widget().SetRange(0, maximumX, 0, maximumY);
         XY& place = Place();
         const bool moved = place.X != anchorX_ || place.Y != anchorY_;
-        const XY wanted = moved ? place : Widget().Value();
+        // The line leads if it was moved as a whole; else what the user set here, or a drag of the end itself.
+        const XY wanted = moved ? place : fromUser ? Widget().Value() : Read<XY>({0, 0});
         const XY point(Clamp(wanted.X, 0.0, maximumX), Clamp(wanted.Y, 0.0, maximumY));
-        if (moved) Widget().SetValue(point);
+        if (moved || !fromUser) Widget().SetValue(point);
         Take(point);
         Write<XY>(point);
     }
@@ -255,7 +260,7 @@ public:
     void UpdateChildControl() override
     {
         ProfileValueController::UpdateChildControl();
-        if (motherController_) DrawLinesIn(Green, [&] { Read<XY>({0, 0}).Draw(false); });
+        if (motherController_) DrawIn(Green, [&] { OnStore(Read<XY>({0, 0}), MotherImage()).Draw(false); });
     }
 
 private:
@@ -280,6 +285,7 @@ private:
     }
 
     bool isBeginning_;
+    bool updateFromWidget_ = false;
     double anchorX_ = -1, anchorY_ = -1;
 };
 

@@ -232,8 +232,8 @@ void PropertySheetController::ShowCtrl(bool BringToFront)
         isDisplayed_ = true;
         Fit();
     }
-    if (!Window().isVisible()) Window().show();
-    if (BringToFront) Window().raise();
+    if (!Window().isVisible()) Window().ShowQuietly();
+    if (BringToFront) Window().BringToFront();
 }
 
 bool PropertySheetController::HideCtrl(bool Keep)

@@ -1,12 +1,17 @@
 #include "workbench/views/ToolWindow.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMdiArea>
+#include <QPointer>
 #include <QScrollArea>
 #include <QStyle>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <vector>
 
 namespace TeskPlus {
 
@@ -96,6 +101,30 @@ void ToolWindow::FitContent()
     if (outer.width() > room.width()) outer.rheight() += scrollBar;
     resize(outer.boundedTo(room));
     fitting_ = false;
+}
+
+void ToolWindow::ShowQuietly()
+{
+    const QPointer<QWidget> focus = QApplication::focusWidget();
+    show();
+    if (focus) focus->setFocus();
+}
+
+void ToolWindow::BringToFront()
+{
+    raise();
+    RaiseTopmost(area_);
+}
+
+void ToolWindow::RaiseTopmost(const QMdiArea& area)
+{
+    std::vector<ToolWindow*> topmost;
+    for (QMdiSubWindow* sub : area.subWindowList(QMdiArea::StackingOrder))
+        if (auto* window = qobject_cast<ToolWindow*>(sub); window && window->topmost_ > 0) topmost.push_back(window);
+    std::stable_sort(topmost.begin(), topmost.end(),
+                     [](const ToolWindow* a, const ToolWindow* b) { return a->topmost_ < b->topmost_; });
+    for (ToolWindow* window : topmost)
+        window->raise();
 }
 
 void ToolWindow::resizeEvent(QResizeEvent* event)

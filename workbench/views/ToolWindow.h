@@ -34,6 +34,14 @@ public:
     void Place(WindowPoint location);
     /// Takes the size that the content asks for, up to that of the work area; scroll bars show the rest.
     void FitContent();
+    /// Shows the window, and leaves the keyboard where it is.
+    void ShowQuietly();
+    /// Above all others but the topmost ones.
+    void BringToFront();
+    /// Such windows stay above the others, the higher above the lower.
+    void SetTopmost(int rank) { topmost_ = rank; }
+    int Topmost() const { return topmost_; }
+    static void RaiseTopmost(const QMdiArea& area);
 
 signals:
     /// The user resized the window, rather than the program.
@@ -50,6 +58,7 @@ private:
     QHBoxLayout* bar_;
     QVBoxLayout* content_;
     QLabel* pin_;
+    int topmost_ = 0;
     bool isPinned_ = false, fitting_ = false;
 };
 

@@ -1,5 +1,7 @@
 #include "workbench/views/ValueController.h"
 
+#include "workbench/logic/Refusal.h"
+
 namespace TeskPlus {
 
 void ValueController::SetWidget(ValueWidget* widget)
@@ -29,8 +31,9 @@ AnyVariable* ValueController::Fetch()
 
 void ValueController::Store()
 {
-    if (isProperty_ && scratch_ && currentVariable_)
-        engine_.SetProperty(scratch_.get(), argumentNode_, currentVariable_);
+    if (!isProperty_ || !scratch_ || !currentVariable_) return;
+    engine_.SetProperty(scratch_.get(), argumentNode_, currentVariable_);
+    Refusal::Note();
 }
 
 int ValueController::ReadInteger()
