@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
+#include <QFile>
 #include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
@@ -234,6 +235,68 @@ TEST(MainForm, FlippingTheRadioGroupSwapsTheMethodAndKeepsWhatFits)
     both->click();
     Workbench::Settle();
     EXPECT_EQ(bench.Count(), 2);
+}
+
+TEST(MainForm, AFlipFromReadToWriteAsksForAnotherFile)
+{
+    Workbench bench;
+    QTemporaryDir folder;
+    const QString picture = folder.filePath("picture.bmp");
+    ASSERT_TRUE(QFile::copy(Workbench::Picture(), picture));
+    const auto bytes = [&](const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const QByteArray before = bytes(picture);
+    bench.ReadImage();
+    bench.ReadImage(picture);
+    const auto flip = [&] {
+        for (auto* button :
+             bench.OperationWindow()->findChild<QGroupBox*>("MethodGroup")->findChildren<QRadioButton*>())
+            if (button->text().startsWith("Write")) QTest::mouseClick(button, Qt::LeftButton, {}, QPoint(8, 8));
+        Workbench::Settle();
+    };
+    bench.WhenModal([](QWidget* dialog) { static_cast<QDialog*>(dialog)->reject(); });
+    flip();
+    EXPECT_EQ(Engine::Tree[bench.At(1).Node]->Identifier, std::wstring(L"Read")) << "a cancel goes back";
+    EXPECT_EQ(bytes(picture), before);
+    const QString written = folder.filePath("written.bmp");
+    FileDialogs::Pending() = QStringList{written};
+    flip();
+    EXPECT_EQ(bench.StatusText(), "");
+    EXPECT_EQ(Engine::Tree[bench.At(1).Node]->Identifier, std::wstring(L"Write"));
+    EXPECT_FALSE(bytes(written).isEmpty());
+    EXPECT_EQ(bytes(picture), before) << "what was read is not written over";
+}
+
+TEST(MainForm, TheListMarksTheNewOperationAndIsWalkedByKeys)
+{
+    Workbench bench;
+    bench.ReadImage();
+    bench.Invert();
+    EXPECT_EQ(bench.List().currentItem(), bench.List().topLevelItem(1));
+    bench.List().setFocus();
+    bench.List().setCurrentItem(bench.List().topLevelItem(0));
+    QTest::keyClick(&bench.List(), Qt::Key_Return);
+    Workbench::Settle();
+    EXPECT_EQ(bench.Form().Handler().CurrentOperationId(), 0);
+    EXPECT_TRUE(bench.List().hasFocus()) << "windows that come up leave the keyboard to the list";
+    EXPECT_EQ(bench.List().currentItem(), bench.List().topLevelItem(0));
+}
+
+TEST(MainForm, HelpAndParametersStayAboveTheWindowThatIsActivated)
+{
+    Workbench bench;
+    bench.ReadImage();
+    bench.Invert();
+    auto* area = bench.Form().findChild<QMdiArea*>();
+    for (auto* window : bench.Form().findChildren<ToolWindow*>("PropertySheetController")) {
+        area->setActiveSubWindow(window);
+        Workbench::Settle();
+        const auto order = area->subWindowList(QMdiArea::StackingOrder);
+        EXPECT_EQ(order.back()->objectName(), "OperationContextualHelpForm");
+        EXPECT_EQ(order[order.size() - 2], window);
+    }
 }
 
 TEST(MainForm, APinnedValueStaysAdjustableWithAnotherOperationSelected)

@@ -4,11 +4,13 @@
 #include "image/Image.h"
 #include "workbench/views/CustomImageForm.h"
 #include "workbench/views/MainForm.h"
+#include "workbench/views/OperationForm.h"
 #include "workbench/views/OverlayTable.h"
 #include "workbench/views/ToolWindow.h"
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QLabel>
 #include <QMenu>
 #include <QRadioButton>
 #include <QSpinBox>
@@ -90,6 +92,10 @@ protected:
     }
 
     QWidget* Picture(const char* title) { return Part<QWidget>(title, "panelImage"); }
+
+    QString StatusText() { return form_.findChild<QLabel*>("toolStripStatusLabel1")->text(); }
+    /// Where a point is marked on a picture at 4:1.
+    static QPoint AtPoint(int x, int y) { return {4 * (x + 1), 4 * (y + 1)}; }
 
     QRgb PixelOf(QWidget* widget, QPoint at) { return widget->grab().toImage().pixel(at) & 0xffffff; }
 

@@ -6,9 +6,12 @@
 #include "workbench/views/ImageController.h"
 #include "workbench/views/ImagePropertyPageController.h"
 
+#include <QAbstractButton>
 #include <QClipboard>
 #include <QLabel>
+#include <QLineEdit>
 #include <QScrollBar>
+#include <QSlider>
 
 namespace TeskPlus {
 
@@ -259,7 +262,7 @@ TEST_F(ObjectTest, ARowOfAProfileIsDraggedOnThePicture)
     EXPECT_EQ(profile.Sample(3), 3 + 2 * 15) << "the result follows the drag";
 }
 
-TEST_F(ObjectTest, APointIsDraggedAndHeldInsideThePicture)
+TEST_F(ObjectTest, APointIsDraggedOnThePicture)
 {
     Open(100, 80);
     ASSERT_TRUE(Add(L"Geometry", L"Rotate by Two Points"));
@@ -270,6 +273,86 @@ TEST_F(ObjectTest, APointIsDraggedAndHeldInsideThePicture)
     Drag(picture, start, start + QPoint(-80, 40));
     EXPECT_EQ(PixelOf(picture, start + QPoint(-80, 40)), green);
     EXPECT_NE(PixelOf(picture, start), green);
+}
+
+TEST_F(ObjectTest, AnchorsStartAtTheirPlacesAndComeBackWithReset)
+{
+    Open(100, 80);
+    ASSERT_TRUE(Add(L"Geometry", L"Skew by Three Points"));
+    EXPECT_EQ(StatusText(), "");
+    const auto expect = [&](const wchar_t* name, double x, double y) {
+        const XY& anchor = Value<XY>(name);
+        EXPECT_EQ(anchor.X, x) << QString::fromWCharArray(name).toStdString();
+        EXPECT_EQ(anchor.Y, y) << QString::fromWCharArray(name).toStdString();
+    };
+    const auto expectAll = [&] {
+        for (const wchar_t* kind : {L"Src", L"Dst"}) {
+            const std::wstring start = std::wstring(kind) + L"Anchor";
+            expect((start + L"00").c_str(), 50, 40);
+            expect((start + L"10").c_str(), 75, 40);
+            expect((start + L"20").c_str(), 50, 20);
+        }
+    };
+    expectAll();
+    const Image& result = Value<Image>(L"Skewed0");
+    EXPECT_EQ(result.Width, 100);
+    EXPECT_EQ(result.PixelGray(50, 40), 50 + 2 * 40) << "anchors at the same places move nothing";
+
+    QWidget* picture = Picture("Skewed0");
+    Drag(picture, AtPoint(50, 40), AtPoint(30, 30));
+    EXPECT_NE(Value<XY>(L"DstAnchor00").X, 50);
+    QTest::mouseClick(form_.findChild<QAbstractButton*>("Reset"), Qt::LeftButton);
+    QApplication::processEvents();
+    expectAll();
+    EXPECT_EQ(StatusText(), "");
+}
+
+TEST_F(ObjectTest, TheEndsOfALineAreDraggedApart)
+{
+    Open(100, 80);
+    ASSERT_TRUE(Add(L"Profile", L"Get Line"));
+    QWidget* picture = Picture("Image0");
+    EXPECT_EQ(Value<XY>(L"Beg0").X, 25);
+    EXPECT_EQ(Value<XY>(L"End0").X, 75);
+    Drag(picture, AtPoint(25, 40), AtPoint(25, 10));
+    EXPECT_NEAR(Value<XY>(L"Beg0").Y, 10, 1.5);
+    EXPECT_EQ(Value<XY>(L"End0").Y, 40) << "the other end stays";
+    EXPECT_NEAR(Value<Profile>(L"Profile0").Sample(0), 25 + 2 * Value<XY>(L"Beg0").Y, 2) << "the result follows";
+    Drag(picture, AtPoint(75, 40), AtPoint(90, 70));
+    EXPECT_NEAR(Value<XY>(L"End0").X, 90, 1.5);
+    EXPECT_NEAR(Value<XY>(L"Beg0").Y, 10, 1.5);
+}
+
+TEST_F(ObjectTest, ABandOfRowsGivesWayToItsBreadthAndFollowsTheWindow)
+{
+    Open(100, 80);
+    ASSERT_TRUE(Add(L"Profile", L"Cumulate across Rows"));
+    EXPECT_EQ(StatusText(), "");
+    EXPECT_EQ(Value<int>(L"Y0"), 40);
+    EXPECT_EQ(Value<int>(L"Breadth0"), 16);
+    auto* panel = form_.findChild<OperationForm*>("OperationForm");
+    panel->findChild<QWidget*>("Y")->findChild<QSlider*>("Slider")->setValue(79);
+    EXPECT_EQ(Value<int>(L"Y0"), 64) << "the band ends with the picture";
+    auto* text = panel->findChild<QWidget*>("Breadth")->findChild<QLineEdit*>("Text");
+    text->setFocus();
+    text->selectAll();
+    QTest::keyClicks(text, "30");
+    QApplication::processEvents();
+    EXPECT_EQ(Value<int>(L"Breadth0"), 30);
+    EXPECT_EQ(Value<int>(L"Y0"), 50) << "the row gives way at once";
+    EXPECT_EQ(StatusText(), "");
+    // The mean of x + 2 y over the rows 50 to 79.
+    EXPECT_EQ(Value<Profile>(L"Profile0").Sample(3), 3 + 50 + 79);
+
+    // The far line of the band, (79 + 0.5) * 4, goes up by 10 rows.
+    Drag(Picture("Image0"), {200, 4 * 79 + 2}, {200, 4 * 69 + 2});
+    EXPECT_EQ(Value<int>(L"Breadth0"), 20);
+    EXPECT_EQ(Value<int>(L"Y0"), 50);
+
+    Part<QCheckBox>("Image0", "Window")->setChecked(true);
+    EXPECT_EQ(Value<int>(L"Breadth0"), 16);
+    EXPECT_EQ(Value<int>(L"Y0"), 20) << "the middle of the window";
+    EXPECT_EQ(StatusText(), "");
 }
 
 /// An object that stands for the overlays of later classes.

@@ -98,6 +98,10 @@ TEST_F(Sheets, AnEvenSizeLeavesTheElement)
     const Morpho& element = Value<Morpho>(L"Morpho0");
     EXPECT_EQ(element.Width, 3);
     EXPECT_EQ(element.Height, 3);
+    EXPECT_TRUE(StatusText().contains("odd")) << StatusText().toStdString();
+    Type("Morpho0", "Size", "5");
+    EXPECT_EQ(element.Width, 5);
+    EXPECT_EQ(StatusText(), "");
 }
 
 TEST_F(Sheets, AKernelOfAnotherSizeBecomesAMean)

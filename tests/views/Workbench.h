@@ -9,13 +9,13 @@
 #include "workbench/views/OperationForm.h"
 
 #include <QAbstractButton>
-#include <QLabel>
-#include <QTimer>
 #include <QApplication>
+#include <QLabel>
 #include <QMdiArea>
 #include <QMenuBar>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>

@@ -43,7 +43,7 @@ TEST_F(OperationHandlerTest, WhatCannotBeFinishedIsTakenBack)
     EXPECT_TRUE(handler_.Controllers().empty());
 
     Read("a.png");
-    const int pending = FindMethod(L"Operator", L"Bayer Mosaic");
+    const int pending = FindMethod(L"Morpho", L"Basins as Blobs");
     if (Engine::IsPending(pending)) {
         EXPECT_FALSE(handler_.MenuItemClicked(ItemOfMethod(pending)));
         EXPECT_EQ(views_.messages.back(), L"This feature is not integrated yet. Thank you for your understanding.");
@@ -179,15 +179,16 @@ TEST_F(OperationHandlerTest, ASwapTakesASecondInputThatIsNotTheFirst)
 
 TEST_F(OperationHandlerTest, ASwapToAMethodThatIsNotThereGoesBack)
 {
-    const int pending = FindMethod(L"Operator", L"Bayer Mosaic");
+    const int pending = FindMethod(L"Morpho", L"Basins as Blobs");
     if (!Engine::IsPending(pending)) GTEST_SKIP() << "every method of the group is there";
     Read("a.png");
-    Add(L"Operator", L"Invert");
+    ASSERT_TRUE(Add(L"Morpho", L"Watershed Lines"));
     handler_.SubstituteOperation(ItemOfMethod(pending));
     EXPECT_EQ(views_.messages,
               (Names{L"This Tesk feature is not integrated in Tesk+ yet. Thank you for your understanding."}));
     EXPECT_EQ(views_.checkedMethod, engine_.Operations[1]->Node);
-    EXPECT_EQ(PixelOf(1, 1), 245);
+    EXPECT_EQ(Labels().back(), L"Watershed Lines");
+    EXPECT_EQ(NameOf(1, 1), L"Image0");
 }
 
 TEST_F(OperationHandlerTest, AnotherTabKeepsDeletesOrStays)
@@ -295,8 +296,61 @@ TEST_F(OperationHandlerTest, ASelectorRebindsItsInput)
     EXPECT_FALSE(Window(L"Image1").isShown);
     EXPECT_TRUE(handler_.CheckOperationDeletion(1));
     EXPECT_FALSE(handler_.CheckOperationDeletion(0));
-    // A result may also go where an operation at its own place has put one.
-    EXPECT_EQ(handler_.CurrentCommandPanel()->Rows()[1].Selector->Items().size(), 3u);
+    // A result may also go where an operation at its own place has put one, and is computed there.
+    VariableSelector& result = *handler_.CurrentCommandPanel()->Rows()[1].Selector;
+    ASSERT_EQ(result.Items().size(), 3u);
+    for (int i = 0; i < 3; i++)
+        if (result.Items()[static_cast<std::size_t>(i)]->NameText == L"Image1") {
+            result.Choose(i);
+            break;
+        }
+    EXPECT_EQ(NameOf(2, 1), L"Image1");
+    EXPECT_EQ(PixelOf(2, 1), 245);
+}
+
+TEST_F(OperationHandlerTest, ARebindingTakesThePinnedPropertiesOfTheFormerInputAlong)
+{
+    Read("a.png");
+    Read("b.png");
+    Add(L"Operator", L"Invert");
+    IController& former = *handler_.GetController(L"Image1");
+    int width = -1;
+    for (const int page : dynamic_cast<FakeObject&>(former).PageNodes())
+        for (int child = Engine::Tree[page]->FirstChild; child >= 0; child = Engine::Tree[child]->NextSibling)
+            if (!std::wcscmp(Engine::Tree[child]->Label, L"Width")) width = child;
+    ASSERT_GE(width, 0);
+    ASSERT_TRUE(handler_.AddControllerToParametersPanel(*engine_.Operations[2], former, width, true));
+    ASSERT_EQ(handler_.Parameters().Rows().size(), 1u);
+    handler_.CurrentCommandPanel()->Rows()[0].Selector->Choose(1);
+    EXPECT_TRUE(handler_.Parameters().Rows().empty()) << "nobody shows that image here any more";
+    Select(0);
+    Select(2);
+    EXPECT_EQ(PixelOf(2, 1), 245);
+}
+
+TEST_F(OperationHandlerTest, WhatAFailedOperationLeavesBehindIsNotOnTheScreen)
+{
+    Read("a.png");
+    Read("b.png");
+    Add(L"Operator", L"Invert");
+    Select(0);
+    views_.Answers = {1}; // at the end
+    factory_.Register(41, nullptr);
+    EXPECT_FALSE(Add(L"Operator", L"Image + Image"));
+    EXPECT_EQ(handler_.CurrentOperationId(), 2);
+    EXPECT_FALSE(Window(L"Image0").isShown) << "the operation that is selected now does not use it";
+    EXPECT_TRUE(Window(L"Image1").isShown);
+}
+
+TEST_F(OperationHandlerTest, ASwapKeepsWhatIsReadFromBeingDeleted)
+{
+    Read("a.png");
+    Add(L"Operator", L"Invert");
+    Add(L"Operator", L"Const + Image");
+    Select(1);
+    EXPECT_FALSE(views_.isDeleteEnabled);
+    Swap(L"Swap Red and Blue");
+    EXPECT_FALSE(views_.isDeleteEnabled) << "the last operation still reads the result";
 }
 
 TEST_F(OperationHandlerTest, AMissingInputHasARedSelectorWithoutEffect)

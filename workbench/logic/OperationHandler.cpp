@@ -278,6 +278,7 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
         result = noController;
     } else if (isGroup) {
         operation->Set(engine_, Item.OperationNode, true);
+        UnbindOwnResults(*operation);
         AskForNewFile(*operation, former.Node);
         ReserveBound(*operation);
         result = CreateControllers(created, operationType::Swap, Item.ClassNode, missingType);
@@ -305,6 +306,18 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
     UpdateContextualHelpForm();
     currentMenuNode_ = Item.ChoiceNode;
     SetFormOrder();
+}
+
+/// What the former method made is no input of the next one: without that method nothing makes it.
+void OperationHandler::UnbindOwnResults(Operation& operation)
+{
+    for (Arg& argument : operation.Args) {
+        const std::uint32_t flags = Engine::VarNode(argument.Node)->Flags;
+        const bool isInput = (flags & attributeValue::In) && !(flags & (attributeValue::Out | attributeValue::Value));
+        if (!isInput || !argument.Variable || argument.Variable->Source) continue;
+        argument.Variable->Uses--;
+        argument.Variable = nullptr;
+    }
 }
 
 /// A file that was read is not to be written over, nor the other way round: another kind of method starts with a path

@@ -106,6 +106,7 @@ private:
     void TakeBackNew(int id, ControllerList& created);
     void TakeBackSwap(Operation& operation, const Operation::Memo& former, int classNode, ControllerList& created);
     void ReserveBound(const Operation& operation);
+    void UnbindOwnResults(Operation& operation);
     void AskForNewFile(Operation& operation, int formerNode);
     void UpdateNames();
     void SelectBefore(int id);

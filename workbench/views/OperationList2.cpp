@@ -106,7 +106,7 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
     hover_->setInterval(restTime);
     connect(hover_, &QTimer::timeout, this, [this] { list_.NodeMouseHover(hovered_); });
     connect(tree_, &QTreeWidget::itemClicked, this, [this](QTreeWidgetItem* item) {
-        if (!rebuilding_) list_.NodeMouseClick(PathOf(item));
+        if (!rebuilding_) Press(*item);
     });
     connect(tree_, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
         if (rebuilding_) return;
@@ -129,6 +129,13 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
         }
     };
     Rebuild();
+}
+
+/// A left click on a line. Windows that come up leave the keyboard to the list.
+void OperationList2::Press(const QTreeWidgetItem& item)
+{
+    list_.NodeMouseClick(PathOf(&item));
+    tree_->setFocus();
 }
 
 ListPath OperationList2::PathOf(const QTreeWidgetItem* item)
@@ -223,7 +230,7 @@ bool OperationList2::eventFilter(QObject* watched, QEvent* event)
     if (watched == tree_ && event->type() == QEvent::KeyPress && !list_.IsRenaming() && tree_->currentItem()) {
         const int key = static_cast<QKeyEvent*>(event)->key();
         if (key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space) {
-            list_.NodeMouseClick(PathOf(tree_->currentItem()));
+            Press(*tree_->currentItem());
             return true;
         }
     }

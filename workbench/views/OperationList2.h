@@ -25,6 +25,7 @@ private:
     class NameDelegate;
 
     void Rebuild();
+    void Press(const QTreeWidgetItem& item);
     void ScheduleRebuild();
     void FillItem(QTreeWidgetItem& item, const ListLine& line, const ListPath& path);
     QTreeWidgetItem* ItemAt(const ListPath& path) const;

@@ -13,6 +13,7 @@
 #include <QMdiArea>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QTimer>
 #include <QVBoxLayout>
 
 namespace TeskPlus {
@@ -28,7 +29,8 @@ OperationViews::OperationViews(QMainWindow& window, QMdiArea& workArea, QLabel& 
     : window_(window), workArea_(workArea), status_(status)
 {
     connect(&workArea_, &QMdiArea::subWindowActivated, this, [this](QMdiSubWindow* active) {
-        ToolWindow::RaiseTopmost(workArea_);
+        // Behind the activation, which raises its window last.
+        QTimer::singleShot(0, this, [this] { ToolWindow::RaiseTopmost(workArea_); });
         if (active && active == parameters_ && parametersShown_ && form_ && form_->isVisible() && handler_)
             handler_->ParametersFormActivated();
     });

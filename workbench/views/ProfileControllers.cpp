@@ -202,11 +202,11 @@ private:
     }
 
     int& Place() override { return ManipulatedProfile(*this)->Source.Breadth; }
+    /// As much as the window holds: the row or column gives way.
     int Maximum() const override
     {
-        const ProfileSource& source = ManipulatedProfile(*this)->Source;
-        if (direction_ == AllHandle) return NodeAs<IntArgumentNode>().Maximum;
-        return Extent() - (IsRow() ? source.Row : source.Column);
+        const int most = NodeAs<IntArgumentNode>().Maximum;
+        return direction_ == AllHandle ? most : Min(most, Extent());
     }
 };
 
