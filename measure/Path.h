@@ -41,6 +41,10 @@ public:
     /// The sites, `Length` of them; null while there is none.
     Site* Sites() const { return Length > 0 ? sites_->data() : nullptr; }
 
+    /// Marks the sites in `Graph::PointColor`, and joins them by strokes in `Graph::LineColor`, from the origin of the
+    /// image that the path was followed in.
+    void Draw(bool Vertices, bool Edges) const;
+
     /// Shares the sites of `Src`. A path has no window, so the second argument changes nothing.
     void ShallowCopy(const Path& Src, bool KeepWindow);
     /// Moves to sites of its own, so that those who share the former ones keep theirs.

@@ -1,13 +1,14 @@
 #include "workbench/views/OverlayTable.h"
 
 #include "image/Pyramid.h"
+#include "measure/Path.h"
 #include "measure/Profile.h"
 
 namespace TeskPlus {
 
 namespace {
 
-constexpr int profileType = 62, pyramidType = 63, siteType = 75, xyType = 85, intType = 97;
+constexpr int pathType = 54, profileType = 62, pyramidType = 63, siteType = 75, xyType = 85, intType = 97;
 
 /// Points and pixels: any handle moves the whole of them.
 OverlayHit HitSite(IController& Child, int X, int Y)
@@ -92,7 +93,17 @@ void DrawPyramid(AnyVariable& Object, const IController& Child)
         pyramid.Draw(true);
 }
 
+/// Extrema are single places, other paths outlines; an outline of the user's own stands out from those of methods.
+void DrawPath(AnyVariable& Object, const IController& Child)
+{
+    const std::wstring& name = Child.VariableIdentifier();
+    const bool isRegional = name.starts_with(L"Regional");
+    DrawIn(name.starts_with(L"Path") ? Red : Blue,
+           [&] { static_cast<Var<Path>&>(Object).Value.Draw(isRegional, !isRegional); });
+}
+
 constexpr OverlayRow rows[] = {
+    {.Type = pathType, .Draw = DrawPath},
     {.Type = pyramidType, .Color = Green, .Draw = DrawPyramid},
     {.Type = siteType, .Hit = HitSite, .Drag = DragSite, .IsHeld = IsHandleSet<Site>},
     {.Type = xyType, .Hit = HitXY, .Drag = DragXY, .IsHeld = IsHandleSet<XY>},
