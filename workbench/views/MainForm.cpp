@@ -16,6 +16,7 @@
 #include <QMdiArea>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTimer>
@@ -92,7 +93,7 @@ MainForm::MainForm(bool withSplash) : engine_(std::make_unique<Engine>()), withS
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 0);
     splitter->setSizes({1280 - listWidth, listWidth});
-    resize(1280, 860);
+    resize(QSize(1280, 860).boundedTo(screen()->availableSize()));
 
     // Shadows share their pixels: a destination gets a buffer of its own before it is written.
     Status::Shallow = true;
