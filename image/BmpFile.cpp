@@ -180,7 +180,7 @@ int ReadBmp(ImageFile& file, Image& dst, PixelTypes wanted)
         return Status::Format(CannotRead, L"Cannot read image row from the BMP file \"%ls\"", file.Name());
     };
     if (bitmap.width > 0 && bitmap.height > 0 && rowBytes > file.Left() / bitmap.height) return shortRow();
-    if (const int code = Allocate(file, dst, bitmap.width, bitmap.height, wanted, 4)) return code;
+    if (const int code = Allocate(file, dst, bitmap.width, bitmap.height, wanted, bitmap.bitCount)) return code;
     std::vector<std::uint8_t> row(static_cast<std::size_t>(rowBytes));
     for (int y = dst.Height - 1; y >= 0; y--) {
         if (std::fread(row.data(), 1, row.size(), file.stream) != row.size()) return shortRow();

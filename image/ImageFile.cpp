@@ -13,13 +13,14 @@ namespace Tesk {
 
 namespace files {
 
-int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, int bits,
              std::int64_t ratio)
 {
     constexpr std::int64_t alwaysAllowed = 1 << 20;
     const bool sizesFit = width > 0 && height > 0 && width <= MaxInt && height <= MaxInt;
     const std::int64_t rowBytes = type == Gray1 ? (width + 7) >> 3 : width * ElementSize(type);
-    const std::int64_t limit = file.size * ratio + alwaysAllowed;
+    const int growth = Max(1, (8 * ElementSize(type) + bits - 1) / bits);
+    const std::int64_t limit = file.size * ratio * growth + alwaysAllowed;
     if (sizesFit && rowBytes <= limit / height) {
         // The sizing's own report is not wanted: this one follows under the reader's name.
         dst.TrySet(static_cast<int>(width), static_cast<int>(height), type);

@@ -52,10 +52,11 @@ int WritePng(ImageFile& file, const Image& src);
 int WriteJpeg(ImageFile& file, const Image& src);
 int WriteTiff(ImageFile& file, const Image& src);
 
-/// Sizes the destination. `ratio` is how far the format can compress at the most: a header that promises more than the
-/// file can hold is refused before memory is asked for.
-int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
-             std::int64_t ratio);
+/// Sizes the destination, for pixels that take `bits` in the file once they are decompressed. `ratio` is how far the
+/// format can compress them at the most: a header that promises more than the file can hold is refused before memory is
+/// asked for.
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, int bits,
+             std::int64_t ratio = 1);
 int RefuseConversion(PixelTypes native, PixelTypes wanted);
 
 // Little-endian numbers in headers.

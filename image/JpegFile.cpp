@@ -153,7 +153,9 @@ int ReadJpeg(ImageFile& file, Image& dst, PixelTypes wanted)
     int code = Start(state, file);
     if (!code && wanted == Undefined) wanted = state.native;
     if (!code && wanted != Gray && wanted != Rgb) code = RefuseConversion(state.native, wanted);
-    if (!code) code = Allocate(file, dst, state.info.image_width, state.info.image_height, wanted, largestRatio);
+    if (!code)
+        code = Allocate(file, dst, state.info.image_width, state.info.image_height, wanted,
+                        8 * state.info.num_components, largestRatio);
     if (!code) {
         std::vector<std::uint8_t> buffer((3 * static_cast<std::size_t>(state.info.image_width) + 3) & ~std::size_t{3});
         code = ReadRows(state, file, dst, buffer.data());

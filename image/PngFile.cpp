@@ -29,7 +29,7 @@ struct ReadState
     png_structp png = nullptr;
     png_infop info = nullptr;
     std::jmp_buf jump;
-    int colorType = 0, bitDepth = 0;
+    int colorType = 0, bitDepth = 0, pixelBits = 0;
     PixelTypes native = Undefined, rows = Undefined, wanted = Undefined;
 };
 
@@ -97,6 +97,7 @@ int ReadInfo(ReadState& s, const ImageFile& file, std::int64_t& width, std::int6
     height = png_get_image_height(s.png, s.info);
     s.colorType = png_get_color_type(s.png, s.info);
     s.bitDepth = png_get_bit_depth(s.png, s.info);
+    s.pixelBits = s.bitDepth * png_get_channels(s.png, s.info);
     return ChooseTransformations(s);
 }
 
@@ -175,7 +176,7 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
     std::int64_t width = 0, height = 0;
     if (!code) code = ReadInfo(state, file, width, height);
     Image raw;
-    if (!code) code = Allocate(file, raw, width, height, state.rows, largestRatio);
+    if (!code) code = Allocate(file, raw, width, height, state.rows, state.pixelBits, largestRatio);
     if (!code) {
         std::vector<png_bytep> rows(static_cast<std::size_t>(height));
         for (int y = 0; y < raw.Height; y++)
@@ -191,7 +192,7 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
         dst.ShallowCopy(raw, true);
         return NoError;
     }
-    if ((code = Allocate(file, dst, width, height, state.wanted, 8 * largestRatio))) return code;
+    if ((code = Allocate(file, dst, width, height, state.wanted, state.pixelBits, largestRatio))) return code;
     for (int y = 0; y < dst.Height; y++)
         ConvertRow(raw.Row(y), state.rows, dst.Row(y), state.wanted, dst.Width);
     return NoError;

@@ -147,7 +147,7 @@ int ReadPbm(ImageFile& file, Image& dst, PixelTypes wanted)
     if (wanted != Gray1 && wanted != Gray && wanted != Gray16) return RefuseConversion(Gray1, wanted);
     const int width = header.Width(), rowBytes = (width + 7) >> 3;
     if (const int code = CheckRows(file, pbm, header, rowBytes)) return code;
-    if (const int code = Allocate(file, dst, width, header.Height(), wanted, 16)) return code;
+    if (const int code = Allocate(file, dst, width, header.Height(), wanted, 1)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>(rowBytes));
     const auto white = static_cast<std::uint16_t>((1 << Operator::GrayDepth) - 1);
     for (int y = 0; y < header.Height(); y++) {
@@ -186,7 +186,7 @@ int ReadPgm(ImageFile& file, Image& dst, PixelTypes)
     const bool wide = header.Maximum() > 255;
     const int width = header.Width(), rowBytes = wide ? 2 * width : width;
     if (const int code = CheckRows(file, pgm, header, std::int64_t{width} * (wide ? 2 : 1))) return code;
-    if (const int code = Allocate(file, dst, width, header.Height(), wide ? Gray16 : Gray, 4)) return code;
+    if (const int code = Allocate(file, dst, width, header.Height(), wide ? Gray16 : Gray, wide ? 16 : 8)) return code;
     for (int y = 0; y < header.Height(); y++) {
         if (header.binary) {
             if (const int code = ReadRow(file, pgm, dst.Row(y), static_cast<std::size_t>(rowBytes))) return code;
@@ -215,7 +215,7 @@ int ReadPpm(ImageFile& file, Image& dst, PixelTypes)
                               header.Maximum());
     const int width = header.Width();
     if (const int code = CheckRows(file, ppm, header, 3 * std::int64_t{width})) return code;
-    if (const int code = Allocate(file, dst, width, header.Height(), Rgb, 4)) return code;
+    if (const int code = Allocate(file, dst, width, header.Height(), Rgb, 24)) return code;
     for (int y = 0; y < header.Height(); y++) {
         std::uint8_t* row = dst.Row(y);
         if (header.binary) {

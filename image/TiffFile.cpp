@@ -170,7 +170,9 @@ int ReadTiff(ImageFile& file, Image& dst, PixelTypes wanted)
             PixelTypeName(layout.native), PixelTypeName(wanted));
     const RowConverter convert = ConverterOf(layout.native, wanted);
     if (!convert) return RefuseConversion(layout.native, wanted);
-    if (const int code = Allocate(file, dst, layout.width, layout.height, wanted, largestRatio)) return code;
+    if (const int code =
+            Allocate(file, dst, layout.width, layout.height, wanted, layout.samples * layout.bits, largestRatio))
+        return code;
     // Subsampled colour delivers shorter scan lines than the layout says: such a file is not read over its rows.
     const std::int64_t scanline = TIFFScanlineSize(tiff.get());
     const std::int64_t need =

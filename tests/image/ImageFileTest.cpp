@@ -1,79 +1,12 @@
-#include "foundation/Status.h"
-#include "image/Image.h"
-#include "image/Operator.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <unistd.h>
-#include <vector>
+#include "ImageFileSupport.h"
 
 using namespace Tesk;
 namespace fs = std::filesystem;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-class ImageFileTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        Status::ErrorBehavior(IgnoreIt);
-        TextOutput() = nullptr;
-        folder_ = fs::temp_directory_path() / ("tesk_image_file_" + std::to_string(getpid()));
-        fs::create_directories(folder_);
-    }
-    void TearDown() override
-    {
-        TextOutput() = stderr;
-        fs::remove_all(folder_);
-    }
-
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
-
-    std::string Put(const std::string& name, const Bytes& bytes) const
-    {
-        fs::remove(Path(name)); // some file systems write a file that is cut and rewritten through to the disk at once
-        std::FILE* file = std::fopen(Path(name).c_str(), "wb");
-        if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), file);
-        std::fclose(file);
-        return Path(name);
-    }
-
-    std::string Put(const std::string& name, const std::string& text) const
-    {
-        return Put(name, Bytes(text.begin(), text.end()));
-    }
-
-    static Bytes Contents(const std::string& path)
-    {
-        Bytes bytes(fs::file_size(path));
-        std::FILE* file = std::fopen(path.c_str(), "rb");
-        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-        std::fclose(file);
-        return bytes;
-    }
-
-    fs::path folder_;
-};
-
-/// A picture in which every byte of the window depends on its place.
-void Fill(Image& image, int width, int height, PixelTypes type)
-{
-    image.Set(width, height, type);
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < RowBytes(width, type); x++)
-            image.Row(y)[x] = static_cast<std::uint8_t>(37 * x + 101 * y + x * y + 5);
-    // The unused bits of a packed row are no part of the picture.
-    if (type == Gray1 && width % 8)
-        for (int y = 0; y < height; y++)
-            image.Row(y)[width >> 3] &= static_cast<std::uint8_t>(0xff00 >> (width & 7));
-}
+class ImageFileTest : public ImageFolderTest
+{};
 
 void ExpectSame(const Image& a, const Image& b, const std::string& what)
 {
@@ -88,33 +21,6 @@ void ExpectSame(const Image& a, const Image& b, const std::string& what)
             ASSERT_EQ((a.Row(y)[whole] ^ b.Row(y)[whole]) >> (8 - bits), 0) << what << " row " << y;
         }
     }
-}
-
-std::wstring Message()
-{
-    return Status::UnicodeError();
-}
-
-void Put32(Bytes& bytes, std::size_t at, std::uint32_t value)
-{
-    for (std::size_t i = 0; i < 4; i++)
-        bytes[at + i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-
-/// The headers of a BMP file with rows at `offset`.
-Bytes BmpHeader(int width, int height, int bitCount, std::uint32_t offset = 54, std::uint32_t colors = 0)
-{
-    Bytes bytes(54);
-    bytes[0] = 'B';
-    bytes[1] = 'M';
-    Put32(bytes, 10, offset);
-    Put32(bytes, 14, 40);
-    Put32(bytes, 18, static_cast<std::uint32_t>(width));
-    Put32(bytes, 22, static_cast<std::uint32_t>(height));
-    bytes[26] = 1;
-    bytes[28] = static_cast<std::uint8_t>(bitCount);
-    Put32(bytes, 46, colors);
-    return bytes;
 }
 
 } // namespace
@@ -136,7 +42,7 @@ TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
         for (const PixelTypes type : c.types)
             for (const int width : {1, 7, 8, 9, 33}) {
                 Image written, read;
-                Fill(written, width, 5, type);
+                FillByPlace(written, width, 5, type);
                 written.Write(Path(c.name).c_str());
                 ASSERT_EQ(Status::Error().Code, NoError) << c.name << Status::AsciiError();
                 read.Read(Path(c.name).c_str(), Undefined);
@@ -149,7 +55,7 @@ TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
 TEST_F(ImageFileTest, OnlyTheWindowIsWrittenAndWidePathsWork)
 {
     Image image, crop;
-    Fill(image, 20, 10, Rgb);
+    FillByPlace(image, 20, 10, Rgb);
     image.Window(3, 4, 7, 5);
     const std::wstring path = Widen(Path("window.png").c_str());
     image.Write(path.c_str());
@@ -160,7 +66,7 @@ TEST_F(ImageFileTest, OnlyTheWindowIsWrittenAndWidePathsWork)
 TEST_F(ImageFileTest, UnknownEndingsWriteBmpAndAreRefusedByRead)
 {
     Image image;
-    Fill(image, 4, 4, Gray);
+    FillByPlace(image, 4, 4, Gray);
     image.Write(Path("a.xyz").c_str());
     EXPECT_EQ(Contents(Path("a.xyz"))[0], 'B');
     image.Read(Path("a.xyz").c_str());
@@ -278,9 +184,9 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
 TEST_F(ImageFileTest, ConversionsOnTheWayIn)
 {
     Image gray16, gray, rgb, read;
-    Fill(gray16, 9, 3, Gray16);
-    Fill(rgb, 9, 3, Rgb);
-    Fill(gray, 9, 3, Gray);
+    FillByPlace(gray16, 9, 3, Gray16);
+    FillByPlace(rgb, 9, 3, Rgb);
+    FillByPlace(gray, 9, 3, Gray);
     for (const char* name : {"c.bmp", "c.png", "c.tif"}) {
         gray16.Write(Path(name).c_str());
         read.Read(Path(name).c_str(), Gray);
@@ -316,7 +222,7 @@ TEST_F(ImageFileTest, JpegIsNearAndRefusesWhatItCannotHold)
     EXPECT_NEAR(read.PixelRgb(20, 15).Blue, 40, 8);
     read.Read(Path("a.jpg").c_str(), Gray16);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
-    Fill(wide, 4, 4, Gray16);
+    FillByPlace(wide, 4, 4, Gray16);
     wide.Write(Path("b.jpg").c_str());
     EXPECT_EQ(Message(), L"The image type (Gray16) is not supported for saving under the JPEG image format");
 }
@@ -326,10 +232,10 @@ TEST_F(ImageFileTest, FilesCutAnywhereAreRefusedAndLeaveTheImageAlone)
     for (const char* name : {"t.bmp", "t.pbm", "t.pgm", "t.ppm", "t.png", "t.jpg", "t.tif"}) {
         Image picture, image;
         const std::string kind = name;
-        Fill(picture, 61, 47, kind == "t.ppm" || kind == "t.jpg" ? Rgb : kind == "t.pbm" ? Gray1 : Gray);
+        FillByPlace(picture, 61, 47, kind == "t.ppm" || kind == "t.jpg" ? Rgb : kind == "t.pbm" ? Gray1 : Gray);
         picture.Write(Path(name).c_str());
         const Bytes whole = Contents(Path(name));
-        Fill(image, 3, 3, Gray);
+        FillByPlace(image, 3, 3, Gray);
         std::vector<std::size_t> cuts;
         for (std::size_t cut = 0; cut < 200 && cut < whole.size(); cut++)
             cuts.push_back(cut);
