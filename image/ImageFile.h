@@ -57,11 +57,15 @@ int WriteTiff(ImageFile& file, const Image& src);
 /// asked for.
 int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, int bits,
              std::int64_t ratio = 1);
+int RefuseAllocation();
 int RefuseConversion(PixelTypes native, PixelTypes wanted);
 
 // Little-endian numbers in headers.
 std::uint32_t GetLittle(const std::uint8_t* p, int bytes);
 void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes);
+
+/// The bits between an 8-bit gray value and one of the gray depth in force: 0 to 8, whatever that was set to.
+int GrayShift();
 
 // Row conversions that several formats share.
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width);

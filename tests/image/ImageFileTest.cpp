@@ -32,17 +32,20 @@ TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
         const char* name;
         std::vector<PixelTypes> types;
     } cases[] = {{"a.bmp", {Gray, Gray16, Rgb, Rgba, Gray1}},
-                 {"a.PNG", {Gray, Gray16, Rgb, Gray1}},
+                 {"a.PNG", {Gray, Gray16, Rgb, Rgba, Gray1}},
                  {"a.tif", {Gray, Gray16, Rgb, Rgba, Gray1}},
                  {"a.pbm", {Gray1}},
                  {"a.pgm", {Gray, Gray16}},
-                 {"a.ppm", {Rgb}},
-                 {"a.xyz", {}}};
+                 {"a.ppm", {Rgb}}};
     for (const auto& c : cases)
         for (const PixelTypes type : c.types)
             for (const int width : {1, 7, 8, 9, 33}) {
                 Image written, read;
                 FillByPlace(written, width, 5, type);
+                // Colours are read with their opacity multiplied into them, from PNG alone.
+                for (int y = 0; y < 5 && type == Rgba && !std::strcmp(c.name, "a.PNG"); y++)
+                    for (int x = 0; x < width; x++)
+                        written.PixelRgba(x, y).Alpha = 255;
                 written.Write(Path(c.name).c_str());
                 ASSERT_EQ(Status::Error().Code, NoError) << c.name << Status::AsciiError();
                 read.Read(Path(c.name).c_str(), Undefined);
@@ -107,6 +110,42 @@ TEST_F(ImageFileTest, BmpRowsStandBottomUpAndPalettesConvert)
     EXPECT_EQ(Message(), L"Implicit type conversion from Gray to Gray1 is not supported (use Copy)");
 }
 
+TEST_F(ImageFileTest, BmpHeadersComeShortAndLong)
+{
+    constexpr int shortHeader = 12, longHeader = 124;
+    const auto withHeader = [](int headerSize, int bitCount, const Bytes& palette, const Bytes& rows) {
+        Bytes bytes = BmpHeader(3, 3, bitCount);
+        if (headerSize == shortHeader) {
+            Bytes header = {shortHeader, 0, 0, 0, 3, 0, 3, 0, 1, 0, static_cast<std::uint8_t>(bitCount), 0};
+            bytes.resize(14);
+            bytes.insert(bytes.end(), header.begin(), header.end());
+        } else {
+            bytes.resize(static_cast<std::size_t>(14 + headerSize));
+            bytes[14] = static_cast<std::uint8_t>(headerSize);
+        }
+        bytes.insert(bytes.end(), palette.begin(), palette.end());
+        Put32(bytes, 10, static_cast<std::uint32_t>(bytes.size()));
+        bytes.insert(bytes.end(), rows.begin(), rows.end());
+        return bytes;
+    };
+    Bytes rows24, rows8(12), colors3(3 * 256), colors4(4 * 256);
+    for (int i = 0; i < 36; i++)
+        rows24.push_back(static_cast<std::uint8_t>(i + 1));
+    for (std::size_t i = 0; i < 256; i++)
+        colors3[3 * i] = colors4[4 * i] = static_cast<std::uint8_t>(255 - i);
+    rows8[8] = 200; // the first pixel of the top row
+    Image image;
+    for (const int size : {shortHeader, longHeader}) {
+        image.Read(Put("a.bmp", withHeader(size, 24, {}, rows24)).c_str(), Undefined);
+        ASSERT_EQ(Status::Error().Code, NoError) << size << ' ' << Status::AsciiError();
+        EXPECT_EQ(RowOf(image, 0), (Bytes{25, 26, 27, 28, 29, 30, 31, 32, 33})) << size;
+        EXPECT_EQ(RowOf(image, 2), (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9})) << size;
+        image.Read(Put("a.bmp", withHeader(size, 8, size == shortHeader ? colors3 : colors4, rows8)).c_str(), Rgb);
+        ASSERT_EQ(Status::Error().Code, NoError) << size << ' ' << Status::AsciiError();
+        EXPECT_EQ(RowOf(image, 0), (Bytes{55, 0, 0, 255, 0, 0, 255, 0, 0})) << size;
+    }
+}
+
 TEST_F(ImageFileTest, BmpHeadersAreRefusedWithTheirReasons)
 {
     Bytes compressed = BmpHeader(1, 1, 24);
@@ -158,6 +197,9 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
     EXPECT_EQ(image.PixelGray(1, 0), 10) << "samples on the header's line";
     image.Read(Put("a.ppm", std::string("P3\n1 1 255\n1 2 3\n")).c_str());
     EXPECT_EQ(image.PixelRgb(0, 0), RgbPixel(1, 2, 3));
+    image.Read(Put("d.pgm", std::string("P2 2 1\n1000\n300 1000\n")).c_str(), Gray);
+    ASSERT_EQ(PixelTypes(image.Type), Gray16);
+    EXPECT_EQ(image.PixelGray16(1, 0), 1000);
 
     const struct
     {
@@ -173,6 +215,7 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
                  {"h.pgm", "P5\n60000 60000 255\nabc", CannotRead, L"Cannot read an image row from the PGM file \""},
                  {"i.ppm", "P6\n2 2 255\nabc", CannotRead, L"Cannot read an image row from the file \""},
                  {"j.pbm", "P1\n2 1\n1x", CannotRead, L"Cannot read a pixel value from the PBM file \""},
+                 {"j.ppm", "P3\n1 1 255\n1 2 x", CannotRead, L"Cannot read a pixel value from the file \""},
                  {"k.pgm", "P2\n-1 5 255\n1 2 3 4 5 6", CannotRead, L"Cannot read the header from the PGM file \""}};
     for (const auto& c : cases) {
         image.Read(Put(c.name, std::string(c.text)).c_str());
@@ -181,9 +224,34 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
     }
 }
 
+TEST_F(ImageFileTest, PnmSamplesBeginWhereTheHeaderEnds)
+{
+    using namespace std::string_literals;
+    const struct
+    {
+        const char* what;
+        std::string text;
+        Bytes row;
+    } cases[] = {{"a carriage return before the line feed", "P5\r\n3 1\r\n255\r\n\1\2\3"s, {1, 2, 3}},
+                 {"a blank before the line feed", "P5\n3 1\n255 \n\1\2\3"s, {1, 2, 3}},
+                 {"zeros on the header's line", "P5 3 1 255 \0\0\7"s, {0, 0, 7}},
+                 {"zeros behind a line feed", "P5 3 1 255\n\0\n\0"s, {0, 10, 0}},
+                 {"samples like white space, on the header's line", "P5 3 1 255 \r \n"s, {13, 32, 10}},
+                 {"samples like white space, on a line of their own", "P5 3 1 255\n\n\n\n"s, {10, 10, 10}},
+                 {"a sample like a comment", "P5 3 1 255 #\n#"s, {35, 10, 35}},
+                 {"numbers on the header's line", "P2 3 1 255 1 2 3\n"s, {1, 2, 3}},
+                 {"a comment behind the header", "P2\n3 1 255 # nothing\n1 2 3\n"s, {1, 2, 3}}};
+    for (const auto& c : cases) {
+        Image image;
+        image.Read(Put("a.pgm", c.text).c_str());
+        ASSERT_EQ(Status::Error().Code, NoError) << c.what << ": " << Status::AsciiError();
+        EXPECT_EQ(RowOf(image, 0), c.row) << c.what;
+    }
+}
+
 TEST_F(ImageFileTest, ConversionsOnTheWayIn)
 {
-    Image gray16, gray, rgb, read;
+    Image gray16, gray, rgb, rgba, read;
     FillByPlace(gray16, 9, 3, Gray16);
     FillByPlace(rgb, 9, 3, Rgb);
     FillByPlace(gray, 9, 3, Gray);
@@ -200,11 +268,53 @@ TEST_F(ImageFileTest, ConversionsOnTheWayIn)
     for (const char* name : {"c.bmp", "c.tif", "c.ppm"}) {
         rgb.Write(Path(name).c_str());
         read.Read(Path(name).c_str(), Gray);
-        if (std::string(name) == "c.ppm") continue; // always colour
-        EXPECT_EQ(read.PixelGray(4, 2), ColorToGray(rgb.PixelRgb(4, 2))) << name;
+        if (std::string(name) == "c.ppm")
+            ExpectSame(rgb, read, "always colour");
+        else
+            EXPECT_EQ(read.PixelGray(4, 2), ColorToGray(rgb.PixelRgb(4, 2))) << name;
     }
+    gray16.Write(Path("d.bmp").c_str());
+    read.Read(Path("d.bmp").c_str(), Rgb);
+    const int narrowed = gray16.PixelGray16(4, 2) >> 8;
+    EXPECT_EQ(read.PixelRgb(4, 2), RgbPixel(narrowed, narrowed, narrowed));
+    FillByPlace(rgba, 9, 3, Rgba);
+    const RgbaPixel pixel = rgba.PixelRgba(4, 2);
+    rgba.Write(Path("d.bmp").c_str());
+    read.Read(Path("d.bmp").c_str(), Gray);
+    EXPECT_EQ(read.PixelGray(4, 2), (pixel.Red + pixel.Green + pixel.Blue) * 85 >> 8);
+    read.Read(Path("d.bmp").c_str(), Rgb);
+    EXPECT_EQ(Status::Error().Code, IncompatibleType);
+    rgba.Write(Path("d.ppm").c_str());
+    read.Read(Path("d.ppm").c_str(), Undefined);
+    EXPECT_EQ(read.PixelRgb(4, 2), RgbPixel(pixel.Red, pixel.Green, pixel.Blue));
     read.Read(Path("c.bmp").c_str(), Dble);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
+}
+
+TEST_F(ImageFileTest, AGrayDepthOutOfItsRangeIsHeldToIt)
+{
+    Image gray, gray16, read;
+    FillByPlace(gray, 9, 3, Gray);
+    FillByPlace(gray16, 9, 3, Gray16);
+    const struct
+    {
+        int depth, shift;
+    } cases[] = {{4, 0}, {-3, 0}, {40, 8}};
+    for (const auto& c : cases) {
+        Operator::GrayDepth = c.depth;
+        for (const char* name : {"e.bmp", "e.tif"}) {
+            gray.Write(Path(name).c_str());
+            read.Read(Path(name).c_str(), Gray16);
+            EXPECT_EQ(read.PixelGray16(4, 2), gray.PixelGray(4, 2) << c.shift) << name << ' ' << c.depth;
+        }
+        for (const char* name : {"e.bmp", "e.tif", "e.png"}) {
+            gray16.Write(Path(name).c_str());
+            read.Read(Path(name).c_str(), Gray);
+            EXPECT_EQ(read.PixelGray(4, 2), gray16.PixelGray16(4, 2) >> c.shift & 255) << name << ' ' << c.depth;
+        }
+        read.Read(Put("e.pbm", std::string("P1 1 1\n0\n")).c_str(), Gray16);
+        EXPECT_EQ(read.PixelGray16(0, 0), (256 << c.shift) - 1) << c.depth;
+    }
 }
 
 TEST_F(ImageFileTest, JpegIsNearAndRefusesWhatItCannotHold)
@@ -220,6 +330,9 @@ TEST_F(ImageFileTest, JpegIsNearAndRefusesWhatItCannotHold)
     EXPECT_NEAR(read.PixelRgb(20, 15).Red, 200, 6);
     EXPECT_NEAR(read.PixelRgb(20, 15).Green, 120, 6);
     EXPECT_NEAR(read.PixelRgb(20, 15).Blue, 40, 8);
+    read.Read(Path("a.jpg").c_str(), Gray);
+    ASSERT_EQ(PixelTypes(read.Type), Gray);
+    EXPECT_NEAR(read.PixelGray(20, 15), 200, 6);
     read.Read(Path("a.jpg").c_str(), Gray16);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
     FillByPlace(wide, 4, 4, Gray16);

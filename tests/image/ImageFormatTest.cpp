@@ -1,6 +1,7 @@
 // What files of other programs hold: written here through the format's own library, byte by byte, or by hand.
 #include "ImageFileSupport.h"
 
+#include <csignal>
 #include <png.h>
 #include <sys/resource.h>
 #include <tiffio.h>
@@ -84,6 +85,30 @@ void WriteJpegFile(const std::string& path, J_COLOR_SPACE space, int components)
     jpeg_destroy_compress(&info);
     std::fclose(file);
 }
+
+/// No file grows beyond a size while this stands, as on a disk that is full by then.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &former_);
+        rlimit limit = former_;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &former_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit former_{};
+    void (*handler_)(int);
+};
 
 } // namespace
 
@@ -362,6 +387,43 @@ TEST_F(ImageFormatTest, WritersRefuseATypeBeforeTheyTouchTheFileAndReportAFullDi
         fs::create_symlink("/dev/full", path);
         gray.Write(path.c_str());
         EXPECT_EQ(Status::Error().Code, CannotWrite) << ending << ' ' << Status::AsciiError();
+    }
+}
+
+TEST_F(ImageFormatTest, ADiskThatFillsUpIsReportedUpToTheLastByte)
+{
+    for (const char* name : {"f.bmp", "f.png", "f.jpg", "f.tif", "f.pbm", "f.pgm", "f.ppm"}) {
+        const std::string kind = name;
+        Image image;
+        FillByPlace(image, 120, 100, kind == "f.pbm" ? Gray1 : kind == "f.ppm" ? Rgb : Gray);
+        image.Write(Path(name).c_str());
+        ASSERT_EQ(Status::Error().Code, NoError) << name;
+        const auto size = fs::file_size(Path(name));
+        for (const auto room : {decltype(size){0}, decltype(size){9}, size / 2, size - 1}) {
+            fs::remove(Path(name));
+            int code = NoError;
+            {
+                const FileSizeLimit limit(room);
+                image.Write(Path(name).c_str());
+                code = Status::Error().Code;
+            }
+            EXPECT_EQ(code, CannotWrite) << name << " with room for " << room << " of " << size;
+        }
+    }
+}
+
+TEST_F(ImageFormatTest, AStripLongerThanAMillionPixelsIsWritten)
+{
+    Image strip, read;
+    strip.Set(1000001, 1, Gray);
+    std::memset(strip.Row(0), 9, 1000001);
+    strip.Row(0)[1000000] = 77;
+    for (const char* name : {"s.png", "s.tif", "s.pgm", "s.bmp"}) {
+        strip.Write(Path(name).c_str());
+        ASSERT_EQ(Status::Error().Code, NoError) << name << ' ' << Status::AsciiError();
+        read.Read(Path(name).c_str());
+        ASSERT_EQ(read.Width, 1000001) << name;
+        EXPECT_EQ(read.PixelGray(1000000, 0), 77) << name;
     }
 }
 
