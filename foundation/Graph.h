@@ -130,7 +130,8 @@ public:
     static void DrawImage(const ImageView& View, const LookupTableView* Table = nullptr);
 
     /// Makes the window of an image the current target, of the types `Gray`, `Rgb`, `Rgba` and `Gray1`: its corner is
-    /// at 0, 0, and `Zoom` applies. For another image nothing is drawn until the end.
+    /// at 0, 0, and `Zoom` applies. For another image nothing is drawn until the end, nor for one that there is no
+    /// memory to draw on (`CannotAllocate`).
     static void BeginImageTarget(Image& Target);
     /// Copies the drawing back into the image and returns to the target before. Pixels that were not drawn on keep
     /// their values; colours become gray by their largest component, and white in a `Gray1` image from 128 on; opacity

@@ -1,4 +1,4 @@
-// Any bytes as an image file of one format: read in a type that the last byte chooses, then written and drawn.
+// Any bytes as an image file of one format: read in a type that the last byte chooses, then drawn and written again.
 #include "foundation/CairoTarget.h"
 #include "foundation/Graph.h"
 #include "foundation/Status.h"
@@ -38,6 +38,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Graph::DrawTo(&target);
         image.Draw(true);
         Graph::DrawTo(nullptr);
+        image.Write(path.c_str());
     }
     std::remove(path.c_str());
     return 0;

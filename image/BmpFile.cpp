@@ -2,7 +2,6 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
-#include "image/Operator.h"
 
 #include <array>
 #include <cstring>
@@ -90,7 +89,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
             };
         if (wanted == Gray16)
             return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
-                const int shift = Operator::GrayDepth - 8;
+                const int shift = GrayShift();
                 for (int x = 0; x < width; x++)
                     reinterpret_cast<std::uint16_t*>(dst)[x] = static_cast<std::uint16_t>(src[x] << shift);
             };
@@ -107,7 +106,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
             };
         if (wanted == Rgb)
             return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
-                const int shift = Operator::GrayDepth - 8;
+                const int shift = GrayShift();
                 for (int x = 0; x < width; x++)
                     std::memset(dst + 3 * x, reinterpret_cast<const std::uint16_t*>(src)[x] >> shift & 255, 3);
             };
@@ -180,7 +179,7 @@ int ReadBmp(ImageFile& file, Image& dst, PixelTypes wanted)
         return Status::Format(CannotRead, L"Cannot read image row from the BMP file \"%ls\"", file.Name());
     };
     if (bitmap.width > 0 && bitmap.height > 0 && rowBytes > file.Left() / bitmap.height) return shortRow();
-    if (const int code = Allocate(file, dst, bitmap.width, bitmap.height, wanted, 4)) return code;
+    if (const int code = Allocate(file, dst, bitmap.width, bitmap.height, wanted, bitmap.bitCount)) return code;
     std::vector<std::uint8_t> row(static_cast<std::size_t>(rowBytes));
     for (int y = dst.Height - 1; y >= 0; y--) {
         if (std::fread(row.data(), 1, row.size(), file.stream) != row.size()) return shortRow();

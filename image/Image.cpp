@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstring>
 #include <limits>
+#include <new>
 
 namespace Tesk {
 
@@ -50,7 +51,11 @@ std::shared_ptr<std::uint8_t> MakeBlock(std::size_t bytes)
     if (!block) return {};
     // The spare bytes are read by fast paths; what they hold never reaches a result, but it must be defined.
     std::memset(block + shift + bytes - spareBytes, 0, spareBytes);
-    return {block + shift, [block](std::uint8_t*) { ::operator delete(block); }};
+    try {
+        return {block + shift, [block](std::uint8_t*) { ::operator delete(block); }};
+    } catch (const std::bad_alloc&) {
+        return {}; // no room for the count of its holders: the block is gone again
+    }
 }
 
 int AlignmentOf(const std::uint8_t* block)
@@ -194,7 +199,7 @@ void Image::Set(int Width, int Height, PixelTypes Type, void* Buffer, int Pitch,
         this->Type = Undefined;
         GradGain = 1;
         ResetWindow();
-        entry.Refuses(CheckImage(*this));
+        Window(); // reports the void image
         return;
     }
     if (!Buffer) {
@@ -375,11 +380,21 @@ void Image::ShallowCopy(const Image& Src, bool KeepWindow)
 void Image::Detach(bool CopyPixels)
 {
     if (!Buffer) return;
-    const std::size_t bytes = static_cast<std::size_t>(int(Pitch)) * static_cast<std::size_t>(int(StoreHeight));
+    // An external buffer may hold its rows from the bottom, far apart, and the last one without its fill: the store of
+    // one's own has them as any store has.
+    const std::size_t pitch = static_cast<std::size_t>(DefaultPitch(StoreWidth, Type));
+    const std::size_t bytes = pitch * static_cast<std::size_t>(int(StoreHeight));
     auto block = MakeBlock(bytes + spareBytes);
     if (!block) return;
     const int offset = AlignmentOf(block.get());
-    if (CopyPixels) std::memcpy(block.get() + offset, Buffer + AlignOffset, bytes);
+    if (CopyPixels) {
+        const auto rowBytes = static_cast<std::size_t>(RowBytes(StoreWidth, Type));
+        const std::uint8_t* src = Buffer + AlignOffset;
+        std::uint8_t* dst = block.get() + offset;
+        for (int y = 0; y < StoreHeight; y++, src += Pitch, dst += pitch)
+            std::memcpy(dst, src, rowBytes);
+    }
+    Pitch = static_cast<int>(pitch);
     block_ = std::move(block);
     Buffer = block_.get();
     BufferSize = static_cast<std::uint32_t>(bytes + spareBytes);

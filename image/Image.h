@@ -55,7 +55,10 @@ public:
     /// where they are if the window already fits. Refused: a void `Src` (`VoidObject`), no memory (`CannotAllocate`).
     void Set(const Image& Src, PixelTypes Type = Undefined);
     /// Gives this image a store of that size and type, or lays it over an external buffer that the caller keeps alive.
-    /// Refused: no memory, sizes below 0 or over what a store can hold (`CannotAllocate`); `Undefined` (`VoidObject`).
+    /// The first row begins `Offset` bytes into that buffer; with a negative `Pitch` the rows run upwards from there.
+    /// Refused: no memory, sizes below 1 or over what a store can hold (`CannotAllocate`); an external buffer of such a
+    /// size, of a `Pitch` that is shorter than a row, or of a negative `Offset` (`OutOfRange`); `Undefined`, which lets
+    /// go of what stood here (`VoidObject`).
     void Set(int Width, int Height, PixelTypes Type, void* Buffer = nullptr, int Pitch = 0, int Offset = 0);
 
     /// Resets the window to the whole store.

@@ -7,24 +7,32 @@
 #include <cerrno>
 #include <cstring>
 #include <cwctype>
+#include <new>
+#include <stdexcept>
 #include <sys/stat.h>
 
 namespace Tesk {
 
 namespace files {
 
-int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, int bits,
              std::int64_t ratio)
 {
     constexpr std::int64_t alwaysAllowed = 1 << 20;
     const bool sizesFit = width > 0 && height > 0 && width <= MaxInt && height <= MaxInt;
     const std::int64_t rowBytes = type == Gray1 ? (width + 7) >> 3 : width * ElementSize(type);
-    const std::int64_t limit = file.size * ratio + alwaysAllowed;
+    const int growth = Max(1, (8 * ElementSize(type) + bits - 1) / bits);
+    const std::int64_t limit = file.size * ratio * growth + alwaysAllowed;
     if (sizesFit && rowBytes <= limit / height) {
         // The sizing's own report is not wanted: this one follows under the reader's name.
         dst.TrySet(static_cast<int>(width), static_cast<int>(height), type);
         if (dst.Type != Undefined) return NoError;
     }
+    return RefuseAllocation();
+}
+
+int RefuseAllocation()
+{
     return Status::Format(CannotAllocate, L"Cannot allocate the image Buffer");
 }
 
@@ -46,6 +54,11 @@ void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes)
 {
     for (int i = 0; i < bytes; i++)
         p[i] = static_cast<std::uint8_t>(value >> 8 * i);
+}
+
+int GrayShift()
+{
+    return Clamp(Operator::GrayDepth, 8, 16) - 8;
 }
 
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width)
@@ -92,7 +105,7 @@ void BitsToGray(const std::uint8_t* src, std::uint8_t* dst, int width)
 
 void Gray16ToGray(const std::uint16_t* src, std::uint8_t* dst, int width)
 {
-    const int shift = Operator::GrayDepth - 8;
+    const int shift = GrayShift();
     for (int x = 0; x < width; x++)
         dst[x] = static_cast<std::uint8_t>(src[x] >> shift);
 }
@@ -153,6 +166,23 @@ int Open(ImageFile& file, const char* mode)
                           Widen(std::strerror(errno)).c_str());
 }
 
+/// Runs a reader or a writer, and closes the stream where it did not come to that itself.
+template <typename F>
+int WithFile(ImageFile& file, F run)
+{
+    int code = NoError;
+    try {
+        code = run();
+    } catch (const std::bad_alloc&) {
+        code = RefuseAllocation();
+    } catch (const std::length_error&) {
+        code = RefuseAllocation();
+    }
+    if (file.stream) std::fclose(file.stream);
+    file.stream = nullptr;
+    return code;
+}
+
 int ReadFile(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     const Format* format = FormatOf(file.name);
@@ -162,10 +192,8 @@ int ReadFile(ImageFile& file, Image& dst, PixelTypes wanted)
         return ReadTiff(file, dst, wanted);
     }
     if (const int code = Open(file, "rb")) return code;
-    const int code = format ? format->read(file, dst, wanted)
-                            : Status::Format(UnsupportedFormat, L"Unsupported file extension \"%ls\"", file.Name());
-    std::fclose(file.stream);
-    return code;
+    return format ? format->read(file, dst, wanted)
+                  : Status::Format(UnsupportedFormat, L"Unsupported file extension \"%ls\"", file.Name());
 }
 
 int WriteFile(ImageFile& file, const Image& src)
@@ -175,11 +203,11 @@ int WriteFile(ImageFile& file, const Image& src)
     if (const int code = format->check(src.Type)) return code;
     if (format->write == WriteTiff) return WriteTiff(file, src);
     if (const int code = Open(file, "wb")) return code;
-    int code = format->write(file, src);
+    if (const int code = format->write(file, src)) return code;
     // What the buffer held may fail only here.
-    if (std::fclose(file.stream) != 0 && code == NoError)
-        code = Status::Format(CannotWrite, L"Cannot write to file \"%ls\"", file.Name());
-    return code;
+    const bool closed = std::fclose(file.stream) == 0;
+    file.stream = nullptr;
+    return closed ? NoError : Status::Format(CannotWrite, L"Cannot write to file \"%ls\"", file.Name());
 }
 
 } // namespace
@@ -194,7 +222,7 @@ void Image::Read(const Entry& entry, files::ImageFile& file, PixelTypes type)
     if (type != Undefined && type != Gray && type != Gray16 && type != Rgb && type != Gray1)
         entry.Refuse(UnsupportedType, L"The image type (%ls) is not supported for this operation", PixelTypeName(type));
     Image read;
-    if (entry.Refuses(ReadFile(file, read, type))) return;
+    if (entry.Refuses(WithFile(file, [&] { return ReadFile(file, read, type); }))) return;
     Status::Error().Code = NoError;
     ShallowCopy(read, true);
     OwnsBuffer = true;
@@ -203,7 +231,7 @@ void Image::Read(const Entry& entry, files::ImageFile& file, PixelTypes type)
 void Image::Write(const Entry& entry, files::ImageFile& file) const
 {
     if (entry.Refuses(CheckImage(*this))) return;
-    entry.Refuses(WriteFile(file, *this));
+    entry.Refuses(WithFile(file, [&] { return WriteFile(file, *this); }));
 }
 
 void Image::Read(const char* PathName, PixelTypes Type)

@@ -52,15 +52,20 @@ int WritePng(ImageFile& file, const Image& src);
 int WriteJpeg(ImageFile& file, const Image& src);
 int WriteTiff(ImageFile& file, const Image& src);
 
-/// Sizes the destination. `ratio` is how far the format can compress at the most: a header that promises more than the
-/// file can hold is refused before memory is asked for.
-int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type,
-             std::int64_t ratio);
+/// Sizes the destination, for pixels that take `bits` in the file once they are decompressed. `ratio` is how far the
+/// format can compress them at the most: a header that promises more than the file can hold is refused before memory is
+/// asked for.
+int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t height, PixelTypes type, int bits,
+             std::int64_t ratio = 1);
+int RefuseAllocation();
 int RefuseConversion(PixelTypes native, PixelTypes wanted);
 
 // Little-endian numbers in headers.
 std::uint32_t GetLittle(const std::uint8_t* p, int bytes);
 void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes);
+
+/// The bits between an 8-bit gray value and one of the gray depth in force: 0 to 8, whatever that was set to.
+int GrayShift();
 
 // Row conversions that several formats share.
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width);

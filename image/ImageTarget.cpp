@@ -1,10 +1,12 @@
 // Drawing into an image: its pixels go to a raster target and back.
 #include "foundation/CairoTarget.h"
+#include "foundation/Entry.h"
 #include "foundation/Graph.h"
 #include "image/Image.h"
 
 #include <cstring>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace Tesk {
@@ -66,15 +68,24 @@ void FromSurface(const std::uint8_t* src, Image& image, int y)
 
 void Graph::BeginImageTarget(Image& Target)
 {
-    Drawing drawing{DrawTo(), nullptr};
-    if (CanBeDrawnOn(Target)) {
-        drawing.surface = std::make_unique<CairoTarget>(Target.Width, Target.Height);
-        std::uint8_t* pixels = drawing.surface->Pixels();
-        for (int y = 0; y < drawing.surface->Height(); y++)
-            ToSurface(Target, y, pixels + static_cast<std::ptrdiff_t>(drawing.surface->Stride()) * y);
+    const Entry entry("Tesk::Graph::BeginImageTarget");
+    bool hasMemory = true;
+    try {
+        Drawings().push_back({DrawTo(), nullptr});
+        DrawTo(nullptr);
+        if (CanBeDrawnOn(Target)) {
+            auto surface = std::make_unique<CairoTarget>(Target.Width, Target.Height);
+            hasMemory = surface->Height() == Target.Height;
+            std::uint8_t* pixels = surface->Pixels();
+            for (int y = 0; y < surface->Height(); y++)
+                ToSurface(Target, y, pixels + static_cast<std::ptrdiff_t>(surface->Stride()) * y);
+            DrawTo(surface.get());
+            Drawings().back().surface = std::move(surface);
+        }
+    } catch (const std::bad_alloc&) {
+        hasMemory = false;
     }
-    DrawTo(drawing.surface.get());
-    Drawings().push_back(std::move(drawing));
+    if (!hasMemory) entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
 }
 
 void Graph::EndImageTarget(Image& Target)

@@ -67,8 +67,8 @@ void Image::Print(int Rows, int Columns) const
 void Image::Transfer(Archive& Block)
 {
     PixelTypes type = Type;
-    std::int32_t width = Width, height = Height;
-    Block(type, width, height, GradGain);
+    std::int32_t width = Width, height = Height, gain = GradGain;
+    Block(type, width, height, gain);
     if (!Block.Good() || Block.Ended()) return;
     if (Block.Reading()) {
         // A block cannot be larger than what is left of its file, so a broken header allocates nothing.
@@ -77,6 +77,7 @@ void Image::Transfer(Archive& Block)
         if (width > 0 && height > 0 && rowBytes > Block.BytesLeft() / height) return Block.Refuse(CannotRead);
         if (type == Undefined) return Block.Refuse(VoidObject, L"Void source or destination image");
         if (!TrySet(width, height, type)) return Block.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+        GradGain = gain;
     }
     const auto bytes = static_cast<std::size_t>(RowBytes(width, type));
     for (int y = 0; y < height; y++)

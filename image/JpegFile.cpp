@@ -49,6 +49,11 @@ struct ReadState
     jpeg_decompress_struct info{};
     ErrorManager errors{};
     PixelTypes native = Undefined;
+
+    ReadState() { InstallErrors(info.err, errors); }
+    ReadState(const ReadState&) = delete;
+    ReadState& operator=(const ReadState&) = delete;
+    ~ReadState() { jpeg_destroy_decompress(&info); }
 };
 
 int LibraryReadError(const ImageFile& file)
@@ -103,6 +108,11 @@ struct WriteState
 {
     jpeg_compress_struct info{};
     ErrorManager errors{};
+
+    WriteState() { InstallErrors(info.err, errors); }
+    WriteState(const WriteState&) = delete;
+    WriteState& operator=(const WriteState&) = delete;
+    ~WriteState() { jpeg_destroy_compress(&info); }
 };
 
 /// The format has no place for opacity: red, green, blue are left.
@@ -149,17 +159,14 @@ int WriteRows(WriteState& s, const ImageFile& file, const Image& src, std::uint8
 int ReadJpeg(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     ReadState state;
-    InstallErrors(state.info.err, state.errors);
-    int code = Start(state, file);
-    if (!code && wanted == Undefined) wanted = state.native;
-    if (!code && wanted != Gray && wanted != Rgb) code = RefuseConversion(state.native, wanted);
-    if (!code) code = Allocate(file, dst, state.info.image_width, state.info.image_height, wanted, largestRatio);
-    if (!code) {
-        std::vector<std::uint8_t> buffer((3 * static_cast<std::size_t>(state.info.image_width) + 3) & ~std::size_t{3});
-        code = ReadRows(state, file, dst, buffer.data());
-    }
-    jpeg_destroy_decompress(&state.info);
-    return code;
+    if (const int code = Start(state, file)) return code;
+    if (wanted == Undefined) wanted = state.native;
+    if (wanted != Gray && wanted != Rgb) return RefuseConversion(state.native, wanted);
+    if (const int code = Allocate(file, dst, state.info.image_width, state.info.image_height, wanted,
+                                  8 * state.info.num_components, largestRatio))
+        return code;
+    std::vector<std::uint8_t> buffer((3 * static_cast<std::size_t>(state.info.image_width) + 3) & ~std::size_t{3});
+    return ReadRows(state, file, dst, buffer.data());
 }
 
 int CheckJpegType(PixelTypes type)
@@ -173,11 +180,8 @@ int CheckJpegType(PixelTypes type)
 int WriteJpeg(ImageFile& file, const Image& src)
 {
     WriteState state;
-    InstallErrors(state.info.err, state.errors);
     std::vector<std::uint8_t> buffer(static_cast<std::size_t>(RowBytes(src.Width, src.Type)));
-    const int code = WriteRows(state, file, src, buffer.data());
-    jpeg_destroy_compress(&state.info);
-    return code;
+    return WriteRows(state, file, src, buffer.data());
 }
 
 } // namespace Tesk::files

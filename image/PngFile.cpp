@@ -2,7 +2,6 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
-#include "image/Operator.h"
 
 #include <cmath>
 #include <csetjmp>
@@ -29,9 +28,23 @@ struct ReadState
     png_structp png = nullptr;
     png_infop info = nullptr;
     std::jmp_buf jump;
-    int colorType = 0, bitDepth = 0;
+    int colorType = 0, bitDepth = 0, pixelBits = 0;
     PixelTypes native = Undefined, rows = Undefined, wanted = Undefined;
+
+    ReadState()
+    {
+        png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &jump, LeaveByJump, IgnoreWarning);
+        if (png) info = png_create_info_struct(png);
+    }
+    ReadState(const ReadState&) = delete;
+    ReadState& operator=(const ReadState&) = delete;
+    ~ReadState() { png_destroy_read_struct(&png, &info, nullptr); }
 };
+
+int LibraryReadError(const ImageFile& file)
+{
+    return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+}
 
 /// Chooses native type, transformations, and the type of the rows that libpng will deliver.
 int ChooseTransformations(ReadState& s)
@@ -87,8 +100,7 @@ int ChooseTransformations(ReadState& s)
 /// From the header up to the choice of the row type.
 int ReadInfo(ReadState& s, const ImageFile& file, std::int64_t& width, std::int64_t& height)
 {
-    if (setjmp(s.jump))
-        return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+    if (setjmp(s.jump)) return LibraryReadError(file);
     png_init_io(s.png, file.stream);
     png_set_sig_bytes(s.png, 8);
     png_set_user_limits(s.png, 0x7fffffff, 0x7fffffff);
@@ -97,13 +109,13 @@ int ReadInfo(ReadState& s, const ImageFile& file, std::int64_t& width, std::int6
     height = png_get_image_height(s.png, s.info);
     s.colorType = png_get_color_type(s.png, s.info);
     s.bitDepth = png_get_bit_depth(s.png, s.info);
+    s.pixelBits = s.bitDepth * png_get_channels(s.png, s.info);
     return ChooseTransformations(s);
 }
 
 int ReadRows(ReadState& s, const ImageFile& file, const Image& image, png_bytep* rows)
 {
-    if (setjmp(s.jump))
-        return Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+    if (setjmp(s.jump)) return LibraryReadError(file);
     png_set_interlace_handling(s.png);
     png_read_update_info(s.png, s.info);
     if (png_get_rowbytes(s.png, s.info) != static_cast<std::size_t>(RowBytes(image.Width, image.Type)))
@@ -122,7 +134,7 @@ void ConvertRow(const std::uint8_t* src, PixelTypes from, std::uint8_t* dst, Pix
     else if (to == Gray)
         Gray16ToGray(reinterpret_cast<const std::uint16_t*>(src), dst, width);
     else {
-        const int shift = Operator::GrayDepth - 8;
+        const int shift = GrayShift();
         for (int x = 0; x < width; x++)
             std::memset(dst + 3 * x, reinterpret_cast<const std::uint16_t*>(src)[x] >> shift & 255, 3);
     }
@@ -133,13 +145,27 @@ struct WriteState
     png_structp png = nullptr;
     png_infop info = nullptr;
     std::jmp_buf jump;
+
+    WriteState()
+    {
+        png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &jump, LeaveByJump, IgnoreWarning);
+        if (png) info = png_create_info_struct(png);
+    }
+    WriteState(const WriteState&) = delete;
+    WriteState& operator=(const WriteState&) = delete;
+    ~WriteState() { png_destroy_write_struct(&png, &info); }
 };
+
+int LibraryWriteError(const ImageFile& file)
+{
+    return Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
+}
 
 int WriteRows(WriteState& s, const ImageFile& file, const Image& src)
 {
-    if (setjmp(s.jump))
-        return Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
+    if (setjmp(s.jump)) return LibraryWriteError(file);
     png_init_io(s.png, file.stream);
+    png_set_user_limits(s.png, 0x7fffffff, 0x7fffffff);
     const int depth = src.Type == Gray16 ? 16 : src.Type == Gray1 ? 1 : 8;
     const int color = src.Type == Rgba  ? PNG_COLOR_TYPE_RGB_ALPHA
                       : src.Type == Rgb ? PNG_COLOR_TYPE_RGB
@@ -167,31 +193,23 @@ int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
                               file.Name());
     ReadState state;
     state.wanted = wanted;
-    state.png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &state.jump, LeaveByJump, IgnoreWarning);
-    if (state.png) state.info = png_create_info_struct(state.png);
-    int code = state.info
-                   ? NoError
-                   : Status::Format(CannotRead, L"Cannot read from file \"%ls\", internal libPNG error", file.Name());
+    if (!state.info) return LibraryReadError(file);
     std::int64_t width = 0, height = 0;
-    if (!code) code = ReadInfo(state, file, width, height);
+    if (const int code = ReadInfo(state, file, width, height)) return code;
     Image raw;
-    if (!code) code = Allocate(file, raw, width, height, state.rows, largestRatio);
-    if (!code) {
-        std::vector<png_bytep> rows(static_cast<std::size_t>(height));
-        for (int y = 0; y < raw.Height; y++)
-            rows[static_cast<std::size_t>(y)] = raw.Row(y);
-        // The library leaves the unused bits of a packed row as it finds them.
-        for (int y = 0; y < raw.Height && raw.Type == Gray1; y++)
-            raw.Row(y)[(raw.Width - 1) >> 3] = 0;
-        code = ReadRows(state, file, raw, rows.data());
-    }
-    png_destroy_read_struct(&state.png, &state.info, nullptr);
-    if (code) return code;
+    if (const int code = Allocate(file, raw, width, height, state.rows, state.pixelBits, largestRatio)) return code;
+    std::vector<png_bytep> rows(static_cast<std::size_t>(height));
+    for (int y = 0; y < raw.Height; y++)
+        rows[static_cast<std::size_t>(y)] = raw.Row(y);
+    // The library leaves the unused bits of a packed row as it finds them.
+    for (int y = 0; y < raw.Height && raw.Type == Gray1; y++)
+        raw.Row(y)[(raw.Width - 1) >> 3] = 0;
+    if (const int code = ReadRows(state, file, raw, rows.data())) return code;
     if (state.rows == state.wanted) {
         dst.ShallowCopy(raw, true);
         return NoError;
     }
-    if ((code = Allocate(file, dst, width, height, state.wanted, 8 * largestRatio))) return code;
+    if (const int code = Allocate(file, dst, width, height, state.wanted, state.pixelBits, largestRatio)) return code;
     for (int y = 0; y < dst.Height; y++)
         ConvertRow(raw.Row(y), state.rows, dst.Row(y), state.wanted, dst.Width);
     return NoError;
@@ -207,13 +225,7 @@ int CheckPngType(PixelTypes type)
 int WritePng(ImageFile& file, const Image& src)
 {
     WriteState state;
-    state.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state.jump, LeaveByJump, IgnoreWarning);
-    if (state.png) state.info = png_create_info_struct(state.png);
-    const int code =
-        state.info ? WriteRows(state, file, src)
-                   : Status::Format(CannotWrite, L"Cannot write to file \"%ls\", internal libPNG error", file.Name());
-    png_destroy_write_struct(&state.png, &state.info);
-    return code;
+    return state.info ? WriteRows(state, file, src) : LibraryWriteError(file);
 }
 
 } // namespace Tesk::files

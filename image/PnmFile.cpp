@@ -2,7 +2,6 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
-#include "image/Operator.h"
 
 #include <cctype>
 #include <cstring>
@@ -31,12 +30,38 @@ struct Header
     int Maximum() const { return values[2]; }
 };
 
+/// The bytes of a row in the binary form.
+std::int64_t RowSize(const Pnm& format, const Header& header)
+{
+    if (format.text == pbm.text) return (std::int64_t{header.Width()} + 7) >> 3;
+    return std::int64_t{header.Width()} * (format.text == ppm.text ? 3 : 1) * (header.Maximum() > 255 ? 2 : 1);
+}
+
+/// Goes to the samples, when the header's last number ends at `rest` in the line and at `end` in the file.
+void SeekSamples(const ImageFile& file, const Pnm& format, const Header& header, const char* rest, long end)
+{
+    // In the binary forms one white space ends the header, and anything may follow. Still many a header ends in a blank
+    // or a carriage return before its line feed: unless the length of the file speaks against it, a line that is white
+    // to its end is such a one. A zero may be a sample, so the line itself does not tell its length.
+    const char* const lineEnd = rest + (std::ftell(file.stream) - end);
+    while (rest < lineEnd && std::isspace(static_cast<unsigned char>(*rest)))
+        rest++;
+    const bool white = rest == lineEnd;
+    if (!header.binary) {
+        if (!white && *rest != '#') std::fseek(file.stream, end, SEEK_SET);
+        return;
+    }
+    const bool fits = file.size - (end + 1) == RowSize(format, header) * header.Height();
+    if (fits || !white) std::fseek(file.stream, end + 1, SEEK_SET);
+}
+
 int ReadHeader(ImageFile& file, const Pnm& format, Header& header)
 {
     char line[1024];
     bool signedOff = false;
     int found = 0;
     while (found < format.numbers) {
+        const long start = std::ftell(file.stream);
         if (!std::fgets(line, sizeof line, file.stream))
             return Status::Format(CannotRead, L"Cannot read the header from the %ls file \"%ls\"", format.name,
                                   file.Name());
@@ -55,11 +80,7 @@ int ReadHeader(ImageFile& file, const Pnm& format, Header& header)
             at += used;
             found++;
         }
-        // In the binary forms one white space ends the header, and the samples may follow on the same "line".
-        if (found == format.numbers && header.binary) {
-            const long excess = static_cast<long>(std::strlen(at));
-            if (excess > 1) std::fseek(file.stream, 1 - excess, SEEK_CUR);
-        }
+        if (found == format.numbers) SeekSamples(file, format, header, at, start + (at - line));
     }
     if (header.Width() < 1 || header.Height() < 1 || header.Maximum() < 0)
         return Status::Format(CannotRead, L"Cannot read the header from the %ls file \"%ls\"", format.name,
@@ -69,20 +90,23 @@ int ReadHeader(ImageFile& file, const Pnm& format, Header& header)
 
 int ShortPixel(const ImageFile& file, const Pnm& format)
 {
+    if (format.text == ppm.text)
+        return Status::Format(CannotRead, L"Cannot read a pixel value from the file \"%ls\"", file.Name());
     return Status::Format(CannotRead, L"Cannot read a pixel value from the %ls file \"%ls\"", format.name, file.Name());
 }
 
 /// Refuses a file that is too short for its rows before any memory is asked for.
-int CheckRows(ImageFile& file, const Pnm& format, const Header& header, std::int64_t rowBytes)
+int CheckRows(ImageFile& file, const Pnm& format, const Header& header)
 {
+    const std::int64_t rowBytes = RowSize(format, header);
     const std::int64_t left = file.Left();
     if (!header.binary) {
         // A text sample takes a character at least.
-        const std::int64_t samples = std::int64_t{header.Width()} * (format.text == '3' ? 3 : 1);
+        const std::int64_t samples = std::int64_t{header.Width()} * (format.text == ppm.text ? 3 : 1);
         return samples > left / header.Height() ? ShortPixel(file, format) : NoError;
     }
     if (rowBytes <= left / header.Height()) return NoError;
-    if (format.text == '3')
+    if (format.text == ppm.text)
         return Status::Format(CannotRead, L"Cannot read an image row from the file \"%ls\"", file.Name());
     if (std::FILE* out = TextOutput())
         std::fprintf(out, "%d/%d bytes @%d\n", static_cast<int>(left % rowBytes), static_cast<int>(rowBytes),
@@ -146,10 +170,10 @@ int ReadPbm(ImageFile& file, Image& dst, PixelTypes wanted)
     if (wanted == Undefined) wanted = Gray1;
     if (wanted != Gray1 && wanted != Gray && wanted != Gray16) return RefuseConversion(Gray1, wanted);
     const int width = header.Width(), rowBytes = (width + 7) >> 3;
-    if (const int code = CheckRows(file, pbm, header, rowBytes)) return code;
-    if (const int code = Allocate(file, dst, width, header.Height(), wanted, 16)) return code;
+    if (const int code = CheckRows(file, pbm, header)) return code;
+    if (const int code = Allocate(file, dst, width, header.Height(), wanted, 1)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>(rowBytes));
-    const auto white = static_cast<std::uint16_t>((1 << Operator::GrayDepth) - 1);
+    const auto white = static_cast<std::uint16_t>((256 << GrayShift()) - 1);
     for (int y = 0; y < header.Height(); y++) {
         if (header.binary) {
             if (const int code = ReadRow(file, pbm, bits.data(), bits.size())) return code;
@@ -185,8 +209,8 @@ int ReadPgm(ImageFile& file, Image& dst, PixelTypes)
                               header.Maximum());
     const bool wide = header.Maximum() > 255;
     const int width = header.Width(), rowBytes = wide ? 2 * width : width;
-    if (const int code = CheckRows(file, pgm, header, std::int64_t{width} * (wide ? 2 : 1))) return code;
-    if (const int code = Allocate(file, dst, width, header.Height(), wide ? Gray16 : Gray, 4)) return code;
+    if (const int code = CheckRows(file, pgm, header)) return code;
+    if (const int code = Allocate(file, dst, width, header.Height(), wide ? Gray16 : Gray, wide ? 16 : 8)) return code;
     for (int y = 0; y < header.Height(); y++) {
         if (header.binary) {
             if (const int code = ReadRow(file, pgm, dst.Row(y), static_cast<std::size_t>(rowBytes))) return code;
@@ -214,8 +238,8 @@ int ReadPpm(ImageFile& file, Image& dst, PixelTypes)
                               L"Unsupported PPM image format, the maximum gray value (%d) is larger than 255",
                               header.Maximum());
     const int width = header.Width();
-    if (const int code = CheckRows(file, ppm, header, 3 * std::int64_t{width})) return code;
-    if (const int code = Allocate(file, dst, width, header.Height(), Rgb, 4)) return code;
+    if (const int code = CheckRows(file, ppm, header)) return code;
+    if (const int code = Allocate(file, dst, width, header.Height(), Rgb, 24)) return code;
     for (int y = 0; y < header.Height(); y++) {
         std::uint8_t* row = dst.Row(y);
         if (header.binary) {
@@ -255,7 +279,7 @@ int WritePbm(ImageFile& file, const Image& src)
 {
     if (const int code = WriteHeader(file, src, '4', 0)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>((src.Width + 7) >> 3));
-    const int middle = 1 << (Operator::GrayDepth - 1);
+    const int middle = 128 << GrayShift();
     for (int y = 0; y < src.Height; y++) {
         std::fill(bits.begin(), bits.end(), std::uint8_t{0});
         for (int x = 0; x < src.Width; x++) {

@@ -1,11 +1,14 @@
-// Images on the clipboard, in the form of device-independent bitmaps.
+// Images on the clipboard, in the form of device-independent bitmaps, and profiles as text.
 #include "image/Source.h"
 
 #include "foundation/Entry.h"
 #include "foundation/Services.h"
 #include "image/ImageFile.h"
+#include "measure/Profile.h"
+#include "measure/ProfileFrame.h"
 
 #include <array>
+#include <cstdio>
 #include <cstring>
 #include <vector>
 
@@ -14,6 +17,7 @@ namespace Tesk {
 namespace {
 
 using namespace files;
+using profiles::Guarded;
 
 using Block = std::vector<std::uint8_t>;
 
@@ -70,6 +74,80 @@ int ReadHeader(const Block& block, Bitmap& bitmap)
     return fits ? NoError : refuse();
 }
 
+/// The window of an image as a bitmap.
+Block BitmapOf(const Image& src)
+{
+    const auto rowBytes = static_cast<std::size_t>(RowBytes(src.Width, src.Type));
+    const std::size_t paddedBytes = (rowBytes + 3) & ~std::size_t{3};
+    const auto height = static_cast<std::size_t>(int(src.Height));
+    const auto pitch = Max(paddedBytes, static_cast<std::size_t>(Max(int(src.Pitch), 0)));
+    Block block(pitch * height + headerSize + paletteSize);
+    PutHeader(block, src.Width, src.Height, 8 * ElementSize(src.Type), src.Type == Gray ? 256 : 0);
+    std::size_t at = headerSize;
+    if (src.Type == Gray) {
+        for (std::size_t i = 0; i < 256; i++)
+            std::memset(&block[headerSize + 4 * i], static_cast<int>(i), 3);
+        at += paletteSize;
+    }
+    for (int y = src.Height - 1; y >= 0; y--, at += paddedBytes)
+        std::memcpy(&block[at], src.Row(y), rowBytes);
+    return block;
+}
+
+/// Rows of four bytes a pixel, top row first, as a bitmap.
+Block BitmapOf(const std::vector<std::uint8_t>& pixels, int width, int height)
+{
+    const std::size_t rowBytes = 4 * static_cast<std::size_t>(width), rows = static_cast<std::size_t>(height);
+    Block block(headerSize + rowBytes * rows);
+    PutHeader(block, width, height, 32, 0);
+    for (std::size_t y = 0; y < rows; y++)
+        std::memcpy(&block[headerSize + rowBytes * (rows - 1 - y)], &pixels[rowBytes * y], rowBytes);
+    return block;
+}
+
+/// The window of a profile as lines, with a zero behind them.
+Block TextOf(const Profile& src)
+{
+    Block text;
+    const int channels = src.Type == Rgb ? 3 : 1;
+    const std::int32_t* sample = src.Samples();
+    for (int i = 0; i < src.Length; i++, sample += channels) {
+        char line[48];
+        const int length = channels == 3
+                               ? std::snprintf(line, sizeof line, "%d\t%d\t%d\r\n", sample[0], sample[1], sample[2])
+                               : std::snprintf(line, sizeof line, "%d\r\n", sample[0]);
+        text.insert(text.end(), line, line + length);
+    }
+    text.push_back(0);
+    return text;
+}
+
+void Offer(int format, Block block)
+{
+    Services::Clipboard().Empty();
+    Services::Clipboard().Put(format, std::move(block));
+}
+
+/// The pixels of a bitmap whose header was read.
+void TakePixels(const Block& block, const Bitmap& bitmap, Image& dst)
+{
+    std::array<std::uint8_t, 256> gray{};
+    const std::uint8_t* palette = &block[static_cast<std::size_t>(bitmap.offset - 4 * bitmap.colors)];
+    for (std::size_t i = 0; i < 256 && static_cast<std::int64_t>(i) < bitmap.colors; i++)
+        gray[i] = static_cast<std::uint8_t>((palette[4 * i] + palette[4 * i + 1] + palette[4 * i + 2]) / 3);
+    const auto bytes = static_cast<std::size_t>(RowBytes(dst.Width, dst.Type));
+    for (int y = 0; y < dst.Height; y++) {
+        const std::int64_t line = bitmap.bottomUp ? bitmap.height - 1 - y : y;
+        const std::uint8_t* src = &block[static_cast<std::size_t>(bitmap.offset + bitmap.rowBytes * line)];
+        if (dst.Type != Gray) {
+            std::memcpy(dst.Row(y), src, bytes);
+            continue;
+        }
+        for (std::size_t x = 0; x < bytes; x++)
+            dst.Row(y)[x] = gray[src[x]];
+    }
+}
+
 } // namespace
 
 void Source::CopyToClipboard(const Image& Src)
@@ -81,69 +159,48 @@ void Source::CopyToClipboard(const Image& Src)
                      PixelTypeName(Src.Type));
         return;
     }
-    const auto rowBytes = static_cast<std::size_t>(RowBytes(Src.Width, Src.Type));
-    const std::size_t paddedBytes = (rowBytes + 3) & ~std::size_t{3};
-    const auto height = static_cast<std::size_t>(int(Src.Height));
-    const auto pitch = Max(paddedBytes, static_cast<std::size_t>(Max(int(Src.Pitch), 0)));
-    Block block(pitch * height + headerSize + paletteSize);
-    PutHeader(block, Src.Width, Src.Height, 8 * ElementSize(Src.Type), Src.Type == Gray ? 256 : 0);
-    std::size_t at = headerSize;
-    if (Src.Type == Gray) {
-        for (std::size_t i = 0; i < 256; i++)
-            std::memset(&block[headerSize + 4 * i], static_cast<int>(i), 3);
-        at += paletteSize;
+    Guarded(entry, [&] { Offer(IClipboard::Dib, BitmapOf(Src)); });
+}
+
+void Source::CopyToClipboard(const Profile& Src)
+{
+    const Entry entry("Tesk::Source::CopyToClipboard");
+    if (entry.Refuses(CheckProfile(Src))) return;
+    if (Src.Type != Gray && Src.Type != Rgb) {
+        entry.Refuse(UnsupportedType, L"The profile pixel Type (%ls) is not supported for this clipboard operation",
+                     PixelTypeName(Src.Type));
+        return;
     }
-    for (int y = Src.Height - 1; y >= 0; y--, at += paddedBytes)
-        std::memcpy(&block[at], Src.Row(y), rowBytes);
-    Services::Clipboard().Empty();
-    Services::Clipboard().Put(IClipboard::Dib, std::move(block));
+    Guarded(entry, [&] { Offer(IClipboard::Text, TextOf(Src)); });
 }
 
 void Source::CopyToClipboard(void* Window)
 {
     const Entry entry("Tesk::Source::CopyToClipboard");
-    int width = 0, height = 0;
-    std::vector<std::uint8_t> pixels;
-    if (!Services::WindowCapture().Capture(Window, width, height, pixels) || width < 1 || height < 1 ||
-        pixels.size() / 4 / static_cast<std::size_t>(width) < static_cast<std::size_t>(height)) {
-        entry.Refuse(CannotPerform, L"The window cannot be captured");
-        return;
-    }
-    const std::size_t rowBytes = 4 * static_cast<std::size_t>(width);
-    Block block(headerSize + rowBytes * static_cast<std::size_t>(height));
-    PutHeader(block, width, height, 32, 0);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(height); y++)
-        std::memcpy(&block[headerSize + rowBytes * (static_cast<std::size_t>(height) - 1 - y)], &pixels[rowBytes * y],
-                    rowBytes);
-    Services::Clipboard().Empty();
-    Services::Clipboard().Put(IClipboard::Bitmap, std::move(block));
+    bool captured = true;
+    Guarded(entry, [&] {
+        int width = 0, height = 0;
+        std::vector<std::uint8_t> pixels;
+        captured = Services::WindowCapture().Capture(Window, width, height, pixels) && width > 0 && height > 0 &&
+                   pixels.size() / 4 / static_cast<std::size_t>(width) >= static_cast<std::size_t>(height);
+        if (captured) Offer(IClipboard::Bitmap, BitmapOf(pixels, width, height));
+    });
+    if (!captured) entry.Refuse(CannotPerform, L"The window cannot be captured");
 }
 
 void Source::PasteFromClipboard(Image& Dst)
 {
     const Entry entry("Tesk::Source::PasteFromClipboard");
-    Block block;
-    Bitmap bitmap{};
-    Services::Clipboard().Get(IClipboard::Dib, block);
-    if (entry.Refuses(ReadHeader(block, bitmap))) return;
-    Dst.Set(static_cast<int>(bitmap.width), static_cast<int>(bitmap.height), bitmap.type);
-    if (Status::Error().Code != NoError) return;
-    Dst.DetachIfShared(false);
-    std::array<std::uint8_t, 256> gray{};
-    const std::uint8_t* palette = &block[static_cast<std::size_t>(bitmap.offset - 4 * bitmap.colors)];
-    for (std::size_t i = 0; i < 256 && static_cast<std::int64_t>(i) < bitmap.colors; i++)
-        gray[i] = static_cast<std::uint8_t>((palette[4 * i] + palette[4 * i + 1] + palette[4 * i + 2]) / 3);
-    const auto bytes = static_cast<std::size_t>(RowBytes(Dst.Width, Dst.Type));
-    for (int y = 0; y < Dst.Height; y++) {
-        const std::int64_t line = bitmap.bottomUp ? bitmap.height - 1 - y : y;
-        const std::uint8_t* src = &block[static_cast<std::size_t>(bitmap.offset + bitmap.rowBytes * line)];
-        if (Dst.Type != Gray) {
-            std::memcpy(Dst.Row(y), src, bytes);
-            continue;
-        }
-        for (std::size_t x = 0; x < bytes; x++)
-            Dst.Row(y)[x] = gray[src[x]];
-    }
+    Guarded(entry, [&] {
+        Block block;
+        Bitmap bitmap{};
+        Services::Clipboard().Get(IClipboard::Dib, block);
+        if (entry.Refuses(ReadHeader(block, bitmap))) return;
+        Dst.Set(static_cast<int>(bitmap.width), static_cast<int>(bitmap.height), bitmap.type);
+        if (Status::Error().Code != NoError) return;
+        Dst.DetachIfShared(false);
+        TakePixels(block, bitmap, Dst);
+    });
 }
 
 } // namespace Tesk

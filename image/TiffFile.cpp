@@ -2,7 +2,6 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
-#include "image/Operator.h"
 
 #include <cstring>
 #include <memory>
@@ -113,7 +112,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
     }
     if (wanted == Gray16 && native == Gray)
         return [](const Layout& l, Bytes src, std::uint8_t* dst, int width) {
-            const int shift = Operator::GrayDepth - 8;
+            const int shift = GrayShift();
             for (int x = 0; x < width; x++)
                 reinterpret_cast<std::uint16_t*>(dst)[x] =
                     static_cast<std::uint16_t>((l.WhiteIsZero() ? 255 - src[x] : src[x]) << shift);
@@ -122,7 +121,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
         return [](const Layout& l, Bytes src, std::uint8_t* dst, int width) {
             for (int x = 0; x < width; x++)
                 reinterpret_cast<std::uint16_t*>(dst)[x] = static_cast<std::uint16_t>(
-                    l.WhiteIsZero() ? (1 << Operator::GrayDepth) - Wide(src)[x] - 1 : Wide(src)[x]);
+                    l.WhiteIsZero() ? (256 << GrayShift()) - Wide(src)[x] - 1 : Wide(src)[x]);
         };
     if (wanted == Rgb && native == Gray)
         return [](const Layout&, Bytes src, std::uint8_t* dst, int width) { GrayToBgr(src, dst, width); };
@@ -170,7 +169,9 @@ int ReadTiff(ImageFile& file, Image& dst, PixelTypes wanted)
             PixelTypeName(layout.native), PixelTypeName(wanted));
     const RowConverter convert = ConverterOf(layout.native, wanted);
     if (!convert) return RefuseConversion(layout.native, wanted);
-    if (const int code = Allocate(file, dst, layout.width, layout.height, wanted, largestRatio)) return code;
+    if (const int code =
+            Allocate(file, dst, layout.width, layout.height, wanted, layout.samples * layout.bits, largestRatio))
+        return code;
     // Subsampled colour delivers shorter scan lines than the layout says: such a file is not read over its rows.
     const std::int64_t scanline = TIFFScanlineSize(tiff.get());
     const std::int64_t need =
@@ -217,8 +218,10 @@ int WriteTiff(ImageFile& file, const Image& src)
         std::memcpy(row.data(), src.Row(y), row.size());
         if (src.Type == Rgb) SwapRedBlue(row.data(), row.data(), src.Width);
         if (src.Type == Rgba) ReverseBytesOfFour(row.data(), row.data(), src.Width);
-        if (TIFFWriteScanline(tiff.get(), row.data(), static_cast<std::uint32_t>(y), 0) < 0) return failed();
+        if (TIFFWriteScanline(tiff.get(), row.data(), static_cast<std::uint32_t>(y), 0) != 1) return failed();
     }
+    // The last rows and the directory are written here: closing the file would do it too, and tell nobody of a failure.
+    if (!TIFFFlush(tiff.get())) return failed();
     return NoError;
 }
 

@@ -88,6 +88,17 @@ TEST_F(ImageDrawTest, TheWindowAndItsHandlesAreDrawn)
     EXPECT_TRUE(target.Calls.empty());
 }
 
+TEST_F(ImageDrawTest, TheWindowMayBeCrossedAndOfAColorThatIsForThisOnce)
+{
+    RecordingTarget target;
+    Graph::DrawTo(&target);
+    Graph::LineColor = Blue;
+    image_.DrawWindow(false, Yellow, true);
+    EXPECT_EQ(target.Calls, (std::vector<std::string>{"SetLine 255 255 0 1", "SetFill none", "Rectangle 21 41 101 101",
+                                                      "Move 21 41", "Line 101 101", "Move 21 101", "Line 101 41"}));
+    EXPECT_EQ(Graph::LineColor, Blue);
+}
+
 TEST_F(ImageDrawTest, DrawingIntoAnImageChangesOnlyWhatWasDrawnOn)
 {
     Graph::Zoom = 1;

@@ -1,79 +1,12 @@
-#include "foundation/Status.h"
-#include "image/Image.h"
-#include "image/Operator.h"
-
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <string>
-#include <unistd.h>
-#include <vector>
+#include "ImageFileSupport.h"
 
 using namespace Tesk;
 namespace fs = std::filesystem;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-class ImageFileTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        Status::ErrorBehavior(IgnoreIt);
-        TextOutput() = nullptr;
-        folder_ = fs::temp_directory_path() / ("tesk_image_file_" + std::to_string(getpid()));
-        fs::create_directories(folder_);
-    }
-    void TearDown() override
-    {
-        TextOutput() = stderr;
-        fs::remove_all(folder_);
-    }
-
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
-
-    std::string Put(const std::string& name, const Bytes& bytes) const
-    {
-        fs::remove(Path(name)); // some file systems write a file that is cut and rewritten through to the disk at once
-        std::FILE* file = std::fopen(Path(name).c_str(), "wb");
-        if (!bytes.empty()) std::fwrite(bytes.data(), 1, bytes.size(), file);
-        std::fclose(file);
-        return Path(name);
-    }
-
-    std::string Put(const std::string& name, const std::string& text) const
-    {
-        return Put(name, Bytes(text.begin(), text.end()));
-    }
-
-    static Bytes Contents(const std::string& path)
-    {
-        Bytes bytes(fs::file_size(path));
-        std::FILE* file = std::fopen(path.c_str(), "rb");
-        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-        std::fclose(file);
-        return bytes;
-    }
-
-    fs::path folder_;
-};
-
-/// A picture in which every byte of the window depends on its place.
-void Fill(Image& image, int width, int height, PixelTypes type)
-{
-    image.Set(width, height, type);
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < RowBytes(width, type); x++)
-            image.Row(y)[x] = static_cast<std::uint8_t>(37 * x + 101 * y + x * y + 5);
-    // The unused bits of a packed row are no part of the picture.
-    if (type == Gray1 && width % 8)
-        for (int y = 0; y < height; y++)
-            image.Row(y)[width >> 3] &= static_cast<std::uint8_t>(0xff00 >> (width & 7));
-}
+class ImageFileTest : public ImageFolderTest
+{};
 
 void ExpectSame(const Image& a, const Image& b, const std::string& what)
 {
@@ -90,33 +23,6 @@ void ExpectSame(const Image& a, const Image& b, const std::string& what)
     }
 }
 
-std::wstring Message()
-{
-    return Status::UnicodeError();
-}
-
-void Put32(Bytes& bytes, std::size_t at, std::uint32_t value)
-{
-    for (std::size_t i = 0; i < 4; i++)
-        bytes[at + i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-
-/// The headers of a BMP file with rows at `offset`.
-Bytes BmpHeader(int width, int height, int bitCount, std::uint32_t offset = 54, std::uint32_t colors = 0)
-{
-    Bytes bytes(54);
-    bytes[0] = 'B';
-    bytes[1] = 'M';
-    Put32(bytes, 10, offset);
-    Put32(bytes, 14, 40);
-    Put32(bytes, 18, static_cast<std::uint32_t>(width));
-    Put32(bytes, 22, static_cast<std::uint32_t>(height));
-    bytes[26] = 1;
-    bytes[28] = static_cast<std::uint8_t>(bitCount);
-    Put32(bytes, 46, colors);
-    return bytes;
-}
-
 } // namespace
 
 TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
@@ -126,17 +32,20 @@ TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
         const char* name;
         std::vector<PixelTypes> types;
     } cases[] = {{"a.bmp", {Gray, Gray16, Rgb, Rgba, Gray1}},
-                 {"a.PNG", {Gray, Gray16, Rgb, Gray1}},
+                 {"a.PNG", {Gray, Gray16, Rgb, Rgba, Gray1}},
                  {"a.tif", {Gray, Gray16, Rgb, Rgba, Gray1}},
                  {"a.pbm", {Gray1}},
                  {"a.pgm", {Gray, Gray16}},
-                 {"a.ppm", {Rgb}},
-                 {"a.xyz", {}}};
+                 {"a.ppm", {Rgb}}};
     for (const auto& c : cases)
         for (const PixelTypes type : c.types)
             for (const int width : {1, 7, 8, 9, 33}) {
                 Image written, read;
-                Fill(written, width, 5, type);
+                FillByPlace(written, width, 5, type);
+                // Colours are read with their opacity multiplied into them, from PNG alone.
+                for (int y = 0; y < 5 && type == Rgba && !std::strcmp(c.name, "a.PNG"); y++)
+                    for (int x = 0; x < width; x++)
+                        written.PixelRgba(x, y).Alpha = 255;
                 written.Write(Path(c.name).c_str());
                 ASSERT_EQ(Status::Error().Code, NoError) << c.name << Status::AsciiError();
                 read.Read(Path(c.name).c_str(), Undefined);
@@ -149,7 +58,7 @@ TEST_F(ImageFileTest, EveryLosslessFormatGivesBackWhatWasWritten)
 TEST_F(ImageFileTest, OnlyTheWindowIsWrittenAndWidePathsWork)
 {
     Image image, crop;
-    Fill(image, 20, 10, Rgb);
+    FillByPlace(image, 20, 10, Rgb);
     image.Window(3, 4, 7, 5);
     const std::wstring path = Widen(Path("window.png").c_str());
     image.Write(path.c_str());
@@ -160,7 +69,7 @@ TEST_F(ImageFileTest, OnlyTheWindowIsWrittenAndWidePathsWork)
 TEST_F(ImageFileTest, UnknownEndingsWriteBmpAndAreRefusedByRead)
 {
     Image image;
-    Fill(image, 4, 4, Gray);
+    FillByPlace(image, 4, 4, Gray);
     image.Write(Path("a.xyz").c_str());
     EXPECT_EQ(Contents(Path("a.xyz"))[0], 'B');
     image.Read(Path("a.xyz").c_str());
@@ -199,6 +108,42 @@ TEST_F(ImageFileTest, BmpRowsStandBottomUpAndPalettesConvert)
     image.Read(path.c_str(), Gray1);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
     EXPECT_EQ(Message(), L"Implicit type conversion from Gray to Gray1 is not supported (use Copy)");
+}
+
+TEST_F(ImageFileTest, BmpHeadersComeShortAndLong)
+{
+    constexpr int shortHeader = 12, longHeader = 124;
+    const auto withHeader = [](int headerSize, int bitCount, const Bytes& palette, const Bytes& rows) {
+        Bytes bytes = BmpHeader(3, 3, bitCount);
+        if (headerSize == shortHeader) {
+            Bytes header = {shortHeader, 0, 0, 0, 3, 0, 3, 0, 1, 0, static_cast<std::uint8_t>(bitCount), 0};
+            bytes.resize(14);
+            bytes.insert(bytes.end(), header.begin(), header.end());
+        } else {
+            bytes.resize(static_cast<std::size_t>(14 + headerSize));
+            bytes[14] = static_cast<std::uint8_t>(headerSize);
+        }
+        bytes.insert(bytes.end(), palette.begin(), palette.end());
+        Put32(bytes, 10, static_cast<std::uint32_t>(bytes.size()));
+        bytes.insert(bytes.end(), rows.begin(), rows.end());
+        return bytes;
+    };
+    Bytes rows24, rows8(12), colors3(3 * 256), colors4(4 * 256);
+    for (int i = 0; i < 36; i++)
+        rows24.push_back(static_cast<std::uint8_t>(i + 1));
+    for (std::size_t i = 0; i < 256; i++)
+        colors3[3 * i] = colors4[4 * i] = static_cast<std::uint8_t>(255 - i);
+    rows8[8] = 200; // the first pixel of the top row
+    Image image;
+    for (const int size : {shortHeader, longHeader}) {
+        image.Read(Put("a.bmp", withHeader(size, 24, {}, rows24)).c_str(), Undefined);
+        ASSERT_EQ(Status::Error().Code, NoError) << size << ' ' << Status::AsciiError();
+        EXPECT_EQ(RowOf(image, 0), (Bytes{25, 26, 27, 28, 29, 30, 31, 32, 33})) << size;
+        EXPECT_EQ(RowOf(image, 2), (Bytes{1, 2, 3, 4, 5, 6, 7, 8, 9})) << size;
+        image.Read(Put("a.bmp", withHeader(size, 8, size == shortHeader ? colors3 : colors4, rows8)).c_str(), Rgb);
+        ASSERT_EQ(Status::Error().Code, NoError) << size << ' ' << Status::AsciiError();
+        EXPECT_EQ(RowOf(image, 0), (Bytes{55, 0, 0, 255, 0, 0, 255, 0, 0})) << size;
+    }
 }
 
 TEST_F(ImageFileTest, BmpHeadersAreRefusedWithTheirReasons)
@@ -252,6 +197,9 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
     EXPECT_EQ(image.PixelGray(1, 0), 10) << "samples on the header's line";
     image.Read(Put("a.ppm", std::string("P3\n1 1 255\n1 2 3\n")).c_str());
     EXPECT_EQ(image.PixelRgb(0, 0), RgbPixel(1, 2, 3));
+    image.Read(Put("d.pgm", std::string("P2 2 1\n1000\n300 1000\n")).c_str(), Gray);
+    ASSERT_EQ(PixelTypes(image.Type), Gray16);
+    EXPECT_EQ(image.PixelGray16(1, 0), 1000);
 
     const struct
     {
@@ -267,6 +215,7 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
                  {"h.pgm", "P5\n60000 60000 255\nabc", CannotRead, L"Cannot read an image row from the PGM file \""},
                  {"i.ppm", "P6\n2 2 255\nabc", CannotRead, L"Cannot read an image row from the file \""},
                  {"j.pbm", "P1\n2 1\n1x", CannotRead, L"Cannot read a pixel value from the PBM file \""},
+                 {"j.ppm", "P3\n1 1 255\n1 2 x", CannotRead, L"Cannot read a pixel value from the file \""},
                  {"k.pgm", "P2\n-1 5 255\n1 2 3 4 5 6", CannotRead, L"Cannot read the header from the PGM file \""}};
     for (const auto& c : cases) {
         image.Read(Put(c.name, std::string(c.text)).c_str());
@@ -275,12 +224,37 @@ TEST_F(ImageFileTest, PnmHeadersMaySpreadAndTextFormsRead)
     }
 }
 
+TEST_F(ImageFileTest, PnmSamplesBeginWhereTheHeaderEnds)
+{
+    using namespace std::string_literals;
+    const struct
+    {
+        const char* what;
+        std::string text;
+        Bytes row;
+    } cases[] = {{"a carriage return before the line feed", "P5\r\n3 1\r\n255\r\n\1\2\3"s, {1, 2, 3}},
+                 {"a blank before the line feed", "P5\n3 1\n255 \n\1\2\3"s, {1, 2, 3}},
+                 {"zeros on the header's line", "P5 3 1 255 \0\0\7"s, {0, 0, 7}},
+                 {"zeros behind a line feed", "P5 3 1 255\n\0\n\0"s, {0, 10, 0}},
+                 {"samples like white space, on the header's line", "P5 3 1 255 \r \n"s, {13, 32, 10}},
+                 {"samples like white space, on a line of their own", "P5 3 1 255\n\n\n\n"s, {10, 10, 10}},
+                 {"a sample like a comment", "P5 3 1 255 #\n#"s, {35, 10, 35}},
+                 {"numbers on the header's line", "P2 3 1 255 1 2 3\n"s, {1, 2, 3}},
+                 {"a comment behind the header", "P2\n3 1 255 # nothing\n1 2 3\n"s, {1, 2, 3}}};
+    for (const auto& c : cases) {
+        Image image;
+        image.Read(Put("a.pgm", c.text).c_str());
+        ASSERT_EQ(Status::Error().Code, NoError) << c.what << ": " << Status::AsciiError();
+        EXPECT_EQ(RowOf(image, 0), c.row) << c.what;
+    }
+}
+
 TEST_F(ImageFileTest, ConversionsOnTheWayIn)
 {
-    Image gray16, gray, rgb, read;
-    Fill(gray16, 9, 3, Gray16);
-    Fill(rgb, 9, 3, Rgb);
-    Fill(gray, 9, 3, Gray);
+    Image gray16, gray, rgb, rgba, read;
+    FillByPlace(gray16, 9, 3, Gray16);
+    FillByPlace(rgb, 9, 3, Rgb);
+    FillByPlace(gray, 9, 3, Gray);
     for (const char* name : {"c.bmp", "c.png", "c.tif"}) {
         gray16.Write(Path(name).c_str());
         read.Read(Path(name).c_str(), Gray);
@@ -294,11 +268,53 @@ TEST_F(ImageFileTest, ConversionsOnTheWayIn)
     for (const char* name : {"c.bmp", "c.tif", "c.ppm"}) {
         rgb.Write(Path(name).c_str());
         read.Read(Path(name).c_str(), Gray);
-        if (std::string(name) == "c.ppm") continue; // always colour
-        EXPECT_EQ(read.PixelGray(4, 2), ColorToGray(rgb.PixelRgb(4, 2))) << name;
+        if (std::string(name) == "c.ppm")
+            ExpectSame(rgb, read, "always colour");
+        else
+            EXPECT_EQ(read.PixelGray(4, 2), ColorToGray(rgb.PixelRgb(4, 2))) << name;
     }
+    gray16.Write(Path("d.bmp").c_str());
+    read.Read(Path("d.bmp").c_str(), Rgb);
+    const int narrowed = gray16.PixelGray16(4, 2) >> 8;
+    EXPECT_EQ(read.PixelRgb(4, 2), RgbPixel(narrowed, narrowed, narrowed));
+    FillByPlace(rgba, 9, 3, Rgba);
+    const RgbaPixel pixel = rgba.PixelRgba(4, 2);
+    rgba.Write(Path("d.bmp").c_str());
+    read.Read(Path("d.bmp").c_str(), Gray);
+    EXPECT_EQ(read.PixelGray(4, 2), (pixel.Red + pixel.Green + pixel.Blue) * 85 >> 8);
+    read.Read(Path("d.bmp").c_str(), Rgb);
+    EXPECT_EQ(Status::Error().Code, IncompatibleType);
+    rgba.Write(Path("d.ppm").c_str());
+    read.Read(Path("d.ppm").c_str(), Undefined);
+    EXPECT_EQ(read.PixelRgb(4, 2), RgbPixel(pixel.Red, pixel.Green, pixel.Blue));
     read.Read(Path("c.bmp").c_str(), Dble);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
+}
+
+TEST_F(ImageFileTest, AGrayDepthOutOfItsRangeIsHeldToIt)
+{
+    Image gray, gray16, read;
+    FillByPlace(gray, 9, 3, Gray);
+    FillByPlace(gray16, 9, 3, Gray16);
+    const struct
+    {
+        int depth, shift;
+    } cases[] = {{4, 0}, {-3, 0}, {40, 8}};
+    for (const auto& c : cases) {
+        Operator::GrayDepth = c.depth;
+        for (const char* name : {"e.bmp", "e.tif"}) {
+            gray.Write(Path(name).c_str());
+            read.Read(Path(name).c_str(), Gray16);
+            EXPECT_EQ(read.PixelGray16(4, 2), gray.PixelGray(4, 2) << c.shift) << name << ' ' << c.depth;
+        }
+        for (const char* name : {"e.bmp", "e.tif", "e.png"}) {
+            gray16.Write(Path(name).c_str());
+            read.Read(Path(name).c_str(), Gray);
+            EXPECT_EQ(read.PixelGray(4, 2), gray16.PixelGray16(4, 2) >> c.shift & 255) << name << ' ' << c.depth;
+        }
+        read.Read(Put("e.pbm", std::string("P1 1 1\n0\n")).c_str(), Gray16);
+        EXPECT_EQ(read.PixelGray16(0, 0), (256 << c.shift) - 1) << c.depth;
+    }
 }
 
 TEST_F(ImageFileTest, JpegIsNearAndRefusesWhatItCannotHold)
@@ -314,9 +330,12 @@ TEST_F(ImageFileTest, JpegIsNearAndRefusesWhatItCannotHold)
     EXPECT_NEAR(read.PixelRgb(20, 15).Red, 200, 6);
     EXPECT_NEAR(read.PixelRgb(20, 15).Green, 120, 6);
     EXPECT_NEAR(read.PixelRgb(20, 15).Blue, 40, 8);
+    read.Read(Path("a.jpg").c_str(), Gray);
+    ASSERT_EQ(PixelTypes(read.Type), Gray);
+    EXPECT_NEAR(read.PixelGray(20, 15), 200, 6);
     read.Read(Path("a.jpg").c_str(), Gray16);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
-    Fill(wide, 4, 4, Gray16);
+    FillByPlace(wide, 4, 4, Gray16);
     wide.Write(Path("b.jpg").c_str());
     EXPECT_EQ(Message(), L"The image type (Gray16) is not supported for saving under the JPEG image format");
 }
@@ -326,10 +345,10 @@ TEST_F(ImageFileTest, FilesCutAnywhereAreRefusedAndLeaveTheImageAlone)
     for (const char* name : {"t.bmp", "t.pbm", "t.pgm", "t.ppm", "t.png", "t.jpg", "t.tif"}) {
         Image picture, image;
         const std::string kind = name;
-        Fill(picture, 61, 47, kind == "t.ppm" || kind == "t.jpg" ? Rgb : kind == "t.pbm" ? Gray1 : Gray);
+        FillByPlace(picture, 61, 47, kind == "t.ppm" || kind == "t.jpg" ? Rgb : kind == "t.pbm" ? Gray1 : Gray);
         picture.Write(Path(name).c_str());
         const Bytes whole = Contents(Path(name));
-        Fill(image, 3, 3, Gray);
+        FillByPlace(image, 3, 3, Gray);
         std::vector<std::size_t> cuts;
         for (std::size_t cut = 0; cut < 200 && cut < whole.size(); cut++)
             cuts.push_back(cut);

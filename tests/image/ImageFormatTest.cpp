@@ -1,18 +1,10 @@
 // What files of other programs hold: written here through the format's own library, byte by byte, or by hand.
-#include "foundation/Status.h"
-#include "image/Image.h"
-#include "image/Operator.h"
+#include "ImageFileSupport.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <filesystem>
+#include <csignal>
 #include <png.h>
-#include <string>
 #include <sys/resource.h>
 #include <tiffio.h>
-#include <unistd.h>
-#include <vector>
 #include <zlib.h>
 
 #include <jpeglib.h>
@@ -22,38 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-class ImageFormatTest : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        Status::ErrorBehavior(IgnoreIt);
-        TextOutput() = nullptr;
-        folder_ = fs::temp_directory_path() / ("tesk_image_format_" + std::to_string(getpid()));
-        fs::create_directories(folder_);
-    }
-    void TearDown() override
-    {
-        Operator::GrayDepth = 16;
-        TextOutput() = stderr;
-        fs::remove_all(folder_);
-    }
-
-    std::string Path(const std::string& name) const { return (folder_ / name).string(); }
-
-    std::string Put(const std::string& name, const Bytes& bytes) const
-    {
-        fs::remove(Path(name)); // some file systems write a file that is cut and rewritten through to the disk at once
-        std::FILE* file = std::fopen(Path(name).c_str(), "wb");
-        std::fwrite(bytes.data(), 1, bytes.size(), file);
-        std::fclose(file);
-        return Path(name);
-    }
-
-    fs::path folder_;
-};
+class ImageFormatTest : public ImageFolderTest
+{};
 
 struct Tiff
 {
@@ -77,13 +39,15 @@ void WriteTiffFile(const std::string& path, int width, const Tiff& tiff)
     TIFFClose(file);
 }
 
-void WritePngFile(const std::string& path, int width, int depth, int color, const Bytes& row, bool interlaced = false)
+/// A picture whose rows are all the same.
+void WritePngFile(const std::string& path, int width, int depth, int color, const Bytes& row, bool interlaced = false,
+                  int height = 1)
 {
     std::FILE* file = std::fopen(path.c_str(), "wb");
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
     png_init_io(png, file);
-    png_set_IHDR(png, info, static_cast<png_uint_32>(width), 1, depth, color,
+    png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), depth, color,
                  interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
     const png_color palette[] = {{1, 2, 3}, {200, 100, 50}};
@@ -93,8 +57,8 @@ void WritePngFile(const std::string& path, int width, int depth, int color, cons
         png_set_tRNS(png, info, opacity, 2, nullptr);
     }
     png_write_info(png, info);
-    png_bytep rows[] = {const_cast<png_bytep>(row.data())};
-    png_write_image(png, rows);
+    std::vector<png_bytep> rows(static_cast<std::size_t>(height), const_cast<png_bytep>(row.data()));
+    png_write_image(png, rows.data());
     png_write_end(png, nullptr);
     png_destroy_write_struct(&png, &info);
     std::fclose(file);
@@ -122,11 +86,29 @@ void WriteJpegFile(const std::string& path, J_COLOR_SPACE space, int components)
     std::fclose(file);
 }
 
-/// The bytes of the first row.
-Bytes FirstRow(const Image& image)
+/// No file grows beyond a size while this stands, as on a disk that is full by then.
+class FileSizeLimit
 {
-    return Bytes(image.Row(0), image.Row(0) + RowBytes(image.Width, image.Type));
-}
+public:
+    explicit FileSizeLimit(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &former_);
+        rlimit limit = former_;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        setrlimit(RLIMIT_FSIZE, &former_);
+        std::signal(SIGXFSZ, handler_);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit former_{};
+    void (*handler_)(int);
+};
 
 } // namespace
 
@@ -181,7 +163,7 @@ TEST_F(ImageFormatTest, TiffRowsConvertByTypeAndPhotometricValue)
         const auto what = "case " + std::to_string(&c - cases) + ' ' + Status::AsciiError();
         ASSERT_EQ(Status::Error().Code, c.code) << what;
         if (c.code == NoError) {
-            EXPECT_EQ(FirstRow(image), c.row) << what;
+            EXPECT_EQ(RowOf(image, 0), c.row) << what;
         }
     }
     WriteTiffFile(Path("a.tif"), 2, planes);
@@ -232,7 +214,7 @@ TEST_F(ImageFormatTest, PngRowsConvertByColorTypeAndDepth)
             const auto what = "case " + std::to_string(&c - cases) + ' ' + Status::AsciiError();
             ASSERT_EQ(Status::Error().Code, c.code) << what;
             if (c.code == NoError) {
-                EXPECT_EQ(FirstRow(image), c.row) << what;
+                EXPECT_EQ(RowOf(image, 0), c.row) << what;
             }
         }
 }
@@ -265,9 +247,52 @@ TEST_F(ImageFormatTest, JpegHoldsGrayAndColorAndNamesTheSpacesThatItRefuses)
     EXPECT_NEAR(image.PixelRgb(8, 8).Blue, 40, 4);
 }
 
+TEST_F(ImageFormatTest, BlankPagesOpenInTheTypesThatTakeMoreThanTheFile)
+{
+    // One bit a pixel, and nearly nothing once it is compressed: as much as each format can leave out.
+    constexpr int width = 10000, height = 2000;
+    Image page, read;
+    page.Set(width, height, Gray1);
+    std::memset(page.Row(0), 255, static_cast<std::size_t>(page.Pitch * height));
+    page.Write(Path("gray.bmp").c_str());
+    page.Write(Path("gray.png").c_str());
+    page.Write(Path("gray.pbm").c_str());
+    WritePngFile(Path("palette.png"), width, 1, PNG_COLOR_TYPE_PALETTE, Bytes(width / 8, 255), false, height);
+    TIFF* fax = TIFFOpen(Path("fax.tif").c_str(), "w");
+    TIFFSetField(fax, TIFFTAG_IMAGEWIDTH, width);
+    TIFFSetField(fax, TIFFTAG_IMAGELENGTH, height);
+    TIFFSetField(fax, TIFFTAG_ROWSPERSTRIP, height);
+    TIFFSetField(fax, TIFFTAG_SAMPLESPERPIXEL, 1);
+    TIFFSetField(fax, TIFFTAG_BITSPERSAMPLE, 1);
+    TIFFSetField(fax, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_MINISWHITE);
+    TIFFSetField(fax, TIFFTAG_COMPRESSION, COMPRESSION_CCITTFAX4);
+    Bytes white(width / 8);
+    for (int y = 0; y < height; y++)
+        TIFFWriteScanline(fax, white.data(), static_cast<std::uint32_t>(y), 0);
+    TIFFClose(fax);
+    const struct
+    {
+        const char* name;
+        PixelTypes type;
+        Bytes pixel;
+    } cases[] = {{"gray.bmp", Gray, {255}},
+                 {"gray.png", Gray, {255}},
+                 {"gray.png", Rgb, {255, 255, 255}},
+                 {"gray.pbm", Gray16, {255}},
+                 {"palette.png", Rgb, {50, 100, 200}},
+                 {"fax.tif", Gray, {255}}};
+    for (const auto& c : cases) {
+        read.Read(Path(c.name).c_str(), c.type);
+        ASSERT_EQ(Status::Error().Code, NoError) << c.name << ' ' << c.type << ' ' << Status::AsciiError();
+        ASSERT_EQ(read.Height, height) << c.name;
+        const std::uint8_t* last = read.Row(height - 1) + RowBytes(width - 1, c.type);
+        EXPECT_EQ(Bytes(last, last + c.pixel.size()), c.pixel) << c.name << ' ' << c.type;
+    }
+}
+
 TEST_F(ImageFormatTest, HeadersOfVastImagesAskForLittleMemory)
 {
-    Bytes bmp(100), tiff = {'I', 'I', 42, 0, 8, 0, 0, 0, 5, 0};
+    Bytes bmp = BmpHeader(60000, 60000, 24), tiff = {'I', 'I', 42, 0, 8, 0, 0, 0, 5, 0};
     tiff.resize(74);
     const std::uint16_t tags[][2] = {{256, 60000}, {257, 60000}, {262, 1}, {273, 8}, {279, 10}};
     for (std::size_t i = 0; i < 5; i++) {
@@ -278,20 +303,12 @@ TEST_F(ImageFormatTest, HeadersOfVastImagesAskForLittleMemory)
             entry[2 * k + 1] = static_cast<std::uint8_t>(fields[k] >> 8);
         }
     }
-    bmp[0] = 'B';
-    bmp[1] = 'M';
-    bmp[10] = 54;
-    bmp[14] = 40;
-    bmp[18] = bmp[22] = 0x60;
-    bmp[19] = bmp[23] = 0xea;
-    bmp[28] = 24;
-    Bytes png(100), jpeg(100);
+    bmp.resize(100);
+    Bytes png, jpeg;
     {
         // Small files, with 60,000 for their width and height.
         WritePngFile(Path("small.png"), 2, 8, PNG_COLOR_TYPE_RGB, {1, 2, 3, 4, 5, 6});
-        std::FILE* file = std::fopen(Path("small.png").c_str(), "rb");
-        png.resize(std::fread(png.data(), 1, png.size(), file));
-        std::fclose(file);
+        png = Contents(Path("small.png"));
         for (const std::size_t at : {std::size_t{18}, std::size_t{22}}) {
             png[at] = 0xea;
             png[at + 1] = 0x60;
@@ -300,10 +317,7 @@ TEST_F(ImageFormatTest, HeadersOfVastImagesAskForLittleMemory)
         for (std::size_t i = 0; i < 4; i++)
             png[29 + i] = static_cast<std::uint8_t>(crc >> (24 - 8 * i));
         WriteJpegFile(Path("small.jpg"), JCS_GRAYSCALE, 1);
-        file = std::fopen(Path("small.jpg").c_str(), "rb");
-        jpeg.resize(1000);
-        jpeg.resize(std::fread(jpeg.data(), 1, jpeg.size(), file));
-        std::fclose(file);
+        jpeg = Contents(Path("small.jpg"));
         for (std::size_t at = 0; at + 8 < jpeg.size(); at++)
             if (jpeg[at] == 0xff && jpeg[at + 1] == 0xc0)
                 for (const std::size_t side : {std::size_t{5}, std::size_t{7}}) {
@@ -358,7 +372,7 @@ TEST_F(ImageFormatTest, WritersRefuseATypeBeforeTheyTouchTheFileAndReportAFullDi
         {"k.pgm", bits, L"The image type (Gray1) is not supported for this operation, use one of Gray or Gray16"},
         {"k.ppm", gray, L"The image type (Gray) is not supported for this operation, use Rgb*"}};
     for (const auto& c : cases) {
-        Put(c.name, {1, 2, 3});
+        Put(c.name, Bytes{1, 2, 3});
         c.image.Write(Path(c.name).c_str());
         EXPECT_EQ(Status::Error().Code, UnsupportedType) << c.name;
         EXPECT_STREQ(Status::UnicodeError(), c.message);
@@ -376,10 +390,47 @@ TEST_F(ImageFormatTest, WritersRefuseATypeBeforeTheyTouchTheFileAndReportAFullDi
     }
 }
 
+TEST_F(ImageFormatTest, ADiskThatFillsUpIsReportedUpToTheLastByte)
+{
+    for (const char* name : {"f.bmp", "f.png", "f.jpg", "f.tif", "f.pbm", "f.pgm", "f.ppm"}) {
+        const std::string kind = name;
+        Image image;
+        FillByPlace(image, 120, 100, kind == "f.pbm" ? Gray1 : kind == "f.ppm" ? Rgb : Gray);
+        image.Write(Path(name).c_str());
+        ASSERT_EQ(Status::Error().Code, NoError) << name;
+        const auto size = fs::file_size(Path(name));
+        for (const auto room : {decltype(size){0}, decltype(size){9}, size / 2, size - 1}) {
+            fs::remove(Path(name));
+            int code = NoError;
+            {
+                const FileSizeLimit limit(room);
+                image.Write(Path(name).c_str());
+                code = Status::Error().Code;
+            }
+            EXPECT_EQ(code, CannotWrite) << name << " with room for " << room << " of " << size;
+        }
+    }
+}
+
+TEST_F(ImageFormatTest, AStripLongerThanAMillionPixelsIsWritten)
+{
+    Image strip, read;
+    strip.Set(1000001, 1, Gray);
+    std::memset(strip.Row(0), 9, 1000001);
+    strip.Row(0)[1000000] = 77;
+    for (const char* name : {"s.png", "s.tif", "s.pgm", "s.bmp"}) {
+        strip.Write(Path(name).c_str());
+        ASSERT_EQ(Status::Error().Code, NoError) << name << ' ' << Status::AsciiError();
+        read.Read(Path(name).c_str());
+        ASSERT_EQ(read.Width, 1000001) << name;
+        EXPECT_EQ(read.PixelGray(1000000, 0), 77) << name;
+    }
+}
+
 TEST_F(ImageFormatTest, AFileWithoutPermissionIsRefused)
 {
     if (geteuid() == 0) GTEST_SKIP() << "nothing is forbidden to the superuser";
-    const std::string path = Put("secret.bmp", {1, 2, 3});
+    const std::string path = Put("secret.bmp", Bytes{1, 2, 3});
     fs::permissions(path, fs::perms::none);
     Image image;
     image.Read(path.c_str());
@@ -405,10 +456,7 @@ TEST_F(ImageFormatTest, PbmWritesBlackForTheLowerHalfAndKeepsTheImage)
     }
     for (const Image* image : {&gray, &gray16, &bits}) {
         image->Write(Path("b.pbm").c_str());
-        std::FILE* file = std::fopen(Path("b.pbm").c_str(), "rb");
-        Bytes bytes(20);
-        bytes.resize(std::fread(bytes.data(), 1, bytes.size(), file));
-        std::fclose(file);
+        const Bytes bytes = Contents(Path("b.pbm"));
         EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 7), "P4\n9 1\n");
         EXPECT_EQ(Bytes(bytes.begin() + 7, bytes.end()), (Bytes{0x92, 0}));
     }

@@ -5,7 +5,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <cstring>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 using namespace Tesk;
@@ -115,6 +118,36 @@ TEST_F(ImageTest, ImpossibleSizesAreRefusedAndChangeNothing)
         EXPECT_EQ(image.Width, 4);
         EXPECT_EQ(image.Type, Gray);
     }
+    image.Set(4, 4, Undefined);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::Window");
+    EXPECT_EQ(image.Width, 0);
+    EXPECT_EQ(image.FirstPixel, nullptr);
+}
+
+TEST_F(ImageTest, ExternalBuffersThatNoRowsFitInAreRefused)
+{
+    std::uint8_t buffer[64] = {};
+    Image image;
+    image.Set(5, 3, Gray, buffer, -8, 16);
+    ASSERT_EQ(Status::Error().Code, NoError);
+    EXPECT_FALSE(image.OwnsBuffer);
+    EXPECT_EQ(image.Row(2), buffer);
+    const struct
+    {
+        int width, height;
+        PixelTypes type;
+        int pitch, offset;
+    } cases[] = {{0, 3, Gray, 8, 0}, {5, 0, Gray, 8, 0},  {5, 3, Gray, 4, 0},   {5, 3, Gray, -4, 16},
+                 {2, 3, Rgb, 5, 0},  {5, 3, Gray, 8, -1}, {5, 3, IntXY, 64, 0}, {MaxInt, 1, Rgb, 0, 0}};
+    for (const auto& c : cases) {
+        image.Set(c.width, c.height, c.type, buffer, c.pitch, c.offset);
+        EXPECT_EQ(Status::Error().Code, OutOfRange) << &c - cases;
+        EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::Set");
+        EXPECT_EQ(image.Row(2), buffer) << "the former view stays";
+    }
+    image.Set(5, 0, Gray, buffer);
+    EXPECT_EQ(Message(), L"An external buffer of 5 x 0 Gray pixels cannot be used");
 }
 
 TEST_F(ImageTest, PixelsAreReachedByStoreCoordinatesInsideTheWindowOnly)
@@ -165,6 +198,49 @@ TEST_F(ImageTest, ShadowsKeepTheirRelativeWindowAndTheirPixels)
     EXPECT_EQ(kept.Row(0)[0], 9);
     source.Detach(true);
     EXPECT_EQ(source.Row(0)[0], 1);
+}
+
+TEST_F(ImageTest, AShadowOnAVoidImageTakesTheSizeOfTheWindow)
+{
+    Image source, shadow;
+    source.Set(100, 50, Gray);
+    source.Window(30, 20, 40, 10);
+    shadow.ShallowCopy(source, false);
+    EXPECT_EQ(shadow.X, 0);
+    EXPECT_EQ(shadow.Y, 0);
+    EXPECT_EQ(shadow.Width, 40);
+    EXPECT_EQ(shadow.Height, 10);
+    EXPECT_EQ(shadow.StoreWidth, 100);
+    EXPECT_EQ(shadow.FirstPixel, source.Buffer + source.AlignOffset);
+}
+
+TEST_F(ImageTest, AViewThatDetachesReadsItsRowsAloneAndGetsAStoreOfItsOwn)
+{
+    // Rows of 5 bytes, 100 apart, up to the last byte that may be read.
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    void* const pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(pages, MAP_FAILED);
+    std::uint8_t* const end = static_cast<std::uint8_t*>(pages) + page;
+    ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+    for (const int pitch : {100, -100}) {
+        Image view;
+        view.Set(5, 3, Gray, end - 205, pitch, pitch > 0 ? 0 : 200);
+        for (int y = 0; y < 3; y++)
+            std::memset(view.Row(y), 10 + y, 5);
+        view.Window(1, 1, 3, 2);
+        view.Detach(true);
+        EXPECT_TRUE(view.OwnsBuffer);
+        EXPECT_EQ(view.Pitch, 8);
+        EXPECT_EQ(view.BufferSize, 8u * 3 + 62);
+        EXPECT_EQ(view.FirstPixel, view.Buffer + view.AlignOffset + 8 + 1);
+        view.Window();
+        for (int y = 0; y < 3; y++)
+            for (int x = 0; x < 5; x++)
+                EXPECT_EQ(view.PixelGray(x, y), 10 + y) << pitch;
+        std::memset(view.Row(0), 99, 24);
+        EXPECT_EQ(end[-1], pitch > 0 ? 12 : 10) << "the buffer of the view stays";
+    }
+    munmap(pages, 2 * page);
 }
 
 TEST_F(ImageTest, TheBlockOfAGoneImageLivesWithItsShadow)
@@ -224,9 +300,11 @@ TEST_F(ImageTest, BrokenBlocksAllocateNothing)
                  {{1, 0, 0, 0, 0xff, 0xff, 0xff, 0xff, 1, 0, 0, 0, 1, 0, 0, 0}, CannotAllocate}};
     for (const auto& c : cases) {
         Image image;
+        image.GradGain = 5;
         Archive reader = Archive::FromMemory(c.bytes);
         image.Transfer(reader);
         EXPECT_EQ(reader.Code(), c.code);
         EXPECT_EQ(image.Type, Undefined);
+        EXPECT_EQ(image.GradGain, 5);
     }
 }

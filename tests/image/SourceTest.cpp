@@ -1,9 +1,12 @@
 #include "image/Source.h"
 #include "foundation/Services.h"
 #include "foundation/Status.h"
+#include "measure/Profile.h"
 
 #include <gtest/gtest.h>
 
+#include <new>
+#include <string>
 #include <vector>
 
 using namespace Tesk;
@@ -20,7 +23,11 @@ protected:
         Status::ErrorBehavior(IgnoreIt);
         Services::Clipboard().Empty();
     }
-    void TearDown() override { Services::Install(static_cast<IWindowCapture*>(nullptr)); }
+    void TearDown() override
+    {
+        Services::Install(static_cast<IWindowCapture*>(nullptr));
+        Services::Install(static_cast<IClipboard*>(nullptr));
+    }
 
     static Block OnClipboard(int format = IClipboard::Dib)
     {
@@ -59,6 +66,15 @@ public:
         Pixels = {1, 2, 3, 255, 4, 5, 6, 255, 7, 8, 9, 255, 10, 11, 12, 255};
         return Window == this;
     }
+};
+
+/// A desktop without memory.
+class FullClipboard final : public IClipboard
+{
+public:
+    void Empty() override {}
+    void Put(int, std::vector<std::uint8_t>) override { throw std::bad_alloc(); }
+    bool Get(int, std::vector<std::uint8_t>&) override { throw std::bad_alloc(); }
 };
 
 } // namespace
@@ -184,4 +200,51 @@ TEST_F(ClipboardTest, APictureOfAWindowReplacesWhatWasThere)
     EXPECT_EQ(Block(block.begin() + 40, block.begin() + 44), (Block{7, 8, 9, 255}));
     Source::CopyToClipboard(static_cast<void*>(nullptr));
     EXPECT_EQ(Status::Error().Code, CannotPerform);
+}
+
+TEST_F(ClipboardTest, AProfileGoesOutAsLinesOfText)
+{
+    const auto text = [] {
+        const Block block = OnClipboard(IClipboard::Text);
+        return std::string(block.begin(), block.end());
+    };
+    Profile gray, rgb, wide;
+    for (const int value : {7, 255, -3, 12})
+        gray.Append(value);
+    gray.Window(1, 2);
+    Services::Clipboard().Put(IClipboard::Dib, {1});
+    Source::CopyToClipboard(gray);
+    ASSERT_EQ(Status::Error().Code, NoError);
+    EXPECT_EQ(text(), std::string("255\r\n-3\r\n\0", 10));
+    EXPECT_TRUE(OnClipboard().empty());
+    rgb.Append(1, 20, 255);
+    rgb.Append(INT32_MIN, INT32_MIN, INT32_MIN);
+    Source::CopyToClipboard(rgb);
+    EXPECT_EQ(text(), std::string("1\t20\t255\r\n-2147483648\t-2147483648\t-2147483648\r\n\0", 48));
+    wide.Set(3, Gray16);
+    Source::CopyToClipboard(wide);
+    EXPECT_EQ(Status::Error().Code, UnsupportedType);
+    EXPECT_STREQ(Status::UnicodeError(),
+                 L"The profile pixel Type (Gray16) is not supported for this clipboard operation");
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Source::CopyToClipboard");
+    Source::CopyToClipboard(Profile());
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+    EXPECT_EQ(text().size(), 48u) << "a refusal leaves the clipboard alone";
+}
+
+TEST_F(ClipboardTest, AWantOfMemoryIsAFailureLikeAnyOther)
+{
+    FullClipboard full;
+    Services::Install(&full);
+    Image image;
+    Profile profile;
+    image.Set(3, 3, Gray);
+    profile.Append(1);
+    Source::CopyToClipboard(image);
+    EXPECT_EQ(Status::Error().Code, CannotAllocate);
+    Source::CopyToClipboard(profile);
+    EXPECT_EQ(Status::Error().Code, CannotAllocate);
+    Source::PasteFromClipboard(image);
+    EXPECT_EQ(Status::Error().Code, CannotAllocate);
+    EXPECT_EQ(image.Width, 3);
 }

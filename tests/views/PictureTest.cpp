@@ -244,6 +244,30 @@ TEST_F(ObjectTest, TheMenuCopiesPicturePixelAndPlace)
     EXPECT_EQ(QApplication::clipboard()->image().size(), Part<QScrollArea>("Image0", "panel2")->viewport()->size());
 }
 
+TEST_F(ObjectTest, OpacitySurvivesTheClipboardOfTheDesktop)
+{
+    Image image, pasted;
+    image.Set(5, 3, Rgba);
+    for (int y = 0; y < 3; y++)
+        for (int x = 0; x < 5; x++)
+            image.PixelRgba(x, y) = RgbaPixel(200, 10 * x, 20 * y, 7);
+    Source::CopyToClipboard(image);
+    Source::PasteFromClipboard(pasted);
+    ASSERT_EQ(PixelTypes(pasted.Type), Rgba);
+    for (int y = 0; y < 3; y++)
+        for (int x = 0; x < 5; x++)
+            EXPECT_EQ(pasted.PixelRgba(x, y), image.PixelRgba(x, y)) << x << ' ' << y;
+    // Other programs see the colours.
+    EXPECT_EQ(QApplication::clipboard()->image().pixel(4, 2) & 0xffffff, 0xc82828u);
+    // And what they put there replaces it.
+    QImage other(2, 2, QImage::Format_RGB32);
+    other.fill(0x010203);
+    QApplication::clipboard()->setImage(other);
+    Source::PasteFromClipboard(pasted);
+    ASSERT_EQ(PixelTypes(pasted.Type), Rgb);
+    EXPECT_EQ(pasted.PixelRgb(1, 1), RgbPixel(1, 2, 3));
+}
+
 TEST_F(ObjectTest, ARowOfAProfileIsDraggedOnThePicture)
 {
     Open(100, 80);

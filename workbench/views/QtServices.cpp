@@ -101,6 +101,9 @@ public:
             data->setText(text.left(text.indexOf(QChar(0))));
         } else if (Format == Dib || Format == Bitmap)
             data->setImageData(ImageOfDib(Block));
+        if (Format == Dib)
+            data->setData(dibFormat, QByteArray(reinterpret_cast<const char*>(Block.data()),
+                                                static_cast<qsizetype>(Block.size())));
         QApplication::clipboard()->setMimeData(data);
     }
 
