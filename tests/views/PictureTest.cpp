@@ -5,6 +5,7 @@
 #include "workbench/views/GenericChildController.h"
 #include "workbench/views/ImageController.h"
 #include "workbench/views/ImagePropertyPageController.h"
+#include "workbench/views/ValueWidgets.h"
 
 #include <QAbstractButton>
 #include <QClipboard>
@@ -318,6 +319,9 @@ TEST_F(ObjectTest, AnchorsStartAtTheirPlacesAndComeBackWithReset)
         }
     };
     expectAll();
+    const auto* row = form_.findChild<OperationForm*>("OperationForm")->findChild<XYWidget*>("DstAnchor1");
+    ASSERT_TRUE(row);
+    EXPECT_EQ(row->Value().X, 75) << "shown, too";
     const Image& result = Value<Image>(L"Skewed0");
     EXPECT_EQ(result.Width, 100);
     EXPECT_EQ(result.PixelGray(50, 40), 50 + 2 * 40) << "anchors at the same places move nothing";

@@ -112,6 +112,7 @@ TEST_F(Sheets, AKernelOfAnotherSizeBecomesAMean)
     auto* grid = Part<QTableView>("Kernel0", "Coefficients");
     ASSERT_TRUE(grid);
     EXPECT_EQ(grid->model()->columnCount(), 3);
+    EXPECT_EQ(kernel.Coefficient(1, 2), 1.0 / 9) << "a new one, too";
     Type("Kernel0", "Width", "5");
     ASSERT_EQ(kernel.Width, 5);
     ASSERT_EQ(kernel.Height, 3);

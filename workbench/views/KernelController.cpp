@@ -11,6 +11,7 @@
 #include <QLocale>
 #include <QPushButton>
 
+#include <algorithm>
 #include <cmath>
 
 namespace TeskPlus {
@@ -130,6 +131,16 @@ void KernelWidget::FitCells()
                         grid_->horizontalHeader()->sizeHint().height() + grid_->verticalHeader()->length() + frame);
 }
 
+namespace {
+
+void MakeMean(Kernel& kernel)
+{
+    std::fill(kernel.Coefficients.begin(), kernel.Coefficients.end(),
+              1.0 / static_cast<double>(kernel.Coefficients.size()));
+}
+
+} // namespace
+
 KernelController::KernelController(const ControllerRequest& Request) : ControllerBase(Request, true)
 {
     widget_ = new KernelWidget(model_);
@@ -143,6 +154,10 @@ KernelController::KernelController(const ControllerRequest& Request) : Controlle
         UpdateControl(false, false);
         Notify(false, false, false);
     };
+    // A new mask begins as a mean, too: one of zeros would show a black picture.
+    if (Kernel* kernel = Request.FromDefault ? ObjectOf<Kernel>(this) : nullptr)
+        if (std::all_of(kernel->Coefficients.begin(), kernel->Coefficients.end(), [](double c) { return c == 0; }))
+            MakeMean(*kernel);
     UpdateControl(false, false);
 }
 
@@ -155,11 +170,13 @@ void KernelController::UpdateProperty()
 {
     Kernel* kernel = ObjectOf<Kernel>(this);
     if (!kernel) return;
-    const int width = kernel->Width, height = kernel->Height;
-    const bool isSameSize = width == model_.Width() && height == model_.Height();
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < width; x++)
-            kernel->Coefficient(x, y) = isSameSize ? model_.At(x, y) : 1.0 / (static_cast<double>(width) * height);
+    if (kernel->Width != model_.Width() || kernel->Height != model_.Height()) {
+        MakeMean(*kernel);
+        return;
+    }
+    for (int y = 0; y < kernel->Height; y++)
+        for (int x = 0; x < kernel->Width; x++)
+            kernel->Coefficient(x, y) = model_.At(x, y);
 }
 
 void KernelController::UpdateControl(bool, bool)

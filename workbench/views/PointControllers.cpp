@@ -44,13 +44,13 @@ void XYController::UpdateProperty()
 {
     const bool fromUser = std::exchange(updateFromWidget_, false);
     if (!IsInOnly()) return;
-    const Image* mother = MotherImage();
+    const Image* mother = Picture();
     if (!mother) {
         // A point without a picture is what the user typed.
         if (fromUser) Write<XY>(Widget().Value());
         return;
     }
-    const double maximumX = Max(0, mother->Width - 1), maximumY = Max(0, mother->Height - 1);
+    const double maximumX = mother->Width - 1, maximumY = mother->Height - 1;
     Widget().SetRange(0, maximumX, 0, maximumY);
     if (!fromUser) {
         Widget().SetValue(Read<XY>({0, 0}));
@@ -62,6 +62,7 @@ void XYController::UpdateProperty()
 
 void XYController::UpdateControl(bool, bool)
 {
+    if (const Image* mother = Picture()) Widget().SetRange(0, mother->Width - 1, 0, mother->Height - 1);
     Widget().SetValue(Read<XY>({0, 0}));
     RepaintMother();
 }
@@ -76,6 +77,12 @@ void XYController::UpdateChildControl()
 void XYController::ResetAnchor(int Width, int Height)
 {
     if (IsInOnly()) ResetLocation(Width, Height);
+}
+
+const Image* XYController::Picture() const
+{
+    const Image* mother = MotherImage();
+    return mother && mother->Width > 0 && mother->Height > 0 ? mother : nullptr;
 }
 
 void XYController::ResetLocation(int Width, int Height)
@@ -94,9 +101,9 @@ void XYController::SetMotherController(IController* Mother)
     const bool isNew = Mother != motherController_;
     if (isNew && motherController_) motherController_->RemoveChild(*this);
     OverlayValueController::SetMotherController(Mother);
-    const Image* mother = MotherImage();
-    // A picture that is made only by the run has no size yet: its anchors stand where the panel put them.
-    if (isNew && mother && mother->Width > 0) ResetAnchor(mother->Width, mother->Height);
+    // The anchors of a picture that only the run makes stand where the panel put them.
+    const Image* mother = Picture();
+    if (isNew && mother) ResetAnchor(mother->Width, mother->Height);
 }
 
 SiteController::SiteController(const ControllerRequest& Request) : OverlayValueController(Request)

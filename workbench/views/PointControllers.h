@@ -20,6 +20,8 @@ public:
 
 private:
     XYWidget& Widget() const { return *static_cast<XYWidget*>(widget_.data()); }
+    /// The mother's picture; null for none, and for one that has no size yet.
+    const Image* Picture() const;
     /// The place that the name of the point gives it on an image of that size.
     void ResetLocation(int Width, int Height);
 
