@@ -411,6 +411,19 @@ TEST(MainForm, HidingTheHelpNarrowsTheWindowsAndEscapeClosesDialogs)
         EXPECT_FALSE(help->isVisible());
     bench.Menu({"File", "Show Help"});
     EXPECT_EQ(bench.OperationWindow()->width(), wide);
+    // A sheet gives the room of its help back, a picture keeps its size.
+    bench.Menu({"Process", "Morphology", "Basic Morphology...", "Dilate"});
+    const auto widthOf = [&](const char* title) {
+        for (auto* window : bench.Form().findChildren<ToolWindow*>("PropertySheetController"))
+            if (window->windowTitle() == title) return window->width();
+        return 0;
+    };
+    const int sheet = widthOf("Morpho0"), picture = widthOf("Image0");
+    bench.Menu({"File", "Show Help"});
+    EXPECT_LT(widthOf("Morpho0"), sheet);
+    EXPECT_EQ(widthOf("Image0"), picture);
+    bench.Menu({"File", "Show Help"});
+    bench.ClickLine(1);
     bench.WhenModal([](QWidget* box) { QTest::keyClick(box, Qt::Key_Escape); });
     bench.ClickLine(1);
     QTest::mouseClick(bench.OperationWindow()->findChild<QPushButton*>("Delete"), Qt::LeftButton);

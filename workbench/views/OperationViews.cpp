@@ -16,6 +16,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace TeskPlus {
 
 namespace {
@@ -330,7 +332,12 @@ void OperationViews::ToggleHelp()
     for (QMdiSubWindow* sub : workArea_.subWindowList())
         if (auto* window = qobject_cast<ToolWindow*>(sub)) {
             HelpWidget::ToggleHelp(*window);
-            if (window->isVisible() && (window == form_ || window == parameters_)) window->FitContent();
+            // A picture's window keeps its size: its help is on a page that is not shown.
+            const QList<HelpWidget*> helps = window->findChildren<HelpWidget*>();
+            const bool isOnPage = std::any_of(helps.begin(), helps.end(), [window](const HelpWidget* help) {
+                return help->parentWidget() && help->parentWidget()->isVisibleTo(window);
+            });
+            if (window->isVisible() && isOnPage) window->FitContent();
         }
 }
 
