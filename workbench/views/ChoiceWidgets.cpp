@@ -247,7 +247,9 @@ StringInputWidget::StringInputWidget(const QString& label, bool enabled, std::ui
         caption->setBuddy(text_);
         row->addWidget(text_, 1);
         connect(text_, &QLineEdit::textEdited, this, [this](const QString& text) {
-            value_ = text;
+            // A box that shows the file's name alone keeps the folder, unless another one is typed.
+            const bool isName = HasFileButton() && !value_.isEmpty() && !text.contains('/');
+            value_ = isName ? QFileInfo(value_).path() + '/' + text : text;
             Notify(false);
         });
     }

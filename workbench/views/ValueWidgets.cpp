@@ -418,6 +418,9 @@ RgbWidget::RgbWidget(const QString& label, bool enabled, std::uint32_t flags, QW
         grid->addWidget(texts_[c], c, 2);
         connect(texts_[c], &QLineEdit::textEdited, this,
                 [this, c](const QString& text) { SetComponent(c, text.toInt(), false); });
+        // What cannot be read is put right when the box is left.
+        connect(texts_[c], &QLineEdit::editingFinished, this,
+                [this, c] { texts_[c]->setText(QString::number(Component(c))); });
         if (!slider) continue;
         sliders_[c] = new QSlider(Qt::Horizontal);
         sliders_[c]->setObjectName(QString("Slider") + names[c]);
@@ -538,6 +541,8 @@ XYWidget::XYWidget(const QString& label, bool enabled, std::uint32_t flags, QWid
             texts_[i]->setFixedWidth(textWidth + 16);
             row->addWidget(texts_[i]);
             connect(texts_[i], &QLineEdit::textEdited, this, [this] { Edited(); });
+            connect(texts_[i], &QLineEdit::editingFinished, this,
+                    [this, i] { texts_[i]->setText(FloatWidget::TextOf(i == 0 ? m_Value.X : m_Value.Y)); });
         }
     }
     row->addStretch(1);
