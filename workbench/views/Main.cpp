@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
+#include <QScreen>
 #include <QTimer>
 
 int main(int argc, char** argv)
@@ -25,9 +26,13 @@ int main(int argc, char** argv)
     Tesk::Engine::Trace = parser.isSet(trace) ? stdout : nullptr;
 
     TeskPlus::MainForm form(!parser.isSet(noSplash));
+    // Without a window manager nobody else makes it large.
+    form.resize(form.screen()->availableSize());
     form.showMaximized();
-    // Behind the first showing, when the work area has its size.
-    QTimer::singleShot(0, &form, [&] {
+    // The windows take their places by the size of the work area, which a window manager sets some time after the
+    // first showing.
+    constexpr int settled = 150;
+    QTimer::singleShot(settled, &form, [&] {
         for (const QString& path : parser.positionalArguments())
             form.OpenImage(QFileInfo(path).absoluteFilePath());
     });
