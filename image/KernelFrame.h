@@ -11,6 +11,7 @@
 
 namespace Tesk::filters {
 
+using points::InPlace;
 using points::Types;
 
 /// Beyond this size sums of 16-bit pixels over a square would not fit in 64 bits.
@@ -43,15 +44,8 @@ inline int CheckClip(GrayClipping clip, std::initializer_list<GrayClipping> serv
     return points::RefuseClip(clip);
 }
 
-/// Whether the filter keeps the source rows that it still needs, so that it can write over them at the same place.
-enum class InPlace
-{
-    Served,
-    Copied
-};
-
 /// The source during an operation: a view, or a copy of the window where the filter's writes would reach pixels that
-/// are still to be read.
+/// are still to be read. A filter that keeps the source rows that it still needs can write over them at the same place.
 class Source
 {
 public:

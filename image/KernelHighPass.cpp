@@ -47,38 +47,61 @@ void Differences(const Image& src, const Image& means, Image& dst, GrayClipping 
     }
 }
 
-using Means = void (*)(const Image&, int, int, Image&);
+enum class LowPass
+{
+    Box,
+    Gauss
+};
 
-void HighPass(const char* context, Means means, int width, int height, const Image& src, Image& dst, GrayClipping clip,
-              double gain)
+/// With a gain, the means of 16-bit pixels keep their fraction.
+void FractionDifferences(LowPass lowPass, int width, int height, const Image& src, Image& dst, GrayClipping clip,
+                         double gain)
+{
+    const bool box = lowPass == LowPass::Box;
+    const double count = box ? static_cast<double>(width) * height : static_cast<double>(GaussProduct(height));
+    const auto put = [&](int x, int y, std::size_t n, const std::int64_t* sums) {
+        const Gray16Pixel* s = src.Row<Gray16Pixel>(y) + x;
+        Gray16Pixel* d = dst.Row<Gray16Pixel>(y) + x;
+        for (std::size_t i = 0; i < n; i++) {
+            const double value = s[i] * gain - static_cast<double>(sums[i]) * gain / count;
+            d[i] = static_cast<Gray16Pixel>(Clipped(Truncated(value), clip, words));
+        }
+    };
+    if (!box) {
+        EachGaussSum(src, width, height, put);
+        return;
+    }
+    std::vector<std::int64_t> row(static_cast<std::size_t>(int(src.Width)));
+    EachBoxSum<Gray16Pixel>(
+        src, width, height, [](Gray16Pixel value) { return std::int64_t{value}; },
+        [&](int x, int y, std::int64_t sum) {
+            row[static_cast<std::size_t>(x)] = sum;
+            if (x + 1 == src.Width) put(0, y, row.size(), row.data());
+        });
+}
+
+void HighPass(const char* context, LowPass lowPass, int width, int height, const Image& src, Image& dst,
+              GrayClipping clip, double gain)
 {
     const Entry entry(context);
     if (entry.Refuses(CheckSource(src, {Gray, Gray16})) || entry.Refuses(CheckSizes(width, height)) ||
         entry.Refuses(CheckClip(clip, {Saturate, Absolute, Rescale})))
         return;
+    const bool fractions = src.Type == Gray16 && gain != 1;
     Source source;
-    // Where a mean has been worked out, one pixel of the source is left to be read.
-    if (source.Hold(entry, src, dst, src.Type, InPlace::Served)) return;
+    // Where a mean has been worked out, one pixel of the source is left to be read; but the sums of a box still take
+    // out rows that have been passed.
+    if (source.Hold(entry, src, dst, src.Type,
+                    fractions && lowPass == LowPass::Box ? InPlace::Copied : InPlace::Served))
+        return;
     Guarded(entry, [&] {
-        if (source->Type == Gray16 && gain != 1 && means == BoxMeans) {
-            // With a gain, a 16-bit mean keeps its fraction.
-            const double count = static_cast<double>(width) * height;
-            Image results;
-            if (!results.TrySet(source->Width, source->Height, Gray16)) throw std::bad_alloc();
-            EachBoxSum<Gray16Pixel>(
-                *source, width, height, [](Gray16Pixel value) { return std::int64_t{value}; },
-                [&](int x, int y, std::int64_t sum) {
-                    const double value =
-                        source->Row<Gray16Pixel>(y)[x] * gain - static_cast<double>(sum) * gain / count;
-                    results.Row<Gray16Pixel>(y)[x] = static_cast<Gray16Pixel>(Clipped(Truncated(value), clip, words));
-                });
-            for (int y = 0; y < dst.Height; y++)
-                std::copy_n(results.Row<Gray16Pixel>(y), int(dst.Width), dst.Row<Gray16Pixel>(y));
+        if (fractions) {
+            FractionDifferences(lowPass, width, height, *source, dst, clip, gain);
             return;
         }
         Image low;
         if (!low.TrySet(source->Width, source->Height, source->Type)) throw std::bad_alloc();
-        means(*source, width, height, low);
+        (lowPass == LowPass::Box ? BoxMeans : GaussMeans)(*source, width, height, low);
         if (source->Type == Gray16)
             Differences<Gray16Pixel>(*source, low, dst, clip, gain, words);
         else
@@ -122,13 +145,13 @@ void Kernel::Unsharp(double Strength, const Image& Src, Image& Dst)
 void Kernel::BoxHighPass(int FilterWidth, int FilterHeight, const Image& Src, Image& Dst, GrayClipping Clip,
                          double Gain)
 {
-    HighPass("Tesk::Kernel::BoxHighPass", BoxMeans, FilterWidth, FilterHeight, Src, Dst, Clip, Gain);
+    HighPass("Tesk::Kernel::BoxHighPass", LowPass::Box, FilterWidth, FilterHeight, Src, Dst, Clip, Gain);
 }
 
 void Kernel::GaussHighPass(int FilterWidth, int FilterHeight, const Image& Src, Image& Dst, GrayClipping Clip,
                            double Gain)
 {
-    HighPass("Tesk::Kernel::GaussHighPass", GaussMeans, FilterWidth, FilterHeight, Src, Dst, Clip, Gain);
+    HighPass("Tesk::Kernel::GaussHighPass", LowPass::Gauss, FilterWidth, FilterHeight, Src, Dst, Clip, Gain);
 }
 
 } // namespace Tesk

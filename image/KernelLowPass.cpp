@@ -92,12 +92,16 @@ Cascade BoxesFor(int size)
     return {{width(first), width(second), width(third)}};
 }
 
-/// The cascade for any pixel and size: sums of three boxes of 16-bit pixels need 64 bits.
-template <typename T>
-void WideCascadeStrip(const Cascade& boxes, const T* s, T* d, std::size_t n)
+std::uint64_t Product(const Cascade& boxes)
+{
+    return std::uint64_t{boxes.widths[0]} * boxes.widths[1] * boxes.widths[2];
+}
+
+/// The cascade for any pixel and size, divided by `divisor`: sums of three boxes of 16-bit pixels need 64 bits.
+template <typename T, typename D>
+void WideCascadeStrip(const Cascade& boxes, std::uint64_t divisor, const T* s, D* d, std::size_t n)
 {
     const std::size_t reach = boxes.Reach(), a = boxes.widths[0], b = boxes.widths[1], c = boxes.widths[2];
-    const std::uint64_t product = std::uint64_t{a} * b * c;
     std::uint64_t first[stripLanes] = {}, second[stripLanes] = {}, third[stripLanes] = {};
     for (std::size_t t = 0; t < n + 2 * reach; t++) {
         const T* line = s + stripLanes * t;
@@ -110,7 +114,7 @@ void WideCascadeStrip(const Cascade& boxes, const T* s, T* d, std::size_t n)
         }
         if (t < 2 * reach) continue;
         for (std::size_t i = 0; i < stripLanes; i++)
-            d[stripLanes * (t - 2 * reach) + i] = static_cast<T>(third[i] / product);
+            d[stripLanes * (t - 2 * reach) + i] = static_cast<D>(third[i] / divisor);
     }
 }
 
@@ -119,16 +123,22 @@ void RunStrip(const Cascade& boxes, const std::uint8_t* s, std::uint8_t* d, std:
     if (boxes.Reach() <= largestFastSize / 2)
         kernels::CascadeStrip(boxes, s, d, n);
     else
-        WideCascadeStrip(boxes, s, d, n);
+        WideCascadeStrip(boxes, Product(boxes), s, d, n);
 }
 
 void RunStrip(const Cascade& boxes, const std::uint16_t* s, std::uint16_t* d, std::size_t n)
 {
-    WideCascadeStrip(boxes, s, d, n);
+    WideCascadeStrip(boxes, Product(boxes), s, d, n);
+}
+
+/// The sums themselves.
+void RunStrip(const Cascade& boxes, const std::uint16_t* s, std::int64_t* d, std::size_t n)
+{
+    WideCascadeStrip(boxes, 1, s, d, n);
 }
 
 /// Sixteen rows or columns side by side, `length` lines long, with the lines that the cascade needs before and behind.
-template <typename T>
+template <typename T, typename D = T>
 class Strip
 {
 public:
@@ -138,7 +148,7 @@ public:
     {}
 
     T* In(std::size_t line) { return in_.data() + stripLanes * (before_ + reach_ + line); }
-    const T* Out(std::size_t line) const { return out_.data() + stripLanes * line; }
+    const D* Out(std::size_t line) const { return out_.data() + stripLanes * line; }
 
     void Run()
     {
@@ -152,7 +162,8 @@ public:
 private:
     const Cascade& boxes_;
     std::size_t length_, reach_, before_;
-    std::vector<T> in_, out_;
+    std::vector<T> in_;
+    std::vector<D> out_;
 };
 
 void Transpose(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
@@ -194,32 +205,33 @@ void AlongRows(const Image& src, int size, Image& dst)
     }
 }
 
-/// A line of the cache is 64 bytes: the columns of so many strips are taken together.
-template <typename T>
-void AlongColumns(const Image& src, int size, Image& dst)
+/// A line of the cache is 64 bytes: the columns of so many strips are taken together. `f(x, y, count, results)`, after
+/// all these columns have been read.
+template <typename T, typename D = T, typename F>
+void AlongColumns(const Image& src, int size, F f)
 {
     constexpr int lanes = stripLanes, together = 64 / static_cast<int>(sizeof(T)) / lanes;
     const Cascade boxes = BoxesFor(size);
     const int width = src.Width;
     const auto height = static_cast<std::size_t>(int(src.Height));
-    std::vector<Strip<T>> strips;
+    std::vector<Strip<T, D>> strips;
     strips.reserve(together);
     for (int k = 0; k < together; k++)
         strips.emplace_back(boxes, height);
     for (int x = 0; x < width; x += lanes * together) {
-        const auto each = [&](auto f) {
+        const auto each = [&](auto run) {
             for (int k = 0; k < together && x + k * lanes < width; k++)
-                f(strips[static_cast<std::size_t>(k)], x + k * lanes,
-                  static_cast<std::size_t>(Min(lanes, width - x - k * lanes)));
+                run(strips[static_cast<std::size_t>(k)], x + k * lanes,
+                    static_cast<std::size_t>(Min(lanes, width - x - k * lanes)));
         };
         for (std::size_t y = 0; y < height; y++)
-            each([&](Strip<T>& strip, int column, std::size_t count) {
+            each([&](Strip<T, D>& strip, int column, std::size_t count) {
                 std::copy_n(src.Row<T>(static_cast<int>(y)) + column, count, strip.In(y));
             });
-        each([](Strip<T>& strip, int, std::size_t) { strip.Run(); });
+        each([](Strip<T, D>& strip, int, std::size_t) { strip.Run(); });
         for (std::size_t y = 0; y < height; y++)
-            each([&](Strip<T>& strip, int column, std::size_t count) {
-                std::copy_n(strip.Out(y), count, dst.Row<T>(static_cast<int>(y)) + column);
+            each([&](Strip<T, D>& strip, int column, std::size_t count) {
+                f(column, static_cast<int>(y), count, strip.Out(y));
             });
     }
 }
@@ -247,8 +259,8 @@ void SmallGauss(const Image& src, const kernels::Mask& across, const kernels::Ma
     }
 }
 
-template <typename T>
-void Gauss(const Image& src, int width, int height, Image& dst)
+template <typename T, typename D = T, typename F>
+void EachGauss(const Image& src, int width, int height, F f)
 {
     Image rows;
     const Image* from = &src;
@@ -257,7 +269,15 @@ void Gauss(const Image& src, int width, int height, Image& dst)
         AlongRows<T>(src, width, rows);
         from = &rows;
     }
-    AlongColumns<T>(*from, height, dst);
+    AlongColumns<T, D>(*from, height, f);
+}
+
+template <typename T>
+void Gauss(const Image& src, int width, int height, Image& dst)
+{
+    EachGauss<T>(src, width, height, [&](int x, int y, std::size_t count, const T* means) {
+        std::copy_n(means, count, dst.Row<T>(y) + x);
+    });
 }
 
 } // namespace
@@ -272,45 +292,35 @@ void GaussMeans(const Image& src, int width, int height, Image& dst)
         Gauss<GrayPixel>(src, width, height, dst);
 }
 
+void EachGaussSum(const Image& src, int width, int height, const SumsOfRow& f)
+{
+    EachGauss<Gray16Pixel, std::int64_t>(src, width, height, f);
+}
+
+std::uint64_t GaussProduct(int size)
+{
+    return Product(BoxesFor(size));
+}
+
 namespace {
 
-/// The histogram of a square that slides along a row; the pixels beyond the window count as the nearest.
+/// The mean of those pixels of a square that are near the one in its middle.
 template <typename T>
 void SigmaFilter(const Image& src, int size, int range, Image& dst)
 {
     constexpr int largest = std::numeric_limits<T>::max();
-    const int h = size / 2, columns = src.Width, rows = src.Height;
-    std::vector<std::uint32_t> bins(static_cast<std::size_t>(largest) + 1);
-    for (int y = 0; y < rows; y++) {
-        const int top = Max(y - h, 0), bottom = Min(y + h, rows - 1);
-        // Unsigned, so that taking out is adding the opposite.
-        const auto add = [&](int x, int times) {
-            x = Clamp(x, 0, columns - 1);
-            const auto count = [&](int row, int more) {
-                bins[src.Row<T>(row)[x]] += static_cast<std::uint32_t>(more * times);
-            };
-            for (int row = top; row <= bottom; row++)
-                count(row, 1);
-            if (y - h < 0) count(0, h - y);
-            if (y + h > rows - 1) count(rows - 1, y + h - rows + 1);
-        };
-        std::fill(bins.begin(), bins.end(), 0u);
-        EachLineAroundFirst(columns, h, add);
-        const T* s = src.Row<T>(y);
-        T* d = dst.Row<T>(y);
-        for (int x = 0; x < columns; x++) {
+    EachSquareHistogram<T>(src, size, [&](int y) {
+        return [=, s = src.Row<T>(y), d = dst.Row<T>(y)](int x, const std::uint32_t* bins) {
             const int from = Max(0, s[x] - range), to = Min(largest, s[x] + range);
             std::uint64_t count = 0, sum = 0;
             for (int g = from; g <= to; g++) {
-                const std::uint64_t bin = bins[static_cast<std::size_t>(g)];
+                const std::uint64_t bin = bins[g];
                 count += bin;
                 sum += bin * static_cast<std::uint64_t>(g);
             }
             d[x] = static_cast<T>(count == 0 ? 0 : sum / count);
-            add(x + h + 1, 1);
-            add(x - h, -1);
-        }
-    }
+        };
+    });
 }
 
 /// The frame of a mean of an odd box.

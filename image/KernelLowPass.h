@@ -3,7 +3,10 @@
 
 #include "image/Image.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <functional>
+#include <limits>
 #include <vector>
 
 namespace Tesk::filters {
@@ -14,6 +17,15 @@ void BoxMeans(const Image& src, int width, int height, Image& dst);
 
 /// The cascade of three boxes along rows, then columns, each truncated; as above, but `dst` may be `src`.
 void GaussMeans(const Image& src, int width, int height, Image& dst);
+
+/// Sums of `count` pixels of row `y` from column `x` on.
+using SumsOfRow = std::function<void(int x, int y, std::size_t count, const std::int64_t* sums)>;
+
+/// The same cascade on a `Gray16` window, whose last boxes are left undivided: a mean is a sum by
+/// `GaussProduct(height)`. A pixel of the window is read no more once its sum has been handed on. Throws
+/// `std::bad_alloc`.
+void EachGaussSum(const Image& src, int width, int height, const SumsOfRow& f);
+std::uint64_t GaussProduct(int size);
 
 /// How often each line of `count` lies within `radius` of line 0, the lines beyond the ends counted as the nearest.
 /// `f(line, times)`.
@@ -50,6 +62,37 @@ void EachBoxSum(const Image& src, int width, int height, Value value, F f)
         const T* leave = src.Row<T>(y > h ? y - h : 0);
         for (int x = 0; x < columns; x++)
             sums[static_cast<std::size_t>(x)] += value(enter[x]) - value(leave[x]);
+    }
+}
+
+/// The histogram of a square as it slides along each row (Huang 1979), the pixels beyond the window counted as the
+/// nearest: `row(y)` gives the function that is called as `f(x, bins)` along that row.
+template <typename T, typename Row>
+void EachSquareHistogram(const Image& src, int size, Row row)
+{
+    const int h = size / 2, columns = src.Width, rows = src.Height;
+    std::vector<std::uint32_t> bins(std::size_t{std::numeric_limits<T>::max()} + 1);
+    for (int y = 0; y < rows; y++) {
+        const int top = Max(y - h, 0), bottom = Min(y + h, rows - 1);
+        // Unsigned, so that taking out is adding the opposite.
+        const auto add = [&](int x, int times) {
+            x = Clamp(x, 0, columns - 1);
+            const auto count = [&](int line, int more) {
+                bins[src.Row<T>(line)[x]] += static_cast<std::uint32_t>(more * times);
+            };
+            for (int line = top; line <= bottom; line++)
+                count(line, 1);
+            if (y - h < 0) count(0, h - y);
+            if (y + h > rows - 1) count(rows - 1, y + h - rows + 1);
+        };
+        std::fill(bins.begin(), bins.end(), 0u);
+        EachLineAroundFirst(columns, h, add);
+        auto f = row(y);
+        for (int x = 0; x < columns; x++) {
+            f(x, bins.data());
+            add(x + h + 1, 1);
+            add(x - h, -1);
+        }
     }
 }
 

@@ -97,22 +97,24 @@ void Kernel::Convolve(const Image& Src, Image& Dst)
     // The rows that are still needed are kept as doubles.
     if (source.Hold(entry, Src, Dst, Gray, InPlace::Served)) return;
     Guarded(entry, [&] {
-        const int width = source->Width, height = source->Height, up = Height / 2;
-        const std::size_t rowCount = static_cast<std::size_t>(Min(Max(Height, 1), height));
+        // A mask without coefficients reaches nowhere, however long its one side.
+        const int maskWidth = Coefficients.empty() ? 0 : Width, maskHeight = Coefficients.empty() ? 0 : Height;
+        const int width = source->Width, height = source->Height, up = maskHeight / 2;
+        const std::size_t rowCount = static_cast<std::size_t>(Min(Max(maskHeight, 1), height));
         std::vector<std::vector<double>> ring(rowCount);
         std::vector<double> sums(static_cast<std::size_t>(width));
         int taken = 0;
         for (int y = 0; y < height; y++) {
-            const std::int64_t last = Min<std::int64_t>(std::int64_t{y} - up + Height - 1, height - 1);
+            const std::int64_t last = Min<std::int64_t>(std::int64_t{y} - up + maskHeight - 1, height - 1);
             for (; taken <= Max<std::int64_t>(last, 0) && taken < height; taken++)
                 ring[static_cast<std::size_t>(taken) % rowCount] =
-                    Extended(*source, taken, Width / 2, Width - Width / 2);
+                    Extended(*source, taken, maskWidth / 2, maskWidth - maskWidth / 2);
             std::fill(sums.begin(), sums.end(), Offset);
             const double* coefficient = Coefficients.data();
-            for (int j = 0; j < Height && Width > 0; j++) {
+            for (int j = 0; j < maskHeight; j++) {
                 const auto from = Clamp<std::int64_t>(std::int64_t{y} - up + j, 0, height - 1);
                 const double* row = ring[static_cast<std::size_t>(from) % rowCount].data();
-                for (int i = 0; i < Width; i++, coefficient++)
+                for (int i = 0; i < maskWidth; i++, coefficient++)
                     for (int x = 0; x < width; x++)
                         sums[static_cast<std::size_t>(x)] += *coefficient * row[x + i];
             }

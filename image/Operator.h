@@ -76,9 +76,9 @@ public:
     /// Half way between two colours, for `Rgb`.
     static void Binarize(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src, Image& Dst, bool Above = true,
                          Binarization Mode = Binary);
-    /// Nearness to one colour, for `Rgb`.
+    /// Nearness to one colour, for `Rgb`; the mode given tells it from the form above.
     static void Binarize(RgbPixel ForeColor, RgbPixel Tolerance, const Image& Src, Image& Dst, Binarization Mode,
-                         bool Isotropic);
+                         bool Isotropic = false);
 
     static void AddCorrect(const Image& Src, const Image& SrcWhite, Image& Dst, int White = 0);
     static void AddCorrect(const Image& Src, const Image& SrcWhite, Image& Dst, RgbPixel White);

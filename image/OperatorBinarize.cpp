@@ -1,11 +1,11 @@
 // Thresholds: given, automatic, adaptive, and by colour.
 #include "image/Operator.h"
 
+#include "image/KernelFrame.h"
+#include "image/KernelLowPass.h"
 #include "image/LevelCounts.h"
-#include "image/OperatorFrame.h"
 
 #include <array>
-#include <vector>
 
 namespace Tesk {
 
@@ -53,13 +53,7 @@ void WriteSplit(const Image& src, Image& dst, const Split& split, bool above, Bi
         ThroughTable(src, dst, [&](int v) { return TruncatedByte(Ramp(v, split.below, split.above, above)); });
         break;
     case ToGray1:
-        for (int y = 0; y < dst.Height; y++)
-            for (int x = 0; x < dst.Width; x += 8) {
-                int bits = 0;
-                for (int i = 0; i < Min(8, dst.Width - x); i++)
-                    bits |= (src.Row(y)[x + i] > split.threshold) == above ? 0x80 >> i : 0;
-                dst.Row(y)[x >> 3] = static_cast<std::uint8_t>(bits);
-            }
+        ToBits<GrayPixel>(src, dst, [&](GrayPixel v) { return (v > split.threshold) == above; });
         break;
     default: {
         const std::uint8_t high = above ? 255 : 0, low = above ? 0 : 255;
@@ -166,31 +160,17 @@ void PrincipalColors(const Image& src, RgbPixel& back, RgbPixel& fore)
     fore = mean(1, RgbPixel(255, 255, 255));
 }
 
-/// The adaptive threshold on one type: sums of columns move down, a sum of those moves along. Unsigned sums wrap alike
-/// on both sides of the comparison only as long as they fit, so they are 64-bit.
+/// The adaptive threshold on one type.
 template <typename T>
 void WriteAdaptive(const Image& src, Image& dst, int size, int noise, bool above)
 {
-    const int width = src.Width, height = src.Height, half = size / 2;
     const std::int64_t area = std::int64_t{size} * size;
-    const auto row = [&](int y) { return src.Row<T>(Clamp(y, 0, height - 1)); };
-    std::vector<std::int64_t> columns(static_cast<std::size_t>(width));
-    for (int k = 0; k < size; k++)
-        for (int x = 0; x < width; x++)
-            columns[static_cast<std::size_t>(x)] += row(k - half)[x];
-    const auto column = [&](int x) { return columns[static_cast<std::size_t>(Clamp(x, 0, width - 1))]; };
     const std::uint8_t high = above ? 255 : 0, low = above ? 0 : 255;
-    for (int y = 0; y < height; y++) {
-        std::int64_t sum = 0;
-        for (int k = 0; k < size; k++)
-            sum += column(k - half);
-        for (int x = 0; x < width; x++) {
+    filters::EachBoxSum<T>(
+        src, size, size, [](T value) { return std::int64_t{value}; },
+        [&](int x, int y, std::int64_t sum) {
             dst.Row(y)[x] = src.Row<T>(y)[x] * area >= sum + area * noise ? high : low;
-            sum += column(x - half + size) - column(x - half);
-        }
-        for (int x = 0; x < width; x++)
-            columns[static_cast<std::size_t>(x)] += row(y - half + size)[x] - row(y - half)[x];
-    }
+        });
 }
 
 } // namespace
@@ -242,28 +222,19 @@ void Operator::Binarize(int Size, int Noise, const Image& Src, Image& Dst, bool 
 {
     const Entry entry("Tesk::Operator::Binarize");
     if (entry.Refuses(CheckImage(Src))) return;
-    constexpr int largestSize = 32767;
-    if (Size < 1 || Size % 2 == 0 || Size > largestSize) {
-        entry.Refuse(OutOfRange, L"The filter size (%d) must be a positive odd number", Size);
-        return;
-    }
+    if (entry.Refuses(filters::CheckSize(L"size", Size))) return;
     if (Src.Type != Gray && Src.Type != Gray16) {
         entry.Refuses(RefuseType(Src.Type));
         return;
     }
-    // Every pixel is read by its neighbours too, so an overlap means a source of its own.
-    Image source;
-    if (Src.Buffer == Dst.Buffer)
-        Copy(Src, source);
-    else
-        source.ShallowCopy(Src, true);
-    if (entry.Refuses(Status::Error().Code)) return;
-    Sources held;
-    if (Prepare(entry, source, Dst, Gray, held)) return;
-    if (source.Type == Gray)
-        WriteAdaptive<GrayPixel>(source, Dst, Size, Noise, Above);
-    else
-        WriteAdaptive<Gray16Pixel>(source, Dst, Size, Noise, Above);
+    filters::Source source;
+    if (source.Hold(entry, Src, Dst, Gray, InPlace::Copied)) return;
+    filters::Guarded(entry, [&] {
+        if (source->Type == Gray)
+            WriteAdaptive<GrayPixel>(*source, Dst, Size, Noise, Above);
+        else
+            WriteAdaptive<Gray16Pixel>(*source, Dst, Size, Noise, Above);
+    });
 }
 
 void Operator::Binarize(GrayPixel Background, GrayPixel Foreground, const Image& Src, Image& Dst, bool Above,
@@ -281,8 +252,9 @@ void Operator::Binarize(GrayPixel Background, GrayPixel Foreground, const Image&
     split.threshold = (Background + Foreground) >> 1;
     split.below = Background;
     split.above = Foreground;
-    // A foreground darker than the background reverses the sides.
-    const bool reversed = Foreground < Background && Mode != Soft && Mode != Means;
+    // A foreground darker than the background reverses the sides, except of a ramp, which has its direction by itself.
+    const bool reversed = Foreground < Background && Mode != Soft;
+    if (reversed) std::swap(split.below, split.above);
     WriteSplit(held.a, Dst, split, Above != reversed, Mode);
 }
 

@@ -168,11 +168,18 @@ void Operator::Convert(const Image& Src, Image& Dst, ColorComponents Component)
             });
         return;
     }
-    // Into one channel of a colour image, whose other channels stay: its pixels are kept when it is detached.
+    // Into one channel of a colour image, whose other channels stay: its pixels are kept when it is detached. A new
+    // block, which is taken before the former is let go and so never at the same place, begins as black.
     held.a.ShallowCopy(Src, true);
+    const std::uint8_t* former = Dst.Buffer;
     Dst.Set(held.a, Rgb);
     if (Status::Error().Code != NoError) return;
+    const bool fresh = Dst.Buffer != former;
     Dst.DetachIfShared(true);
+    if (KeepApart(entry, held.a, Dst)) return;
+    if (fresh)
+        for (int y = 0; y < Dst.Height; y++)
+            std::memset(Dst.Row(y), 0, static_cast<std::size_t>(ByteCount(Dst)));
     for (int y = 0; y < Dst.Height; y++) {
         std::uint8_t* d = Dst.Row(y) + ByteOf(Component);
         for (int x = 0; x < Dst.Width; x++, d += 3)

@@ -68,22 +68,6 @@ void GradToGray(const Image& src, Image& dst)
     }
 }
 
-/// Packs a test of each pixel into bits, the most significant leftmost.
-template <typename T, typename Test>
-void ToBits(const Image& src, Image& dst, Test test)
-{
-    for (int y = 0; y < dst.Height; y++) {
-        const T* s = src.Row<T>(y);
-        std::uint8_t* d = dst.Row(y);
-        for (int x = 0; x < dst.Width; x += 8) {
-            int bits = 0;
-            for (int i = 0; i < Min(8, dst.Width - x); i++)
-                bits |= test(s[x + i]) ? 0x80 >> i : 0;
-            d[x >> 3] = static_cast<std::uint8_t>(bits);
-        }
-    }
-}
-
 bool HasConversion(PixelTypes from, PixelTypes to)
 {
     switch (to) {
@@ -222,15 +206,19 @@ void Operator::Copy(const Image& Src, Image& Dst, PixelTypes DstType)
     const PixelTypes type = DstType == Undefined ? PixelTypes(Src.Type) : DstType;
     const bool same = type == Src.Type;
     if (!same && entry.Refuses(CheckConversion(Src.Type, type))) return;
-    if (same && Src.FirstPixel == Dst.FirstPixel && Src.Width == Dst.Width && Src.Height == Dst.Height) return;
+    const bool samePixels = Src.FirstPixel == Dst.FirstPixel && Src.Pitch == Dst.Pitch && Src.Type == Dst.Type;
+    if (same && samePixels && Src.Width == Dst.Width && Src.Height == Dst.Height) return;
     Sources held;
     if (Prepare(entry, Src, Dst, type, held)) return;
     if (!same) {
         ConvertPixels(held.a, Dst);
         return;
     }
-    for (int y = 0; y < Dst.Height; y++)
-        std::memcpy(Dst.Row(y), held.a.Row(y), static_cast<std::size_t>(ByteCount(Dst)));
+    const RowEnd end(Dst);
+    for (int y = 0; y < Dst.Height; y++) {
+        std::memcpy(Dst.Row(y), held.a.Row(y), end.whole);
+        if (end.Shared()) end.Put(Dst.Row(y), held.a.Row(y)[end.whole]);
+    }
 }
 
 void Operator::RedBlueSwap(const Image& Src, Image& Dst)

@@ -70,22 +70,13 @@ void Apply(const Entry& entry, const Image& Src, const Image& SrcBlack, const Im
     Image black, white;
     black.ShallowCopy(SrcBlack, true);
     white.ShallowCopy(SrcWhite, true);
-    Image blackCopy, whiteCopy;
-    if (SrcBlack.Buffer == Dst.Buffer && SrcBlack.FirstPixel != nullptr)
-        Operator::Copy(black, blackCopy);
-    else
-        blackCopy.ShallowCopy(black, true);
-    if (SrcWhite.Buffer == Dst.Buffer && SrcWhite.FirstPixel != nullptr)
-        Operator::Copy(white, whiteCopy);
-    else
-        whiteCopy.ShallowCopy(white, true);
-    if (entry.Refuses(Status::Error().Code)) return;
     Sources held;
-    if (Prepare(entry, Src, Dst, Undefined, held)) return;
+    if (Prepare(entry, Src, Dst, Undefined, held) || KeepApart(entry, black, Dst) || KeepApart(entry, white, Dst))
+        return;
     if (held.a.Type == Gray16)
-        EachValue<Gray16Pixel>(held.a, blackCopy, whiteCopy, Dst, 1, largestGray16, f);
+        EachValue<Gray16Pixel>(held.a, black, white, Dst, 1, largestGray16, f);
     else
-        EachValue<GrayPixel>(held.a, blackCopy, whiteCopy, Dst, held.a.Type == Rgb ? 3 : 1, 255, f);
+        EachValue<GrayPixel>(held.a, black, white, Dst, held.a.Type == Rgb ? 3 : 1, 255, f);
 }
 
 void AddLevels(const Image& src, const Image& white, Image& dst, const Levels& level)

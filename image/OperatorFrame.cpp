@@ -1,5 +1,7 @@
 #include "image/OperatorFrame.h"
 
+#include <functional>
+
 namespace Tesk::points {
 
 const wchar_t* ClippingName(GrayClipping clip)
@@ -20,25 +22,37 @@ int RefuseClip(GrayClipping clip)
                           ClippingName(clip));
 }
 
-namespace {
-
-/// A view of a source, or a copy of its window where the destination's writes would reach it before it is read.
-bool Hold(const Image& src, const Image& dst, PixelTypes type, Image& held)
+bool Overlap(const Image& a, const Image& b)
 {
-    const bool shares = src.Buffer == dst.Buffer;
-    const bool inPlace = src.FirstPixel == dst.FirstPixel && src.Type == type;
-    if (!shares || inPlace || Status::Shallow) {
-        held.ShallowCopy(src, true);
-        return true;
-    }
-    if (!held.TrySet(src.Width, src.Height, src.Type)) return false;
-    for (int y = 0; y < src.Height; y++)
-        std::memcpy(held.Row(y), src.Row(y), static_cast<std::size_t>(ByteCount(src)));
-    held.GradGain = src.GradGain;
-    return true;
+    // Rows may go upward in memory or downward.
+    const auto lastRow = [](const Image& image) { return image.Row(image.Height - 1); };
+    const std::less<const std::uint8_t*> before;
+    const auto first = [&](const Image& image) {
+        return std::min<const std::uint8_t*>(image.FirstPixel, lastRow(image), before);
+    };
+    const auto end = [&](const Image& image) {
+        return std::max<const std::uint8_t*>(image.FirstPixel, lastRow(image), before) + ByteCount(image);
+    };
+    return before(first(a), end(b)) && before(first(b), end(a));
 }
 
-bool SizeAndDetach(const Entry& entry, const Image& src, Image& dst, PixelTypes type, bool read)
+bool KeepApart(const Entry& entry, Image& held, const Image& dst, InPlace inPlace)
+{
+    const bool samePlace = held.FirstPixel == dst.FirstPixel && held.Pitch == dst.Pitch && held.Type == dst.Type;
+    if (!Overlap(held, dst) || (samePlace && inPlace == InPlace::Served)) return false;
+    Image copy;
+    if (!copy.TrySet(held.Width, held.Height, held.Type))
+        return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+    for (int y = 0; y < held.Height; y++)
+        std::memcpy(copy.Row(y), held.Row(y), static_cast<std::size_t>(ByteCount(held)));
+    copy.GradGain = held.GradGain;
+    held.ShallowCopy(copy, true);
+    return false;
+}
+
+namespace {
+
+bool SizeAndDetach(const Image& src, Image& dst, PixelTypes type, bool read)
 {
     dst.Set(src, type);
     if (Status::Error().Code != NoError) return true;
@@ -46,7 +60,6 @@ bool SizeAndDetach(const Entry& entry, const Image& src, Image& dst, PixelTypes 
     dst.DetachIfShared(read);
     dst.GradGain = dst.Type == Grad ? gain : 1;
     Status::Error().Code = NoError;
-    static_cast<void>(entry);
     return false;
 }
 
@@ -55,21 +68,18 @@ bool SizeAndDetach(const Entry& entry, const Image& src, Image& dst, PixelTypes 
 bool Prepare(const Entry& entry, const Image& src, Image& dst, PixelTypes type, Sources& held)
 {
     if (entry.Refuses(CheckImage(src))) return true;
-    const PixelTypes wanted = type == Undefined ? PixelTypes(src.Type) : type;
-    if (!Hold(src, dst, wanted, held.a)) return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
     const bool read = src.FirstPixel == dst.FirstPixel;
-    return SizeAndDetach(entry, held.a, dst, wanted, read);
+    held.a.ShallowCopy(src, true);
+    return SizeAndDetach(held.a, dst, type, read) || KeepApart(entry, held.a, dst);
 }
 
 bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Image& dst, PixelTypes type, Sources& held)
 {
     if (entry.Refuses(CheckImages(src, srcB))) return true;
-    const PixelTypes wanted = type == Undefined ? PixelTypes(src.Type) : type;
-    if (!Hold(src, dst, wanted, held.a) || !Hold(srcB, dst, wanted, held.b))
-        return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
-    held.two = true;
     const bool read = src.FirstPixel == dst.FirstPixel || srcB.FirstPixel == dst.FirstPixel;
-    return SizeAndDetach(entry, held.a, dst, wanted, read);
+    held.a.ShallowCopy(src, true);
+    held.b.ShallowCopy(srcB, true);
+    return SizeAndDetach(held.a, dst, type, read) || KeepApart(entry, held.a, dst) || KeepApart(entry, held.b, dst);
 }
 
 } // namespace Tesk::points

@@ -5,6 +5,7 @@
 #include "image/Image.h"
 #include "image/kernels/RowKernels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
@@ -35,12 +36,25 @@ int RefuseType(PixelTypes type);
 int RefuseClip(GrayClipping clip);
 const wchar_t* ClippingName(GrayClipping clip);
 
+/// Whether the rows of two windows lie in overlapping ranges of memory, whichever blocks they belong to.
+bool Overlap(const Image& a, const Image& b);
+
+/// Whether an operation reads only what stands at the place that it writes, so that it can write over its source.
+enum class InPlace
+{
+    Served,
+    Copied
+};
+
+/// Makes a view of a source a copy of its window where the destination's writes would reach pixels that are still to be
+/// read. True if there is no memory for it.
+bool KeepApart(const Entry& entry, Image& held, const Image& dst, InPlace inPlace = InPlace::Served);
+
 /// One or two sources held for the time of an operation, so that a destination that is a source and changes its type
 /// keeps its pixels alive.
 struct Sources
 {
     Image a, b;
-    bool two = false;
 };
 
 /// Checks the sources, holds views of them, and sizes and detaches the destination. True if the operation must end.
@@ -58,29 +72,80 @@ inline RowRun RunOver(int count, std::initializer_list<const Image*> images)
 {
     const int rows = (*images.begin())->Height;
     for (const Image* image : images)
-        if (image->Pitch != ByteCount(*image)) return {rows, static_cast<std::size_t>(count)};
+        if (image->Pitch != ByteCount(*image) || (image->Type == Gray1 && image->Width % 8 != 0))
+            return {rows, static_cast<std::size_t>(count)};
     return {1, static_cast<std::size_t>(count) * static_cast<std::size_t>(rows)};
+}
+
+/// The end of the rows of a destination. The last byte of a packed row also holds pixels beyond a window that is
+/// narrower than its store: those stay.
+struct RowEnd
+{
+    std::size_t whole;        ///< bytes that belong to the window alone
+    std::uint8_t mask = 0xff; ///< the window's bits in the byte behind those, if there is one
+
+    explicit RowEnd(const Image& dst) : whole(static_cast<std::size_t>(ByteCount(dst)))
+    {
+        const int bits = dst.Width % 8;
+        if (dst.Type != Gray1 || bits == 0 || dst.Width == dst.StoreWidth) return;
+        whole--;
+        mask = static_cast<std::uint8_t>(0xff00 >> bits);
+    }
+    bool Shared() const { return mask != 0xff; }
+    void Put(std::uint8_t* row, int value) const
+    {
+        row[whole] = static_cast<std::uint8_t>((row[whole] & ~mask) | (value & mask));
+    }
+};
+
+/// Packs a test of each pixel into bits, the most significant leftmost.
+template <typename T, typename Test>
+void ToBits(const Image& src, Image& dst, Test test)
+{
+    const RowEnd end(dst);
+    for (int y = 0; y < dst.Height; y++) {
+        const T* s = src.Row<T>(y);
+        std::uint8_t* d = dst.Row(y);
+        const auto packed = [&](int x, int count) {
+            int bits = 0;
+            for (int i = 0; i < count; i++)
+                bits |= test(s[x + i]) ? 0x80 >> i : 0;
+            return bits;
+        };
+        const int n = static_cast<int>(end.whole);
+        for (int i = 0; i < n; i++)
+            d[i] = static_cast<std::uint8_t>(packed(8 * i, Min(8, dst.Width - 8 * i)));
+        if (end.Shared()) end.Put(d, packed(8 * n, dst.Width - 8 * n));
+    }
 }
 
 /// Rows of bytes through a function of one byte.
 template <typename F>
 void EachByte(const Image& src, Image& dst, F f)
 {
-    const int n = ByteCount(dst);
+    const RowEnd end(dst);
     for (int y = 0; y < dst.Height; y++) {
         const std::uint8_t* s = src.Row(y);
         std::uint8_t* d = dst.Row(y);
-        for (int i = 0; i < n; i++)
+        for (std::size_t i = 0; i < end.whole; i++)
             d[i] = static_cast<std::uint8_t>(f(s[i]));
+        if (end.Shared()) end.Put(d, f(s[end.whole]));
     }
 }
 
 /// Two sources through a row kernel.
 inline void EachBytePair(const Image& src, const Image& srcB, Image& dst, kernels::BytePair operation)
 {
-    const auto [rows, n] = RunOver(ByteCount(dst), {&src, &srcB, &dst});
-    for (int y = 0; y < rows; y++)
-        kernels::BytePairRow(operation, src.Row(y), srcB.Row(y), dst.Row(y), n);
+    const RowEnd end(dst);
+    const auto [rows, n] = RunOver(static_cast<int>(end.whole), {&src, &srcB, &dst});
+    for (int y = 0; y < rows; y++) {
+        const std::uint8_t *a = src.Row(y), *b = srcB.Row(y);
+        kernels::BytePairRow(operation, a, b, dst.Row(y), n);
+        if (!end.Shared()) continue;
+        std::uint8_t last = 0;
+        kernels::BytePairRow(operation, a + n, b + n, &last, 1);
+        end.Put(dst.Row(y), last);
+    }
 }
 
 template <typename F>

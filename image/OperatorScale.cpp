@@ -1,10 +1,12 @@
 // Gray scaling: gain and offset, normalisation, equalisation.
 #include "image/Operator.h"
 
+#include "image/KernelFrame.h"
+#include "image/KernelLowPass.h"
 #include "image/LevelCounts.h"
-#include "image/OperatorFrame.h"
 
 #include <array>
+#include <numeric>
 #include <vector>
 
 namespace Tesk {
@@ -12,6 +14,17 @@ namespace Tesk {
 namespace {
 
 using namespace points;
+
+/// Whether all pixels are equal: each is the one before it. Other images are left at their first difference.
+bool HasOneLevel(const Image& src)
+{
+    const auto bytes = static_cast<std::size_t>(ByteCount(src)), step = static_cast<std::size_t>(ElementSize(src.Type));
+    for (int y = 0; y < src.Height; y++) {
+        const std::uint8_t* row = src.Row(y);
+        if (std::memcmp(row, src.Row(0), step) != 0 || std::memcmp(row, row + step, bytes - step) != 0) return false;
+    }
+    return true;
+}
 
 void EqualizeGray(const Image& src, Image& dst)
 {
@@ -62,28 +75,16 @@ void EqualizeRgb(const Image& src, Image& dst)
     });
 }
 
-/// The rank of each pixel in the box around it; the box's histogram slides along the row (Huang 1979).
+/// The rank of each pixel in the box around it.
 void EqualizeAdaptive(const Image& src, Image& dst, int size)
 {
-    const int width = src.Width, height = src.Height, half = size / 2;
-    const auto pixel = [&](int x, int y) { return src.Row(Clamp(y, 0, height - 1))[Clamp(x, 0, width - 1)]; };
     const std::int64_t area = std::int64_t{size} * size;
-    for (int y = 0; y < height; y++) {
-        std::array<std::int64_t, 256> counts{};
-        for (int dy = -half; dy <= half; dy++)
-            for (int dx = -half; dx <= half; dx++)
-                counts[pixel(dx, y + dy)]++;
-        for (int x = 0; x < width; x++) {
-            std::int64_t below = 0;
-            for (int v = 0; v < src.Row(y)[x]; v++)
-                below += counts[static_cast<std::size_t>(v)];
-            dst.Row(y)[x] = static_cast<std::uint8_t>(below * 255 / area);
-            for (int dy = -half; dy <= half; dy++) {
-                counts[pixel(x - half, y + dy)]--;
-                counts[pixel(x + half + 1, y + dy)]++;
-            }
-        }
-    }
+    filters::EachSquareHistogram<GrayPixel>(src, size, [&](int y) {
+        return [=, s = src.Row(y), d = dst.Row(y)](int x, const std::uint32_t* bins) {
+            const std::int64_t below = std::accumulate(bins, bins + s[x], std::int64_t{0});
+            d[x] = static_cast<std::uint8_t>(below * 255 / area);
+        };
+    });
 }
 
 } // namespace
@@ -123,18 +124,19 @@ void Operator::Equalize(const Image& Src, Image& Dst)
     const Entry entry("Tesk::Operator::Equalize");
     Sources held;
     if (Prepare(entry, Src, Dst, Undefined, held)) return;
-    switch (held.a.Type) {
-    case Gray:
+    const PixelTypes type = held.a.Type;
+    if (type != Gray && type != Gray16 && type != Rgb) {
+        entry.Refuses(RefuseType(type));
+    } else if (HasOneLevel(held.a)) {
+        // No pixel is darker than another.
+        for (int y = 0; y < Dst.Height; y++)
+            std::memset(Dst.Row(y), 0, static_cast<std::size_t>(ByteCount(Dst)));
+    } else if (type == Gray) {
         EqualizeGray(held.a, Dst);
-        break;
-    case Gray16:
-        EqualizeGray16(held.a, Dst);
-        break;
-    case Rgb:
+    } else if (type == Gray16) {
+        filters::Guarded(entry, [&] { EqualizeGray16(held.a, Dst); });
+    } else {
         EqualizeRgb(held.a, Dst);
-        break;
-    default:
-        entry.Refuses(RefuseType(held.a.Type));
     }
 }
 
@@ -142,23 +144,14 @@ void Operator::Equalize(int FilterSize, const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Operator::Equalize");
     if (entry.Refuses(CheckImage(Src))) return;
-    constexpr int largestSize = 32767;
-    if (FilterSize < 1 || FilterSize % 2 == 0 || FilterSize > largestSize) {
-        entry.Refuse(OutOfRange, L"The filter size (%d) must be a positive odd number", FilterSize);
-        return;
-    }
+    if (entry.Refuses(filters::CheckSize(L"size", FilterSize))) return;
     if (Src.Type != Gray) {
         entry.Refuses(RefuseType(Src.Type));
         return;
     }
-    Image source;
-    if (Src.Buffer == Dst.Buffer)
-        Copy(Src, source);
-    else
-        source.ShallowCopy(Src, true);
-    if (entry.Refuses(Status::Error().Code)) return;
-    Sources held;
-    if (!Prepare(entry, source, Dst, Gray, held)) EqualizeAdaptive(source, Dst, FilterSize);
+    filters::Source source;
+    if (source.Hold(entry, Src, Dst, Gray, InPlace::Copied)) return;
+    filters::Guarded(entry, [&] { EqualizeAdaptive(*source, Dst, FilterSize); });
 }
 
 } // namespace Tesk

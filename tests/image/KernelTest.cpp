@@ -1,4 +1,5 @@
 #include "image/Kernel.h"
+#include "image/Operator.h"
 
 #include "image/FilterChecks.h"
 
@@ -70,8 +71,15 @@ std::vector<long long> GaussWeights(int size)
     return weights;
 }
 
+/// A mean by its parts.
+struct Fraction
+{
+    long long sum, count;
+    int Truncated() const { return static_cast<int>(sum / count); }
+};
+
 /// Directly: rows with those weights, truncated, then columns.
-int GaussAt(const Pixels& p, int x, int y, int w, int h)
+Fraction GaussSum(const Pixels& p, int x, int y, int w, int h)
 {
     const auto across = GaussWeights(w), down = GaussWeights(h);
     const auto total = [](const std::vector<long long>& weights) {
@@ -87,7 +95,12 @@ int GaussAt(const Pixels& p, int x, int y, int w, int h)
             row += across[static_cast<std::size_t>(i)] * p(x + i - w / 2, y + j - h / 2);
         sum += down[static_cast<std::size_t>(j)] * (row / total(across));
     }
-    return static_cast<int>(sum / total(down));
+    return {sum, total(down)};
+}
+
+int GaussAt(const Pixels& p, int x, int y, int w, int h)
+{
+    return GaussSum(p, x, y, w, h).Truncated();
 }
 
 int SigmaAt(const Pixels& p, int x, int y, int size, int range)
@@ -191,9 +204,10 @@ TEST_F(KernelTest, GaussiansAreThreeBoxesAlongRowsThenColumns)
                         [&](auto& s, auto& d) { Kernel::GaussLowPass(size.w, size.h, s, d); },
                         [&](const Pixels& p, int x, int y) { return GaussAt(p, x, y, size.w, size.h); }));
     for (const int size : {255, 257})
-        CheckWindow(
-            "large gauss", Gray, 5, 3, [&](auto& s, auto& d) { Kernel::GaussLowPass(size, size, s, d); },
-            [&](const Pixels& p, int x, int y) { return GaussAt(p, x, y, size, size); });
+        for (const PixelTypes type : {Gray, Gray16})
+            CheckWindow(
+                "large gauss", type, 5, 3, [&](auto& s, auto& d) { Kernel::GaussLowPass(size, size, s, d); },
+                [&](const Pixels& p, int x, int y) { return GaussAt(p, x, y, size, size); });
 }
 
 TEST_F(KernelTest, HighPassesAreDifferencesFromTheirLowPass)
@@ -206,6 +220,11 @@ TEST_F(KernelTest, HighPassesAreDifferencesFromTheirLowPass)
     for (const GrayClipping mode : {Saturate, Absolute, Rescale})
         for (const double gain : {1.0, 2.5, -0.75}) {
             const auto bytes = [&](int s, int mean) { return clip(gain * s - gain * mean, mode, 255, 128, 255); };
+            const auto words = [&](int s, const Fraction& mean) {
+                const double fraction =
+                    s * gain - static_cast<double>(mean.sum) * gain / static_cast<double>(mean.count);
+                return clip(gain == 1 ? s - mean.Truncated() : fraction, mode, 32767, 32768, 65535);
+            };
             CheckSmallWindows(
                 "box", Gray, [&](auto& s, auto& d) { Kernel::BoxHighPass(5, 3, s, d, mode, gain); },
                 [&](const Pixels& p, int x, int y) { return bytes(p(x, y), BoxAt(p, x, y, 5, 3)); });
@@ -216,11 +235,29 @@ TEST_F(KernelTest, HighPassesAreDifferencesFromTheirLowPass)
             CheckSmallWindows(
                 "box", Gray16, [&](auto& s, auto& d) { Kernel::BoxHighPass(5, 3, s, d, mode, gain); },
                 [&](const Pixels& p, int x, int y) {
-                    const double sum = static_cast<double>(Weighted(p, x, y, 2, 1, One));
-                    return clip(gain == 1 ? p(x, y) - BoxAt(p, x, y, 5, 3) : p(x, y) * gain - sum * gain / 15, mode,
-                                32767, 32768, 65535);
+                    return words(p(x, y), {Weighted(p, x, y, 2, 1, One), 15});
                 });
+            for (const auto& [w, h] : {std::pair{5, 9}, {1, 5}, {7, 1}, {21, 3}})
+                for (const int width : {1, 33, 35})
+                    CheckWindow(
+                        "gauss", Gray16, width, 9,
+                        [&, w = w, h = h](auto& s, auto& d) { Kernel::GaussHighPass(w, h, s, d, mode, gain); },
+                        [&, w = w, h = h](const Pixels& p, int x, int y) {
+                            return words(p(x, y), GaussSum(p, x, y, w, h));
+                        });
         }
+}
+
+TEST_F(KernelTest, HighPassesGoBeyondTheSizesOf32BitSums)
+{
+    for (const int size : {255, 257, 301})
+        for (const PixelTypes type : {Gray, Gray16})
+            CheckWindow(
+                "large box", type, 19, 4, [&](auto& s, auto& d) { Kernel::BoxHighPass(size, 3, s, d, Rescale); },
+                [&](const Pixels& p, int x, int y) {
+                    const int difference = p(x, y) - BoxAt(p, x, y, size, 3);
+                    return type == Gray ? Byte(difference + 128) : std::clamp(difference + 32768, 0, 65535);
+                });
 }
 
 TEST_F(KernelTest, UnsharpAddsTheDifferenceFromTheNeighbours)
@@ -307,6 +344,14 @@ TEST_F(KernelTest, MasksOfNothingOrOfNoNumberGiveNoSurprise)
     kernel.Offset = 41.6;
     kernel.Convolve(src, dst);
     EXPECT_EQ(dst.Row(1)[1], 42);
+    for (const auto& [w, h] : {std::pair{MaxInt, 0}, {0, MaxInt}, {0, 0}}) {
+        kernel.Set(w, h);
+        EXPECT_EQ(Status::Error().Code, NoError);
+        Operator::Copy(0, dst);
+        kernel.Convolve(src, dst);
+        EXPECT_EQ(Status::Error().Code, NoError) << "a mask without coefficients needs no room";
+        EXPECT_EQ(dst.Row(1)[1], 42);
+    }
     kernel.Set(1, 1);
     kernel.Coefficient(0, 0) = std::numeric_limits<double>::quiet_NaN();
     kernel.Convolve(src, dst);

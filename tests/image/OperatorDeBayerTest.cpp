@@ -133,6 +133,44 @@ TEST_F(DeBayerTest, RatiosGiveTheColorTimesTheBrightness)
     EXPECT_EQ(At(dst, 2, 2), RgbPixel(1, 1, 1));
 }
 
+TEST_F(DeBayerTest, RatiosFollowTheirFormulaOnAnyMosaicUpToTheEdges)
+{
+    for (const auto& [width, height] : {std::pair{2, 2}, {5, 4}, {17, 9}, {34, 12}})
+        for (const BayerAlignments alignment : alignments)
+            for (const bool sharp : {false, true}) {
+                Image src, dst, brightness, ratios;
+                Fill(src, Gray, width, height, 3);
+                const auto inWindow = static_cast<BayerAlignments>(alignment ^ 3);
+                Operator::DeBayer(src, dst, alignment, sharp ? SharpRgb : SmoothRgb);
+                Kernel::Binomial(src, brightness);
+                ratios.Set(brightness);
+                for (int y = 0; y < height; y++)
+                    for (int x = 0; x < width; x++) {
+                        const int l = brightness.Row(y)[x];
+                        ratios.Row(y)[x] =
+                            static_cast<std::uint8_t>(l == 0 ? 0 : std::min(65536 / l * src.Row(y)[x] / 1024, 255));
+                    }
+                const Pixels p(ratios), light(brightness);
+                for (int y = 0; y < height; y++)
+                    for (int x = 0; x < width; x++) {
+                        const auto channel = [&](int color) {
+                            int sum = 0;
+                            for (int j = -1; j <= 1; j++)
+                                for (int i = -1; i <= 1; i++)
+                                    sum += (2 - std::abs(i)) * (2 - std::abs(j)) *
+                                           InterpolatedAt(p, inWindow, std::clamp(x + i, 0, width - 1),
+                                                          std::clamp(y + j, 0, height - 1), color);
+                            int l = light(x, y);
+                            if (sharp)
+                                l = Byte(5 * l - light(x - 1, y) - light(x + 1, y) - light(x, y - 1) - light(x, y + 1));
+                            return std::min(255, sum / 16 * l / 64);
+                        };
+                        ASSERT_EQ(At(dst, x, y), RgbPixel(channel(0), channel(1), channel(2)))
+                            << width << ' ' << x << ' ' << y << ' ' << sharp;
+                    }
+            }
+}
+
 TEST_F(DeBayerTest, SmallMosaicsAndBadOnes)
 {
     Image src, dst;

@@ -1,162 +1,32 @@
-#include "image/Operator.h"
-#include "foundation/Status.h"
+#include "image/Kernel.h"
 
-#include <gtest/gtest.h>
+#include "image/OperatorChecks.h"
 
 #include <cmath>
 #include <cstring>
 #include <functional>
-#include <string>
-#include <vector>
 
 using namespace Tesk;
+using namespace Tesk::checks;
 
 namespace {
 
-class OperatorTest : public ::testing::Test
+/// Bytes that differ from their neighbours, in the whole store.
+void Mix(Image& image, int seed)
 {
-protected:
-    void SetUp() override
-    {
-        Status::ErrorBehavior(IgnoreIt);
-        Operator::GrayDepth = 16;
-    }
-    void TearDown() override
-    {
-        Status::Shallow = false;
-        Operator::GrayDepth = 16;
-    }
-};
-
-/// Every pair of bytes: `a` counts along the rows, `b` down the columns.
-void AllPairs(Image& a, Image& b)
-{
-    a.Set(256, 256, Gray);
-    b.Set(256, 256, Gray);
-    for (int y = 0; y < 256; y++)
-        for (int x = 0; x < 256; x++) {
-            a.Row(y)[x] = static_cast<std::uint8_t>(x);
-            b.Row(y)[x] = static_cast<std::uint8_t>(y);
-        }
-}
-
-void Row(Image& image, PixelTypes type, std::initializer_list<int> values)
-{
-    const int channels = type == Rgb ? 3 : 1;
-    image.Set(static_cast<int>(values.size()) / channels, 1, type);
-    int i = 0;
-    for (const int v : values) {
-        if (type == Gray16)
-            image.Row<std::uint16_t>(0)[i++] = static_cast<std::uint16_t>(v);
-        else if (type == Gray32)
-            image.Row<std::int32_t>(0)[i++] = v;
-        else
-            image.Row(0)[i++] = static_cast<std::uint8_t>(v);
-    }
-}
-
-std::vector<int> Values(const Image& image)
-{
-    std::vector<int> values;
-    const int n = image.Type == Gray16 ? int(image.Width) : RowBytes(image.Width, image.Type);
+    const int bytes = RowBytes(image.StoreWidth, image.Type);
     for (int y = 0; y < image.Height; y++)
-        for (int i = 0; i < n; i++)
-            values.push_back(image.Type == Gray16 ? image.Row<std::uint16_t>(y)[i] : image.Row(y)[i]);
-    return values;
+        for (int i = 0; i < bytes; i++)
+            image.Row(y)[i] = static_cast<std::uint8_t>((i * 7 + y * 31 + i * y + seed) * 157 >> 2);
 }
 
-using Ints = std::vector<int>;
-
-std::wstring Message()
+/// Lays an image over rows of `pitch` bytes, with `reversed` the first of them last in memory.
+void Lay(Image& image, std::uint8_t* memory, int width, int height, int pitch, bool reversed)
 {
-    return Status::UnicodeError();
-}
-
-int Clip(double v)
-{
-    return v < 0 ? 0 : v > 255 ? 255 : static_cast<int>(v);
+    image.Set(width, height, Gray, memory + (reversed ? pitch * (height - 1) : 0), reversed ? -pitch : pitch);
 }
 
 } // namespace
-
-TEST_F(OperatorTest, TwoImageFormulasOnEveryPairOfBytes)
-{
-    using Call = void (*)(const Image&, const Image&, Image&, GrayClipping);
-    using Formula = std::function<int(int, int)>;
-    const struct
-    {
-        const char* name;
-        Call call;
-        GrayClipping clip;
-        Formula formula;
-    } cases[] = {
-        {"add", Operator::Add, Saturate, [](int a, int b) { return a + b > 255 ? 255 : a + b; }},
-        {"add rescaled", Operator::Add, Rescale, [](int a, int b) { return (a + b) / 2; }},
-        {"subtract", Operator::Subtract, Saturate, [](int a, int b) { return a > b ? a - b : 0; }},
-        {"difference", Operator::Subtract, Absolute, [](int a, int b) { return a > b ? a - b : b - a; }},
-        {"negative", Operator::Subtract, Negative, [](int a, int b) { return a > b ? 0 : b - a; }},
-        {"subtract rescaled", Operator::Subtract, Rescale, [](int a, int b) { return (a - b + 255) / 2; }},
-        {"multiply", Operator::Multiply, Saturate, [](int a, int b) { return a * b > 255 ? 255 : a * b; }},
-        {"multiply rescaled", Operator::Multiply, Rescale, [](int a, int b) { return a * b / 256; }},
-        {"divide", Operator::Divide, Saturate, [](int a, int b) { return b ? a / b : 255; }},
-        {"divide rescaled", Operator::Divide, Rescale, [](int a, int b) { return b ? Min(255, a * 256 / b) : 255; }}};
-    Image a, b, dst;
-    AllPairs(a, b);
-    for (const auto& c : cases) {
-        c.call(a, b, dst, c.clip);
-        ASSERT_EQ(Status::Error().Code, NoError) << c.name;
-        for (int y = 0; y < 256; y++)
-            for (int x = 0; x < 256; x++)
-                ASSERT_EQ(dst.Row(y)[x], c.formula(x, y)) << c.name << ' ' << x << ' ' << y;
-    }
-}
-
-TEST_F(OperatorTest, ConstantFormulasAtAndBeyondTheEnds)
-{
-    Image a, b, dst;
-    AllPairs(a, b);
-    for (const int k : {MinInt - 1, -300, -255, -100, -1, 0, 1, 100, 255, 300, 511, MaxInt}) {
-        const double c = k;
-        const auto expect = [&](const char* name, auto formula) {
-            ASSERT_EQ(Status::Error().Code, NoError) << name;
-            for (int v = 0; v < 256; v++)
-                ASSERT_EQ(dst.Row(7)[v], formula(v)) << name << ' ' << k << ' ' << v;
-        };
-        Operator::Add(k, a, dst, Saturate);
-        expect("add", [&](int v) { return Clip(v + c); });
-        Operator::Add(k, a, dst, Absolute);
-        expect("add absolute", [&](int v) { return k < 0 ? Clip(std::abs(v + std::max(c, -255.0))) : Clip(v + c); });
-        Operator::Add(k, a, dst, Rescale);
-        expect("add rescaled", [&](int v) { return Clip(std::floor((v + c) / 2)); });
-        Operator::Subtract(k, a, dst, Saturate);
-        expect("constant less image", [&](int v) { return k < 0 ? 0 : Clip(std::min(c, 255.0) - v); });
-        Operator::Subtract(k, a, dst, Absolute);
-        expect("distance", [&](int v) { return k >= 0 ? Clip(std::abs(std::min(c, 255.0) - v)) : Clip(v - c); });
-        Operator::Subtract(k, a, dst, Rescale);
-        expect("constant less image, rescaled", [&](int v) { return Clip(std::floor((255 - v + c) / 2)); });
-        Operator::Subtract(a, k, dst, Saturate);
-        expect("image less constant", [&](int v) { return Clip(v - c); });
-        Operator::Maximize(k, a, dst);
-        expect("maximum", [&](int v) { return Clip(std::max<double>(v, c)); });
-        Operator::And(k, a, dst);
-        expect("and", [&](int v) { return static_cast<int>(static_cast<unsigned>(k) & static_cast<unsigned>(v)); });
-        Operator::GreaterTest(k, a, dst, 3, 200);
-        expect("greater", [&](int v) { return c > v ? 200 : 3; });
-        Operator::GreaterEqualTest(a, k, dst, 3, 200);
-        expect("greater or equal", [&](int v) { return v >= c ? 200 : 3; });
-        Operator::EqualTest(k, a, dst);
-        expect("equal", [&](int v) { return v == c ? 255 : 0; });
-        Operator::Multiply(c / 64, a, dst, Saturate);
-        expect("times", [&](int v) { return Clip(v * (c / 64)); });
-        Operator::Divide(c, a, dst, Saturate);
-        expect("by image", [&](int v) { return v == 0 ? 255 : Clip(c / v); });
-    }
-    Operator::Multiply(std::nan(""), a, dst);
-    EXPECT_EQ(dst.Row(0)[200], 0);
-    Operator::Divide(a, 0.0, dst);
-    EXPECT_EQ(Message(), L"Division by zero");
-    EXPECT_EQ(Status::Error().Code, OutOfRange);
-}
 
 TEST_F(OperatorTest, WindowsInPlaceAndOverlapGiveTheSameAsACopy)
 {
@@ -209,6 +79,141 @@ TEST_F(OperatorTest, UnderSharingRecordedValuesStay)
     EXPECT_EQ(Values(image), (Ints{254, 254, 254, 253, 253, 253, 252, 252, 252}));
 }
 
+TEST_F(OperatorTest, StoresLaidOverOneAnotherAreKeptApart)
+{
+    const auto inverted = [](const Image& s, Image& other) { Operator::Invert(s, other); };
+    const std::pair<const char*, std::function<void(const Image&, Image&)>> operations[] = {
+        {"point", [](auto& s, auto& d) { Operator::Invert(s, d); }},
+        {"pair",
+         [&](auto& s, auto& d) {
+             Image other;
+             inverted(s, other);
+             Operator::Subtract(other, s, d, Rescale);
+         }},
+        {"reference",
+         [&](auto& s, auto& d) {
+             Image other;
+             inverted(s, other);
+             Operator::AddCorrect(other, s, d, 99);
+         }},
+        {"copy", [](auto& s, auto& d) { Operator::Copy(s, d); }},
+        {"adaptive threshold", [](auto& s, auto& d) { Operator::Binarize(3, 2, s, d); }},
+        {"adaptive equalisation", [](auto& s, auto& d) { Operator::Equalize(3, s, d); }},
+        {"square", [](auto& s, auto& d) { Kernel::Binomial(s, d); }},
+        {"box", [](auto& s, auto& d) { Kernel::BoxLowPass(5, 3, s, d); }}};
+    constexpr int width = 21, height = 6, pitch = 24;
+    const struct
+    {
+        int offset, pitch; ///< of the destination, from the source's memory
+        bool reversedSource, reversed;
+    } layouts[] = {{0, 24, true, true},    {0, 24, false, true}, {0, 24, true, false}, {1, 24, false, false},
+                   {24, 24, false, false}, {24, 24, true, true}, {0, 28, false, false}};
+    for (const auto& [name, operation] : operations)
+        for (const auto& layout : layouts) {
+            std::vector<std::uint8_t> memory(pitch * 2 * height);
+            for (std::size_t i = 0; i < memory.size(); i++)
+                memory[i] = static_cast<std::uint8_t>((i * i * 5 + i / 7 * 91) >> 1);
+            Image src, dst, copy, expected;
+            Lay(src, memory.data(), width, height, pitch, layout.reversedSource);
+            Operator::Copy(src, copy);
+            operation(copy, expected);
+            Lay(dst, memory.data() + layout.offset, width, height, layout.pitch, layout.reversed);
+            operation(src, dst);
+            ASSERT_EQ(Status::Error().Code, NoError) << name;
+            EXPECT_EQ(Values(dst), Values(expected)) << name << ' ' << layout.offset << ' ' << layout.pitch << ' '
+                                                     << layout.reversedSource << layout.reversed;
+        }
+    // Two types over the same memory: the copy takes that of the source, elsewhere.
+    std::vector<std::uint8_t> memory(2 * width);
+    Image bytes, words;
+    bytes.Set(width, 1, Gray, memory.data());
+    words.Set(width, 1, Gray16, memory.data());
+    Operator::Copy(bytes, words);
+    EXPECT_EQ(words.Type, Gray);
+}
+
+TEST_F(OperatorTest, PackedWindowsKeepThePixelsBeyondThem)
+{
+    const std::pair<const char*, std::function<void(const Image&, const Image&, Image&)>> operations[] = {
+        {"invert", [](auto& a, auto&, auto& d) { Operator::Invert(a, d); }},
+        {"copy", [](auto& a, auto&, auto& d) { Operator::Copy(a, d); }},
+        {"and", [](auto& a, auto& b, auto& d) { Operator::And(a, b, d); }},
+        {"or", [](auto& a, auto& b, auto& d) { Operator::Or(a, b, d); }},
+        {"xor", [](auto& a, auto& b, auto& d) { Operator::Xor(a, b, d); }},
+        {"packed from gray",
+         [](auto& a, auto&, auto& d) {
+             Image gray;
+             Operator::Copy(a, gray, Gray);
+             Operator::Copy(gray, d, Gray1);
+         }},
+        {"threshold", [](auto& a, auto&, auto& d) {
+             Image gray;
+             Operator::Copy(a, gray, Gray);
+             Operator::Binarize(100, gray, d, false, ToGray1);
+         }}};
+    // Rows of 32 pixels have no gaps between them.
+    for (const int storeWidth : {21, 32})
+        for (int width = 1; width < storeWidth; width++)
+            for (const auto& [name, operation] : operations) {
+                Image a, b, dst, whole, expected;
+                a.Set(storeWidth, 3, Gray1);
+                b.Set(storeWidth, 3, Gray1);
+                dst.Set(storeWidth, 3, Gray1);
+                Mix(a, 3);
+                Mix(b, 66);
+                Mix(dst, 29);
+                operation(a, b, expected);
+                Operator::Copy(dst, whole);
+                for (Image* image : {&a, &b, &dst})
+                    image->Window(0, 1, width, 2);
+                operation(a, b, dst);
+                ASSERT_EQ(Status::Error().Code, NoError) << name;
+                dst.Window();
+                for (int y = 0; y < 3; y++)
+                    for (int x = 0; x < storeWidth; x++) {
+                        const bool inside = y >= 1 && x < width;
+                        ASSERT_EQ(dst.PixelGray1(x, y), (inside ? expected : whole).PixelGray1(x, y))
+                            << name << ' ' << width << ' ' << x << ' ' << y;
+                    }
+            }
+}
+
+TEST_F(OperatorTest, ResultsOfAnotherTypeInPlaceEqualThoseApart)
+{
+    const struct
+    {
+        const char* name;
+        PixelTypes type;
+        std::function<void(const Image&, Image&)> call;
+    } cases[] = {{"widened", Gray, [](auto& s, auto& d) { Operator::Copy(s, d, Gray16); }},
+                 {"narrowed", Gray16, [](auto& s, auto& d) { Operator::Copy(s, d, Gray); }},
+                 {"packed", Gray16, [](auto& s, auto& d) { Operator::Copy(s, d, Gray1); }},
+                 {"unpacked", Gray1, [](auto& s, auto& d) { Operator::Copy(s, d, Gray); }},
+                 {"coloured", Gray, [](auto& s, auto& d) { Operator::Convert(s, d, Green_RGB); }},
+                 {"component", Rgb, [](auto& s, auto& d) { Operator::Convert(s, d, Luma_YUV); }},
+                 {"equal", Rgb, [](auto& s, auto& d) { Operator::EqualTest(77, s, d); }},
+                 {"bits", Gray, [](auto& s, auto& d) { Operator::Binarize(100, s, d, true, ToGray1); }},
+                 {"adaptive", Gray16, [](auto& s, auto& d) { Operator::Binarize(3, 9, s, d); }},
+                 {"colours", Rgb, [](auto& s, auto& d) { Operator::Binarize(s, d, true, Soft); }},
+                 {"mosaic", Gray, [](auto& s, auto& d) { Operator::DeBayer(s, d); }}};
+    for (const bool shallow : {false, true})
+        for (const auto& c : cases) {
+            Status::Shallow = false;
+            Image image, recorded, before, expected;
+            image.Set(19, 7, c.type);
+            Mix(image, 5);
+            Operator::Copy(image, before);
+            c.call(before, expected);
+            Status::Shallow = shallow;
+            recorded.ShallowCopy(image, true);
+            c.call(image, image);
+            ASSERT_EQ(Status::Error().Code, NoError) << c.name;
+            EXPECT_EQ(image.Type, expected.Type) << c.name;
+            EXPECT_EQ(Values(image), Values(expected)) << c.name;
+            EXPECT_EQ(Values(recorded), Values(before)) << c.name;
+        }
+}
+
 TEST_F(OperatorTest, BlendGivesItsSourcesAtTheEnds)
 {
     Image a, b, dst;
@@ -248,6 +253,24 @@ TEST_F(OperatorTest, CopiesConvertByTheGrayDepth)
     EXPECT_EQ(Values(dst), (Ints{10, 20, 30, 255, 90, 5, 7, 255}));
     Operator::Copy(src, dst, Gray16);
     EXPECT_EQ(Message(), L"Destination image type (Gray16) not supported for this operation");
+    Row(src, Gray, {0, 3, 255});
+    Operator::Copy(src, dst, Gray32);
+    EXPECT_EQ(Values(dst), (Ints{0, 3 << 4, 255 << 4}));
+    Operator::Copy(src, dst, Rgba);
+    EXPECT_EQ(Values(dst), (Ints{0, 0, 0, 255, 3, 3, 3, 255, 255, 255, 255, 255}));
+    Row(src, Gray16, {0, 2047, 2048, 5000, 16, 65535, 2048, 1, 2048});
+    Operator::Copy(src, dst, Gray1);
+    EXPECT_EQ(Values(dst), (Ints{0, 0, 1, 1, 0, 1, 1, 0, 1}));
+    src.ShallowCopy(dst, true);
+    Operator::Copy(src, dst, Gray);
+    EXPECT_EQ(Values(dst), (Ints{0, 0, 255, 255, 0, 255, 255, 0, 255}));
+    Row(src, Rgba, {10, 20, 31, 40, 255, 255, 255, 0, 0, 0, 3, 9});
+    Operator::Copy(src, dst, Gray);
+    EXPECT_EQ(Values(dst), (Ints{61 * 85 >> 8, 765 * 85 >> 8, 0}));
+    Operator::Copy(src, dst, Rgb);
+    EXPECT_EQ(Values(dst), (Ints{10, 20, 31, 255, 255, 255, 0, 0, 3}));
+    Operator::Copy(src, dst, Gray1);
+    EXPECT_EQ(Message(), L"Destination image type (Gray1) not supported for this operation");
     Image grad;
     grad.Set(2, 1, Grad);
     grad.Row<GradPixel>(0)[0] = {-100, 40};
@@ -276,46 +299,6 @@ TEST_F(OperatorTest, ConstantsFillByTheTypeOfTheDestination)
     EXPECT_EQ(Values(dst), (Ints{3, 2, 1}));
     Operator::Copy(RgbaPixel(1, 2, 3, 4), dst);
     EXPECT_EQ(Message(), L"Destination image type (Rgb) not supported for this operation");
-}
-
-TEST_F(OperatorTest, ColorComponentsOfKnownColors)
-{
-    Image src, dst;
-    Row(src, Rgb, {0, 0, 255, 0, 255, 0, 255, 0, 0, 40, 80, 120}); // red, green, blue, a brown
-    const struct
-    {
-        ColorComponents component;
-        Ints values;
-    } cases[] = {{Red_RGB, {255, 0, 0, 120}},
-                 {Blue_RGB, {0, 0, 255, 40}},
-                 {Hue_HLS, {0, 86, 171, 21}},
-                 {Lightness_HLS, {127, 127, 127, 80}},
-                 {Saturation_HSV, {255, 255, 255, 170}},
-                 {Value_HSV, {255, 255, 255, 120}},
-                 {Luma_YUV, {76, 149, 29, 87}},
-                 {Saturation_HLS, {255, 255, 255, 127}}};
-    for (const auto& c : cases) {
-        Operator::Convert(src, dst, c.component);
-        EXPECT_EQ(Values(dst), c.values) << c.component;
-    }
-    Operator::Convert(src, dst, Alpha);
-    EXPECT_EQ(Message(), L"The Color Component (Alpha) is not supported for a Rgb source image");
-    Image gray, rgb;
-    Row(gray, Gray, {9});
-    Row(rgb, Rgb, {1, 2, 3});
-    Operator::Convert(gray, rgb, Blue_RGB);
-    EXPECT_EQ(Values(rgb), (Ints{9, 2, 3}));
-    Operator::Convert(gray, rgb, Hue_HLS);
-    EXPECT_EQ(Message(), L"The Color Component (Hue (HLS)) is not supported for a Gray source image");
-    Row(rgb, Rgb, {10, 20, 40});
-    Operator::ColorsLighten(rgb, dst, 10);
-    EXPECT_EQ(Values(dst), (Ints{63, 127, 255}));
-    Operator::ColorsSaturate(rgb, dst, 10);
-    EXPECT_EQ(Values(dst), (Ints{0, 13, 40}));
-    Operator::ColorsHueSet(0, rgb, dst);
-    EXPECT_EQ(Values(dst), (Ints{10, 10, 40}));
-    Operator::RedBlueSwap(rgb, rgb);
-    EXPECT_EQ(Values(rgb), (Ints{40, 20, 10}));
 }
 
 TEST_F(OperatorTest, ThresholdsSeparate)
@@ -347,6 +330,52 @@ TEST_F(OperatorTest, ThresholdsSeparate)
     EXPECT_EQ(Values(dst), (Ints{0, 0, 255, 255}));
     Operator::Binarize(src, dst, true, Means);
     EXPECT_EQ(Message(), L"The operation mode is not supported for this image type (Rgb)");
+}
+
+TEST_F(OperatorTest, MeansAndRampsOfEveryGrayValue)
+{
+    // Each gray value once.
+    Ints all;
+    for (int v = 0; v < 256; v++)
+        all.push_back(v);
+    Image src, dst;
+    Row(src, Gray, all);
+    const auto expect = [&](const char* name, auto formula) {
+        ASSERT_EQ(Status::Error().Code, NoError) << name;
+        for (int v = 0; v < 256; v++)
+            ASSERT_EQ(dst.Row(0)[v], formula(v)) << name << ' ' << v;
+    };
+    const auto ramp = [](double v, double from, double to, bool above) {
+        const double part = (v - from) / (to - from);
+        return Clip(above ? 255 * part : 255 - 255 * part);
+    };
+    for (const bool above : {true, false}) {
+        // The parts are [0, 100) and [100, 256), while the pixel of the threshold itself counts as below.
+        Operator::Binarize(100, src, dst, above, Means);
+        expect("means", [](int v) { return v > 100 ? 177 : 49; });
+        Operator::Binarize(100, src, dst, above, Soft);
+        expect("soft", [&](int v) { return ramp(v, 49.5, 177.5, above); });
+        EXPECT_EQ(Operator::Binarize(src, dst, above, Soft), 128);
+        expect("soft, automatic", [&](int v) { return ramp(v, 63.5, 191.5, above); });
+        for (const auto& [back, fore] : {std::pair{40, 201}, {201, 40}}) {
+            const auto b = static_cast<GrayPixel>(back), f = static_cast<GrayPixel>(fore);
+            const auto fromBack = [&, back = back, fore = fore](int v) { return fore > back ? v > 120 : v <= 120; };
+            Operator::Binarize(b, f, src, dst, above);
+            expect("two values", [&](int v) { return fromBack(v) == above ? 255 : 0; });
+            Operator::Binarize(b, f, src, dst, above, Means);
+            expect("two means", [](int v) { return v > 120 ? 201 : 40; });
+            Operator::Binarize(b, f, src, dst, above, Soft);
+            expect("two ends", [&, back = back, fore = fore](int v) { return ramp(v, back, fore, above); });
+            Operator::Binarize(b, f, src, dst, above, ToGray1);
+            const Ints bits = Values(dst);
+            for (int v = 0; v < 256; v++)
+                ASSERT_EQ(bits[static_cast<std::size_t>(v)], fromBack(v) == above) << v;
+        }
+    }
+    for (const int threshold : {MinInt, -1, 255, MaxInt}) {
+        Operator::Binarize(threshold, src, dst);
+        expect("an end", [&](int v) { return v > threshold ? 255 : 0; });
+    }
 }
 
 TEST_F(OperatorTest, TheAdaptiveThresholdAgreesWithTheDirectSum)
@@ -409,6 +438,22 @@ TEST_F(OperatorTest, ShadingCorrectionClampsAndKeepsItsLevels)
     Row(white, Gray, {0, 0});
     Operator::AddCorrect(src, white, dst, RgbPixel(30, 20, 10));
     EXPECT_EQ(Values(dst), (Ints{11, 22, 33, 14, 25, 36}));
+    Row(white, Gray, {100, 0});
+    Row(black, Gray, {50, 0});
+    Row(src, Rgb, {75, 25, 200, 1, 2, 3});
+    Operator::MultiplyCorrect(src, white, dst, RgbPixel(30, 200, 80));
+    EXPECT_EQ(Values(dst), (Ints{60, 50, 60, 80, 200, 30}));
+    Operator::Correct(src, black, white, dst, RgbPixel(10, 20, 40), RgbPixel(20, 220, 140));
+    EXPECT_EQ(Values(dst), (Ints{90, 0, 40, 100, 200, 10}));
+    Row(src, Gray16, {40000, 10});
+    Row(white, Gray16, {1000, 20});
+    Row(black, Gray16, {0, 0});
+    Operator::MultiplyCorrect(src, white, dst, 30000);
+    EXPECT_EQ(Values(dst), (Ints{32767, 15000}));
+    Operator::Correct(src, black, white, dst, 100, 30100);
+    EXPECT_EQ(Values(dst), (Ints{32767, 15100}));
+    Operator::Correct(src, black, white, white, 100, 30100);
+    EXPECT_EQ(Values(white), (Ints{32767, 15100})) << "the reference may be the destination";
 }
 
 TEST_F(OperatorTest, GrayScaling)
@@ -422,10 +467,71 @@ TEST_F(OperatorTest, GrayScaling)
     Row(src, Gray, {100, 120});
     Operator::Normalize(50, 400, src, dst);
     EXPECT_EQ(Values(dst), (Ints{30, 70}));
-    Row(src, Gray, {5, 9, 5});
-    Operator::Equalize(3, src, dst);
-    // The box holds each column three times; at the ends the first or last column once more.
-    EXPECT_EQ(Values(dst), (Ints{0, 6 * 255 / 9, 0}));
+    Operator::GrayDepth = 12;
+    // A value beyond the depth counts as the largest.
+    Row(src, Gray16, {0, 4095, 300, 300, 65535});
+    Operator::Equalize(src, dst);
+    EXPECT_EQ(Values(dst), (Ints{0, 3 * 4095 / 5, 1 * 4095 / 5, 1 * 4095 / 5, 3 * 4095 / 5}));
+    // Sums of 60, 300 and 600, of which 0, 1 and 3 out of 4 are darker: factors of 0, 3 / 4 and 9 / 4.
+    Row(src, Rgb, {100, 110, 90, 200, 250, 150, 10, 20, 30, 90, 190, 20});
+    Operator::Equalize(src, dst);
+    EXPECT_EQ(Values(dst), (Ints{75, 82, 67, 255, 255, 255, 0, 0, 0, 67, 142, 15}));
+}
+
+TEST_F(OperatorTest, EqualisationOfOneLevelIsBlack)
+{
+    for (const PixelTypes type : {Gray, Gray16, Rgb})
+        for (const bool last : {false, true}) {
+            Image src, dst;
+            src.Set(23, 6, type);
+            Mix(src, 1);
+            src.Window(2, 1, 19, 4);
+            Operator::Copy(77 * 257, src);
+            const int bytes = RowBytes(19, type);
+            if (last) src.Row(3)[bytes - 1] = 200;
+            Operator::Equalize(src, dst);
+            ASSERT_EQ(Status::Error().Code, NoError);
+            Ints expected(static_cast<std::size_t>(19 * 4 * (type == Rgb ? 3 : 1)));
+            // 75 of 76 pixels are darker than the last one.
+            if (last && type == Rgb)
+                for (const int channel : {1, 2, 3})
+                    expected[expected.size() - static_cast<std::size_t>(channel)] =
+                        channel == 1 ? 255 : Clip(77 * 3 * 75 / 76.0);
+            else if (last)
+                expected.back() = 75 * (type == Gray ? 255 : 65535) / 76;
+            EXPECT_EQ(Values(dst), expected) << type;
+        }
+}
+
+TEST_F(OperatorTest, AdaptiveEqualisationIsTheRankInTheBox)
+{
+    constexpr int width = 13, height = 7;
+    Image src, dst;
+    src.Set(width, height, Gray);
+    Mix(src, 8);
+    for (const int size : {1, 3, 9, 31, 32767}) {
+        Operator::Equalize(size, src, dst);
+        ASSERT_EQ(Status::Error().Code, NoError);
+        const int half = size / 2;
+        for (int y = 0; y < height; y++)
+            for (int x = 0; x < width; x++) {
+                // A pixel of the edge stands for all beyond it.
+                const auto times = [&](int at, int around, int count) {
+                    const int before = at == 0 ? std::max(half - around, 0) : 0;
+                    const int behind = at == count - 1 ? std::max(around + half - count + 1, 0) : 0;
+                    return std::int64_t{(std::abs(at - around) <= half) + before + behind};
+                };
+                std::int64_t darker = 0;
+                for (int v = 0; v < height; v++)
+                    for (int u = 0; u < width; u++)
+                        if (src.Row(v)[u] < src.Row(y)[x]) darker += times(u, x, width) * times(v, y, height);
+                ASSERT_EQ(dst.Row(y)[x], darker * 255 / (std::int64_t{size} * size)) << size << ' ' << x << ' ' << y;
+            }
+    }
+    for (const int size : {0, -3, 4, MaxInt}) {
+        Operator::Equalize(size, src, dst);
+        EXPECT_EQ(Status::Error().Code, OutOfRange);
+    }
 }
 
 TEST_F(OperatorTest, RefusalsNameTheirReasonAndMethod)
