@@ -385,10 +385,15 @@ TEST(WindowSpiral, GoesRoundTheCornersAndFurtherIn)
     const WindowSize area{1000, 800}, window{300, 200};
     const WindowPoint first[] = {{15, 15}, {685, 15}, {685, 585}, {15, 585}, {38, 38}, {662, 38}};
     for (const WindowPoint& place : first)
-        EXPECT_EQ(spiral.Next(area, window), place);
+        EXPECT_EQ(spiral.Next(area, window, false), place);
     for (int i = 6; i < 36; i++)
-        spiral.Next(area, window);
-    EXPECT_EQ(spiral.Next(area, window), first[0]) << "after the eighth turn inwards";
+        spiral.Next(area, window, false);
+    EXPECT_EQ(spiral.Next(area, window, false), first[0]) << "after the eighth turn inwards";
+    // The help keeps its corner.
+    WindowSpiral beside;
+    const WindowPoint others[] = {{685, 15}, {685, 585}, {15, 585}, {662, 38}};
+    for (const WindowPoint& place : others)
+        EXPECT_EQ(beside.Next(area, window, true), place);
 }
 
 TEST_F(OperationHandlerTest, PinnedValuesRunWhileAnotherOperationIsSelected)

@@ -130,7 +130,7 @@ void CommandPanel::Place(IController& controller, WindowSpiral& spiral, WindowSi
         for (IController* member : several->Members())
             Place(*member, spiral, workArea);
     else if (dynamic_cast<IPlacedWindow*>(&controller))
-        views_.MoveControl(controller, spiral.Next(workArea, views_.ControlSize(controller)));
+        views_.MoveControl(controller, spiral.Next(workArea, views_.ControlSize(controller), views_.IsHelp()));
 }
 
 void CommandPanel::ShowControllers(WindowSpiral& Spiral, bool KeepPlace, WindowSize WorkArea)

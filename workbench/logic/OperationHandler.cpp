@@ -48,8 +48,6 @@ std::wstring MissingText(int type)
 OperationHandler::OperationHandler(Tesk::Engine& Engine, IOperationViews& Views, const ControllerFactory& Factory)
     : engine_(Engine), views_(Views), factory_(Factory), parametersPanel_(Engine, Views, Factory)
 {
-    // The first place on the spiral stays free for the help.
-    if (Views.IsHelp()) spiral_.currentWindowPosition_ = 1;
     engine_.BeforeRun = [this](const Operation& running) { views_.SetBusy(&running); };
 }
 
@@ -194,7 +192,7 @@ bool OperationHandler::CreateOperation(const operationItemInfo& item)
         // On another tab the window is the former one, and stays.
         WindowPoint place;
         const bool placed = formIsNew_;
-        if (placed) place = spiral_.Next(views_.WorkAreaSize(), views_.OperationFormSize());
+        if (placed) place = spiral_.Next(views_.WorkAreaSize(), views_.OperationFormSize(), views_.IsHelp());
         ShowPanel(placed ? &place : nullptr, false);
         Keep(created);
         StoreOperationFormLocation();

@@ -93,7 +93,6 @@ public:
     bool IsRunningBlocked() const { return currentOperationRunningMutex_; }
     /// The place of an operation, with which it was created or swapped.
     operationItemInfo ItemOf(int Id) const;
-    WindowSpiral& Spiral() { return spiral_; }
 
 private:
     using ControllerList = std::vector<std::unique_ptr<IController>>;

@@ -84,8 +84,9 @@ operationItemInfo ItemOfMethod(int Method)
     return item;
 }
 
-WindowPoint WindowSpiral::Next(WindowSize WorkArea, WindowSize Window)
+WindowPoint WindowSpiral::Next(WindowSize WorkArea, WindowSize Window, bool IsHelp)
 {
+    if (IsHelp && currentWindowPosition_ == 0) currentWindowPosition_ = 1;
     const int offset = spiraleCpt_ * spiralStep + spiralMargin;
     const int right = WorkArea.Width - offset - Window.Width, low = WorkArea.Height - offset - Window.Height;
     const WindowPoint corners[] = {{offset, offset}, {right, offset}, {right, low}, {offset, low}};

@@ -233,8 +233,6 @@ void MainForm::ShowGettingStarted()
                                 {L"Try the available operations in the menus.", false},
                                 {L"Click on an existing operation to rework it.", false},
                                 {L"Click on an existing variable to keep it visible.", false}});
-    // The first place of the spiral is the help's.
-    operationHandler_->Spiral().currentWindowPosition_ = 1;
 }
 
 void MainForm::ShowSplash()

@@ -52,7 +52,7 @@ ToolWindow::ToolWindow(QMdiArea& area, const QString& name, bool hasBar)
     pin_->setObjectName("Pin");
     pin_->setFixedSize(21, 21);
     pin_->setScaledContents(true);
-    bar_->addWidget(pin_);
+    bar_->addWidget(pin_, 0, Qt::AlignLeft);
     barWidget_->setMinimumHeight(barHeight);
     barWidget_->setVisible(hasBar);
     column->addWidget(barWidget_);
