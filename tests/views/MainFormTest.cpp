@@ -430,6 +430,35 @@ TEST(MainForm, HidingTheHelpNarrowsTheWindowsAndEscapeClosesDialogs)
     Workbench::Settle();
 }
 
+TEST(MainForm, ALongRunShowsThatItIsAtWork)
+{
+    Workbench bench;
+    bench.ReadImage();
+    bench.Invert();
+    int busy = 0;
+    QString status;
+    const auto former = bench.Engine().BeforeRun;
+    bench.Engine().BeforeRun = [&](const Operation& operation) {
+        former(operation);
+        const QCursor* cursor = QApplication::overrideCursor();
+        busy += cursor && cursor->shape() == Qt::BusyCursor;
+        status = bench.StatusText();
+    };
+    const auto run = [&](int id) {
+        bench.Engine().ChangeOperation(id);
+        bench.Form().Handler().DoRun(nullptr, nullptr, false, false, false, false);
+    };
+    run(1);
+    EXPECT_EQ(busy, 0);
+    // It is known to be long now.
+    bench.At(1).Duration = 600000;
+    run(1);
+    EXPECT_EQ(busy, 1);
+    EXPECT_EQ(status, "Invert ...");
+    EXPECT_EQ(bench.StatusText(), "");
+    EXPECT_FALSE(QApplication::overrideCursor());
+}
+
 TEST(MainForm, ADroppedFileIsRead)
 {
     Workbench bench;

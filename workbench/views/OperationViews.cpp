@@ -1,5 +1,6 @@
 #include "workbench/views/OperationViews.h"
 
+#include "image/Image.h"
 #include "workbench/views/FileDialogs.h"
 #include "workbench/views/HelpWidget.h"
 #include "workbench/views/OperationForm.h"
@@ -22,8 +23,20 @@ namespace TeskPlus {
 
 namespace {
 
-/// An operation that took longer than this, in microseconds, shows that it is at work.
-constexpr int longRun = 500000;
+/// A run that takes longer than this, in microseconds, shows that it is at work.
+constexpr qint64 longRun = 500000;
+/// An operation that never ran may be long on an image of so many pixels.
+constexpr std::int64_t manyPixels = 4000000;
+
+/// How long an operation is expected to take, in microseconds: as long as it took before.
+qint64 ExpectedTime(const Operation& operation)
+{
+    if (operation.Duration > 0) return operation.Duration;
+    for (const Arg& argument : operation.Args)
+        if (const auto* image = dynamic_cast<const Var<Image>*>(argument.Variable))
+            if (std::int64_t{image->Value.Width} * image->Value.Height >= manyPixels) return longRun;
+    return 0;
+}
 
 } // namespace
 
@@ -226,10 +239,11 @@ void OperationViews::SetBusy(const Operation* Running)
     if (!Running) {
         if (isBusy_) QApplication::restoreOverrideCursor();
         isBusy_ = false;
+        runTime_.invalidate();
         return;
     }
-    // What ran long before will do so again; a first run is not known beforehand.
-    if (Running->Duration < longRun) return;
+    if (!runTime_.isValid()) runTime_.start();
+    if (runTime_.nsecsElapsed() / 1000 + ExpectedTime(*Running) < longRun) return;
     if (!isBusy_) QApplication::setOverrideCursor(Qt::BusyCursor);
     isBusy_ = true;
     status_.setText(Qt16(Engine::OpNode(Running->Node)->Label).simplified() + " ...");

@@ -77,6 +77,7 @@ private:
     QPointer<ToolWindow> contextualHelp_, parameters_;
     QWidget* parameterRows_ = nullptr;
     WindowPoint contextualHelpPanelLocation{15, 15};
+    QElapsedTimer runTime_; ///< since the first operation of a run began
     bool parametersShown_ = false, isBusy_ = false;
 };
 
