@@ -21,7 +21,7 @@ std::wstring Formatted(const wchar_t* Format, ...)
     std::array<wchar_t, 512> text{};
     va_list arguments;
     va_start(arguments, Format);
-    std::vswprintf(text.data(), text.size(), Format, arguments);
+    FormatArguments(text.data(), text.size(), Format, arguments);
     va_end(arguments);
     return text.data();
 }

@@ -15,6 +15,8 @@ class Archive;
 inline constexpr int Auto = static_cast<int>(0x80000000u);
 inline constexpr int MinInt = static_cast<int>(0x80000001u);
 inline constexpr int MaxInt = 0x7fffffff;
+/// An argument that was not given, where `Auto` would be a choice.
+inline constexpr int NotInitialized = MinInt;
 
 /// A point in image coordinates, sub-pixel.
 struct XY

@@ -3,6 +3,7 @@
 #include "foundation/Services.h"
 
 #include <hwy/targets.h>
+#include <locale.h>
 
 #include <array>
 #include <cassert>
@@ -153,23 +154,36 @@ const wchar_t* Status::UnicodeFunction()
 
 int Status::Format(int Code, const wchar_t* Message, ...)
 {
-    // vswprintf reports an overflow without promising what it wrote, so a long message is made in a larger buffer
-    // first and then cut.
-    Status& record = Error();
-    for (std::size_t size = 1024; size <= 1u << 20; size *= 4) {
-        std::vector<wchar_t> text(size);
-        va_list arguments;
-        va_start(arguments, Message);
-        const int length = std::vswprintf(text.data(), size, Message, arguments);
-        va_end(arguments);
-        if (length < 0) continue;
-        std::wcsncpy(record.message_, text.data(), textSize - 1);
+    // An overflow is reported without a promise of what was written, so a message that the stack cannot take is made in
+    // a larger buffer first, and then cut.
+    const auto keep = [&](const wchar_t* text) {
+        Status& record = Error();
+        std::wcsncpy(record.message_, text, textSize - 1);
         record.message_[textSize - 1] = 0;
         return Code;
+    };
+    const auto make = [&](wchar_t* text, std::size_t size, va_list arguments) {
+        const bool made = FormatArguments(text, size, Message, arguments) >= 0;
+        if (made) keep(text);
+        return made;
+    };
+    constexpr std::size_t usual = 1024, longest = 1u << 20;
+    wchar_t text[usual];
+    va_list arguments;
+    va_start(arguments, Message);
+    bool made = make(text, usual, arguments);
+    va_end(arguments);
+    try {
+        for (std::size_t size = 4 * usual; !made && size <= longest; size *= 4) {
+            std::vector<wchar_t> large(size);
+            va_start(arguments, Message);
+            made = make(large.data(), size, arguments);
+            va_end(arguments);
+        }
+    } catch (const std::bad_alloc&) {
+        // The format itself is all that can be told.
     }
-    std::wcsncpy(record.message_, Message, textSize - 1);
-    record.message_[textSize - 1] = 0;
-    return Code;
+    return made ? Code : keep(Message);
 }
 
 bool Status::Raise(int Code, const char* Context)
@@ -257,6 +271,24 @@ const wchar_t* Status::SIMDLevelName(SIMDLevels Level)
     static constexpr const wchar_t* names[] = {L"Scalar", L"MMX",  L"SSE",    L"SSE2",   L"SSE3",  L"SSE4",
                                                L"AVX",    L"AVX2", L"AVX512", L"NEONv7", L"NEONv8"};
     return Level >= NoSIMD && Level <= SIMDNEONv8 ? names[Level] : L"";
+}
+
+int FormatArguments(wchar_t* Text, std::size_t Size, const wchar_t* Format, va_list Arguments)
+{
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t former = plain ? uselocale(plain) : nullptr;
+    const int length = std::vswprintf(Text, Size, Format, Arguments);
+    if (plain) uselocale(former);
+    return length;
+}
+
+int FormatText(wchar_t* Text, std::size_t Size, const wchar_t* Format, ...)
+{
+    va_list arguments;
+    va_start(arguments, Format);
+    const int length = FormatArguments(Text, Size, Format, arguments);
+    va_end(arguments);
+    return length;
 }
 
 std::wstring Widen(const char* Text)
