@@ -58,9 +58,10 @@ SIMDLevels DetectLevel()
 /// The one place where a level is turned into the targets that the row kernels are dispatched to.
 SIMDLevels ApplyLevel(SIMDLevels level)
 {
+    // The better a target, the lower its bit: what lies below one is all that is better, whatever its name.
     std::int64_t disabled = 0;
-    if (level < SIMDAVX512) disabled |= HWY_AVX3 | HWY_AVX3_DL;
-    if (level < SIMDAVX2) disabled |= HWY_AVX2;
+    if (level < SIMDAVX512) disabled |= HWY_AVX2 - 1;
+    if (level < SIMDAVX2) disabled |= HWY_SSE4 - 1;
     if (level < SIMDSSE4) disabled |= HWY_SSE4;
     hwy::DisableTargets(disabled);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
@@ -260,8 +261,9 @@ void Status::SIMDLevel(SIMDLevels Level)
     LevelInForce();
     hwy::DisableTargets(0);
     const std::int64_t targets = hwy::SupportedTargets();
-    if (Level >= SIMDAVX512 && !(targets & HWY_AVX3)) Level = SIMDAVX2;
-    if (Level >= SIMDAVX && !(targets & (HWY_AVX2 | HWY_AVX3))) Level = DetectLevel();
+    if (Level > SIMDAVX512) Level = DetectLevel(); // another kind of processor
+    if (Level == SIMDAVX512 && !(targets & (HWY_AVX2 - 1))) Level = SIMDAVX2;
+    if (Level >= SIMDAVX && !(targets & (2 * HWY_AVX2 - 1))) Level = DetectLevel();
     if (Level <= SIMDSSE4 && Level > DetectLevel()) Level = DetectLevel();
     LevelInForce() = ApplyLevel(Level);
 }
@@ -299,11 +301,32 @@ std::wstring Widen(const char* Text)
     return wide;
 }
 
+std::wstring WidenPath(const char* Path)
+{
+    std::wstring wide;
+    for (const auto* c = reinterpret_cast<const unsigned char*>(Path); c && *c;) {
+        const int more = *c < 0x80 ? 0 : *c < 0xc2 ? -1 : *c < 0xe0 ? 1 : *c < 0xf0 ? 2 : *c < 0xf5 ? 3 : -1;
+        if (more < 0) return Widen(Path);
+        std::uint32_t code = more == 0 ? *c : *c & (0x3fu >> more);
+        c++;
+        for (int i = 0; i < more; i++, c++) {
+            if ((*c & 0xc0) != 0x80) return Widen(Path);
+            code = code << 6 | (*c & 0x3fu);
+        }
+        constexpr std::uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+        if (code < smallest[more] || (code >= 0xd800 && code < 0xe000) || code > 0x10ffff) return Widen(Path);
+        wide.push_back(static_cast<wchar_t>(code));
+    }
+    return wide;
+}
+
 std::string Narrow(const wchar_t* Text)
 {
     std::string narrow;
     for (const wchar_t* c = Text; c && *c; c++) {
-        const auto code = static_cast<std::uint32_t>(*c);
+        auto code = static_cast<std::uint32_t>(*c);
+        // What no encoding may hold is shown as such.
+        if ((code >= 0xd800 && code < 0xe000) || code > 0x10ffff) code = 0xfffd;
         if (code < 0x80) {
             narrow.push_back(static_cast<char>(code));
         } else if (code < 0x800) {

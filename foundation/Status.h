@@ -87,7 +87,9 @@ int FormatText(wchar_t* Text, std::size_t Size, const wchar_t* Format, ...);
 int FormatArguments(wchar_t* Text, std::size_t Size, const wchar_t* Format, va_list Arguments);
 /// Narrow text widened byte by byte, without regard to the locale, so that any path can stand in a message.
 std::wstring Widen(const char* Text);
-/// Wide text narrowed for the file system (UTF-8 where a character is above 127).
+/// A path widened for a message: decoded where it is UTF-8, else byte by byte.
+std::wstring WidenPath(const char* Path);
+/// Wide text narrowed for the file system (UTF-8 where a character is above 127; U+FFFD for what is no character).
 std::string Narrow(const wchar_t* Text);
 
 } // namespace Tesk
