@@ -79,8 +79,11 @@ TEST_F(MorphoOperations, RunThroughTheDispatchAndSizeTheirResults)
         for (int read = 0; read < 2; read++)
             SetText(static_cast<Var<const char*>&>(*append(readNode).Args.at(1).Variable), path_);
         Operation& operation = append(node);
-        for (Arg& argument : operation.Args)
+        for (Arg& argument : operation.Args) {
             argument.Visible = true;
+            // The list of places that takes the place of an outline is open.
+            if (auto* path = dynamic_cast<Var<Path>*>(argument.Variable)) path->Value.Closed = true;
+        }
         engine.Execute();
         ASSERT_EQ(Status::Error().Code, NoError) << id << ' ' << Narrow(Status::UnicodeError());
         for (const Arg& argument : operation.Args) {
