@@ -27,6 +27,11 @@ bool TypeServes(int wanted, int offered)
     return wanted == 0 || wanted == offered || (wanted == profileType && offered == histogramType);
 }
 
+bool IsArgument(int node)
+{
+    return node >= 0 && node < Engine::NumNodes && Engine::Tree[node]->Kind() == ArgumentKind;
+}
+
 template <typename... Values>
 void TraceLine(const char* format, Values... values)
 {
@@ -192,12 +197,15 @@ int Engine::ReclaimVariables()
             variables_, [&](const auto& variable) { return variable->Uses <= 0 && read.count(variable.get()) == 0; });
         freed += more;
     } while (more > 0);
+    // A place that is gone must not be mistaken for a variable that is made there later.
+    for (const auto& variable : variables_)
+        if (freed > 0 && variable->Read != variable->Source) variable->Read = nullptr;
     return static_cast<int>(freed);
 }
 
 AnyVariable* Engine::CreateVariable(int Node, int)
 {
-    if (Node < 0 || Node >= NumNodes || Tree[Node]->Kind() != ArgumentKind) return nullptr;
+    if (!IsArgument(Node)) return nullptr;
     const ArgumentNode& node = *VarNode(Node);
     const TypeRow* type = FindType(node.Type);
     if (!type) return nullptr;
@@ -215,11 +223,10 @@ AnyVariable* Engine::CreateVariable(int Node, int)
 AnyVariable* Engine::MakeShadow(int type, AnyVariable* source)
 {
     const TypeRow* row = FindType(type);
-    if (!row || !row->ShallowCopy) return nullptr;
+    if (!row || !row->ShallowCopy || !TypeServes(type, source->TypeCode)) return nullptr;
     auto shadow = row->Make();
     shadow->TypeCode = type;
     SetName(*shadow, source->NameText);
-    shadow->AutoNamed = source->AutoNamed;
     row->ShallowCopy(*shadow, *source, true);
     shadow->Source = source;
     shadow->Uses = 1;
@@ -300,6 +307,7 @@ bool Engine::ReplaceOperationArgument(int Operation, int Argument, AnyVariable* 
 
 bool Engine::Compatible(int A, int B) const
 {
+    if (!IsArgument(A) || !IsArgument(B)) return false;
     const ArgumentNode &a = *VarNode(A), &b = *VarNode(B);
     bool compatible = a.Type == b.Type && ((a.Flags & Instance) || std::wcscmp(a.Identifier, b.Identifier) == 0);
     if (compatible && IsCasesType(a.Type)) {
@@ -319,12 +327,12 @@ bool Engine::Compatible(int A, int B) const
 
 bool Engine::GetProperty(AnyVariable* Out, int Node, AnyVariable* Object)
 {
-    return Out && Object && GetPropertyValue(VarNode(Node)->PropertyId, *Out, *Object);
+    return IsArgument(Node) && Out && Object && GetPropertyValue(VarNode(Node)->PropertyId, *Out, *Object);
 }
 
 bool Engine::SetProperty(AnyVariable* In, int Node, AnyVariable* Object)
 {
-    return In && Object && SetPropertyValue(VarNode(Node)->PropertyId, *In, *Object);
+    return IsArgument(Node) && In && Object && SetPropertyValue(VarNode(Node)->PropertyId, *In, *Object);
 }
 
 } // namespace Tesk

@@ -76,12 +76,18 @@ public:
     /// behind it if it was taken.
     bool RenameVariable(AnyVariable* Variable, const wchar_t* NewName, bool Test);
     void UnreserveVariables();
-    /// Frees the variables that no argument holds and no other variable reads; how many. A caller that keeps pointers to
-    /// variables of its own lets go of those without `Uses` first.
+    /// Frees the variables that no argument holds and no other variable reads; how many. A caller that keeps pointers
+    /// to variables of its own lets go of those without `Uses` first.
     int ReclaimVariables();
     int NumVariables() const { return static_cast<int>(variables_.size()); }
     /// A free name: the stem alone for a counter of -1, else with the counter, which ends on the number used.
     std::wstring UniqueName(const wchar_t* Stem, int& Counter) const;
+
+    /// Marks the variables that are arguments of an operation.
+    void MarkBound() const;
+    /// What a shadow reads, by those marks: its source, or behind sources that have left their operation the first that
+    /// has not. Null for a variable that is no shadow.
+    static AnyVariable* SourceOf(const AnyVariable& Shadow);
 
     /// Prints the sequence as a program, or with an operation's index that operation's section; language 0 native C++,
     /// 1 C#, 2 Visual Basic, 3 C++.NET.

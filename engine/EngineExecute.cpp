@@ -26,21 +26,60 @@ struct Ages
     }
 };
 
+/// Reports a method that was not called: an argument has no variable, or there is nothing to call yet.
+void RefuseToRun(const Operation& operation)
+{
+    constexpr const char* context = "Tesk::Engine::Execute";
+    const wchar_t* name = Engine::OpNode(operation.Node)->Identifier;
+    for (const Arg& argument : operation.Args)
+        if (!argument.Variable && !Engine::IsPending(operation.Node)) {
+            Status::Raise(Status::Format(CannotPerform, L"The operation (%ls) has no variable for its argument (%ls)",
+                                         name, Engine::VarNode(argument.Node)->Identifier),
+                          context);
+            return;
+        }
+    Status::Raise(Status::Format(NotImplemented, L"The operation (%ls) is not available in this version", name),
+                  context);
+}
+
 } // namespace
+
+void Engine::MarkBound() const
+{
+    for (const auto& variable : variables_)
+        variable->Bound = false;
+    for (const auto& operation : Operations)
+        for (const Arg& argument : operation->Args)
+            if (argument.Variable) argument.Variable->Bound = true;
+}
+
+AnyVariable* Engine::SourceOf(const AnyVariable& Shadow)
+{
+    // A swap or a rebinding takes a variable out of its operation, where nothing refreshes it any more.
+    AnyVariable* source = Shadow.Source;
+    while (source && !source->Bound && source->Source)
+        source = source->Source;
+    return source;
+}
 
 void Engine::Refresh(AnyVariable& shadow, int type)
 {
+    AnyVariable* source = SourceOf(shadow);
     const TypeRow* row = FindType(type);
-    if (row && row->ShallowCopy) row->ShallowCopy(shadow, *shadow.Source, false);
-    shadow.Stamp = Max(shadow.Stamp, shadow.Source->Stamp);
+    if (row && row->ShallowCopy) row->ShallowCopy(shadow, *source, false);
+    // What is read from elsewhere than before is new, however old it is there.
+    if (shadow.Read && shadow.Read != source) shadow.Stamp = Max(shadow.Stamp, Clock);
+    shadow.Read = source;
+    shadow.Stamp = Max(shadow.Stamp, source->Stamp);
     shadow.Changed = true;
 }
 
 void Engine::Dispatch(Operation& operation)
 {
     Status::StartWatch(engineClock, false);
-    if (operation.Node >= 0 && Tree[operation.Node]->Kind() == MethodKind)
-        DispatchMethod(OpNode(operation.Node)->MethodId, operation.Args.data());
+    if (operation.Node >= 0 && Tree[operation.Node]->Kind() == MethodKind &&
+        !DispatchMethod(OpNode(operation.Node)->MethodId, operation.Args.data()))
+        RefuseToRun(operation);
     operation.Duration = Status::ReadWatch(engineClock, true);
 }
 
@@ -57,9 +96,10 @@ bool Engine::WillShow(std::size_t from)
             const std::uint32_t flags = VarNode(argument.Node)->Flags;
             if (flags & In) {
                 // A source before `from` has no scratch copy of this walk: what stands in it is its stamp.
-                if (variable.Source && variable.Scratch <= variable.Source->Scratch) {
+                const AnyVariable* source = SourceOf(variable);
+                if (source && variable.Scratch <= source->Scratch) {
                     if (argument.Visible) return true;
-                    variable.Scratch = variable.Source->Scratch;
+                    variable.Scratch = source->Scratch;
                 }
                 ages.maxIn = Max(ages.maxIn, variable.Scratch);
             }
@@ -81,6 +121,7 @@ void Engine::Execute()
     for (const auto& operation : Operations)
         for (const Arg& argument : operation->Args)
             if (argument.Variable) argument.Variable->Changed = false;
+    MarkBound();
     // The look-ahead meets sources that no operation holds any more.
     for (const auto& variable : variables_)
         variable->Scratch = variable->Stamp;

@@ -49,8 +49,9 @@ void Operation::Set(Engine& Engine, int Method, bool Keep)
         for (const Arg& argument : Args)
             if (argument.Variable) Hold(Engine, argument);
     GiveUp(Args);
-    Node = Method;
-    if (Method < 0 || Method >= Engine::NumNodes) return;
+    const bool isMethod = Method >= 0 && Method < Engine::NumNodes && Engine::Tree[Method]->Kind() == MethodKind;
+    Node = isMethod ? Method : -1;
+    if (!isMethod) return;
     AppendArguments(Method, Args);
     if (!Keep) return;
     for (Arg& argument : Args)

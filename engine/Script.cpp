@@ -21,7 +21,7 @@ std::wstring Formatted(const wchar_t* Format, ...)
     std::array<wchar_t, 512> text{};
     va_list arguments;
     va_start(arguments, Format);
-    std::vswprintf(text.data(), text.size(), Format, arguments);
+    FormatArguments(text.data(), text.size(), Format, arguments);
     va_end(arguments);
     return text.data();
 }
@@ -164,9 +164,18 @@ private:
 
     const wchar_t* PrefixOf(int type) const { return type < FirstLanguageType ? words_.prefix : L""; }
 
+    /// What is declared for a name: what the first variable of the name is, however a later operation reads it.
+    static int TypeOf(const Arg& entry)
+    {
+        const AnyVariable* variable = entry.Variable;
+        while (variable->Source)
+            variable = variable->Source;
+        return variable->TypeCode;
+    }
+
     void Declare(const Arg& entry)
     {
-        const int type = Engine::VarNode(entry.Node)->Type;
+        const int type = TypeOf(entry);
         const wchar_t* name = entry.Variable->Name;
         if (language_ != VisualBasic) {
             Add(L"\t%ls%ls%ls %ls%ls\n", PrefixOf(type), typeString[type], words_.handle, name, words_.end);
@@ -179,7 +188,7 @@ private:
 
     void Construct(const Arg& entry)
     {
-        const int type = Engine::VarNode(entry.Node)->Type;
+        const int type = TypeOf(entry);
         Add(L"\t%ls= %ls %ls%ls%ls%ls\n", static_cast<const wchar_t*>(entry.Variable->Name), words_.create,
             words_.prefix, typeString[type], words_.brackets, words_.end);
     }
@@ -255,7 +264,7 @@ private:
         const int type = Engine::VarNode(argument.Node)->Type;
         if (!argument.Variable || type < firstSettingsType || type > lastSettingsType) return;
         object_ = argument.Variable->NameText;
-        WriteSettings(type, *this, *argument.Variable, argument.Variable->Source);
+        WriteSettings(type, *this, *argument.Variable, Engine::SourceOf(*argument.Variable));
     }
 
     // The end of these lines is the same in all languages.
@@ -332,7 +341,7 @@ private:
         const wchar_t *yes = words_.yes, *no = words_.no, *end = words_.end;
         const std::wstring all = EnumPrefix(typeString[blobSelectionType]);
         text_ += L'\t' + entry.Variable->NameText + words_.member;
-        switch (Engine::VarNode(entry.Node)->Type) {
+        switch (TypeOf(entry)) {
         case 8:
             Add(L"DrawBlob(%lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end);
             break;
@@ -382,6 +391,7 @@ private:
             break;
         // A variable of another type has no drawing: its line names it, for the reader to complete.
         default:
+            text_ += L'\n';
             break;
         }
     }
@@ -397,6 +407,7 @@ private:
 
 std::wstring ScriptText(const Engine& Engine, int Language, int Which)
 {
+    Engine.MarkBound();
     Writer writer(Engine, Language);
     return Which == Auto ? writer.Whole() : writer.Section(Which);
 }

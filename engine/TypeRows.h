@@ -49,8 +49,15 @@ template <typename T, int Code>
 constexpr TypeRow ObjectRow()
 {
     TypeRow row{Code, MakeVar<T>, nullptr, nullptr};
-    if constexpr (CanHaveShadow(Code) && requires(T & to, const T& from) { to.ShallowCopy(from, true); })
-        row.ShallowCopy = Share<T>;
+    if constexpr (CanHaveShadow(Code)) {
+        // A class without state has nothing to share.
+        constexpr bool shares = requires(T & to, const T& from)
+        {
+            to.ShallowCopy(from, true);
+        };
+        static_assert(shares || std::is_empty_v<T>);
+        if constexpr (shares) row.ShallowCopy = Share<T>;
+    }
     return row;
 }
 

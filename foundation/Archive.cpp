@@ -35,7 +35,7 @@ void Run(const std::function<void(Archive&)>& body, Archive& archive)
 
 } // namespace
 
-PathNames::PathNames(const char* PathName) : Path(PathName ? PathName : ""), Name(Widen(PathName)) {}
+PathNames::PathNames(const char* PathName) : Path(PathName ? PathName : ""), Name(WidenPath(PathName)) {}
 
 PathNames::PathNames(const wchar_t* PathName) : Path(Narrow(PathName)), Name(PathName ? PathName : L"") {}
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace Tesk {
 
@@ -148,13 +149,23 @@ void CairoTarget::State::Make(int newWidth, int newHeight)
         surface.reset(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 0, 0));
         pixels = nullptr;
     }
+    Renew();
+    for (int y = 0; y < height; y++)
+        std::fill(Row(y), Row(y) + width, opaque);
+    cairo_surface_mark_dirty(surface.get());
+}
+
+void CairoTarget::State::Renew()
+{
     context.reset(cairo_create(surface.get()));
     cairo_set_line_join(context.get(), CAIRO_LINE_JOIN_ROUND);
     cairo_set_line_cap(context.get(), CAIRO_LINE_CAP_ROUND);
     fontChosen = false;
-    for (int y = 0; y < height; y++)
-        std::fill(Row(y), Row(y) + width, opaque);
-    cairo_surface_mark_dirty(surface.get());
+}
+
+void CairoTarget::State::RenewIfBroken()
+{
+    if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS) Renew();
 }
 
 void CairoTarget::State::Color(RgbPixel color) const
@@ -193,7 +204,17 @@ void CairoTarget::State::ChooseFont()
     cairo_font_extents(c, &extents);
     // The size asked for is the height of a line, not that of the letters' square.
     const double lineHeight = extents.ascent + extents.descent;
-    cairo_set_font_size(c, lineHeight > 0 ? trialSize * fontSize / lineHeight : fontSize);
+    const double height = lineHeight > 0 ? trialSize * fontSize / lineHeight : fontSize;
+    // And so is the mean width of its characters, as far as the letters keep their looks.
+    constexpr const char* characters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    constexpr double wantedWidth = 7.0 / 16, narrowest = 0.8, widest = 1.25;
+    cairo_text_extents_t letters;
+    cairo_text_extents(c, characters, &letters);
+    const double width = letters.x_advance / static_cast<double>(std::strlen(characters)) * height / trialSize;
+    const double stretch = width > 0 ? Clamp(wantedWidth * fontSize / width, narrowest, widest) : 1;
+    cairo_matrix_t matrix;
+    cairo_matrix_init_scale(&matrix, height * stretch, height);
+    cairo_set_font_matrix(c, &matrix);
 }
 
 int CairoTarget::State::FontAscent() const

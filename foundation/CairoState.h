@@ -31,6 +31,9 @@ struct CairoTarget::State
     double cosine = 1, sine = 0;
 
     void Make(int newWidth, int newHeight);
+    void Renew();
+    /// A context that has failed once refuses all later drawing.
+    void RenewIfBroken();
     std::uint32_t* Row(int y) const
     {
         return reinterpret_cast<std::uint32_t*>(pixels + static_cast<std::ptrdiff_t>(stride) * y);

@@ -295,6 +295,8 @@ TargetPoint CairoTarget::TextExtent(const std::wstring& Text)
     s.ChooseFont();
     cairo_text_extents_t extents;
     cairo_text_extents(s.context.get(), Narrow(Text.c_str()).c_str(), &extents);
+    s.RenewIfBroken();
+    s.ChooseFont();
     return {static_cast<int>(std::ceil(extents.x_advance)), s.FontHeight()};
 }
 
@@ -313,6 +315,7 @@ void CairoTarget::Text(TargetPoint Point, const std::wstring& Text)
     cairo_move_to(s.context.get(), at.X, at.Y + s.FontAscent());
     cairo_show_text(s.context.get(), Narrow(Text.c_str()).c_str());
     cairo_new_path(s.context.get());
+    s.RenewIfBroken();
 }
 
 } // namespace Tesk

@@ -33,9 +33,15 @@ int cycle = startCycleColor;
 /// What the target was told last, as palette indexes; a difference is told again.
 struct Told
 {
-    int line = unknown, width = 0, fill = unknown, point = unknown, text = unknown, background = unknown, fontSize = 0;
+    int line = unknown, width = 0, fill = unknown, text = unknown, background = unknown, fontSize = 0;
     std::wstring font;
 } told;
+
+/// What was drawn with last, on whatever target: what `Current` stands for.
+struct Last
+{
+    int line = Blue, fill = NoColor, point = Blue, text = Blue, background = NoColor;
+} last;
 
 int IndexOf(PredefinedColors color, int current)
 {
@@ -111,13 +117,15 @@ int Graph::CycleColor()
 bool Graph::Prepare(int line, int fill)
 {
     if (!target) return false;
-    if (line != unknown && (line != told.line || LineWidth != told.width)) {
+    last.line = line;
+    last.fill = fill;
+    if (line != told.line || LineWidth != told.width) {
         const RgbPixel color = PaletteColor(line);
         target->SetLine(line < 0 ? nullptr : &color, Max(LineWidth, 1));
         told.line = line;
         told.width = LineWidth;
     }
-    if (fill != unknown && fill != told.fill) {
+    if (fill != told.fill) {
         const RgbPixel color = PaletteColor(fill);
         target->SetFill(fill < 0 ? nullptr : &color);
         told.fill = fill;
@@ -127,7 +135,7 @@ bool Graph::Prepare(int line, int fill)
 
 bool Graph::Prepare()
 {
-    return Prepare(IndexOf(LineColor, told.line), IndexOf(FillColor, told.fill));
+    return Prepare(IndexOf(LineColor, last.line), IndexOf(FillColor, last.fill));
 }
 
 GraphTarget* Graph::Prepared()
@@ -138,7 +146,9 @@ GraphTarget* Graph::Prepared()
 bool Graph::PrepareText()
 {
     if (!target) return false;
-    const int text = IndexOf(TextColor, told.text), background = IndexOf(FillColor, told.background);
+    const int text = IndexOf(TextColor, last.text), background = IndexOf(FillColor, last.background);
+    last.text = text;
+    last.background = background;
     if (text < 0) return false;
     if (text == told.text && background == told.background && FontSize == told.fontSize && FontName == told.font)
         return true;
@@ -154,7 +164,7 @@ bool Graph::PrepareText()
 int Graph::PointIndex()
 {
     if (PointColor == Cycle) NextColor();
-    return told.point = IndexOf(PointColor, told.point);
+    return last.point = IndexOf(PointColor, last.point);
 }
 
 void Graph::Plot(double x, double y, int r)
@@ -163,7 +173,7 @@ void Graph::Plot(double x, double y, int r)
     const int color = PointIndex();
     const int px = ToTarget(x), py = ToTarget(y);
     if (r != 0) {
-        Prepare(color, IndexOf(FillColor, told.fill));
+        Prepare(color, IndexOf(FillColor, last.fill));
         target->Ellipse(Beyond(px, -std::int64_t{r}), Beyond(py, -std::int64_t{r}), Beyond(px, r), Beyond(py, r));
     } else if (color >= 0 && Zoom <= 1) {
         target->Pixel({px, py}, PaletteColor(color));
@@ -176,7 +186,7 @@ void Graph::Plot(double x, double y, int r)
 void Graph::Cross(double x, double y, int r)
 {
     if (!target) return;
-    Prepare(PointIndex(), IndexOf(FillColor, told.fill));
+    Prepare(PointIndex(), IndexOf(FillColor, last.fill));
     const TargetPoint p = MarkOnTarget(x, y);
     target->MoveTo({Beyond(p.X, -std::int64_t{r}), p.Y});
     target->LineTo({Beyond(p.X, r), p.Y});
@@ -200,7 +210,7 @@ void Graph::ArrowHead(TargetPoint from, TargetPoint tip)
 {
     const double dx = double{1} * tip.X - from.X, dy = double{1} * tip.Y - from.Y, length = std::hypot(dx, dy);
     if (!(length > arrowLength)) return;
-    const int line = IndexOf(LineColor, told.line);
+    const int line = IndexOf(LineColor, last.line);
     if (!Prepare(line, line)) return;
     const double along = arrowLength / length, across = arrowHalfWidth / length;
     const auto corner = [&](double side) {
@@ -303,7 +313,7 @@ void Graph::FillRectangle(const Limits& Box)
 
 void Graph::FillTargetRectangle(int left, int top, int right, int bottom)
 {
-    const int fill = IndexOf(FillColor, told.fill);
+    const int fill = last.fill = IndexOf(FillColor, last.fill);
     if (target && fill >= 0) target->FillRectangle(left, top, right, bottom, PaletteColor(fill));
 }
 
@@ -389,13 +399,15 @@ void Graph::FitZoom(int Width, int Height, bool noMagnify)
 {
     if (!target || Width < 1 || Height < 1) return;
     const TargetPoint client = target->ClientSize();
+    // A window that is not laid out yet has no size to fit.
+    if (client.X < 1 || client.Y < 1) return;
     Zoom = Min(static_cast<double>(client.X) / Width, static_cast<double>(client.Y) / Height);
     if (noMagnify) Zoom = Min(Zoom, 1.0);
 }
 
 void Graph::Clear(PredefinedColors Color)
 {
-    const int color = IndexOf(Color, told.fill);
+    const int color = IndexOf(Color, last.fill);
     if (!target || color < 0) return;
     const TargetPoint client = target->ClientSize();
     target->FillRectangle(-origin.X, -origin.Y, client.X - origin.X, client.Y - origin.Y, PaletteColor(color));

@@ -126,7 +126,8 @@ public:
     static void FitZoom(int Width, int Height, bool noMagnify);
     static void Clear(PredefinedColors Color);
     /// Refused (context `Tesk::Graph::_Image`): a table on another type than `Gray` (`UnsupportedType`), a table that
-    /// is neither `Gray` nor `Rgb` (`IncompatibleType`) or has not 256 entries (`IncompatibleSize`).
+    /// is neither `Gray` nor `Rgb` (`IncompatibleType`) or has not 256 entries (`IncompatibleSize`); no memory
+    /// (`CannotAllocate`).
     static void DrawImage(const ImageView& View, const LookupTableView* Table = nullptr);
 
     /// Makes the window of an image the current target, of the types `Gray`, `Rgb`, `Rgba` and `Gray1`: its corner is
@@ -148,6 +149,7 @@ private:
     /// The current target, told pen and fill; null if there is none.
     static GraphTarget* Prepared();
     static bool PrepareText();
+    static void Render(const ImageView& View, const LookupTableView* Table);
     static int PointIndex();
     static void ArrowHead(TargetPoint from, TargetPoint tip);
     static void Strokes(const TargetPoint* points, int count, int mode);
@@ -159,6 +161,8 @@ class GraphSettings
 {
 public:
     GraphSettings() = default;
+    /// With another zoom for the time of the block.
+    explicit GraphSettings(double zoom) { Graph::Zoom = zoom; }
     ~GraphSettings();
     GraphSettings(const GraphSettings&) = delete;
     GraphSettings& operator=(const GraphSettings&) = delete;

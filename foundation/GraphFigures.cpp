@@ -1,5 +1,6 @@
 // Turned and curved figures, and the marks of measured distances and angles.
 #include "foundation/Graph.h"
+#include "foundation/Status.h"
 
 #include <cwchar>
 
@@ -142,7 +143,7 @@ void Graph::Label(double x, double y, double value)
     const GraphSettings kept;
     TextAlignX = TextAlignY = 0;
     wchar_t text[400];
-    std::swprintf(text, std::size(text), L"%.2f", value);
+    FormatText(text, std::size(text), L"%.2f", value);
     Text(x, y, text);
 }
 

@@ -49,11 +49,9 @@ const std::uint8_t* RowOf(const ImageView& view, int y)
     return view.Pixels + static_cast<std::ptrdiff_t>(view.Pitch) * (view.Source.Y + y);
 }
 
-/// A gradient's strength is shown as it is copied into a gray image, where gains of 5 and 35 do not divide.
 std::uint8_t Strength(GradPixel p, int gain)
 {
-    const int divisor = gain == 5 || gain == 35 ? 1 : Max(gain, 1);
-    return Byte(Max(Abs(int{p.X}), Abs(int{p.Y})) / divisor);
+    return static_cast<std::uint8_t>(GradientGray(Max(Abs(int{p.X}), Abs(int{p.Y})), gain));
 }
 
 /// A row of the source rectangle in its displayable form: 1, 8 or 32 bits a pixel.
@@ -189,6 +187,15 @@ void Graph::DrawImage(const ImageView& View, const LookupTableView* Table)
 {
     const Entry entry("Tesk::Graph::_Image");
     if (Table && entry.Refuses(CheckTable(View.Type, *Table))) return;
+    try {
+        Render(View, Table);
+    } catch (const std::bad_alloc&) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate the memory to draw an image");
+    }
+}
+
+void Graph::Render(const ImageView& View, const LookupTableView* Table)
+{
     GraphTarget* current = DrawTo();
     const int bitCount = BitCountOf(View.Type), width = View.Source.Width, height = View.Source.Height;
     if (!current || bitCount == 0 || width < 1 || height < 1) return;
@@ -210,7 +217,7 @@ void Graph::DrawImage(const ImageView& View, const LookupTableView* Table)
             ConvertRow(View, y, pixels.data() + static_cast<std::ptrdiff_t>(bitmap.Pitch) * y);
         bitmap.Pixels = pixels.data();
     }
-    const auto zoomed = [](int size) { return Max(static_cast<int>(Clamp(size * Zoom, 1.0, 1e9)), 1); };
+    const auto zoomed = [](int size) { return size * Zoom >= 1 ? static_cast<int>(Min(size * Zoom, 1e9)) : 1; };
     const int zoomedWidth = zoomed(width), zoomedHeight = zoomed(height);
     if (SmoothReduction && Zoom < 1 && View.Type == Gray) {
         pixels = Reduce(bitmap, zoomedWidth, zoomedHeight);

@@ -15,22 +15,29 @@ namespace {
 constexpr double handleTolerance = 6.0;
 constexpr int markRadius = 5;
 
+/// What stands on a mark's position is drawn on the middle of the pixel.
+constexpr double markOffset = -0.5;
+
 void DrawPoint(double x, double y, bool handles)
 {
-    Graph::Cross(x, y, markRadius);
-    if (handles) Graph::Marker(x, y, true, markRadius);
+    Graph::Cross(x + markOffset, y + markOffset, markRadius);
+    if (handles) Graph::Marker(x + markOffset, y + markOffset, true, markRadius);
 }
 
 bool HitsPoint(double pointX, double pointY, int x, int y)
 {
-    return handleTolerance > std::abs(Graph::ToTargetMark(pointX) - static_cast<double>(x)) &&
-           handleTolerance > std::abs(Graph::ToTargetMark(pointY) - static_cast<double>(y));
+    // A pixel that is shown large is hit all over.
+    const double reach = Max(handleTolerance, Graph::Zoom / 2 + 1);
+    return reach > std::abs(Graph::ToTarget(pointX) - static_cast<double>(x)) &&
+           reach > std::abs(Graph::ToTarget(pointY) - static_cast<double>(y));
 }
 
-/// The image coordinate whose mark stands at a pixel of the screen.
-double FromTargetMark(int v)
+/// The pixel of the image that is shown at a pixel of the screen.
+double FromTarget(int v)
 {
-    return v / Graph::Zoom - 1;
+    constexpr double farthest = 1e9;
+    const double position = Clamp(v / Graph::Zoom, -farthest, farthest);
+    return position == position ? std::trunc(position) : 0;
 }
 
 constexpr ArchiveFormat limitsFormat{"TLIM", 1, L"File \"%ls\" is not an Image Window file",
@@ -57,8 +64,8 @@ DraggingHandles XY::HitHandle(int x, int y) const
 void XY::Drag(int x, int y)
 {
     if (Handle != PointHandle) return;
-    X = FromTargetMark(x);
-    Y = FromTargetMark(y);
+    X = FromTarget(x);
+    Y = FromTarget(y);
 }
 
 void Site::Draw(bool Handles) const
@@ -75,8 +82,8 @@ DraggingHandles Site::HitHandle(int x, int y) const
 void Site::Drag(int x, int y)
 {
     if (Handle != PointHandle) return;
-    X = Short16(static_cast<int>(std::lround(FromTargetMark(x))));
-    Y = Short16(static_cast<int>(std::lround(FromTargetMark(y))));
+    X = Short16(static_cast<int>(FromTarget(x)));
+    Y = Short16(static_cast<int>(FromTarget(y)));
 }
 
 void Limits::Unite(const Limits& Other)

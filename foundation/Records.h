@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 namespace Tesk {
 
@@ -15,6 +16,8 @@ class Archive;
 inline constexpr int Auto = static_cast<int>(0x80000000u);
 inline constexpr int MinInt = static_cast<int>(0x80000001u);
 inline constexpr int MaxInt = 0x7fffffff;
+/// An argument that was not given, where `Auto` would be a choice.
+inline constexpr int NotInitialized = MinInt;
 
 /// A point in image coordinates, sub-pixel.
 struct XY
@@ -28,7 +31,7 @@ struct XY
     void Draw(bool Handles) const;
     /// The handle under a point of the screen; kept in `Handle` for `Drag`.
     DraggingHandles HitHandle(int x, int y) const;
-    /// Moves the handle last hit to a point of the screen.
+    /// Moves the handle last hit to the pixel at a point of the screen: to whole coordinates.
     void Drag(int x, int y);
 
     static ReadOnly<DraggingHandles, XY> Handle;
@@ -142,6 +145,27 @@ struct Gradient
 };
 using GradPixel = Gradient;
 
+/// The gray value for the strength of a gradient, the larger of its components without their signs: the gain tells by
+/// how much its filter multiplies. Gains of 5 and 35 take no division.
+constexpr int GradientGray(int Strength, int Gain)
+{
+    const auto held = [](int gray) { return gray < 255 ? gray : 255; };
+    switch (Gain) {
+    case 3:
+        return held(Strength * 85 >> 8);
+    case 4:
+        return held(Strength >> 2);
+    case 6:
+        return held(Strength * 85 >> 9);
+    case 8:
+        return held(Strength >> 3);
+    case 15:
+        return Strength * 17 >> 8;
+    default:
+        return held(Strength);
+    }
+}
+
 /// One horizontal run of a region; `End` is exclusive.
 struct LabeledRun
 {
@@ -158,7 +182,12 @@ constexpr RgbPixel PaletteColor(int Index)
 template <typename T>
 constexpr T Abs(T Value)
 {
-    return Value < 0 ? -Value : Value;
+    // The lowest whole number has no opposite: it gives the highest.
+    if constexpr (std::numeric_limits<T>::is_integer)
+        return static_cast<T>(
+            Value < 0 ? -(Value < -std::numeric_limits<T>::max() ? -std::numeric_limits<T>::max() : Value) : Value);
+    else
+        return Value < 0 ? -Value : Value;
 }
 template <typename T>
 constexpr T Min(T A, T B)

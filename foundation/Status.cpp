@@ -3,6 +3,7 @@
 #include "foundation/Services.h"
 
 #include <hwy/targets.h>
+#include <locale.h>
 
 #include <array>
 #include <cassert>
@@ -57,9 +58,10 @@ SIMDLevels DetectLevel()
 /// The one place where a level is turned into the targets that the row kernels are dispatched to.
 SIMDLevels ApplyLevel(SIMDLevels level)
 {
+    // The better a target, the lower its bit: what lies below one is all that is better, whatever its name.
     std::int64_t disabled = 0;
-    if (level < SIMDAVX512) disabled |= HWY_AVX3 | HWY_AVX3_DL;
-    if (level < SIMDAVX2) disabled |= HWY_AVX2;
+    if (level < SIMDAVX512) disabled |= HWY_AVX2 - 1;
+    if (level < SIMDAVX2) disabled |= HWY_SSE4 - 1;
     if (level < SIMDSSE4) disabled |= HWY_SSE4;
     hwy::DisableTargets(disabled);
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
@@ -153,23 +155,36 @@ const wchar_t* Status::UnicodeFunction()
 
 int Status::Format(int Code, const wchar_t* Message, ...)
 {
-    // vswprintf reports an overflow without promising what it wrote, so a long message is made in a larger buffer
-    // first and then cut.
-    Status& record = Error();
-    for (std::size_t size = 1024; size <= 1u << 20; size *= 4) {
-        std::vector<wchar_t> text(size);
-        va_list arguments;
-        va_start(arguments, Message);
-        const int length = std::vswprintf(text.data(), size, Message, arguments);
-        va_end(arguments);
-        if (length < 0) continue;
-        std::wcsncpy(record.message_, text.data(), textSize - 1);
+    // An overflow is reported without a promise of what was written, so a message that the stack cannot take is made in
+    // a larger buffer first, and then cut.
+    const auto keep = [&](const wchar_t* text) {
+        Status& record = Error();
+        std::wcsncpy(record.message_, text, textSize - 1);
         record.message_[textSize - 1] = 0;
         return Code;
+    };
+    const auto make = [&](wchar_t* text, std::size_t size, va_list arguments) {
+        const bool made = FormatArguments(text, size, Message, arguments) >= 0;
+        if (made) keep(text);
+        return made;
+    };
+    constexpr std::size_t usual = 1024, longest = 1u << 20;
+    wchar_t text[usual];
+    va_list arguments;
+    va_start(arguments, Message);
+    bool made = make(text, usual, arguments);
+    va_end(arguments);
+    try {
+        for (std::size_t size = 4 * usual; !made && size <= longest; size *= 4) {
+            std::vector<wchar_t> large(size);
+            va_start(arguments, Message);
+            made = make(large.data(), size, arguments);
+            va_end(arguments);
+        }
+    } catch (const std::bad_alloc&) {
+        // The format itself is all that can be told.
     }
-    std::wcsncpy(record.message_, Message, textSize - 1);
-    record.message_[textSize - 1] = 0;
-    return Code;
+    return made ? Code : keep(Message);
 }
 
 bool Status::Raise(int Code, const char* Context)
@@ -246,8 +261,9 @@ void Status::SIMDLevel(SIMDLevels Level)
     LevelInForce();
     hwy::DisableTargets(0);
     const std::int64_t targets = hwy::SupportedTargets();
-    if (Level >= SIMDAVX512 && !(targets & HWY_AVX3)) Level = SIMDAVX2;
-    if (Level >= SIMDAVX && !(targets & (HWY_AVX2 | HWY_AVX3))) Level = DetectLevel();
+    if (Level > SIMDAVX512) Level = DetectLevel(); // another kind of processor
+    if (Level == SIMDAVX512 && !(targets & (HWY_AVX2 - 1))) Level = SIMDAVX2;
+    if (Level >= SIMDAVX && !(targets & (2 * HWY_AVX2 - 1))) Level = DetectLevel();
     if (Level <= SIMDSSE4 && Level > DetectLevel()) Level = DetectLevel();
     LevelInForce() = ApplyLevel(Level);
 }
@@ -259,6 +275,24 @@ const wchar_t* Status::SIMDLevelName(SIMDLevels Level)
     return Level >= NoSIMD && Level <= SIMDNEONv8 ? names[Level] : L"";
 }
 
+int FormatArguments(wchar_t* Text, std::size_t Size, const wchar_t* Format, va_list Arguments)
+{
+    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
+    const locale_t former = plain ? uselocale(plain) : nullptr;
+    const int length = std::vswprintf(Text, Size, Format, Arguments);
+    if (plain) uselocale(former);
+    return length;
+}
+
+int FormatText(wchar_t* Text, std::size_t Size, const wchar_t* Format, ...)
+{
+    va_list arguments;
+    va_start(arguments, Format);
+    const int length = FormatArguments(Text, Size, Format, arguments);
+    va_end(arguments);
+    return length;
+}
+
 std::wstring Widen(const char* Text)
 {
     std::wstring wide;
@@ -267,11 +301,32 @@ std::wstring Widen(const char* Text)
     return wide;
 }
 
+std::wstring WidenPath(const char* Path)
+{
+    std::wstring wide;
+    for (const auto* c = reinterpret_cast<const unsigned char*>(Path); c && *c;) {
+        const int more = *c < 0x80 ? 0 : *c < 0xc2 ? -1 : *c < 0xe0 ? 1 : *c < 0xf0 ? 2 : *c < 0xf5 ? 3 : -1;
+        if (more < 0) return Widen(Path);
+        std::uint32_t code = more == 0 ? *c : *c & (0x3fu >> more);
+        c++;
+        for (int i = 0; i < more; i++, c++) {
+            if ((*c & 0xc0) != 0x80) return Widen(Path);
+            code = code << 6 | (*c & 0x3fu);
+        }
+        constexpr std::uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
+        if (code < smallest[more] || (code >= 0xd800 && code < 0xe000) || code > 0x10ffff) return Widen(Path);
+        wide.push_back(static_cast<wchar_t>(code));
+    }
+    return wide;
+}
+
 std::string Narrow(const wchar_t* Text)
 {
     std::string narrow;
     for (const wchar_t* c = Text; c && *c; c++) {
-        const auto code = static_cast<std::uint32_t>(*c);
+        auto code = static_cast<std::uint32_t>(*c);
+        // What no encoding may hold is shown as such.
+        if ((code >= 0xd800 && code < 0xe000) || code > 0x10ffff) code = 0xfffd;
         if (code < 0x80) {
             narrow.push_back(static_cast<char>(code));
         } else if (code < 0x800) {

@@ -4,6 +4,8 @@
 
 #include "foundation/Enumerations.h"
 
+#include <cstdarg>
+#include <cstddef>
 #include <string>
 
 namespace Tesk {
@@ -79,9 +81,15 @@ private:
     wchar_t wideFunction_[textSize] = {};
 };
 
+/// Formats wide text (printf-style) with a decimal point, whatever the locale: a program that sets one for its
+/// interface must not change what messages and exported programs say. The length, or below 0 if the text does not fit.
+int FormatText(wchar_t* Text, std::size_t Size, const wchar_t* Format, ...);
+int FormatArguments(wchar_t* Text, std::size_t Size, const wchar_t* Format, va_list Arguments);
 /// Narrow text widened byte by byte, without regard to the locale, so that any path can stand in a message.
 std::wstring Widen(const char* Text);
-/// Wide text narrowed for the file system (UTF-8 where a character is above 127).
+/// A path widened for a message: decoded where it is UTF-8, else byte by byte.
+std::wstring WidenPath(const char* Path);
+/// Wide text narrowed for the file system (UTF-8 where a character is above 127; U+FFFD for what is no character).
 std::string Narrow(const wchar_t* Text);
 
 } // namespace Tesk

@@ -90,8 +90,8 @@ public:
     /// The extreme levels of a `Gray` or `Rgb` image, and the shares of the pixels that stand there.
     static void Saturation(const Image& Src, int& Darkest, int& Lightest, double& BlackFraction, double& WhiteFraction);
     /// A colour copy of a `Gray` or `Rgb` image in which the pixels of a channel at or below `Dark` are blue, and those
-    /// at or above `Light` red; `MinInt` stands for the extreme levels.
-    static void ShowSaturation(const Image& Src, Image& Dst, int Dark = MinInt, int Light = MinInt);
+    /// at or above `Light` red; `NotInitialized` stands for the extreme levels.
+    static void ShowSaturation(const Image& Src, Image& Dst, int Dark = NotInitialized, int Light = NotInitialized);
 
     /// \name Comparison of two `Gray`, `Gray16` or `Rgb` images of one size
     /// @{

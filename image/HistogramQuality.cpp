@@ -198,11 +198,11 @@ void Histogram::ShowSaturation(const Image& Src, Image& Dst, int Dark, int Light
     const Entry entry("Tesk::Histogram::ShowSaturation");
     if (entry.Refuses(CheckSource(Src, {Gray, Rgb}))) return;
     int dark = Dark, light = Light;
-    if (Dark == MinInt || Light == MinInt) {
+    if (Dark == NotInitialized || Light == NotInitialized) {
         int darkest = 0, lightest = 0;
         LevelsOf(Src, ExtremesOf(Src), darkest, lightest);
-        if (Dark == MinInt) dark = darkest;
-        if (Light == MinInt) light = lightest;
+        if (Dark == NotInitialized) dark = darkest;
+        if (Light == NotInitialized) light = lightest;
     }
     Operator::Copy(Src, Dst, Rgb);
     if (entry.Refuses(Status::Error().Code)) return;

@@ -237,7 +237,7 @@ void Image::Write(const Entry& entry, files::ImageFile& file) const
 void Image::Read(const char* PathName, PixelTypes Type)
 {
     const Entry entry("Tesk::Image::Read");
-    ImageFile file{nullptr, PathName ? PathName : "", Widen(PathName)};
+    ImageFile file{nullptr, PathName ? PathName : "", WidenPath(PathName)};
     Read(entry, file, Type);
 }
 
@@ -251,7 +251,7 @@ void Image::Read(const wchar_t* PathName, PixelTypes Type)
 void Image::Write(const char* PathName) const
 {
     const Entry entry("Tesk::Image::Write");
-    ImageFile file{nullptr, PathName ? PathName : "", Widen(PathName)};
+    ImageFile file{nullptr, PathName ? PathName : "", WidenPath(PathName)};
     Write(entry, file);
 }
 

@@ -30,6 +30,9 @@ public:
     /// Resizes the mask; the coefficients become 0 unless their number stays. Refused: a negative size, no memory
     /// (`CannotAllocate`).
     void Set(int Width, int Height);
+    /// With `KeepView` takes all of another mask. A mask has nothing but settings: without it, it keeps its own.
+    /// Refused: no memory (`CannotAllocate`).
+    void ShallowCopy(const Kernel& Src, bool KeepView);
     /// A coefficient by column and row. Outside the mask (`OutOfRange`) the reference is to a dummy.
     double& Coefficient(int X, int Y);
     /// Scales the coefficients so that they add up to `Sum`. Refused: an empty mask or one of sum 0 (`OutOfRange`).

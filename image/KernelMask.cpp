@@ -50,6 +50,18 @@ void Kernel::Set(int Width, int Height)
     entry.Refuse(CannotAllocate, L"Cannot allocate the kernel Buffer");
 }
 
+void Kernel::ShallowCopy(const Kernel& Src, bool KeepView)
+{
+    const Entry entry("Tesk::Kernel::ShallowCopy");
+    if (!KeepView || this == &Src) return;
+    try {
+        Kernel copy = Src;
+        *this = std::move(copy);
+    } catch (const std::bad_alloc&) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate the kernel Buffer");
+    }
+}
+
 double& Kernel::Coefficient(int X, int Y)
 {
     thread_local double dummy;

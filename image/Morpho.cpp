@@ -150,10 +150,10 @@ void Morpho::Vertical(int Height)
     Set(1, Height, 1);
 }
 
-void Morpho::ShallowCopy(const Morpho& Src, bool)
+void Morpho::ShallowCopy(const Morpho& Src, bool KeepView)
 {
     Status::Error().Code = NoError;
-    *this = Src;
+    if (KeepView) *this = Src;
 }
 
 void Morpho::Dilate(const Image& Src, Image& Dst) const

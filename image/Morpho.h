@@ -35,7 +35,8 @@ public:
     void Horizontal(int Width);
     void Vertical(int Height);
 
-    /// Takes the sizes of another element; there is no view of it to keep.
+    /// With `KeepView` takes the sizes of another element. They are all that an element has: without it, it keeps its
+    /// own.
     void ShallowCopy(const Morpho& Src, bool KeepView);
 
     /// Maximum under the element, for `Gray` and `Gray16`, as are the operations down to `Rank`.

@@ -36,32 +36,33 @@ int Strength(GradPixel p)
     return Max(Abs(int{p.X}), Abs(int{p.Y}));
 }
 
-/// A gradient's strength as a gray value: the gain tells by how much its filter multiplies.
+/// A gradient's strength as a gray value; other gains leave the destination as it stands.
 void GradToGray(const Image& src, Image& dst)
 {
-    const auto scaled = [&](auto f) {
-        EachPixel<GradPixel, GrayPixel>(src, dst, [=](GradPixel p) { return Min(255, f(Strength(p))); });
+    // The gain is known to the compiler in each loop.
+    const auto scaled = [&](auto gain) {
+        EachPixel<GradPixel, GrayPixel>(src, dst, [=](GradPixel p) { return GradientGray(Strength(p), gain); });
     };
     switch (src.GradGain) {
     case 1:
     case 5:
     case 35:
-        scaled([](int m) { return m; });
+        scaled(std::integral_constant<int, 1>());
         break;
     case 3:
-        scaled([](int m) { return (m * 85) >> 8; });
+        scaled(std::integral_constant<int, 3>());
         break;
     case 4:
-        scaled([](int m) { return m >> 2; });
+        scaled(std::integral_constant<int, 4>());
         break;
     case 6:
-        scaled([](int m) { return (m * 85) >> 9; });
+        scaled(std::integral_constant<int, 6>());
         break;
     case 8:
-        scaled([](int m) { return m >> 3; });
+        scaled(std::integral_constant<int, 8>());
         break;
     case 15:
-        EachPixel<GradPixel, GrayPixel>(src, dst, [](GradPixel p) { return (Strength(p) * 17) >> 8; });
+        scaled(std::integral_constant<int, 15>());
         break;
     default:
         break;

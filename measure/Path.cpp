@@ -62,6 +62,7 @@ void Path::Clear()
     else if (sites_)
         sites_->clear();
     Length = 0;
+    Closed = false;
 }
 
 Site& Path::Vertex(int Index) const

@@ -31,7 +31,7 @@ public:
     /// Adds a site behind the last one. Refused: `CannotAllocate`.
     void Append(Site Vertex);
     void Append(int X, int Y) { Append(Site(X, Y)); }
-    /// Leaves no site; the memory stays for the next ones.
+    /// Leaves no site, and the path open; the memory stays for the next ones.
     void Clear();
 
     /// A site by its index. Refused: an empty path (`VoidObject`), an index out of range (`OutOfRange`); the reference

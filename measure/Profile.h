@@ -150,7 +150,7 @@ public:
     /// @{
     void GainOffset(double Gain, double Offset, PixelTypes Type = Gray);
     void Threshold(int Threshold, int Black = 0, int White = ~0, PixelTypes Type = Gray);
-    void BiThreshold(int Threshold, int Delta, int Black = 0, int MidGray = MinInt, int White = ~0,
+    void BiThreshold(int Threshold, int Delta, int Black = 0, int MidGray = NotInitialized, int White = ~0,
                      PixelTypes Type = Gray);
     /// Steps of `Resolution`, which must be positive (`OutOfRange`).
     void Quantize(int Resolution, PixelTypes Type = Gray);

@@ -100,7 +100,7 @@ void Profile::BiThreshold(int Threshold, int Delta, int Black, int MidGray, int 
     const Entry entry("Tesk::Profile::BiThreshold");
     const PixelTypes type = Type == Undefined ? PixelTypes(this->Type) : Type;
     const int half = type != Gray16 ? 128 : Type == Undefined ? Length / 2 : 1 << (Operator::GrayDepth - 1);
-    const int middle = MidGray == MinInt ? half : MidGray;
+    const int middle = MidGray == NotInitialized ? half : MidGray;
     const std::int64_t upper = std::int64_t{Threshold} + Delta;
     Define(entry, Type, [=](int i) { return i < Threshold ? Black : i < upper ? middle : White; });
 }

@@ -221,6 +221,7 @@ void Catalogue::Parse(const std::filesystem::path& path, Node& parent, int baseL
         }
         if (text[0] == '|') {
             Node& owner = *open[std::min(level, open.size() - 1)];
+            if (owner.helpIsWhole) Fail(place, "the node has its help text already");
             if (!owner.help.empty()) owner.help += ' ';
             owner.help += text.size() > 2 ? text.substr(2) : "";
             continue;
@@ -269,10 +270,14 @@ void Catalogue::ParseSettings(const std::filesystem::path& path)
             const auto lines = group->second;
             owner->insert(owner->end(), lines.begin(), lines.end());
         } else if (words[0] == "line" || words[0] == "window") {
-            owner->push_back({place, {words.begin() + 2, words.end()}, words[1].substr(1), true, words[0] == "window"});
+            owner->push_back({place, {words.begin() + 2, words.end()}, {}, words[1].substr(1), true, words[0] == "window"});
         } else {
-            for (std::size_t k = 0; k + 1 < words.size(); k++)
-                owner->push_back({place, {words[k].substr(0, words[k].find(','))}, words.back()});
+            for (std::size_t k = 0; k + 1 < words.size(); k++) {
+                const std::string word = words[k].substr(0, words[k].find(','));
+                const std::size_t equals = std::min(word.find('='), word.size());
+                const std::string field = equals < word.size() ? word.substr(equals + 1) : std::string();
+                owner->push_back({place, {word.substr(0, equals)}, field, words.back()});
+            }
         }
     }
 }
@@ -360,6 +365,7 @@ void Catalogue::ApplyWords(const std::vector<std::string>& words, std::size_t fr
             node.label = word.substr(1);
         } else if (word.starts_with('|')) {
             node.help = word.substr(1);
+            node.helpIsWhole = true;
         } else if (word == "pending") {
             node.pending = true;
         } else if (word == "accepted") {

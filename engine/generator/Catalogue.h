@@ -54,7 +54,7 @@ struct Node
     std::string place; ///< file and line, for messages
     std::string identifier, label, help, alias;
     std::uint32_t flags = 0;
-    bool pending = false;
+    bool pending = false, helpIsWhole = false; ///< whole: its help stands on its own line
     std::map<std::string, std::string> keys;
 
     Node* parent = nullptr;
@@ -78,6 +78,7 @@ struct SettingLine
 {
     std::string place;
     std::vector<std::string> names; ///< of one setting, or of the values of a statement
+    std::string field;              ///< what holds one setting, where its name does not say it
     std::string form;               ///< of the setting, or the statement's text
     bool isStatement = false;
     bool isWindow = false; ///< a statement with a short form for an object that has no window

@@ -53,7 +53,10 @@ void WriteStatement(const Node& owner, const SettingLine& line, std::ostream& ou
 void WriteSetting(const Catalogue& catalogue, const Node& owner, const SettingLine& line, std::ostream& out)
 {
     const std::string& name = line.names.front();
-    const std::string own = Access(owner, name, "Object"), other = Access(owner, name, "Other");
+    const auto access = [&](const std::string& object) {
+        return line.field.empty() ? Access(owner, name, object) : object + '.' + line.field;
+    };
+    const std::string own = access("Object"), other = access("Other");
     std::string text;
     if (line.form == "bool") {
         text = "Sink.Bool(static_cast<bool>(" + own + "))";

@@ -190,7 +190,8 @@ void WriteMethod(const Node& method, std::ostream& out)
             if (argument.identifier == "Width")
                 width = value;
             else if (argument.identifier == "Height")
-                presets.push_back(target + ".Set(" + width + ", " + value + ", " + presetType + ");");
+                presets.push_back(target + ".Set(" + width + ", " + value + ", " + presetType +
+                                  ");\n    if (Status::Error().Code != NoError) return;");
             else
                 presets.push_back(target + "." + argument.identifier + " = " + value + ";");
         } else if (argument.flags & 0x800) {
@@ -210,7 +211,8 @@ void WriteMethod(const Node& method, std::ostream& out)
         call += (k ? ", " : "") + parameters[k];
     call += ")";
     if (resultNode && resultNode->Key("type") == "Image")
-        out << "    " << result << ".ShallowCopy(" << call << ", true);\n";
+        out << "    const Image& view = " << call << ";\n    if (Status::Error().Code == NoError) " << result
+            << ".ShallowCopy(view, true);\n";
     else
         out << "    " << (resultNode ? result + " = " : "") << call << ";\n";
     out << "}\n\n";

@@ -3,6 +3,7 @@
 #include "foundation/Status.h"
 #include "image/Morpho.h"
 #include "image/Operator.h"
+#include "measure/Path.h"
 
 #include <gtest/gtest.h>
 
@@ -78,12 +79,20 @@ TEST_F(MorphoOperations, RunThroughTheDispatchAndSizeTheirResults)
         for (int read = 0; read < 2; read++)
             SetText(static_cast<Var<const char*>&>(*append(readNode).Args.at(1).Variable), path_);
         Operation& operation = append(node);
-        for (Arg& argument : operation.Args)
+        for (Arg& argument : operation.Args) {
             argument.Visible = true;
+            // The list of places that takes the place of an outline is open.
+            if (auto* path = dynamic_cast<Var<Path>*>(argument.Variable)) path->Value.Closed = true;
+        }
         engine.Execute();
         ASSERT_EQ(Status::Error().Code, NoError) << id << ' ' << Narrow(Status::UnicodeError());
         for (const Arg& argument : operation.Args) {
             const ArgumentNode& described = *Engine::VarNode(argument.Node);
+            ASSERT_NE(argument.Variable, nullptr) << id << ' ' << Narrow(described.Identifier);
+            if (const auto* path = dynamic_cast<const Var<Path>*>(argument.Variable)) {
+                EXPECT_GT(path->Value.Length, 0) << id;
+                EXPECT_FALSE(path->Value.Closed) << id;
+            }
             if (described.Type != imageType || (described.Flags & attributeValue::In)) continue;
             const auto& image = static_cast<Var<Image>&>(*argument.Variable).Value;
             EXPECT_EQ(image.Width, 12) << id;

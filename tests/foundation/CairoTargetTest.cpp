@@ -223,6 +223,32 @@ TEST_F(CairoTargetTest, TextStandsInItsBox)
     EXPECT_EQ(outside, 0);
 }
 
+TEST_F(CairoTargetTest, ATextThatCannotBeShownLeavesTheRestToBeDrawn)
+{
+    target_.Resize(60, 30);
+    target_.SetText(red, nullptr, L"System", 16);
+    const std::wstring broken = {L'a', static_cast<wchar_t>(0xd800), static_cast<wchar_t>(0x7fffffff)};
+    EXPECT_GT(target_.TextExtent(broken).X, 0);
+    target_.Text({0, 0}, broken);
+    target_.FillRectangle(0, 0, 60, 30, black);
+    target_.Text({0, 0}, L"ab");
+    EXPECT_LT(Count(black), 60 * 30);
+    target_.SetFill(&yellow);
+    target_.Rectangle(20, 10, 50, 25);
+    EXPECT_GT(Count(yellow), 200);
+}
+
+TEST_F(CairoTargetTest, LettersHaveTheWidthThatTheirHeightGivesThem)
+{
+    target_.Resize(200, 60);
+    const std::wstring letters = L"abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    for (const int size : {16, 32, 48}) {
+        target_.SetText(red, nullptr, L"System", size);
+        const double mean = target_.TextExtent(letters).X / static_cast<double>(letters.size());
+        EXPECT_NEAR(mean, 7.0 * size / 16, 0.06 * size) << size;
+    }
+}
+
 TEST_F(CairoTargetTest, SizesChangeAndAnImpossibleOneIsHeld)
 {
     target_.FillRectangle(0, 0, 9, 7, gray);

@@ -1,6 +1,8 @@
 #include "foundation/Graph.h"
+#include "foundation/CairoTarget.h"
 #include "foundation/RecordingTarget.h"
 #include "foundation/Status.h"
+#include "image/Operator.h"
 
 #include <gtest/gtest.h>
 
@@ -248,6 +250,105 @@ TEST_F(GraphTest, CurrentKeepsWhatTheTargetHasAndNoColorDrawsNothing)
     Graph::Text(1, 1, L"x");
     Graph::FillRectangle(Limits(0, 0, 5, 5));
     EXPECT_TRUE(target_.Calls.empty());
+}
+
+TEST_F(GraphTest, CurrentIsWhatWasDrawnWithLastThoughTheTargetHasForgotten)
+{
+    Graph::LineColor = Red;
+    Graph::FillColor = Yellow;
+    Graph::PointColor = Cyan;
+    Graph::TextColor = Green;
+    Graph::Circle(5, 5, 2);
+    Graph::Text(0, 0, L"x");
+    Graph::Plot(1, 1, 0);
+    Graph::LineColor = Graph::FillColor = Graph::PointColor = Graph::TextColor = Current;
+    Graph::DrawTo();
+    target_.Calls.clear();
+    Graph::Text(1, 2, L"y");
+    Graph::Plot(3, 4, 0);
+    Graph::FillTargetRectangle(0, 0, 5, 5);
+    Graph::Clear(Current);
+    Graph::Circle(5, 5, 2);
+    EXPECT_EQ(target_.Calls.size(), 8u);
+    EXPECT_EQ(Drawn(), (Calls{"Text 1 2 y", "Pixel 3 4 0 255 255", "FillRectangle 0 0 5 5 255 255 0",
+                              "FillRectangle 0 0 640 480 255 255 0", "Ellipse 3 3 7 7"}));
+}
+
+TEST_F(GraphTest, CrossesAndCrossedBoxesHaveTheirStrokes)
+{
+    Graph::Zoom = 2;
+    Graph::Cross(4, 5, 3);
+    EXPECT_EQ(Drawn(), (Calls{"Move 7 12", "Line 13 12", "Move 10 9", "Line 10 15"}));
+    Graph::TargetRectangle(1, 2, 9, 6, true);
+    EXPECT_EQ(Drawn(), (Calls{"Rectangle 1 2 9 6", "Move 1 2", "Line 9 6", "Move 1 6", "Line 9 2"}));
+    Graph::Zoom = 1;
+    Graph::RotatedRectangle(10, 10, 8, 4, 90, true);
+    EXPECT_EQ(Drawn(), (Calls{"Polygon 12 6 12 14 8 14 8 6", "Move 12 6", "Line 8 14", "Move 12 14", "Line 8 6"}));
+    // Each point of a cycle has a color of its own.
+    while (Graph::CycleColor() != 2)
+        Graph::NextColor();
+    Graph::PointColor = Cycle;
+    Graph::Plot(0, 0, 0);
+    Graph::Plot(1, 0, 0);
+    EXPECT_EQ(Drawn(), (Calls{"Pixel 0 0 255 0 0", "Pixel 1 0 0 85 0"}));
+}
+
+TEST_F(GraphTest, AZoomIsFittedToWhatThereIs)
+{
+    Graph::FitZoom(320, 480, false);
+    EXPECT_DOUBLE_EQ(Graph::Zoom, 1);
+    Graph::FitZoom(64, 48, false);
+    EXPECT_DOUBLE_EQ(Graph::Zoom, 10);
+    Graph::FitZoom(64, 48, true);
+    EXPECT_DOUBLE_EQ(Graph::Zoom, 1);
+    CairoTarget none(0, 0);
+    Graph::DrawTo(&none);
+    Graph::FitZoom(64, 48, false);
+    EXPECT_DOUBLE_EQ(Graph::Zoom, 1) << "nothing to fit it to";
+    Graph::DrawTo(&target_);
+    const std::uint8_t pixel[] = {9};
+    Graph::Zoom = std::nan("");
+    Graph::DrawImage({Limits(0, 0, 1, 1), pixel, 1, Gray, 1});
+    EXPECT_EQ(Drawn(), (Calls{"Blit 1 1 8 0 0 1 1"}));
+}
+
+TEST_F(GraphTest, ALookupTableGivesTheColors)
+{
+    CairoTarget raster(4, 1);
+    Graph::DrawTo(&raster);
+    const std::uint8_t pixels[] = {0, 1, 2, 255};
+    const ImageView view{Limits(0, 0, 4, 1), pixels, 4, Gray, 1};
+    std::vector<std::int32_t> grays(256, 300), colors(3 * 256, -7);
+    grays[0] = -5, grays[1] = 77;
+    colors[3] = 10, colors[4] = 20, colors[5] = 30;
+    const LookupTableView gray{Gray, 256, grays.data()}, color{Rgb, 256, colors.data()};
+    Graph::DrawImage(view, &gray);
+    EXPECT_EQ(raster.PixelAt(0, 0), RgbPixel(0, 0, 0));
+    EXPECT_EQ(raster.PixelAt(1, 0), RgbPixel(77, 77, 77));
+    EXPECT_EQ(raster.PixelAt(3, 0), RgbPixel(255, 255, 255));
+    Graph::DrawImage(view, &color);
+    EXPECT_EQ(raster.PixelAt(1, 0), RgbPixel(10, 20, 30));
+    EXPECT_EQ(raster.PixelAt(2, 0), RgbPixel(0, 0, 0));
+}
+
+TEST_F(GraphTest, AGradientIsShownAsItIsCopied)
+{
+    const struct
+    {
+        int gain, strength, gray;
+    } cases[] = {{1, 300, 255},  {5, 100, 100}, {35, 100, 100}, {3, 100, 33}, {3, 9, 2},      {3, 900, 255},
+                 {4, 1019, 254}, {6, 100, 16},  {8, 100, 12},   {15, 100, 6}, {15, 3825, 254}};
+    for (const auto& c : cases) {
+        const std::int16_t pixel[] = {static_cast<std::int16_t>(-c.strength), 1};
+        Graph::DrawImage({Limits(0, 0, 1, 1), reinterpret_cast<const std::uint8_t*>(pixel), 4, Grad, c.gain});
+        EXPECT_EQ(target_.Blitted, std::vector<std::uint8_t>{static_cast<std::uint8_t>(c.gray)}) << c.gain;
+        Image grad, gray;
+        grad.Set(1, 1, Grad);
+        grad.GradGain = c.gain;
+        *grad.Row<GradPixel>(0) = {pixel[0], pixel[1]};
+        Operator::Copy(grad, gray, Gray);
+        EXPECT_EQ(gray.PixelGray(0, 0), c.gray) << c.gain;
+    }
 }
 
 TEST_F(GraphTest, AFilledBoxCoversItsPixelsAndAClearedTargetAllOfThem)

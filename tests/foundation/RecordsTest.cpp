@@ -1,15 +1,18 @@
 #include "foundation/Records.h"
 #include "foundation/Graph.h"
+#include "foundation/RecordingTarget.h"
 #include "foundation/Status.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <set>
 #include <string>
 #include <tuple>
 #include <unistd.h>
+#include <vector>
 
 using namespace Tesk;
 namespace fs = std::filesystem;
@@ -69,18 +72,67 @@ TEST(Records, RectanglesCombine)
     EXPECT_EQ(Limits(0, 0, 30000, 30000).Area(), 900000000);
 }
 
-TEST(Records, PointsAreDraggedByTheirMark)
+TEST(Records, PointsAreDraggedToThePixelUnderThePointer)
 {
+    const struct
+    {
+        double zoom;
+        int x, y, column, row;
+    } cases[] = {{1, 10, 7, 10, 7},    {8, 80, 63, 10, 7}, {8, 87, 56, 10, 7},           {0.25, 10, 7, 40, 28},
+                 {4, 101, 60, 25, 15}, {3, -7, -1, -2, 0}, {1e-9, 30, 0, 1000000000, 0}, {std::nan(""), 5, 5, 0, 0}};
+    for (const auto& c : cases) {
+        Graph::Zoom = 4;
+        XY point(10.5, 20);
+        Site site(10, 20);
+        ASSERT_EQ(point.HitHandle(44 + 5, 82 - 5), PointHandle);
+        ASSERT_EQ(site.HitHandle(42 - 5, 82 + 5), PointHandle);
+        Graph::Zoom = c.zoom;
+        point.Drag(c.x, c.y);
+        EXPECT_EQ(point.X, c.column) << c.zoom;
+        EXPECT_EQ(point.Y, c.row) << c.zoom;
+        site.Drag(c.x, c.y);
+        EXPECT_EQ(site.X, Min(c.column, 32767)) << c.zoom;
+        EXPECT_EQ(site.Y, c.row) << c.zoom;
+        // What has been put somewhere is found there again.
+        if (c.zoom >= 0.25) {
+            EXPECT_EQ(point.HitHandle(c.x, c.y), PointHandle) << c.zoom;
+            EXPECT_EQ(site.HitHandle(c.x, c.y), PointHandle) << c.zoom;
+        }
+    }
     Graph::Zoom = 4;
-    XY point(10.5, 20);
-    EXPECT_EQ(point.HitHandle(46 + 5, 84 - 5), PointHandle);
-    point.Drag(100, 60);
-    EXPECT_DOUBLE_EQ(point.X, 24);
-    EXPECT_DOUBLE_EQ(point.Y, 14);
-    EXPECT_EQ(point.HitHandle(100 + 6, 60), NoHandle);
+    XY point(25, 15);
+    EXPECT_EQ(point.HitHandle(102 + 6, 62), NoHandle);
+    EXPECT_EQ(point.HitHandle(102, 62 - 6), NoHandle);
     point.Drag(0, 0);
-    EXPECT_DOUBLE_EQ(point.X, 24);
+    EXPECT_EQ(point.X, 25) << "no handle was hit";
     Graph::Zoom = 1;
+}
+
+TEST(Records, PointsAreDrawnOnTheMiddleOfTheirPixel)
+{
+    RecordingTarget target;
+    Graph::DrawTo(&target);
+    Graph::Zoom = 8;
+    Graph::PointColor = Graph::LineColor = Blue;
+    Graph::FillColor = NoColor;
+    XY(10, 7).Draw(true);
+    Site(10, 7).Draw(false);
+    const std::vector<std::string> cross = {"Move 79 60", "Line 89 60", "Move 84 55", "Line 84 65"};
+    std::vector<std::string> expected = {"SetLine 0 0 255 1", "SetFill none"};
+    expected.insert(expected.end(), cross.begin(), cross.end());
+    expected.push_back("Ellipse 79 55 89 65");
+    expected.insert(expected.end(), cross.begin(), cross.end());
+    EXPECT_EQ(target.Calls, expected);
+    Graph::Zoom = 1;
+    Graph::DrawTo(nullptr);
+}
+
+TEST(Records, TheLowestWholeNumberHasADefinedMagnitude)
+{
+    EXPECT_EQ(Abs(Auto), MaxInt);
+    EXPECT_EQ(Abs(MinInt), MaxInt);
+    EXPECT_EQ(Abs(-5), 5);
+    EXPECT_EQ(Abs(-5.5), 5.5);
 }
 
 TEST_F(LimitsFile, RoundTripsAndKeepsWhatIsLonger)

@@ -1,6 +1,8 @@
 #include "foundation/Entry.h"
+#include "foundation/Services.h"
 
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
 #include <string>
 #include <thread>
@@ -103,6 +105,62 @@ TEST_F(StatusTest, TheDetectorStopsAt128BitsAndACallRaisesTheLevel)
     Status::SIMDLevel(static_cast<SIMDLevels>(11));
     EXPECT_EQ(Status::Error().Code, OutOfRange);
     EXPECT_EQ(Status::SIMDLevel(), NoSIMD);
+    Status::SIMDLevel(SIMDNEONv8);
+    EXPECT_EQ(Status::SIMDLevel(), detected) << "another kind of processor";
+    for (const SIMDLevels level : {SIMDAVX512, SIMDAVX2, SIMDSSE4, NoSIMD}) {
+        Status::SIMDLevel(level);
+        EXPECT_LE(Status::SIMDLevel(), level);
+        const std::int64_t targets = hwy::SupportedTargets();
+        if (level < SIMDAVX512) {
+            EXPECT_EQ(targets & (HWY_AVX3 | HWY_AVX3_DL), 0) << level;
+        }
+        if (level < SIMDAVX2) {
+            EXPECT_EQ(targets & HWY_AVX2, 0) << level;
+        }
+        if (level < SIMDSSE4) {
+            EXPECT_EQ(targets & HWY_SSE4, 0) << level;
+        } else if (detected == SIMDSSE4) {
+            EXPECT_NE(targets & (2 * HWY_SSE4 - 1), 0) << level;
+        }
+    }
     Status::SIMDLevel(detected);
     EXPECT_STREQ(Status::SIMDLevelName(SIMDAVX2), L"AVX2");
+}
+
+TEST_F(StatusTest, AFailureIsShownOrPrintedWhereThatIsAskedFor)
+{
+    struct Box final : IMessageBox
+    {
+        void Show(const wchar_t* title, const wchar_t* text) override { shown = std::wstring(title) + L": " + text; }
+        std::wstring shown;
+    } box;
+    Services::Install(&box);
+    Status::ErrorBehavior(ShowIt);
+    Status::Raise(Status::Format(CannotRead, L"No line %d", 7), "Tesk::Test::Read");
+    EXPECT_EQ(box.shown, L"Tesk::Test::Read: No line 7");
+    Services::Install(static_cast<IMessageBox*>(nullptr));
+    Status::ErrorBehavior(PrintIt);
+    ::testing::internal::CaptureStderr();
+    Status::Raise(Status::Format(CannotRead, L"No \u00e9 %d", 7), "Tesk::Test::Read");
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Error calling Tesk::Test::Read() - No \xc3\xa9 7\n");
+}
+
+TEST_F(StatusTest, PathsAreDecodedWhereTheyCanBe)
+{
+    const struct
+    {
+        const char* narrow;
+        std::wstring wide;
+    } cases[] = {{"/a/b.png", L"/a/b.png"},
+                 {"\xc3\xa9\xe4\xb8\xad\xf0\x9f\x98\x80", L"\u00e9\u4e2d\U0001f600"},
+                 {"caf\xe9.png", L"caf\u00e9.png"}, // Latin, no UTF-8
+                 {"\xc0\x80", L"\xc0\x80"},         // longer than need be
+                 {"\xed\xa0\x80", L"\xed\xa0\x80"}, // half a pair
+                 {"\xc3", L"\xc3"}};                // cut short
+    for (const auto& c : cases)
+        EXPECT_EQ(WidenPath(c.narrow), c.wide);
+    EXPECT_EQ(WidenPath(nullptr), L"");
+    const wchar_t broken[] = {L'a', static_cast<wchar_t>(0xd800), static_cast<wchar_t>(0x110000), L'b', 0};
+    EXPECT_EQ(Narrow(broken), "a\xef\xbf\xbd\xef\xbf\xbd"
+                              "b");
 }

@@ -292,8 +292,8 @@ TEST_F(ObjectTest, APointIsDraggedOnThePicture)
     Open(100, 80);
     ASSERT_TRUE(Add(L"Geometry", L"Rotate by Two Points"));
     QWidget* picture = Picture("Image0");
-    // The first anchor of the source starts in the middle, marked at the far corner of its pixel.
-    const QPoint start(4 * 51, 4 * 41);
+    // The first anchor of the source starts in the middle, marked on the middle of its pixel.
+    const QPoint start(4 * 50 + 2, 4 * 40 + 2);
     EXPECT_EQ(PixelOf(picture, start), green);
     Drag(picture, start, start + QPoint(-80, 40));
     EXPECT_EQ(PixelOf(picture, start + QPoint(-80, 40)), green);
@@ -432,7 +432,7 @@ TEST_F(ObjectTest, AnOverlayShowsItsMotherAndLeavesWithHer)
     marker.SetState(controllerState::Glanced);
     marker.ShowCtrl(false);
     EXPECT_TRUE(Window("Image0")->isVisible());
-    EXPECT_EQ(PixelOf(Picture("Image0"), {4 * 11, 4 * 11}), green);
+    EXPECT_EQ(PixelOf(Picture("Image0"), {4 * 10 + 2, 4 * 10 + 2}), green);
     EXPECT_TRUE(marker.HideCtrl(false));
     EXPECT_FALSE(Window("Image0")->isVisible());
 

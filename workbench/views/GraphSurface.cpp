@@ -8,24 +8,6 @@ namespace TeskPlus {
 
 using namespace Tesk;
 
-GraphSettings::GraphSettings(double zoom)
-    : zoom_(Graph::Zoom), line_(Graph::LineColor), fill_(Graph::FillColor), point_(Graph::PointColor),
-      text_(Graph::TextColor), width_(Graph::LineWidth), fontSize_(Graph::FontSize)
-{
-    Graph::Zoom = zoom;
-}
-
-GraphSettings::~GraphSettings()
-{
-    Graph::Zoom = zoom_;
-    Graph::LineColor = line_;
-    Graph::FillColor = fill_;
-    Graph::PointColor = point_;
-    Graph::TextColor = text_;
-    Graph::LineWidth = width_;
-    Graph::FontSize = fontSize_;
-}
-
 GraphDrawing::GraphDrawing(GraphTarget& target, double zoom, double pixelRatio) : settings_(zoom)
 {
     Graph::LineWidth = std::max(1, static_cast<int>(std::lround(Graph::LineWidth * pixelRatio)));

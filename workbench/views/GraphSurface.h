@@ -11,21 +11,6 @@
 
 namespace TeskPlus {
 
-/// The settings of Graph for the time of one event, put back at its end.
-class GraphSettings
-{
-public:
-    explicit GraphSettings(double zoom);
-    ~GraphSettings();
-    GraphSettings(const GraphSettings&) = delete;
-    GraphSettings& operator=(const GraphSettings&) = delete;
-
-private:
-    double zoom_;
-    Tesk::PredefinedColors line_, fill_, point_, text_;
-    int width_, fontSize_;
-};
-
 /// Makes a surface Graph's target for the time of a drawing. On a dense screen lines and texts grow with the pixels.
 class GraphDrawing
 {
@@ -36,7 +21,7 @@ public:
     GraphDrawing& operator=(const GraphDrawing&) = delete;
 
 private:
-    GraphSettings settings_;
+    Tesk::GraphSettings settings_;
 };
 
 /// The pixels of a surface, not copied: good until it is resized.

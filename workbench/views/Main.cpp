@@ -8,9 +8,13 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <clocale>
+
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
+    // It sets the user's locale, in which numbers may have a comma; programs and messages have a point.
+    std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName("Tesk+");
     QApplication::setOrganizationName("Halden");
     QApplication::setApplicationVersion("6.1.1");

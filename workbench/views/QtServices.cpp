@@ -23,7 +23,7 @@ class QtMessageBox final : public Tesk::IMessageBox
 public:
     void Show(const wchar_t* Title, const wchar_t* Text) override
     {
-        QMessageBox box(QMessageBox::Warning, Qt16(Title), Qt16(Text), QMessageBox::Ok, QApplication::activeWindow());
+        QMessageBox box(QMessageBox::Critical, Qt16(Title), Qt16(Text), QMessageBox::Ok);
         box.exec();
     }
 };

@@ -1,0 +1,83 @@
+// A sequence built by the labels of its methods, as the menus do.
+#pragma once
+
+#include "engine/Engine.h"
+#include "foundation/Status.h"
+#include "image/Image.h"
+
+#include <gtest/gtest.h>
+
+#include <cwchar>
+#include <string>
+
+namespace TeskTests {
+
+using namespace Tesk;
+
+inline constexpr const wchar_t* constantCopy = L"Constant - Gray";
+
+inline int FindMethod(const wchar_t* label)
+{
+    for (int i = 0; i < Engine::NumNodes; i++)
+        if (Engine::Tree[i]->Kind() == MethodKind && !std::wcscmp(Engine::Tree[i]->Label, label)) return i;
+    return -1;
+}
+
+class SequenceTest : public ::testing::Test
+{
+protected:
+    SequenceTest()
+    {
+        Status::ErrorBehavior(IgnoreIt);
+        Status::Shallow = true;
+        Engine::Trace = nullptr;
+    }
+    ~SequenceTest() override { Status::Shallow = false; }
+
+    Operation& Append(const wchar_t* label)
+    {
+        auto made = std::make_unique<Operation>();
+        engine_.UnreserveVariables();
+        made->Set(engine_, FindMethod(label), false);
+        Operation& operation = engine_.InsertOperation(std::move(made));
+        engine_.FillOperation(engine_.NumOperations() - 1);
+        for (Arg& argument : operation.Args)
+            argument.Visible = true;
+        return operation;
+    }
+    /// An image of a size, filled with a gray value.
+    Operation& AppendImage(int value, int width = 64, int height = 64)
+    {
+        Operation& operation = Append(constantCopy);
+        ValueOf<int>(operation, 0) = width;
+        ValueOf<int>(operation, 1) = height;
+        ValueOf<int>(operation, 2) = value;
+        return operation;
+    }
+    template <typename T>
+    static T& ValueOf(const Operation& operation, std::size_t argument)
+    {
+        return static_cast<Var<T>&>(*operation.Args.at(argument).Variable).Value;
+    }
+    template <typename T>
+    void Change(Operation& operation, std::size_t argument, T value)
+    {
+        ValueOf<T>(operation, argument) = value;
+        engine_.ChangeVariable(operation.Args[argument].Variable);
+    }
+    Operation& At(int index) { return *engine_.Operations.at(static_cast<std::size_t>(index)); }
+    bool Remove(int index)
+    {
+        int argument, consumer;
+        return engine_.RemoveOperation(index, argument, consumer, false);
+    }
+    static std::wstring Name(const Arg& argument) { return argument.Variable ? argument.Variable->NameText : L""; }
+    static int Pixel(const Operation& operation, std::size_t argument)
+    {
+        return ValueOf<Image>(operation, argument).PixelGray(0, 0);
+    }
+
+    Engine engine_;
+};
+
+} // namespace TeskTests
