@@ -46,6 +46,7 @@ public:
     /// Removes an operation, unless a later one reads an output of it: then the result is false, with the output's
     /// position and the reader's index. With `Test` only the answer is given.
     bool RemoveOperation(int Index, int& Argument, int& Consumer, bool Test);
+    /// Has the operation run at the next `Execute`; the only thing that a deferred method runs by.
     void ChangeOperation(int Index) { Operations[static_cast<std::size_t>(Index)]->Dirty = true; }
     void ChangeVariable(AnyVariable* Variable) { Variable->Stamp = Clock; }
 

@@ -140,6 +140,8 @@ void Engine::Execute()
             if (node.Flags & Out) ages.AddOut(variable.Stamp);
         }
         if (!operation.Dirty) {
+            // What the stamps say is no reason to train or to insert a second time.
+            if (operation.Node >= 0 && (Tree[operation.Node]->Flags & DeferredMethod)) continue;
             if (!WillShow(i)) continue;
             if (ages.maxIn < ages.minOut && ages.numOut != 0) continue;
         }

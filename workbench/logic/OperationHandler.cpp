@@ -293,7 +293,7 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
     parametersPanel_.ShowParametersForm();
     operation->RenameTargets(engine_);
     UpdateNames();
-    engine_.ChangeOperation(currentOperationID_);
+    if (!currentOperationRunningMutex_) engine_.ChangeOperation(currentOperationID_);
     RunPanel(false);
     ShowPanel(nullptr, false);
     Keep(created);

@@ -166,6 +166,8 @@ int OperationHandler::CreateControllers(ControllerList& created, operationType r
     if (!refused) views_.LayOutPanel(panel);
     views_.EnableDeleteButton(reason == operationType::New || CheckOperationDeletion(currentOperationID_));
     currentOperationRunningMutex_ = (method.Flags & DeferredMethod) != 0;
+    // It waits for Apply, also while other operations run.
+    if (currentOperationRunningMutex_ && reason != operationType::Select) operation.Dirty = false;
     views_.ShowApplyButton(currentOperationRunningMutex_);
     if (refused) return noController;
     if (reason != operationType::Select && panel.HasResetButton() && missing == 0) InitControllers();
@@ -339,6 +341,7 @@ void OperationHandler::ApplyOperation()
 {
     if (!currentOperationRunningMutex_) return;
     currentOperationRunningMutex_ = false;
+    engine_.ChangeOperation(currentOperationID_);
     DoRun(nullptr, nullptr, false, true, false, false);
     RefreshTimings();
     currentOperationRunningMutex_ = true;
