@@ -15,7 +15,7 @@ void Bench()
     Kernel::Smooth(a, dst);
     const cv::Mat ca = bench::View(a);
     cv::Mat cd = ca.clone(), gx, gy, ax, ay, fx, fy, magnitude, smooth;
-    bench::Table table("Gray", bench::CopyTime(a));
+    bench::Table table("Gray", a);
     const int replicate = cv::BORDER_REPLICATE;
 
     table.Row(

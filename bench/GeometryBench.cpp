@@ -32,7 +32,7 @@ void Run(Tesk::PixelTypes type, const char* name)
     bench::Fill(dst, type, 2);
     const cv::Mat view = bench::View(src);
     cv::Mat result = view.clone(), other;
-    bench::Table table(name, bench::CopyTime(src));
+    bench::Table table(name, src);
 
     const cv::Mat turn = TurnAboutMiddle(30, 1), inside = TurnAboutMiddle(30, 1.5);
     const auto warp = [&](const char* row, const cv::Mat& m, bool interpolate) {

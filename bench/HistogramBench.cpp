@@ -36,7 +36,7 @@ void Images(Tesk::PixelTypes type, const char* name)
     Flat(flat, type);
     const cv::Mat cn = bench::View(noise), cf = bench::View(flat), co = bench::View(other);
     cv::Mat cd;
-    bench::Table table(name, bench::CopyTime(noise));
+    bench::Table table(name, noise);
     Compute(table, "compute, noise", noise);
     Compute(table, "compute, flat", flat);
     if (type == Tesk::Gray) {

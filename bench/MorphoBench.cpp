@@ -30,7 +30,7 @@ void Medians(const Tesk::Image& src, const char* name)
     Tesk::Image dst;
     const cv::Mat from = bench::View(src);
     cv::Mat to;
-    bench::Table table(name, bench::CopyTime(src));
+    bench::Table table(name, src);
     for (const int size : {3, 5, 7, 9, 11, 15, 21, 31, 49}) {
         Morpho morpho;
         morpho.Square(size);
@@ -50,7 +50,7 @@ void Extrema(const Tesk::Image& src)
     Tesk::Image dst;
     const cv::Mat from = bench::View(src);
     cv::Mat to;
-    bench::Table table("Gray", bench::CopyTime(src));
+    bench::Table table("Gray", src);
     for (const int size : {3, 5, 7, 9, 15, 21, 31, 49}) {
         Morpho morpho;
         morpho.Square(size);
@@ -104,7 +104,7 @@ void Distances(Tesk::Image& src, int oneIn, const char* name)
     Tesk::Image dst;
     const cv::Mat from = bench::View(src);
     cv::Mat to;
-    bench::Table table(name, bench::CopyTime(src));
+    bench::Table table(name, src);
     table.Row(
         "city-block", [&] { Morpho::Distance(src, dst, true, false, false); },
         [&] { cv::distanceTransform(from, to, cv::DIST_L1, 3, CV_8U); });
