@@ -2,7 +2,6 @@
 #include "image/Histogram.h"
 
 #include "image/HistogramFrame.h"
-#include "image/Operator.h"
 #include "measure/ProfileFrame.h"
 
 #include <cstring>
@@ -20,7 +19,7 @@ bool IsCounted(PixelTypes type)
 
 int EntriesOf(PixelTypes type)
 {
-    return type == Gray16 ? 1 << Operator::GrayDepth : byteLevels;
+    return type == Gray16 ? Gray16Levels() : byteLevels;
 }
 
 template <typename Count>
@@ -104,6 +103,21 @@ void Histogram::Compute(const Profile& Src, bool Clear)
     }
 }
 
+/// Stands ready for the sums of the counts of a window, at the same levels: elsewhere than in place, in a copy of the
+/// whole store. False without memory.
+bool Histogram::PrepareSums(const Histogram& Src, Profile& held)
+{
+    if (First == Src.First && Length == Src.Length && Type == Src.Type) return Prepare(Src, *this, Src.Type, held);
+    held.ShallowCopy(Src, true);
+    if (!TrySet(held.StoreLength, held.Type)) return false;
+    const std::ptrdiff_t size = ElementSize;
+    std::memcpy(First, held.First - size * held.I, static_cast<std::size_t>(size * StoreLength));
+    Scale = held.Scale;
+    Source = held.Source;
+    Profile::Window(held.I, held.Length);
+    return true;
+}
+
 void Histogram::Cumulate(const Histogram& Src)
 {
     const Entry entry("Tesk::Histogram::Cumulate");
@@ -117,7 +131,7 @@ void Histogram::Cumulate(const Histogram& Src)
         return;
     }
     Profile held;
-    if (!Prepare(Src, *this, Src.Type, held)) {
+    if (!PrepareSums(Src, held)) {
         entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
         return;
     }

@@ -20,7 +20,7 @@ public:
     /// Counts the samples of a `Gray`, `Gray16` or `Rgb` profile. Refused: samples out of the range of levels
     /// (`UnsupportedType`).
     void Compute(const Profile& Src, bool Clear = true);
-    /// The running sums of the counts.
+    /// The running sums of the counts of a window, from its first level on; the counts around it are taken over.
     void Cumulate(const Histogram& Src);
 
     /// \name Statistics
@@ -129,6 +129,7 @@ public:
 
 private:
     bool SetUp(const Entry& entry, PixelTypes type, int entries, bool clear);
+    bool PrepareSums(const Histogram& Src, Profile& held);
 };
 
 } // namespace Tesk

@@ -1,10 +1,10 @@
 // The statistics and thresholds of counts, on histograms and on images.
 #include "image/HistogramFrame.h"
-#include "image/Operator.h"
 #include "measure/ProfileFrame.h"
 
 #include <cfloat>
 #include <cmath>
+#include <vector>
 
 namespace Tesk {
 
@@ -240,7 +240,7 @@ T OnImage(const char* context, const Image& src, T neutral, F f)
         if (src.Type == Gray)
             take(CountGray(src));
         else
-            take(CountGray16(src, 1 << Operator::GrayDepth));
+            take(CountGray16(src, Gray16Levels()));
         neutral = f(Summed(counts.data(), static_cast<int>(counts.size()), 0, 1));
     });
     return neutral;

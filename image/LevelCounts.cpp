@@ -1,5 +1,6 @@
 #include "image/LevelCounts.h"
 
+#include "image/Operator.h"
 #include "image/OperatorFrame.h"
 #include "image/kernels/RowKernels.h"
 
@@ -84,6 +85,12 @@ void AddTables(const Tables& tables, std::array<std::uint32_t, byteLevels>& coun
 }
 
 } // namespace
+
+int Gray16Levels()
+{
+    constexpr int leastDepth = 9, greatestDepth = 16;
+    return 1 << Clamp(Operator::GrayDepth, leastDepth, greatestDepth);
+}
 
 std::array<std::uint32_t, byteLevels> CountGray(const Image& src)
 {

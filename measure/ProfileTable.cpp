@@ -1,7 +1,7 @@
 // Profiles that are defined as lookup tables.
 #include "measure/Profile.h"
 
-#include "image/Operator.h"
+#include "image/LevelCounts.h"
 #include "measure/ProfileFrame.h"
 
 #include <cmath>
@@ -58,7 +58,7 @@ void Profile::Define(const Entry& entry, PixelTypes type, F f)
         entry.Refuses(RefuseType(wanted));
         return;
     }
-    const int length = wanted == Gray16 ? 1 << Operator::GrayDepth : tableLength;
+    const int length = wanted == Gray16 ? levels::Gray16Levels() : tableLength;
     if (type == Undefined) {
         if (!DetachIfShared()) {
             entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
@@ -99,7 +99,7 @@ void Profile::BiThreshold(int Threshold, int Delta, int Black, int MidGray, int 
 {
     const Entry entry("Tesk::Profile::BiThreshold");
     const PixelTypes type = Type == Undefined ? PixelTypes(this->Type) : Type;
-    const int half = type != Gray16 ? 128 : Type == Undefined ? Length / 2 : 1 << (Operator::GrayDepth - 1);
+    const int half = type != Gray16 ? 128 : Type == Undefined ? Length / 2 : levels::Gray16Levels() / 2;
     const int middle = MidGray == NotInitialized ? half : MidGray;
     const std::int64_t upper = std::int64_t{Threshold} + Delta;
     Define(entry, Type, [=](int i) { return i < Threshold ? Black : i < upper ? middle : White; });

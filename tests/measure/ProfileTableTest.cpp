@@ -7,6 +7,7 @@
 #include "measure/Profile.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -121,6 +122,30 @@ TEST_F(ProfileTableTest, WithoutATypeTheProfileKeepsItsSize)
     profile.Gamma(-1e9);
     EXPECT_EQ(Status::Error().Code, NoError);
     EXPECT_EQ(profile.Length, 256);
+
+    profile.Set(7, Rgb);
+    profile.GainOffset(100, 1, Undefined);
+    EXPECT_EQ(profile.Type, Rgb);
+    EXPECT_EQ(profile.Length, 7);
+    for (int c = 0; c < 3; c++) {
+        EXPECT_EQ(profile.Sample(2, c), 201);
+        EXPECT_EQ(profile.Sample(3, c), 255) << "held to a byte";
+    }
+    profile.Set(300, Gray16);
+    profile.BiThreshold(0, MaxInt, 1, MinInt, 3, Undefined);
+    EXPECT_EQ(profile.Type, Gray16);
+    EXPECT_EQ(profile.Sample(299), 150) << "half of the table that there is";
+}
+
+TEST_F(ProfileTableTest, DepthsThatNoImageHasCountAsTheNearest)
+{
+    Profile profile;
+    for (const auto& [depth, length] : {std::pair{-3, 512}, {8, 512}, {9, 512}, {16, 65536}, {40, 65536}}) {
+        Operator::GrayDepth = depth;
+        profile.BiThreshold(0, MaxInt, 1, MinInt, 3, Gray16);
+        EXPECT_EQ(profile.Length, length) << depth;
+        EXPECT_EQ(profile.Sample(0), length / 2) << depth;
+    }
 }
 
 TEST_F(ProfileTableTest, PseudoColoursRunFromBlueToRed)
@@ -270,6 +295,13 @@ TEST_F(ProfileTableTest, TheSamplingIsDrawnWhereTheWindowStands)
     ASSERT_EQ(line.size(), 4u) << "a line too short for an arrow head, and two marks";
     EXPECT_EQ(line[1], "Line 29 53");
     EXPECT_EQ(Graph::FillColor, NoColor);
+    // The lines of the breadth lie within a rectangle about the middle one, four pixels high.
+    profile.LineAdd(XY(2, 8), XY(12, 8), 5, image);
+    profile.Draw(false);
+    const auto band = Drawn(target);
+    ASSERT_GE(band.size(), 3u);
+    EXPECT_EQ(band[1], "Line 45 57");
+    EXPECT_EQ(band.back(), "Polygon 25 53 45 53 45 61 25 61");
     Path path;
     path.Append(0, 0);
     path.Append(2, 1);
