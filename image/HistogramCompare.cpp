@@ -77,13 +77,15 @@ void ScaleColors(const Entry& entry, const Image& src, Image& dst, double gain, 
         held.a, dst, [&](RgbPixel p) { return RgbPixel(tables[0][p.Red], tables[1][p.Green], tables[2][p.Blue]); });
 }
 
-/// A copy of an image as `Gray`, or a view of it where it is.
-void AsGray(const Image& src, Image& gray)
+/// A copy of an image as `Gray`; a view of it where it is that and no write into `dst` reaches it. False if there is no
+/// memory.
+bool AsGrayApart(const Image& src, const Image& dst, Image& gray)
 {
-    if (src.Type == Gray)
+    if (src.Type == Gray && src.Buffer != dst.Buffer)
         gray.ShallowCopy(src, true);
     else
         Operator::Copy(src, gray, Gray);
+    return Status::Error().Code == NoError;
 }
 
 } // namespace
@@ -193,7 +195,7 @@ void Histogram::Normalize(double Mean, double Variance, const Image& Src, Image&
     if (entry.Refuses(CheckGray(Src))) return;
     const Fit fit = FitTo(MomentsOf(Src), Mean, Variance);
     Operator::GainOffset(fit.gain, fit.offset, Src, Dst);
-    if (entry.Refuses(Status::Error().Code)) return;
+    if (Status::Error().Code != NoError) return;
     Gain = fit.gain;
     Offset = fit.offset;
 }
@@ -237,30 +239,26 @@ void Histogram::Normalize(const Image& Src, const Image& SrcB, Image& Dst, doubl
 void Histogram::ShowDifferences(const Image& Src, const Image& SrcB, Image& Dst, int Threshold, bool Normalize)
 {
     const Entry entry("Tesk::Histogram::ShowDifferences");
-    if (entry.Refuses(CheckImages(Src, SrcB))) return;
-    Image a, b, copyA, copyB;
-    AsGray(Src, a);
-    if (entry.Refuses(Status::Error().Code)) return;
-    AsGray(SrcB, b);
-    if (entry.Refuses(Status::Error().Code)) return;
-    // The pixels that are compared stay where the destination is one of the sources.
-    if (a.Buffer == Dst.Buffer) Operator::Copy(a, copyA), a.ShallowCopy(copyA, true);
-    if (b.Buffer == Dst.Buffer) Operator::Copy(b, copyB), b.ShallowCopy(copyB, true);
-    if (entry.Refuses(Status::Error().Code)) return;
+    if (entry.Refuses(CheckPair(Src, SrcB, {Gray, Gray16, Gray32, Rgb, Rgba, Grad, Gray1}))) return;
+    // From here on only memory can be lacking, which the operation that lacks it reports.
+    Image a, b;
+    if (!AsGrayApart(Src, Dst, a) || !AsGrayApart(SrcB, Dst, b)) return;
     double gain = 1, offset = 0;
     if (Normalize) {
         const Moments momentsA = MomentsOf(a), momentsB = MomentsOf(b);
         gain = momentsB.variance > 0 ? momentsA.variance / momentsB.variance : 0;
         offset = momentsA.mean - gain * momentsB.mean;
     }
-    Operator::Copy(Src.Type == Rgb ? Src : a, Dst, Rgb);
-    if (entry.Refuses(Status::Error().Code)) return;
-    const std::int64_t threshold = Threshold;
+    Operator::Copy(Src.Type == Rgb || Src.Type == Rgba ? Src : a, Dst, Rgb);
+    if (Status::Error().Code != NoError) return;
+    // A colour image over itself is not copied, and may be shared still.
+    Dst.DetachIfShared(true);
+    const double threshold = Threshold;
     for (int y = 0; y < Dst.Height; y++) {
         const std::uint8_t *s = a.Row(y), *t = b.Row(y);
         auto* d = Dst.Row<RgbPixel>(y);
         for (int x = 0; x < Dst.Width; x++) {
-            const int difference = Normalize ? static_cast<int>(s[x] - (t[x] * gain + offset)) : s[x] - t[x];
+            const double difference = std::trunc(s[x] - (t[x] * gain + offset));
             if (difference >= threshold)
                 d[x] = RgbPixel(255, 0, 0);
             else if (difference <= -threshold)

@@ -6,8 +6,6 @@
 #include "image/Image.h"
 #include "image/LevelCounts.h"
 
-#include <vector>
-
 namespace Tesk::levels {
 
 /// The counts of the levels `offset` to `offset + size - 1`.
@@ -24,13 +22,6 @@ struct Counts
 /// Counts with their sum.
 Counts Summed(const std::int32_t* counts, int size, int offset, int stride);
 
-/// Counts of an image, kept for the time of an operation.
-struct CountedImage
-{
-    std::vector<std::int32_t> values;
-    Counts counts;
-};
-
 /// A count as a sample holds it.
 inline std::int32_t Held(std::int64_t count)
 {
@@ -43,13 +34,12 @@ inline int RefuseImage(PixelTypes type)
                           PixelTypeName(type));
 }
 
-/// The moments of two images of the same type and size, summed over their channels.
 struct Moments
 {
     double mean, variance;
 };
 
-/// The mean and the variance of a `Gray` image.
+/// Those of a `Gray` image.
 Moments MomentsOf(const Image& gray);
 
 } // namespace Tesk::levels

@@ -7,6 +7,7 @@
 #include "measure/ProfileFrame.h"
 
 #include <array>
+#include <vector>
 
 namespace Tesk {
 
@@ -149,7 +150,7 @@ void Histogram::ShowNoise(const Image& Src, Image& Dst, bool Large)
     const bool sharing = Src.Buffer == Dst.Buffer;
     if (sharing) {
         Operator::Copy(Src, copy);
-        if (entry.Refuses(Status::Error().Code)) return;
+        if (Status::Error().Code != NoError) return;
     }
     const Image& source = sharing ? copy : Src;
     points::Sources held;
@@ -205,7 +206,9 @@ void Histogram::ShowSaturation(const Image& Src, Image& Dst, int Dark, int Light
         if (Light == NotInitialized) light = lightest;
     }
     Operator::Copy(Src, Dst, Rgb);
-    if (entry.Refuses(Status::Error().Code)) return;
+    if (Status::Error().Code != NoError) return;
+    // A colour image over itself is not copied, and may be shared still.
+    Dst.DetachIfShared(true);
     constexpr RgbPixel darkMark(0, 0, 255), lightMark(255, 0, 0);
     points::EachPixel<RgbPixel, RgbPixel>(Dst, Dst, [=](RgbPixel p) {
         if (Min(p.Red, Min(p.Green, p.Blue)) <= dark) return darkMark;

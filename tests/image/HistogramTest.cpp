@@ -1,4 +1,5 @@
 #include "image/Histogram.h"
+#include "foundation/Services.h"
 #include "foundation/Status.h"
 #include "image/Image.h"
 #include "image/Operator.h"
@@ -26,7 +27,11 @@ protected:
         Status::ErrorBehavior(IgnoreIt);
         Operator::GrayDepth = 10;
     }
-    void TearDown() override { Operator::GrayDepth = 16; }
+    void TearDown() override
+    {
+        Operator::GrayDepth = 16;
+        Status::Shallow = false;
+    }
 };
 
 int ChannelsOf(const Image& image)
@@ -212,6 +217,28 @@ TEST_F(HistogramTest, ProfilesAreCountedToo)
     EXPECT_EQ(sums.Sample(0, 0), 0);
 }
 
+TEST_F(HistogramTest, SumsOfAWindowStandAtTheLevelsOfTheirCounts)
+{
+    Profile profile;
+    for (const int v : {10, 11, 11, 12, 12, 13})
+        profile.Append(v);
+    Histogram histogram, apart, shared;
+    histogram.Compute(profile);
+    histogram.Window(11, 3);
+    shared.ShallowCopy(histogram, false);
+    shared.Window(0, 9);
+    apart.Cumulate(histogram);
+    shared.Cumulate(histogram);
+    EXPECT_EQ(histogram.Bin(1), 2) << "the source";
+    histogram.Cumulate(histogram);
+    for (Histogram* sums : {&apart, &shared, &histogram}) {
+        EXPECT_STREQ(sums->ToAsciiString(-1), "Level\tCount\n11\t2\n12\t4\n13\t5\n");
+        sums->Profile::Window();
+        EXPECT_EQ(sums->Length, 256);
+        EXPECT_EQ(sums->Bin(10), 1) << "a count outside the window";
+    }
+}
+
 TEST_F(HistogramTest, StatisticsAgreeWithTheSortedPixels)
 {
     for (const PixelTypes type : {Gray, Gray16}) {
@@ -366,10 +393,11 @@ TEST_F(HistogramTest, ColoursAreMeasuredChannelByChannel)
 
 TEST_F(HistogramTest, RefusalsNameWhatIsWrong)
 {
-    Image gray, color, empty, deep;
+    Image gray, color, empty, deep, map;
     Lumpy(gray, Gray, 1);
     Lumpy(color, Rgb, 1);
     deep.Set(4, 4, Gray32);
+    map.Set(4, 4, GeoMap);
     Histogram none, ofColor, ofGray;
     ofColor.Compute(color);
     ofGray.Compute(gray);
@@ -412,6 +440,8 @@ TEST_F(HistogramTest, RefusalsNameWhatIsWrong)
          L"Image pixel Type (Rgb) not supported for this operation", "Tesk::Histogram::Normalize"},
         {[&] { Histogram::Normalize(1, 2, 3, 4, gray, dst, x, y, y, y); }, UnsupportedType,
          L"Image pixel Type (Gray) not supported for this operation, use Rgb", "Tesk::Histogram::Normalize"},
+        {[&] { Histogram::ShowDifferences(map, map, dst); }, UnsupportedType,
+         L"The image type (Map) is not supported for this operation", "Tesk::Histogram::ShowDifferences"},
     };
     for (const auto& [call, code, message, context] : cases) {
         Status::Error().Code = NoError;
@@ -427,6 +457,29 @@ TEST_F(HistogramTest, RefusalsNameWhatIsWrong)
     EXPECT_STREQ(Status::UnicodeError(), L"This profile has 256 entries instead of 1024");
     EXPECT_EQ(x, -7);
     EXPECT_EQ(i, -7);
+    EXPECT_EQ(dst.Type, Undefined);
+}
+
+TEST_F(HistogramTest, AFailureWithinAnotherOperationIsReportedOnce)
+{
+    struct Counter : IMessageBox
+    {
+        int shown = 0;
+        void Show(const wchar_t*, const wchar_t*) override { shown++; }
+    } counter;
+    // As gray pixels this would be larger than any image.
+    constexpr int size = 70000;
+    std::uint8_t nothing[4];
+    Image huge, dst;
+    huge.Set(size, size, Gray1, nothing, (size + 31) / 32 * 4);
+    Services::Install(&counter);
+    Status::ErrorBehavior(ShowIt);
+    Histogram::ShowDifferences(huge, huge, dst);
+    const int code = Status::Error().Code;
+    Status::ErrorBehavior(IgnoreIt);
+    Services::Install(static_cast<IMessageBox*>(nullptr));
+    EXPECT_EQ(code, CannotAllocate);
+    EXPECT_EQ(counter.shown, 1);
     EXPECT_EQ(dst.Type, Undefined);
 }
 
@@ -620,4 +673,49 @@ TEST_F(HistogramTest, LighterPixelsAreRedAndDarkerOnesBlue)
     Histogram::ShowDifferences(colorA, colorB, colorA);
     EXPECT_EQ(colorA.PixelRgb(4, 0), expected[2]);
     EXPECT_EQ(colorA.PixelRgb(1, 0), expected[1]);
+}
+
+TEST_F(HistogramTest, FittedDifferencesMayBeLargerThanAnyPixel)
+{
+    // The fit multiplies B by the ratio of the variances, some 2.6 thousand million.
+    constexpr int size = 400;
+    Image a, b, dst;
+    a.Set(size, size, Gray);
+    b.Set(size, size, Gray);
+    Operator::Copy(0, a);
+    a.Window(0, 0, size, size / 2);
+    Operator::Copy(255, a);
+    a.Window();
+    Operator::Copy(100, b);
+    b.PixelGray(7, 9) = 99;
+    Histogram::ShowDifferences(a, b, dst, 16, true);
+    EXPECT_EQ(dst.PixelRgb(7, 9), RgbPixel(255, 0, 0));
+    EXPECT_EQ(dst.PixelRgb(8, 9), RgbPixel(0, 0, 255));
+    Histogram::ShowDifferences(a, b, dst, MaxInt, true);
+    EXPECT_EQ(dst.PixelRgb(7, 9), RgbPixel(255, 0, 0));
+    EXPECT_EQ(dst.PixelRgb(8, 9), RgbPixel(255, 255, 255));
+}
+
+TEST_F(HistogramTest, ViewsKeepTheirPixelsUnderSharing)
+{
+    Image color, other, before;
+    Lumpy(color, Rgb, 3);
+    Lumpy(other, Rgb, 4);
+    Operator::Copy(color, before);
+    const std::function<void(Image&)> runs[] = {[](Image& i) { Histogram::ShowSaturation(i, i, 60, 150); },
+                                                [&](Image& i) { Histogram::ShowDifferences(i, other, i); },
+                                                [](Image& i) { Histogram::ShowNoise(i, i); }};
+    for (const auto& run : runs) {
+        Image apart, shared, kept;
+        Operator::Copy(color, apart);
+        Operator::Copy(color, shared);
+        run(apart);
+        Status::Shallow = true;
+        kept.ShallowCopy(shared, true);
+        run(shared);
+        Status::Shallow = false;
+        EXPECT_EQ(Histogram::CountDifferences(kept, before), 0);
+        EXPECT_EQ(Histogram::CountDifferences(shared, apart), 0);
+        EXPECT_GT(Histogram::CountDifferences(shared, kept), 0);
+    }
 }
