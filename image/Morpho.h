@@ -88,7 +88,8 @@ public:
 
     /// Lists the places of a `Gray` image that no neighbour surpasses, of each plateau the first in row order, into
     /// `Dst`, whose origin becomes the window's corner; those below `MinGray` are left out. With `MaxCount` above 0 the
-    /// highest so many in descending order, else all in row order.
+    /// highest so many in descending order, else all in row order. Refused: windows of more than 32,768 rows or columns
+    /// (`OutOfRange`), which the coordinates of a path do not reach.
     static void RegionalMaxima(int MinGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8 = true);
     /// The same for the places that no neighbour undercuts, those above `MaxGray` left out, in ascending order.
     static void RegionalMinima(int MaxGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8 = true);

@@ -8,10 +8,11 @@ namespace {
 bool Overlap(const Image& a, const Image& b)
 {
     if (!a.FirstPixel || !b.FirstPixel) return false;
-    const auto first = [](const Image& image) { return reinterpret_cast<std::uintptr_t>(image.Row(0)); };
-    const auto last = [](const Image& image) {
-        return reinterpret_cast<std::uintptr_t>(image.Row(image.Height - 1)) +
-               static_cast<std::uintptr_t>(points::ByteCount(image));
+    // The rows of an external buffer may run upwards.
+    const auto row = [](const Image& image, int y) { return reinterpret_cast<std::uintptr_t>(image.Row(y)); };
+    const auto first = [&](const Image& image) { return Min(row(image, 0), row(image, image.Height - 1)); };
+    const auto last = [&](const Image& image) {
+        return Max(row(image, 0), row(image, image.Height - 1)) + static_cast<std::uintptr_t>(points::ByteCount(image));
     };
     return first(a) < last(b) && first(b) < last(a);
 }

@@ -330,4 +330,15 @@ TEST_F(MorphoTest, RegionalExtremaKeepTheMostExtremeInOrder)
     Morpho::RegionalMaxima(1, 0, src, path);
     EXPECT_EQ(Status::Error().Code, UnsupportedType);
     EXPECT_EQ(xs(), "1 5 9 3 ");
+    for (const auto& [width, height] : {std::pair{32769, 1}, {1, 32769}}) {
+        src.Set(width, height, Gray);
+        Morpho::RegionalMinima(255, 0, src, path);
+        EXPECT_EQ(Status::Error().Code, OutOfRange);
+        EXPECT_EQ(path.Length, 4) << "the coordinates of a path do not reach so far";
+    }
+    src.Set(32768, 1, Gray);
+    std::fill_n(src.Row(0), 32768, std::uint8_t{1});
+    src.Row(0)[32767] = 2;
+    Morpho::RegionalMaxima(2, 0, src, path);
+    EXPECT_EQ(xs(), "32767 ");
 }

@@ -176,6 +176,37 @@ TEST_F(MorphoTest, ResultsAreTheSameInPlaceAndBesideOthersInOneStore)
         }
 }
 
+TEST_F(MorphoTest, RowsMayRunFromTheBottomUp)
+{
+    Morpho morpho;
+    morpho.Set(5, 3, 1);
+    constexpr int width = 24, height = 9;
+    std::vector<std::uint8_t> bytes(width * height);
+    for (const Operation& o : operations) {
+        Image src, expected, upward;
+        Load(Random(width, height, 256, 21), src);
+        o.run(morpho, src, expected);
+        upward.Set(width, height, Gray, bytes.data(), -width, width * (height - 1));
+        for (int y = 0; y < height; y++)
+            std::copy_n(src.Row(y), width, upward.Row(y));
+        o.run(morpho, upward, upward);
+        EXPECT_EQ(Picture(upward), Picture(expected)) << o.name;
+    }
+}
+
+TEST_F(MorphoTest, ViewsKeepTheirPixelsUnderSharing)
+{
+    Image image, kept, expected;
+    RandomWindow(image, 20, 6, Gray, 256, 8);
+    const Picture before(image);
+    Morpho().Dilate(image, expected);
+    Status::Shallow = true;
+    kept.ShallowCopy(image, true);
+    Morpho().Dilate(image, image);
+    EXPECT_EQ(Picture(kept), before);
+    EXPECT_EQ(Picture(image), Picture(expected));
+}
+
 TEST_F(MorphoTest, PixelsOutsideTheDestinationWindowStay)
 {
     Image src, dst;
