@@ -25,6 +25,8 @@ static_assert(sizeof(GeoMapPixel) == 8, "an image row is an array of these");
 /// pixel of the result a source position is worked out in 65,536ths of a pixel, and the source is sampled there,
 /// bilinearly with `Interpolate`, else at the nearest pixel; positions outside the source take the pixel at its border.
 /// A `GeoMap` receives the positions, for `Transform` to apply later; its source may be `Rgba`, too, where told.
+/// Neither takes a source over an external buffer whose rows run from the bottom up (`UnsupportedType`): the offsets of
+/// a map have no sign.
 class Geometry
 {
 public:
@@ -67,8 +69,9 @@ public:
     static void Unwind(XY& Center, double BegAngle, double EndAngle, double BegRadius, double EndRadius,
                        const Image& Src, Image& Dst, bool Interpolate = true);
 
-    /// Warps by a map that another warp has recorded for a source of the same size and pitch. Refused, too: a `Map` of
-    /// another type (`IncompatibleType`), one that points outside the source (`IncompatibleSize`).
+    /// Warps by a map that another warp has recorded for a source of the same size, pitch and pixel size. Refused, too:
+    /// a `Map` of another type (`IncompatibleType`), one that points outside the source or between the bytes of a
+    /// `Gray16` pixel (`IncompatibleSize`).
     static void Transform(const Image& Map, const Image& Src, Image& Dst, bool Interpolate = true);
 
     /// Warps through natural cubic splines. `F` holds `NY` rows of `NX` source positions, rows `N` entries apart; node

@@ -152,7 +152,7 @@ bool Warp(const Entry& entry, const AffineMap& m, const Image& Src, Image& Dst, 
 {
     if (entry.Refuses(RefuseFar(m, Dst))) return false;
     Image src;
-    if (warps::Prepare(entry, Src, Dst, false, src)) return false;
+    if (warps::Prepare(Src, Dst, false, src)) return false;
     const double half = interpolate ? 0 : 0.5;
     const FixedMap map{warps::Fixed(m.xx), warps::Fixed(m.xy), warps::Fixed(m.x0 + half),
                        warps::Fixed(m.yx), warps::Fixed(m.yy), warps::Fixed(m.y0 + half)};

@@ -177,7 +177,7 @@ void Geometry::GridDeform(XY* F, int N, int NX, int NY, Image& Src, int X0, int 
     const Entry entry("Tesk::Geometry::GridDeform");
     if (entry.Refuses(warps::RefuseImages(Src, Dst, false)) || entry.Refuses(RefuseGrid(F, N, NX, NY, TX, TY))) return;
     Image src;
-    if (warps::Prepare(entry, Src, Dst, true, src)) return;
+    if (warps::Prepare(Src, Dst, true, src)) return;
     const Grid grid{F, static_cast<std::size_t>(N), {X0, TX, NX}, {Y0, TY, NY}};
     try {
         if (Dst.Type == GeoMap)

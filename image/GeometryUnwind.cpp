@@ -47,7 +47,7 @@ void Unroll(const Ring& ring, const Image& src, Image& dst, bool interpolate)
         GeoMapPixel* entries = dst.Type == GeoMap ? dst.Row<GeoMapPixel>(j) : own.data();
         for (std::size_t i = 0; i < columns; i++)
             entries[i] = kernels::EntryAt(s, elementSize, warps::Fixed(ring.center.X + radius * directions[i].X + half),
-                                        warps::Fixed(ring.center.Y + radius * directions[i].Y + half), interpolate);
+                                          warps::Fixed(ring.center.Y + radius * directions[i].Y + half), interpolate);
         if (dst.Type != GeoMap) warps::SampleRow(s, entries, dst.Row(j), columns, interpolate);
     }
 }
@@ -62,7 +62,7 @@ void Geometry::Unwind(XY& Center, double BegAngle, double EndAngle, double BegRa
     const Ring ring{Center, BegAngle, EndAngle, BegRadius, EndRadius};
     if (entry.Refuses(RefuseRing(ring))) return;
     Image src;
-    if (warps::Prepare(entry, Src, Dst, false, src)) return;
+    if (warps::Prepare(Src, Dst, false, src)) return;
     try {
         Unroll(ring, src, Dst, Interpolate);
     } catch (const std::bad_alloc&) {

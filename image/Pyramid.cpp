@@ -101,7 +101,7 @@ Site Pyramid::DrawingOffset(const Image& Src, int Level) const
 {
     const Entry entry("Tesk::Pyramid::DrawingOffset");
     if (entry.Refuses(RefuseLevel(Level))) return {0, 0};
-    return OffsetBelow(BaseApart ? Src.Height : levels_[0].Height, Level);
+    return OffsetBelow(BaseHeight(&Src), Level);
 }
 
 Site Pyramid::DrawingOffset(int Level) const
@@ -112,7 +112,14 @@ Site Pyramid::DrawingOffset(int Level) const
         return {0, 0};
     }
     if (entry.Refuses(RefuseLevel(Level))) return {0, 0};
-    return OffsetBelow(levels_[0].Height, Level);
+    return OffsetBelow(BaseHeight(nullptr), Level);
+}
+
+/// The height of level 0; none where it is apart and not at hand.
+int Pyramid::BaseHeight(const Image* base) const
+{
+    if (!BaseApart) return levels_[0].Height;
+    return base ? int(base->Height) : 0;
 }
 
 void Pyramid::DrawFrom(const Image* base, bool atOrigin) const
@@ -121,7 +128,7 @@ void Pyramid::DrawFrom(const Image* base, bool atOrigin) const
         const Image& level = base && l == 0 && BaseApart ? *base : levels_[static_cast<std::size_t>(l)];
         if (level.Type == Undefined) continue;
         if (!atOrigin) {
-            const Site offset = OffsetBelow(BaseApart ? (base ? int(base->Height) : 0) : int(levels_[0].Height), l);
+            const Site offset = OffsetBelow(BaseHeight(base), l);
             Graph::SetOrigin(offset.X, offset.Y);
         }
         level.Draw(true);

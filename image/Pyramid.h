@@ -50,8 +50,8 @@ public:
     /// out.
     void Draw(const Image& Src, bool AtOrigin) const;
     void Draw(bool AtOrigin) const;
-    /// Where a level stands in the drawing, in pixels: level 0 at the origin, the others in a row beneath it. Refused
-    /// like `Bitmap`, with (0, 0).
+    /// Where a level stands in the drawing, in pixels: level 0 at the origin, the others in a row beneath it, or at the
+    /// top where a base that is apart is left out. Refused like `Bitmap`, with (0, 0).
     Site DrawingOffset(const Image& Src, int Level) const;
     Site DrawingOffset(int Level) const;
 
@@ -61,6 +61,7 @@ public:
 private:
     int RefuseLevel(int level) const;
     Site OffsetBelow(int baseHeight, int level) const;
+    int BaseHeight(const Image* base) const;
     void DrawFrom(const Image* base, bool atOrigin) const;
 
     std::array<Image, MaximumLevels> levels_;

@@ -22,12 +22,12 @@ void CopyWindow(const Image& src, Image& dst)
         std::memcpy(dst.Row(y), src.Row(y), bytes);
 }
 
-bool RefuseSize(const Entry& entry, Image& image, std::int64_t width, std::int64_t height, PixelTypes type)
+bool RefuseSize(Image& image, std::int64_t width, std::int64_t height, PixelTypes type)
 {
     const auto fits = [](std::int64_t v) { return v <= std::numeric_limits<int>::max(); };
     if (fits(width) && fits(height) && SizeWindow(image, static_cast<int>(width), static_cast<int>(height), type))
         return false;
-    return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+    return Status::Raise(Status::Format(CannotAllocate, L"Cannot allocate the image buffer"), "Tesk::Image::Set");
 }
 
 } // namespace Tesk::sizing

@@ -15,8 +15,9 @@ bool SizeWindow(Image& image, int width, int height, PixelTypes type);
 /// Copies the pixels of a window to one of the same size and type.
 void CopyWindow(const Image& src, Image& dst);
 
-/// Sizes an image, and refuses what no image can have, or memory has no room for; true if it was refused.
-bool RefuseSize(const Entry& entry, Image& image, std::int64_t width, std::int64_t height, PixelTypes type);
+/// Sizes an image, and refuses what no image can have, or memory has no room for, as `Image::Set` does; true if it was
+/// refused.
+bool RefuseSize(Image& image, std::int64_t width, std::int64_t height, PixelTypes type);
 
 /// Gives the destination a size and the source's type, and fills it by `compute(source, destination)`; through a
 /// working image where both lie in one store. Memory that `compute` cannot get is refused (`CannotAllocate`).
@@ -28,14 +29,14 @@ void FillSized(const Entry& entry, const Image& Src, Image& Dst, std::int64_t wi
     const PixelTypes type = src.Type;
     try {
         if (src.Buffer != Dst.Buffer) {
-            if (RefuseSize(entry, Dst, width, height, type)) return;
+            if (RefuseSize(Dst, width, height, type)) return;
             Dst.DetachIfShared(false);
             compute(src, Dst);
         } else {
             Image work;
-            if (RefuseSize(entry, work, width, height, type)) return;
+            if (RefuseSize(work, width, height, type)) return;
             compute(src, work);
-            if (RefuseSize(entry, Dst, width, height, type)) return;
+            if (RefuseSize(Dst, width, height, type)) return;
             Dst.DetachIfShared(false);
             CopyWindow(work, Dst);
         }

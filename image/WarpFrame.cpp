@@ -24,13 +24,17 @@ int RefuseDestination(const Image& src, const Image& dst)
     return NoError;
 }
 
+/// Offsets of maps have 32 bits and no sign; only an external buffer can need more.
+bool HasOffsets(const Image& src)
+{
+    return src.Pitch > 0 && std::int64_t{src.Pitch} * src.Height <= std::numeric_limits<std::uint32_t>::max();
+}
+
 } // namespace
 
-/// Offsets of maps have 32 bits and no sign; only an external buffer can need more.
 int RefuseExtent(const Image& src)
 {
-    if (src.Pitch > 0 && std::int64_t{src.Pitch} * src.Height <= std::numeric_limits<std::uint32_t>::max())
-        return NoError;
+    if (HasOffsets(src)) return NoError;
     return Status::Format(UnsupportedType, L"The rows of the source image (%d bytes each) cannot be addressed",
                           int(src.Pitch));
 }
@@ -41,17 +45,17 @@ int RefuseImages(const Image& Src, const Image& Dst, bool withRgba)
     if (const int code = RefuseDestination(Src, Dst)) return code;
     const bool mapped = withRgba && Dst.Type == GeoMap && Src.Type == Rgba;
     if (const int code = mapped ? NoError : RefuseUnlessSampled(Src.Type)) return code;
-    return RefuseExtent(Src);
+    return Dst.Type == GeoMap ? RefuseExtent(Src) : NoError;
 }
 
-bool Prepare(const Entry& entry, const Image& Src, Image& Dst, bool keeps, Image& held)
+bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held)
 {
     held.ShallowCopy(Src, true);
     Dst.DetachIfShared(keeps);
     // A map only measures the source.
-    if (held.Buffer == Dst.Buffer && Dst.Type != GeoMap) {
+    if (Dst.Type != GeoMap && (held.Buffer == Dst.Buffer || !HasOffsets(held))) {
         Image copy;
-        if (sizing::RefuseSize(entry, copy, Src.Width, Src.Height, Src.Type)) return true;
+        if (sizing::RefuseSize(copy, Src.Width, Src.Height, Src.Type)) return true;
         sizing::CopyWindow(held, copy);
         held.ShallowCopy(copy, true);
     }

@@ -344,7 +344,8 @@ std::size_t Outside(const Surface& s, int elementSize, const GeoMapPixel* map, s
     const auto zero = hn::Zero(words), last = hn::Set(words, pitch * (s.height - 1) + elementSize * (s.width - 1));
     const auto right = hn::Set(words, interpolate ? elementSize : 0), below = hn::Set(words, interpolate ? pitch : 0);
     const auto fx = hn::Set(words, 0xffff), fy = hn::Set(words, static_cast<std::int32_t>(0xffff0000u));
-    // The sign of a lane tells of an offset behind its limit, or of more than 31 bits.
+    // The sign of a lane tells of an offset behind its limit, of more than 31 bits, or between the bytes of a pixel.
+    const auto between = hn::Set(words, elementSize == 2 ? 1 : 0);
     auto bad = zero;
     std::size_t i = 0;
     for (; i + lanes <= n; i += lanes) {
@@ -354,6 +355,7 @@ std::size_t Outside(const Surface& s, int elementSize, const GeoMapPixel* map, s
         const auto beneath = hn::IfThenZeroElse(hn::Eq(hn::And(weights, fy), zero), below);
         const auto limit = hn::Sub(hn::Sub(last, beside), beneath);
         bad = hn::Or(bad, hn::Or(offsets, hn::VecFromMask(words, hn::Gt(offsets, limit))));
+        bad = hn::Or(bad, hn::ShiftLeft<31>(hn::And(offsets, between)));
     }
     outside = !hn::AllFalse(words, hn::Lt(bad, zero));
     return i;

@@ -44,7 +44,7 @@ void NearestMapRow(const Surface& s, const GeoMapPixel* map, std::uint8_t* d, st
 void EntriesRow(const Surface& s, int elementSize, const WideLine& line, GeoMapPixel* map, std::size_t n,
                 bool interpolate);
 /// Whether some of `n` entries lead outside the surface: the pixel itself, or with `interpolate` a neighbour with
-/// weight.
+/// weight; or between the two bytes of a pixel of 16 bits.
 bool LeadOutside(const Surface& s, int elementSize, const GeoMapPixel* map, std::size_t n, bool interpolate);
 
 // The definitions of the above.
@@ -127,8 +127,10 @@ inline bool LeadOutsidePlain(const Surface& s, int elementSize, const GeoMapPixe
     const std::uint64_t last =
         pitch * static_cast<std::uint64_t>(s.height - 1) + size * static_cast<std::uint64_t>(s.width - 1);
     const std::uint64_t right = interpolate ? size : 0, below = interpolate ? pitch : 0;
+    const std::uint32_t between = elementSize == 2 ? 1 : 0;
     for (std::size_t i = 0; i < n; i++)
-        if (map[i].Offset + (map[i].Fx ? right : 0) + (map[i].Fy ? below : 0) > last) return true;
+        if (map[i].Offset & between || map[i].Offset + (map[i].Fx ? right : 0) + (map[i].Fy ? below : 0) > last)
+            return true;
     return false;
 }
 

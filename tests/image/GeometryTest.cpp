@@ -449,6 +449,24 @@ TEST(Geometry, MapsThatLeadOutsideTheSourceAreRefused)
     EXPECT_STREQ(Status::UnicodeError(), L"The map leads outside the source image (4, 3)");
 }
 
+TEST_P(GeometryLevels, MapsThatLeadBetweenTheBytesOfAPixelAreRefused)
+{
+    Image src, words, map, dst;
+    src.Set(40, 3, Gray);
+    words.Set(40, 3, Gray16);
+    Fill(words, 1);
+    // At the first and at the last of the entries that are looked at together, and at one behind them.
+    for (const int at : {0, 15, 32}) {
+        map.Set(33, 1, GeoMap);
+        Geometry::Affine(0, 0, 4, 0, 0, 1, src, map, false);
+        EXPECT_EQ(CodeOf([&] { Geometry::Transform(map, words, dst); }), NoError);
+        map.Row<GeoMapPixel>(0)[at].Offset++;
+        for (const bool interpolate : {true, false})
+            EXPECT_EQ(CodeOf([&] { Geometry::Transform(map, words, dst, interpolate); }), IncompatibleSize) << at;
+        EXPECT_EQ(CodeOf([&] { Geometry::Transform(map, src, dst); }), NoError);
+    }
+}
+
 namespace {
 
 /// A natural spline through `y` at `t` behind knot `i`, by elimination on the full system.
@@ -639,6 +657,119 @@ TEST(Geometry, ViewsKeepTheirPixelsUnderSharing)
     Status::Shallow = false;
     EXPECT_EQ(SamplesOf(view), before);
     EXPECT_EQ(SamplesOf(image), SamplesOf(wanted));
+}
+
+TEST(Geometry, WarpsTakeRowsFromTheBottomUpAndMapsDoNot)
+{
+    constexpr int width = 16, height = 12;
+    XY center(7, 6), nodes[4] = {{-2, 1}, {14, -1}, {1, 12}, {15, 9}};
+    for (const PixelTypes type : sampledTypes) {
+        Image src, upward, dst, wanted, map;
+        src.Set(width, height, type);
+        Fill(src, 17);
+        const int pitch = src.Pitch;
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(pitch * height));
+        upward.Set(width, height, type, bytes.data(), -pitch, pitch * (height - 1));
+        for (int y = 0; y < height; y++)
+            std::copy_n(src.Row(y), pitch, upward.Row(y));
+        dst.Set(19, 11, type);
+        wanted.Set(19, 11, type);
+        map.Set(19, 11, GeoMap);
+        const std::function<void(Image&, Image&)> warps[] = {
+            [](Image& s, Image& d) { Geometry::Affine(0.8, 0.3, -1, -0.3, 0.8, 2, s, d); },
+            [](Image& s, Image& d) { Geometry::Affine(0.5, 0.1, 1, 0.1, 0.5, 1, s, d, false); },
+            [&](Image& s, Image& d) { Geometry::Unwind(center, 0, 270, 1, 9, s, d); },
+            [&](Image& s, Image& d) { Geometry::GridDeform(nodes, 2, 2, 2, s, 0, 18, 0, 10, d); }};
+        for (const auto& warp : warps) {
+            Fill(dst, 1);
+            Fill(wanted, 1);
+            warp(src, wanted);
+            warp(upward, dst);
+            EXPECT_EQ(Status::Error().Code, NoError);
+            EXPECT_EQ(SamplesOf(dst), SamplesOf(wanted)) << type;
+            EXPECT_EQ(CodeOf([&] { warp(upward, map); }), UnsupportedType);
+        }
+        Geometry::Affine(1, 0, 0, 0, 1, 0, src, map);
+        EXPECT_EQ(CodeOf([&] { Geometry::Transform(map, upward, dst); }), UnsupportedType);
+    }
+}
+
+TEST(Geometry, WarpsOverTheirSourcesGiveWhatTheyGiveElsewhere)
+{
+    constexpr int width = 24, height = 15;
+    XY center(11, 6), nodes[4] = {{-2, 1}, {22, -1}, {1, 15}, {25, 11}};
+    for (const PixelTypes type : sampledTypes) {
+        Image map, original, start;
+        MakeWindow(original, width, height, type);
+        map.Set(width, height, GeoMap);
+        Geometry::Affine(0.8, 0.3, -1, -0.3, 0.8, 2, original, map);
+        const std::function<void(Image&, Image&)> warps[] = {
+            [](Image& s, Image& d) { Geometry::UpSample(width, height, s, d); },
+            [&](Image& s, Image& d) { Geometry::Unwind(center, 0, 270, 1, 9, s, d); },
+            [&](Image& s, Image& d) { Geometry::Transform(map, s, d); },
+            [&](Image& s, Image& d) { Geometry::GridDeform(nodes, 2, 2, 2, s, 4, 12, 3, 9, d); }};
+        for (const auto& warp : warps)
+            for (const bool shallow : {false, true}) {
+                Image source, apart, own, view;
+                MakeWindow(source, width, height, type);
+                MakeWindow(apart, width, height, type);
+                MakeWindow(own, width, height, type);
+                warp(source, apart);
+                Status::Shallow = shallow;
+                view.ShallowCopy(own, true);
+                warp(own, own);
+                Status::Shallow = false;
+                ASSERT_EQ(SamplesOf(own), SamplesOf(apart)) << type << shallow;
+                if (!shallow) continue;
+                ASSERT_EQ(SamplesOf(view), SamplesOf(source)) << type;
+                // Under another image's name, as the steps of a list hold it.
+                Status::Shallow = true;
+                own.ShallowCopy(view, true);
+                warp(view, own);
+                Status::Shallow = false;
+                ASSERT_EQ(SamplesOf(own), SamplesOf(apart)) << type;
+                ASSERT_EQ(SamplesOf(view), SamplesOf(source)) << type;
+            }
+    }
+}
+
+TEST(Geometry, TurnsReadOverlappingWindowsBeforeTheyWrite)
+{
+    for (const PixelTypes type : sampledTypes)
+        for (const bool flip : {true, false}) {
+            Image store, src, dst, wanted;
+            store.Set(30, 20, type);
+            Fill(store, 4);
+            src.ShallowCopy(store, true);
+            dst.ShallowCopy(store, true);
+            src.Window(3, 4, 21, 11);
+            dst.Window(5, 7, 21, 11);
+            const auto run = flip ? Geometry::Flip : Geometry::Mirror;
+            run(src, wanted);
+            run(src, dst);
+            EXPECT_EQ(SamplesOf(dst), SamplesOf(wanted)) << type << flip;
+        }
+}
+
+TEST(Geometry, AMapOfAWindowFitsAnyWindowOfThatPitch)
+{
+    for (const PixelTypes type : sampledTypes)
+        for (const bool interpolate : {true, false}) {
+            Image store, other, map, direct, mapped;
+            store.Set(40, 30, type);
+            Fill(store, 8);
+            store.Window(7, 5, 20, 14);
+            direct.Set(19, 11, type);
+            map.Set(19, 11, GeoMap);
+            other.ShallowCopy(store, true);
+            other.Window(3, 12, 20, 14);
+            Geometry::Affine(0.8, 0.3, -1, -0.3, 0.8, 2, store, map, interpolate);
+            for (Image* source : {&store, &other}) {
+                Geometry::Affine(0.8, 0.3, -1, -0.3, 0.8, 2, *source, direct, interpolate);
+                Geometry::Transform(map, *source, mapped, interpolate);
+                EXPECT_EQ(SamplesOf(mapped), SamplesOf(direct)) << type << interpolate;
+            }
+        }
 }
 
 TEST(Geometry, OneDistanceSetsBothScales)

@@ -141,6 +141,12 @@ TEST(Pyramid, RefusesWhatItCannotScale)
     EXPECT_EQ(code([&] { Pyramid::TileMean(0, gray, dst); }), OutOfRange);
     EXPECT_EQ(code([&] { Pyramid::TileMean(2, gray, dst); }), IncompatibleSize);
     EXPECT_EQ(code([&] { Pyramid::TileMean(2, rgba, dst); }), UnsupportedType);
+    // Four times this would be larger than any image; nothing is read before that is found.
+    std::uint8_t nothing[4];
+    Image huge;
+    huge.Set(32768, 32768, Gray, nothing);
+    EXPECT_EQ(code([&] { Pyramid::Double(huge, dst); }), CannotAllocate);
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::Set");
     EXPECT_EQ(dst.Type, Undefined);
     EXPECT_EQ(code([&] { Pyramid::TileMean(2147483647, gray, dst, true); }), NoError);
     EXPECT_EQ(dst.Width, 1);
@@ -161,6 +167,16 @@ TEST(Pyramid, WorksInPlaceAndIntoAWindowOfTheSameStore)
     copy.Window(1, 1, 10, 6);
     Pyramid::Halve(image, copy);
     EXPECT_EQ(SamplesOf(copy), SamplesOf(wanted));
+
+    const Samples before = SamplesOf(image);
+    Pyramid::Halve(image, wanted);
+    Status::Shallow = true;
+    copy.ShallowCopy(image, true);
+    copy.Window(1, 1, 10, 6);
+    Pyramid::Halve(image, copy);
+    Status::Shallow = false;
+    EXPECT_EQ(SamplesOf(copy), SamplesOf(wanted));
+    EXPECT_EQ(SamplesOf(image), before) << "a view keeps its pixels";
 }
 
 TEST(Pyramid, TileStatisticsEqualTheirFormulas)
@@ -229,5 +245,34 @@ TEST(Pyramid, LevelsAreDrawnInARowBeneathTheBase)
     };
     EXPECT_EQ(blits([&] { pyramid.Draw(src, false); }), 3u);
     EXPECT_EQ(blits([&] { pyramid.Draw(true); }), 2u);
+
+    // Each level is drawn where its offset says, with the base in the pyramid, at hand, or left out.
+    using Places = std::vector<std::string>;
+    const auto origins = [&](auto&& draw) {
+        target.Calls.clear();
+        draw();
+        Places places;
+        std::string origin;
+        for (const auto& call : target.Calls) {
+            if (call.find("Origin") != std::string::npos) origin = call;
+            if (call.find("Blit") != std::string::npos) places.push_back(origin);
+        }
+        return places;
+    };
+    for (const bool apart : {false, true})
+        for (const bool atHand : {false, true}) {
+            pyramid.Build(src, 4, 3, apart);
+            Places wanted;
+            for (int level = apart && !atHand ? 1 : 0; level < 3; level++) {
+                const Site offset = atHand ? pyramid.DrawingOffset(src, level) : pyramid.DrawingOffset(level);
+                const auto calls = origins([&] { Graph::SetOrigin(offset.X, offset.Y), src.Draw(true); });
+                wanted.push_back(calls.at(0));
+            }
+            EXPECT_EQ(origins([&] { atHand ? pyramid.Draw(src, false) : pyramid.Draw(false); }), wanted)
+                << apart << atHand;
+        }
+    pyramid.Build(src, 4, 3, true);
+    EXPECT_EQ(pyramid.DrawingOffset(2).Y, 0) << "a base that is left out takes no room";
+    Graph::ResetOrigin();
     Graph::DrawTo(nullptr);
 }
