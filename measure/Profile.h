@@ -95,7 +95,8 @@ public:
     /// The pixels along an oblique line at steps of one pixel, bilinear or nearest. A line shorter than one pixel is
     /// reported (`OutOfRange`) and leaves an empty profile.
     void LineGet(const XY& Beg, const XY& End, const Image& Src, bool Interpolate = true);
-    /// As for rows, the breadth running across the line and centred on it.
+    /// As for rows, the breadth running across the line and centred on it. Refused, too: a breadth above 65,536
+    /// (`OutOfRange`).
     void LineAdd(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Average = true,
                  bool Interpolate = true);
     void LineVariance(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool RMS = true,

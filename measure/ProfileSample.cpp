@@ -45,6 +45,14 @@ int CheckBreadth(int breadth)
     return Status::Format(OutOfRange, L"The breadth (%d) must be positive", breadth);
 }
 
+/// Lines beside each other are not bounded by the image.
+int CheckLineBreadth(int breadth)
+{
+    constexpr int largestBreadth = 65536;
+    if (breadth <= largestBreadth) return CheckBreadth(breadth);
+    return Status::Format(OutOfRange, L"The breadth (%d) must be in the range [1..%d]", breadth, largestBreadth);
+}
+
 /// Rows `y` to `y + breadth - 1` must lie in the window; `breadth` 0 stands for a single row.
 int CheckRows(const Image& src, int y, int breadth)
 {
@@ -280,6 +288,11 @@ template <typename Fetch>
 void Profile::SampleBand(const Entry& entry, const Image& src, int length, const ProfileSource& source, int across,
                          Fetch fetch)
 {
+    // Before any memory is asked for.
+    if (std::int64_t{length} * SampleSize(src.Type) > INT32_MAX) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
+        return;
+    }
     Guarded(entry, [&] {
         const int breadth = Max(source.Breadth, 1);
         const std::size_t count = static_cast<std::size_t>(length) * static_cast<std::size_t>(Channels(src.Type));
@@ -329,7 +342,7 @@ void Profile::SampleLines(const char* context, const XY& beg, const XY& end, int
                           bool interpolate)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckBreadth(breadth)))) return;
+    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckLineBreadth(breadth)))) return;
     ProfileSource source = SourceIn(src, ProfileSource::OfLine, AllHandle, breadth);
     source.Beg = beg;
     source.End = end;

@@ -270,6 +270,10 @@ TEST_F(ProfileTest, SamplingRefusesWhatLiesOutside)
     refused(OutOfRange, L"The breadth (0) must be positive");
     profile.LineAdd(XY(0, 0), XY(9, 9), -1, image);
     refused(OutOfRange, L"The breadth (-1) must be positive");
+    profile.LineRange(XY(0, 0), XY(9, 9), 65537, image);
+    refused(OutOfRange, L"The breadth (65537) must be in the range [1..65536]");
+    profile.LineAdd(XY(0, 0), XY(1e9, 0), 2, image);
+    refused(CannotAllocate, L"Cannot allocate the profile Buffer");
     profile.LineGet(XY(0, 0), XY(9, 9), deep);
     refused(UnsupportedType, L"The image type (Gray32) is not supported for this operation");
     profile.LineGet(XY(0, 0), XY(1e300, 9), image);
@@ -282,6 +286,21 @@ TEST_F(ProfileTest, SamplingRefusesWhatLiesOutside)
     EXPECT_EQ(profile.StoreLength, 0);
     profile.LineGet(XY(std::nan(""), 3), XY(3.5, 3), image);
     EXPECT_EQ(Status::Error().Code, OutOfRange);
+}
+
+TEST_F(ProfileTest, SamplingLeavesASharedProfileToTheOthers)
+{
+    Image image;
+    Noisy(image, Gray);
+    Profile profile = Made(Values(23, 7)), shared;
+    for (const bool shallow : {false, true}) {
+        Status::Shallow = shallow;
+        shared.ShallowCopy(profile, true);
+        profile.RowGet(4, image);
+        EXPECT_EQ(profile.Sample(2), Component(image, 2, 4, 0));
+        EXPECT_EQ(ValuesOf(shared), Values(23, 7)) << shallow;
+        profile.ShallowCopy(shared, true);
+    }
 }
 
 TEST_F(ProfileTest, StatisticsOfAWindow)
@@ -495,6 +514,22 @@ TEST_F(ProfileTest, OneEdgeIsSelected)
     EXPECT_EQ(edge.Step(), 50);
     EXPECT_EQ(edge.Span(), 2);
     EXPECT_EQ(edge.Polarity(), Falling);
+}
+
+TEST_F(ProfileTest, EdgesAndExtremaAreThoseOfTheWindow)
+{
+    // Before the window a higher peak and a deeper valley.
+    Profile profile = Made({500, -500, 0, 10, 20, 10, 0, -500, 500}), list;
+    profile.Window(2, 5);
+    profile.EdgeDetect(15, 0, Both, list);
+    EXPECT_EQ(ValuesOf(list), (Values{1, 3}));
+    double x = 0;
+    EXPECT_TRUE(profile.EdgeDetect(15, 0, Both, BestStep, x));
+    EXPECT_DOUBLE_EQ(x, 1);
+    EXPECT_TRUE(profile.EdgeDetect(15, 0, Both, -1, x));
+    EXPECT_DOUBLE_EQ(x, 3);
+    profile.LocalExtrema(Both, list);
+    EXPECT_EQ(ValuesOf(list), (Values{2}));
 }
 
 TEST_F(ProfileTest, LocalExtremaAreStrictTowardsTheLeft)
