@@ -112,14 +112,61 @@ void SweepRows(const Image& src, Image& dst, GrayPixel feature, bool connexity8)
     }
 }
 
-/// Exact Euclidean distances up to 255: from the distances down the columns, steps along the row are tried as long as
-/// they can lower one of its squares. Squares beyond 16 bits are beyond 255 too.
+/// The squares of the distances along a row, from those down its columns: block by block, steps to either side are
+/// tried as long as the blocks that they reach hold a square from which they can lower one. Squares beyond 16 bits
+/// stand for distances beyond 255.
+class NearSquares
+{
+public:
+    explicit NearSquares(std::size_t width)
+        : width_(width), columns_(width, reach), squares_(width, reach),
+          least_(width / block + 1 + 2 * around, std::numeric_limits<std::uint16_t>::max())
+    {}
+
+    const std::uint16_t* operator()(const std::uint8_t* distances)
+    {
+        std::uint16_t *columns = columns_.First(), *squares = squares_.First();
+        for (std::size_t x = 0; x < width_; x++)
+            columns[x] = squares[x] = static_cast<std::uint16_t>(distances[x] * distances[x]);
+        // Nothing behind the row asks for more steps.
+        std::fill_n(squares + width_, kernels::rowStep, std::uint16_t{0});
+        const std::size_t blocks = (width_ + block - 1) / block;
+        for (std::size_t b = 0; b < blocks; b++) {
+            std::uint16_t least = std::numeric_limits<std::uint16_t>::max();
+            for (std::size_t x = 0; x < block; x++)
+                least = Min(least, columns[b * block + x]);
+            least_[b + around] = least;
+        }
+        for (std::size_t b = 0; b < blocks; b++) {
+            std::uint16_t largest = 0;
+            for (std::size_t x = 0; x < block; x++)
+                largest = Max(largest, squares[b * block + x]);
+            for (std::size_t j = 0; j < around; j++) {
+                const std::size_t first = j * block + 1;
+                if (largest <= first * first) break;
+                const std::uint16_t* at = least_.data() + b + around;
+                const std::size_t least = Min(Min(*(at - j - 1), *(at - j)), Min(at[j], at[j + 1]));
+                if (least + first * first < largest)
+                    largest = kernels::NearSquaresBlock(columns + b * block, squares + b * block, first);
+            }
+        }
+        return squares;
+    }
+
+private:
+    static constexpr std::size_t reach = 256, block = kernels::rowStep, around = reach / block;
+
+    std::size_t width_;
+    Line<std::uint16_t> columns_, squares_;
+    std::vector<std::uint16_t> least_; ///< of the columns of each block
+};
+
+/// Exact Euclidean distances up to 255.
 void MeasureNear(const Image& src, Image& dst, GrayPixel feature)
 {
-    constexpr std::size_t reach = 255;
     const auto width = static_cast<std::size_t>(int(dst.Width));
     Line<std::uint8_t> line(width, 1), former(width, 1);
-    Line<std::uint16_t> columns(width, reach), squares(width, reach);
+    NearSquares squares(width);
     for (int y = 0; y < dst.Height; y++) {
         line.SetFeatures(src.Row(y), feature);
         if (y > 0) kernels::SweepRow(former.First(), line.First(), width, false);
@@ -129,15 +176,9 @@ void MeasureNear(const Image& src, Image& dst, GrayPixel feature)
     for (int y = dst.Height - 1; y >= 0; y--) {
         line.Read(dst.Row(y));
         if (y < dst.Height - 1) kernels::SweepRow(former.First(), line.First(), width, false);
-        for (std::size_t x = 0; x < width; x++)
-            columns.First()[x] = squares.First()[x] = static_cast<std::uint16_t>(line.First()[x] * line.First()[x]);
-        // Nothing behind the row asks for more steps.
-        std::fill_n(squares.First() + width, kernels::rowStep, std::uint16_t{0});
-        bool more = width > 1;
-        for (std::size_t step = 1; more && step < reach && step < width; step++)
-            more = kernels::NearSquaresRow(columns.First(), squares.First(), width, step);
+        const std::uint16_t* nearest = squares(line.First());
         std::swap(line, former);
-        kernels::RootRow(squares.First(), line.First(), width);
+        kernels::RootRow(nearest, line.First(), width);
         line.Write(dst.Row(y));
     }
 }

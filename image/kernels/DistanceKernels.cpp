@@ -1,5 +1,7 @@
 #include "image/kernels/DistanceKernels.h"
 
+#include "image/kernels/MorphoKernels.h"
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/kernels/DistanceKernels.cpp"
 #include <hwy/foreach_target.h>
@@ -57,18 +59,37 @@ void Sweep16(const std::uint16_t* others, std::uint16_t* d, std::size_t n, bool 
     SweepOf(others, d, n, diagonal);
 }
 
-bool NearSquares(const std::uint16_t* s, std::uint16_t* squares, std::size_t n, std::size_t step)
+std::uint16_t NearSquares(const std::uint16_t* s, std::uint16_t* squares, std::size_t first)
 {
     const hn::ScalableTag<std::uint16_t> tag;
-    const auto square = hn::Set(tag, static_cast<std::uint16_t>(step * step));
+    const std::size_t lanes = hn::Lanes(tag);
+    const auto set = [tag](std::size_t v) HWY_ATTR { return hn::Set(tag, static_cast<std::uint16_t>(v)); };
+    const auto two = set(2);
     auto largest = hn::Zero(tag);
-    for (std::size_t i = 0; i < n; i += hn::Lanes(tag)) {
-        const auto near = hn::Min(hn::LoadU(tag, s + i - step), hn::LoadU(tag, s + i + step));
-        const auto least = hn::Min(hn::LoadU(tag, squares + i), hn::SaturatedAdd(near, square));
-        hn::StoreU(least, tag, squares + i);
-        largest = hn::Max(largest, least);
+    for (std::size_t i = 0; i < rowStep; i += 2 * lanes) {
+        const auto nearer = [=](auto least, const std::uint16_t* from, std::size_t step, auto square) HWY_ATTR {
+            const auto near = hn::Min(hn::LoadU(tag, from - step), hn::LoadU(tag, from + step));
+            return hn::Min(least, hn::SaturatedAdd(near, square));
+        };
+        auto a = hn::LoadU(tag, squares + i), b = hn::LoadU(tag, squares + i + lanes);
+        auto square = set(first * first), difference = set(2 * first + 1);
+        // Most pixels of a picture with many features are done after a few steps, so that looking seldom pays.
+        constexpr std::size_t untilLook = 4;
+        for (std::size_t step = first; step < first + rowStep;) {
+            for (std::size_t k = 0; k < untilLook; k++, step++) {
+                a = nearer(a, s + i, step, square);
+                b = nearer(b, s + i + lanes, step, square);
+                square = hn::SaturatedAdd(square, difference);
+                difference = hn::Add(difference, two);
+            }
+            // Squares up to the next one are as low as they get.
+            if (hn::AllTrue(tag, hn::Eq(hn::Max(hn::Max(a, b), square), square))) break;
+        }
+        hn::StoreU(a, tag, squares + i);
+        hn::StoreU(b, tag, squares + i + lanes);
+        largest = hn::Max(largest, hn::Max(a, b));
     }
-    return hn::GetLane(hn::MaxOfLanes(tag, largest)) > (step + 1) * (step + 1);
+    return hn::GetLane(hn::MaxOfLanes(tag, largest));
 }
 
 void Roots(const std::uint16_t* squares, std::uint8_t* d, std::size_t n)
@@ -114,9 +135,9 @@ void SweepRow(const std::uint16_t* others, std::uint16_t* d, std::size_t n, bool
 {
     HWY_DYNAMIC_DISPATCH(Sweep16)(others, d, n, diagonal);
 }
-bool NearSquaresRow(const std::uint16_t* s, std::uint16_t* squares, std::size_t n, std::size_t step)
+std::uint16_t NearSquaresBlock(const std::uint16_t* s, std::uint16_t* squares, std::size_t first)
 {
-    return HWY_DYNAMIC_DISPATCH(NearSquares)(s, squares, n, step);
+    return HWY_DYNAMIC_DISPATCH(NearSquares)(s, squares, first);
 }
 void RootRow(const std::uint16_t* squares, std::uint8_t* d, std::size_t n)
 {

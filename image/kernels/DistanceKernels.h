@@ -16,9 +16,9 @@ void SpreadRow(const std::uint16_t* s, std::uint16_t* d, std::size_t n, std::siz
 void SweepRow(const std::uint8_t* others, std::uint8_t* d, std::size_t n, bool diagonal);
 void SweepRow(const std::uint16_t* others, std::uint16_t* d, std::size_t n, bool diagonal);
 
-/// squares[i] = min(squares[i], s[i - step] + step * step, s[i + step] + step * step). Sizes as for `SpreadRow`. True
-/// if any of the `squares` is above the next square, so that the next step can lower it.
-bool NearSquaresRow(const std::uint16_t* s, std::uint16_t* squares, std::size_t n, std::size_t step);
+/// squares[i] = min(squares[i], s[i - step] + step * step, s[i + step] + step * step) for `rowStep` steps from `first`
+/// on (not above 256), as far as they can lower it; for `rowStep` pixels. The result is the largest of them.
+std::uint16_t NearSquaresBlock(const std::uint16_t* s, std::uint16_t* squares, std::size_t first);
 
 /// d[i] = the whole part of the square root of squares[i]. `n` is rounded up to `rowStep`.
 void RootRow(const std::uint16_t* squares, std::uint8_t* d, std::size_t n);

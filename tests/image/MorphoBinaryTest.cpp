@@ -83,11 +83,14 @@ Picture BlackAndWhite(int width, int height, int percent, std::uint32_t seed)
 /// The nearest feature by looking at all.
 Picture SlowDistance(const Picture& s, int feature, int limit, const std::function<double(int, int)>& metric)
 {
+    std::vector<std::pair<int, int>> features;
+    for (int v = 0; v < s.height; v++)
+        for (int u = 0; u < s.width; u++)
+            if (s(u, v) == feature) features.emplace_back(u, v);
     return Make(s.width, s.height, [&](int x, int y) {
         double best = limit;
-        for (int v = 0; v < s.height; v++)
-            for (int u = 0; u < s.width; u++)
-                if (s(u, v) == feature) best = std::min(best, metric(std::abs(u - x), std::abs(v - y)));
+        for (const auto& [u, v] : features)
+            best = std::min(best, metric(std::abs(u - x), std::abs(v - y)));
         return static_cast<int>(best);
     });
 }
@@ -155,6 +158,28 @@ TEST_F(MorphoTest, DistancesEqualThoseToTheNearestFeature)
                                                               << m.connexity8 << large << level;
                         }
                     }
+}
+
+TEST_F(MorphoTest, FewFeaturesAreFoundFromFarAway)
+{
+    Image src, dst;
+    for (const std::vector<std::pair<int, int>>& features : {std::vector<std::pair<int, int>>{{0, 0}},
+                                                             {{340, 139}},
+                                                             {{100, 20}, {101, 139}, {300, 70}},
+                                                             {{5, 5}, {339, 2}}}) {
+        Picture s(341, 140, 7);
+        for (const auto& [x, y] : features)
+            s(x, y) = 0;
+        Load(s, src);
+        for (const auto& m : metrics) {
+            const Picture expected = SlowDistance(s, 0, 255, m.metric);
+            for (const SIMDLevels level : levels) {
+                const AtLevel at(level);
+                Morpho::Distance(src, dst, true, m.euclidean, m.connexity8);
+                ASSERT_EQ(Picture(dst), expected) << features[0].first << m.euclidean << m.connexity8 << level;
+            }
+        }
+    }
 }
 
 TEST_F(MorphoTest, DistancesSaturate)
