@@ -2,23 +2,6 @@
 
 namespace Tesk::morpho {
 
-namespace {
-
-/// Whether the rows of two windows lie in overlapping ranges of memory, whichever buffers they belong to.
-bool Overlap(const Image& a, const Image& b)
-{
-    if (!a.FirstPixel || !b.FirstPixel) return false;
-    // The rows of an external buffer may run upwards.
-    const auto row = [](const Image& image, int y) { return reinterpret_cast<std::uintptr_t>(image.Row(y)); };
-    const auto first = [&](const Image& image) { return Min(row(image, 0), row(image, image.Height - 1)); };
-    const auto last = [&](const Image& image) {
-        return Max(row(image, 0), row(image, image.Height - 1)) + static_cast<std::uintptr_t>(points::ByteCount(image));
-    };
-    return first(a) < last(b) && first(b) < last(a);
-}
-
-} // namespace
-
 int CheckType(const Image& image, Types types, const wchar_t* required)
 {
     if (const int code = CheckImage(image)) return code;
@@ -43,7 +26,7 @@ bool MakeWork(const Entry& entry, const Image& like, PixelTypes type, Image& wor
 bool Hold(const Entry& entry, const Image& src, const Image& dst, Image& held)
 {
     // A detached destination writes elsewhere, so the view stays as it is.
-    if (Status::Shallow || !Overlap(src, dst)) {
+    if (Status::Shallow || !points::Overlap(src, dst)) {
         held.ShallowCopy(src, true);
         return false;
     }
