@@ -4,6 +4,7 @@
 #include "image/HistogramFrame.h"
 #include "image/Operator.h"
 #include "image/OperatorFrame.h"
+#include "image/SizingFrame.h"
 
 #include <array>
 #include <cmath>
@@ -81,7 +82,7 @@ void ScaleColors(const Entry& entry, const Image& src, Image& dst, double gain, 
 /// memory.
 bool AsGrayApart(const Image& src, const Image& dst, Image& gray)
 {
-    if (src.Type == Gray && src.Buffer != dst.Buffer)
+    if (src.Type == Gray && !sizing::Reaches(dst, src))
         gray.ShallowCopy(src, true);
     else
         Operator::Copy(src, gray, Gray);

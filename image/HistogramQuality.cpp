@@ -4,6 +4,7 @@
 #include "image/HistogramFrame.h"
 #include "image/Operator.h"
 #include "image/OperatorFrame.h"
+#include "image/SizingFrame.h"
 #include "measure/ProfileFrame.h"
 
 #include <array>
@@ -147,7 +148,7 @@ void Histogram::ShowNoise(const Image& Src, Image& Dst, bool Large)
     if (entry.Refuses(CheckSource(Src, noiseTypes))) return;
     // The answers need pixels that an operation in place has already written.
     Image copy;
-    const bool sharing = Src.Buffer == Dst.Buffer;
+    const bool sharing = sizing::Reaches(Dst, Src);
     if (sharing) {
         Operator::Copy(Src, copy);
         if (Status::Error().Code != NoError) return;

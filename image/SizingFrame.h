@@ -3,7 +3,7 @@
 #pragma once
 
 #include "foundation/Entry.h"
-#include "image/Image.h"
+#include "image/OperatorFrame.h"
 
 #include <cstdint>
 
@@ -11,6 +11,12 @@ namespace Tesk::sizing {
 
 /// Gives an image that window size and type; a window that fits stays where it is.
 bool SizeWindow(Image& image, int width, int height, PixelTypes type);
+
+/// Whether writes into a destination may reach a source: in its window as it stands, or as its size will make it.
+inline bool Reaches(const Image& dst, const Image& src)
+{
+    return src.Buffer == dst.Buffer || points::Overlap(src, dst);
+}
 
 /// Copies the pixels of a window to one of the same size and type.
 void CopyWindow(const Image& src, Image& dst);
@@ -20,7 +26,8 @@ void CopyWindow(const Image& src, Image& dst);
 bool RefuseSize(Image& image, std::int64_t width, std::int64_t height, PixelTypes type);
 
 /// Gives the destination a size and the source's type, and fills it by `compute(source, destination)`; through a
-/// working image where both lie in one store. Memory that `compute` cannot get is refused (`CannotAllocate`).
+/// working image where both lie in one store or share memory. Memory that `compute` cannot get is refused
+/// (`CannotAllocate`).
 template <typename F>
 void FillSized(const Entry& entry, const Image& Src, Image& Dst, std::int64_t width, std::int64_t height, F compute)
 {
@@ -28,7 +35,7 @@ void FillSized(const Entry& entry, const Image& Src, Image& Dst, std::int64_t wi
     src.ShallowCopy(Src, true);
     const PixelTypes type = src.Type;
     try {
-        if (src.Buffer != Dst.Buffer) {
+        if (!Reaches(Dst, src)) {
             if (RefuseSize(Dst, width, height, type)) return;
             Dst.DetachIfShared(false);
             compute(src, Dst);

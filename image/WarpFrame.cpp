@@ -53,7 +53,7 @@ bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held)
     held.ShallowCopy(Src, true);
     Dst.DetachIfShared(keeps);
     // A map only measures the source.
-    if (Dst.Type != GeoMap && (held.Buffer == Dst.Buffer || !HasOffsets(held))) {
+    if (Dst.Type != GeoMap && (sizing::Reaches(Dst, held) || !HasOffsets(held))) {
         Image copy;
         if (sizing::RefuseSize(copy, Src.Width, Src.Height, Src.Type)) return true;
         sizing::CopyWindow(held, copy);

@@ -14,7 +14,7 @@ inline constexpr std::int64_t one = 1 << fractionBits;
 /// Checks source and destination of a warp; a map of `Rgba` is accepted `withRgba`. An `ErrorCodes` value.
 int RefuseImages(const Image& Src, const Image& Dst, bool withRgba);
 
-/// Holds a checked source (a view, or a copy where the destination lies in the same store or the offsets of a map
+/// Holds a checked source (a view, or a copy where the destination shares its memory or the offsets of a map
 /// cannot address the rows) and detaches the destination, with its pixels if it `keeps` some of them. True, and
 /// reported, if there is no memory.
 bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held);

@@ -733,6 +733,26 @@ TEST(Geometry, WarpsOverTheirSourcesGiveWhatTheyGiveElsewhere)
     }
 }
 
+TEST(Geometry, TwoImagesOverTheSameBytesAreKeptApart)
+{
+    constexpr int size = 20, moved = 3 * size + 2;
+    const std::function<void(Image&, Image&)> warps[] = {
+        [](Image& s, Image& d) { Geometry::Turn(1, s, d); }, [](Image& s, Image& d) { Geometry::Flip(s, d); },
+        [](Image& s, Image& d) { Geometry::DownSample(size, size, s, d); },
+        [](Image& s, Image& d) { Geometry::Affine(0.8, 0.3, 2, -0.3, 0.8, 5, s, d); }};
+    for (const auto& warp : warps) {
+        std::vector<std::uint8_t> bytes(size * size + moved);
+        Image src, dst, wanted;
+        src.Set(size, size, Gray, bytes.data(), size);
+        dst.Set(size, size, Gray, bytes.data() + moved, size);
+        Fill(src, 11);
+        wanted.Set(size, size, Gray);
+        warp(src, wanted);
+        warp(src, dst);
+        EXPECT_EQ(SamplesOf(dst), SamplesOf(wanted));
+    }
+}
+
 TEST(Geometry, TurnsReadOverlappingWindowsBeforeTheyWrite)
 {
     for (const PixelTypes type : sampledTypes)
