@@ -14,8 +14,8 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <unistd.h>
 #include <iterator>
+#include <unistd.h>
 
 using namespace Tesk;
 
