@@ -35,7 +35,11 @@ bool IsArgument(int node)
 template <typename... Values>
 void TraceLine(const char* format, Values... values)
 {
-    if (Engine::Trace) std::fprintf(Engine::Trace, format, values...);
+    if (!Engine::Trace) return;
+    if constexpr (sizeof...(values) == 0)
+        std::fputs(format, Engine::Trace);
+    else
+        std::fprintf(Engine::Trace, format, values...);
 }
 
 std::string NameOf(const AnyVariable* variable)

@@ -42,8 +42,7 @@ bool IsOneOf(const wchar_t* text, std::initializer_list<const wchar_t*> others)
 
 } // namespace
 
-CommandPanel::CommandPanel(Engine& Engine, IOperationViews& Views, Operation& Operation)
-    : engine_(Engine), views_(Views)
+CommandPanel::CommandPanel(IOperationViews& Views, Operation& Operation) : views_(Views)
 {
     Reset(Operation);
 }

@@ -31,7 +31,7 @@ struct LayoutRow
 class CommandPanel
 {
 public:
-    CommandPanel(Engine& Engine, IOperationViews& Views, Operation& Operation);
+    CommandPanel(IOperationViews& Views, Operation& Operation);
 
     /// Empties the rows, for an operation.
     void Reset(Operation& Operation);
@@ -87,7 +87,6 @@ private:
     IController* MotherOf(int mother) const;
     void Place(IController& controller, WindowSpiral& spiral, WindowSize workArea);
 
-    Engine& engine_;
     IOperationViews& views_;
     Operation* operation_ = nullptr;
     std::vector<PanelRow> rows_;

@@ -148,7 +148,7 @@ int OperationHandler::CreateControllers(ControllerList& created, operationType r
     if (reason != operationType::Select) engine_.FillOperation(currentOperationID_);
     if (currentCommandPanel_) currentCommandPanel_->HideUnusedControllers(operation, previousOperationVisibleFlags_);
     views_.ClearPanel();
-    currentCommandPanel_ = std::make_unique<CommandPanel>(engine_, views_, operation);
+    currentCommandPanel_ = std::make_unique<CommandPanel>(views_, operation);
     CommandPanel& panel = *currentCommandPanel_;
     const MethodNode& method = *Engine::OpNode(operation.Node);
     panel.InsertTitle(method.Documentation);
