@@ -1,6 +1,6 @@
 #include "image/kernels/FilterKernels.h"
 
-#include "foundation/Status.h"
+#include "image/kernels/ByLevel.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/kernels/FilterKernels.cpp"
@@ -629,145 +629,90 @@ HWY_EXPORT(IntQuotientsToBytes);
 HWY_EXPORT(IntQuotientsToWords);
 HWY_EXPORT(Deviations);
 
-namespace {
-
-bool Plain()
-{
-    return Status::SIMDLevel() == NoSIMD;
-}
-
-} // namespace
-
 void Square3Row(Square3 Filter, const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below,
                 std::uint8_t* d, std::size_t n)
 {
-    if (Plain())
-        Square3RowPlain(Filter, above, here, below, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(Square3Step)(Filter, above, here, below, d, n);
+    ByLevel(Square3RowPlain, HWY_DYNAMIC_DISPATCH(Square3Step))(Filter, above, here, below, d, n);
 }
 
 void UnsharpRow(const std::uint8_t* above, const std::uint8_t* here, const std::uint8_t* below, std::uint8_t* d,
                 std::size_t n, std::ptrdiff_t step, int K)
 {
     // The vectors multiply by 16 bits.
-    if (Plain() || K > 32767 || K < -32767)
-        UnsharpRowPlain(above, here, below, d, n, step, K);
-    else
-        HWY_DYNAMIC_DISPATCH(UnsharpStep)(above, here, below, d, n, step, K);
+    const bool fits = K >= -32767 && K <= 32767;
+    const auto row = fits ? ByLevel(UnsharpRowPlain, HWY_DYNAMIC_DISPATCH(UnsharpStep)) : UnsharpRowPlain;
+    row(above, here, below, d, n, step, K);
 }
 
 void BinomialWordsRow(int Order, const std::uint8_t* s, std::uint16_t* d, std::size_t n)
 {
-    if (Plain())
-        BinomialWordsRowPlain(Order, s, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(BinomialWordsStep)(Order, s, d, n);
+    ByLevel(BinomialWordsRowPlain, HWY_DYNAMIC_DISPATCH(BinomialWordsStep))(Order, s, d, n);
 }
 
 void BinomialColumnsRow(int Order, const std::uint16_t* const* rows, std::uint16_t* d, std::size_t n)
 {
-    if (Plain())
-        BinomialColumnsRowPlain(Order, rows, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(BinomialColumnsStep)(Order, rows, d, n);
+    ByLevel(BinomialColumnsRowPlain, HWY_DYNAMIC_DISPATCH(BinomialColumnsStep))(Order, rows, d, n);
 }
 
 void ShiftedDifferenceRow(const std::uint16_t* a, const std::uint16_t* b, std::int16_t* d, std::size_t n, int Shift)
 {
-    if (Plain())
-        ShiftedDifferenceRowPlain(a, b, d, n, Shift);
-    else
-        HWY_DYNAMIC_DISPATCH(ShiftedDifferenceStep)(a, b, d, n, Shift);
+    ByLevel(ShiftedDifferenceRowPlain, HWY_DYNAMIC_DISPATCH(ShiftedDifferenceStep))(a, b, d, n, Shift);
 }
 
 void MagnitudeRow(const std::int16_t* x, const std::int16_t* y, std::uint8_t* d, std::size_t n)
 {
-    if (Plain())
-        MagnitudeRowPlain(x, y, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(MagnitudeStep)(x, y, d, n);
+    ByLevel(MagnitudeRowPlain, HWY_DYNAMIC_DISPATCH(MagnitudeStep))(x, y, d, n);
 }
 
 void MoveSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n)
 {
-    if (Plain())
-        MoveSumsPlain(enter, leave, sums, n);
-    else
-        HWY_DYNAMIC_DISPATCH(MoveByteSums)(enter, leave, sums, n);
+    ByLevel(MoveSumsPlain, HWY_DYNAMIC_DISPATCH(MoveByteSums))(enter, leave, sums, n);
 }
 
 void MoveSums(const std::uint16_t* enter, const std::uint16_t* leave, std::uint32_t* sums, std::size_t n)
 {
-    if (Plain())
-        MoveSumsPlain(enter, leave, sums, n);
-    else
-        HWY_DYNAMIC_DISPATCH(MoveWordSums)(enter, leave, sums, n);
+    ByLevel(MoveSumsPlain, HWY_DYNAMIC_DISPATCH(MoveWordSums))(enter, leave, sums, n);
 }
 
 void MoveSquares(const std::uint8_t* enter, const std::uint8_t* leave, std::uint32_t* sums, std::size_t n)
 {
-    if (Plain())
-        MoveSquaresPlain(enter, leave, sums, n);
-    else
-        HWY_DYNAMIC_DISPATCH(MoveByteSquares)(enter, leave, sums, n);
+    ByLevel(MoveSquaresPlain, HWY_DYNAMIC_DISPATCH(MoveByteSquares))(enter, leave, sums, n);
 }
 
 void PrefixSums(const std::uint16_t* s, std::uint16_t* p, std::size_t n)
 {
-    if (Plain())
-        PrefixSumsPlain(s, p, n);
-    else
-        HWY_DYNAMIC_DISPATCH(PrefixWords)(s, p, n);
+    ByLevel(PrefixSumsPlain, HWY_DYNAMIC_DISPATCH(PrefixWords))(s, p, n);
 }
 
 void PrefixSums(const std::uint16_t* s, std::uint32_t* p, std::size_t n)
 {
-    if (Plain())
-        PrefixSumsPlain(s, p, n);
-    else
-        HWY_DYNAMIC_DISPATCH(PrefixWide)(s, p, n);
+    ByLevel(PrefixSumsPlain, HWY_DYNAMIC_DISPATCH(PrefixWide))(s, p, n);
 }
 
 void PrefixSums(const std::uint32_t* s, std::uint32_t* p, std::size_t n)
 {
-    if (Plain())
-        PrefixSumsPlain(s, p, n);
-    else
-        HWY_DYNAMIC_DISPATCH(PrefixInts)(s, p, n);
+    ByLevel(PrefixSumsPlain, HWY_DYNAMIC_DISPATCH(PrefixInts))(s, p, n);
 }
 
 void QuotientRow(const std::uint16_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N)
 {
-    if (Plain())
-        QuotientRowPlain(p, width, d, n, N);
-    else
-        HWY_DYNAMIC_DISPATCH(WordQuotients)(p, width, d, n, N);
+    ByLevel(QuotientRowPlain, HWY_DYNAMIC_DISPATCH(WordQuotients))(p, width, d, n, N);
 }
 
 void QuotientRow(const std::uint32_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N)
 {
-    if (Plain())
-        QuotientRowPlain(p, width, d, n, N);
-    else
-        HWY_DYNAMIC_DISPATCH(IntQuotientsToBytes)(p, width, d, n, N);
+    ByLevel(QuotientRowPlain, HWY_DYNAMIC_DISPATCH(IntQuotientsToBytes))(p, width, d, n, N);
 }
 
 void QuotientRow(const std::uint32_t* p, std::size_t width, std::uint16_t* d, std::size_t n, std::uint32_t N)
 {
-    if (Plain())
-        QuotientRowPlain(p, width, d, n, N);
-    else
-        HWY_DYNAMIC_DISPATCH(IntQuotientsToWords)(p, width, d, n, N);
+    ByLevel(QuotientRowPlain, HWY_DYNAMIC_DISPATCH(IntQuotientsToWords))(p, width, d, n, N);
 }
 
 void DeviationRow(const std::uint32_t* s, const std::uint32_t* q, std::size_t width, std::uint8_t* d, std::size_t n,
                   std::uint32_t N)
 {
-    if (Plain())
-        DeviationRowPlain(s, q, width, d, n, N);
-    else
-        HWY_DYNAMIC_DISPATCH(Deviations)(s, q, width, d, n, N);
+    ByLevel(DeviationRowPlain, HWY_DYNAMIC_DISPATCH(Deviations))(s, q, width, d, n, N);
 }
 
 } // namespace Tesk::kernels

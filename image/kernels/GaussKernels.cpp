@@ -1,6 +1,6 @@
 #include "image/kernels/GaussKernels.h"
 
-#include "foundation/Status.h"
+#include "image/kernels/ByLevel.h"
 
 #include <algorithm>
 #include <cstring>
@@ -257,15 +257,6 @@ HWY_EXPORT(WeighMask);
 HWY_EXPORT(CascadeSteps);
 HWY_EXPORT(TransposeBlocks);
 
-namespace {
-
-bool Plain()
-{
-    return Status::SIMDLevel() == NoSIMD;
-}
-
-} // namespace
-
 Mask::Mask(const Cascade& Boxes)
     : radius(static_cast<int>(Boxes.Reach())), weights{}, sum(static_cast<std::uint16_t>(Boxes.Product()))
 {
@@ -284,26 +275,17 @@ Mask::Mask(const Cascade& Boxes)
 
 void MaskRow(const Mask& Weights, const std::uint8_t* const* lines, std::uint8_t* d, std::size_t n)
 {
-    if (Plain())
-        MaskRowPlain(Weights, lines, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(WeighMask)(Weights, lines, d, n);
+    ByLevel(MaskRowPlain, HWY_DYNAMIC_DISPATCH(WeighMask))(Weights, lines, d, n);
 }
 
 void CascadeStrip(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
 {
-    if (Plain())
-        CascadeStripPlain(Boxes, s, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(CascadeSteps)(Boxes, s, d, n);
+    ByLevel(CascadeStripPlain, HWY_DYNAMIC_DISPATCH(CascadeSteps))(Boxes, s, d, n);
 }
 
 void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
 {
-    if (Plain())
-        Transpose16Plain(s, pitch, d, dPitch);
-    else
-        HWY_DYNAMIC_DISPATCH(TransposeBlocks)(s, pitch, d, dPitch);
+    ByLevel(Transpose16Plain, HWY_DYNAMIC_DISPATCH(TransposeBlocks))(s, pitch, d, dPitch);
 }
 
 void MaskRowPlain(const Mask& Weights, const std::uint8_t* const* lines, std::uint8_t* d, std::size_t n)

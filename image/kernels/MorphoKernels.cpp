@@ -1,6 +1,6 @@
 #include "image/kernels/MorphoKernels.h"
 
-#include "foundation/Status.h"
+#include "image/kernels/ByLevel.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/kernels/MorphoKernels.cpp"
@@ -211,61 +211,38 @@ void RunPlain(Extremum which, const T* s, T* running, const T* others, T* d, std
     }
 }
 
-bool Plain()
-{
-    return Status::SIMDLevel() == NoSIMD;
-}
-
 } // namespace
 
 void ExtremumRow(Extremum Which, const std::uint8_t* const* rows, int count, std::uint8_t* d, std::size_t n)
 {
-    if (Plain())
-        OfRowsPlain(Which, rows, count, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(OfRows8)(Which, rows, count, d, n);
+    ByLevel(OfRowsPlain, HWY_DYNAMIC_DISPATCH(OfRows8))(Which, rows, count, d, n);
 }
 
 void ExtremumRow(Extremum Which, const std::uint16_t* const* rows, int count, std::uint16_t* d, std::size_t n)
 {
-    if (Plain())
-        OfRowsPlain(Which, rows, count, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(OfRows16)(Which, rows, count, d, n);
+    ByLevel(OfRowsPlain, HWY_DYNAMIC_DISPATCH(OfRows16))(Which, rows, count, d, n);
 }
 
 void WidenExtremumRow(Extremum Which, std::uint8_t* d, std::size_t n, std::size_t step)
 {
-    if (Plain())
-        WidenPlain(Which, d, n, step);
-    else
-        HWY_DYNAMIC_DISPATCH(Widen8)(Which, d, n, step);
+    ByLevel(WidenPlain, HWY_DYNAMIC_DISPATCH(Widen8))(Which, d, n, step);
 }
 
 void WidenExtremumRow(Extremum Which, std::uint16_t* d, std::size_t n, std::size_t step)
 {
-    if (Plain())
-        WidenPlain(Which, d, n, step);
-    else
-        HWY_DYNAMIC_DISPATCH(Widen16)(Which, d, n, step);
+    ByLevel(WidenPlain, HWY_DYNAMIC_DISPATCH(Widen16))(Which, d, n, step);
 }
 
 void RunExtremumRow(Extremum Which, const std::uint8_t* s, std::uint8_t* running, const std::uint8_t* others,
                     std::uint8_t* d, std::size_t n)
 {
-    if (Plain())
-        RunPlain(Which, s, running, others, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(Run8)(Which, s, running, others, d, n);
+    ByLevel(RunPlain, HWY_DYNAMIC_DISPATCH(Run8))(Which, s, running, others, d, n);
 }
 
 void RunExtremumRow(Extremum Which, const std::uint16_t* s, std::uint16_t* running, const std::uint16_t* others,
                     std::uint16_t* d, std::size_t n)
 {
-    if (Plain())
-        RunPlain(Which, s, running, others, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(Run16)(Which, s, running, others, d, n);
+    ByLevel(RunPlain, HWY_DYNAMIC_DISPATCH(Run16))(Which, s, running, others, d, n);
 }
 
 } // namespace Tesk::kernels

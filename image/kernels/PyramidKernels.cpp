@@ -1,6 +1,6 @@
 #include "image/kernels/PyramidKernels.h"
 
-#include "foundation/Status.h"
+#include "image/kernels/ByLevel.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/kernels/PyramidKernels.cpp"
@@ -163,36 +163,24 @@ HWY_EXPORT(DoubleColors);
 
 void HalveRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        HalveRowPlain<1>(top, bottom, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(Halve)(top, bottom, d, n);
+    ByLevel(HalveRowPlain<1>, HWY_DYNAMIC_DISPATCH(Halve))(top, bottom, d, n);
 }
 
 void DoubleRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n, int WeightTop,
                int WeightBottom, int Shift)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        DoubleRowPlain<1>(top, bottom, d, n, WeightTop, WeightBottom, Shift);
-    else
-        HWY_DYNAMIC_DISPATCH(Double)(top, bottom, d, n, WeightTop, WeightBottom, Shift);
+    ByLevel(DoubleRowPlain<1>, HWY_DYNAMIC_DISPATCH(Double))(top, bottom, d, n, WeightTop, WeightBottom, Shift);
 }
 
 void HalveColorRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        HalveRowPlain<3>(top, bottom, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(HalveColors)(top, bottom, d, n);
+    ByLevel(HalveRowPlain<3>, HWY_DYNAMIC_DISPATCH(HalveColors))(top, bottom, d, n);
 }
 
 void DoubleColorRow(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* d, std::size_t n, int WeightTop,
                     int WeightBottom, int Shift)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        DoubleRowPlain<3>(top, bottom, d, n, WeightTop, WeightBottom, Shift);
-    else
-        HWY_DYNAMIC_DISPATCH(DoubleColors)(top, bottom, d, n, WeightTop, WeightBottom, Shift);
+    ByLevel(DoubleRowPlain<3>, HWY_DYNAMIC_DISPATCH(DoubleColors))(top, bottom, d, n, WeightTop, WeightBottom, Shift);
 }
 
 } // namespace Tesk::kernels

@@ -1,6 +1,6 @@
 #include "image/kernels/RowKernels.h"
 
-#include "foundation/Status.h"
+#include "image/kernels/ByLevel.h"
 
 #include <cstring>
 
@@ -249,60 +249,39 @@ HWY_EXPORT(Moments);
 
 void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        BytePairRowPlain(Operation, a, b, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(Pair)(Operation, a, b, d, n);
+    ByLevel(BytePairRowPlain, HWY_DYNAMIC_DISPATCH(Pair))(Operation, a, b, d, n);
 }
 
 void BlendRow(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, int A)
 {
     // 255 * 256 is the largest sum, so 16 bits hold it.
-    if (Status::SIMDLevel() == NoSIMD)
-        BlendRowPlain(a, b, d, n, A);
-    else
-        HWY_DYNAMIC_DISPATCH(Blend)(a, b, d, n, A);
+    ByLevel(BlendRowPlain, HWY_DYNAMIC_DISPATCH(Blend))(a, b, d, n, A);
 }
 
 void ThresholdRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::uint8_t Threshold_, std::uint8_t High,
                   std::uint8_t Low)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        ThresholdRowPlain(s, d, n, Threshold_, High, Low);
-    else
-        HWY_DYNAMIC_DISPATCH(Threshold)(s, d, n, Threshold_, High, Low);
+    ByLevel(ThresholdRowPlain, HWY_DYNAMIC_DISPATCH(Threshold))(s, d, n, Threshold_, High, Low);
 }
 
 void LookupRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256])
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        LookupRowPlain(s, d, n, Table);
-    else
-        HWY_DYNAMIC_DISPATCH(Lookup)(s, d, n, Table);
+    ByLevel(LookupRowPlain, HWY_DYNAMIC_DISPATCH(Lookup))(s, d, n, Table);
 }
 
 void LargestOfThreeRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        LargestOfThreeRowPlain(s, d, n);
-    else
-        HWY_DYNAMIC_DISPATCH(LargestOfThree)(s, d, n);
+    ByLevel(LargestOfThreeRowPlain, HWY_DYNAMIC_DISPATCH(LargestOfThree))(s, d, n);
 }
 
 void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        WidenRowPlain(s, d, n, Shift);
-    else
-        HWY_DYNAMIC_DISPATCH(Widen)(s, d, n, Shift);
+    ByLevel(WidenRowPlain, HWY_DYNAMIC_DISPATCH(Widen))(s, d, n, Shift);
 }
 
 void MomentsRow(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, std::uint64_t& Squares)
 {
-    if (Status::SIMDLevel() == NoSIMD)
-        MomentsRowPlain(s, n, Sum, Squares);
-    else
-        HWY_DYNAMIC_DISPATCH(Moments)(s, n, Sum, Squares);
+    ByLevel(MomentsRowPlain, HWY_DYNAMIC_DISPATCH(Moments))(s, n, Sum, Squares);
 }
 
 } // namespace Tesk::kernels
