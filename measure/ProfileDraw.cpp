@@ -25,25 +25,6 @@ constexpr double degrees = 180 / 3.14159265358979323846;
 int grabX = 0, grabY = 0;
 XY grabBeg(0, 0), grabEnd(0, 0);
 
-/// Keeps the drawing settings for the time of a call.
-class KeptSettings
-{
-public:
-    KeptSettings() = default;
-    KeptSettings(const KeptSettings&) = delete;
-    KeptSettings& operator=(const KeptSettings&) = delete;
-    ~KeptSettings()
-    {
-        Graph::Zoom = zoom_;
-        Graph::LineColor = line_;
-        Graph::FillColor = fill_;
-    }
-
-private:
-    double zoom_ = Graph::Zoom;
-    PredefinedColors line_ = Graph::LineColor, fill_ = Graph::FillColor;
-};
-
 /// What is drawn: the way of the latest sampling, or before the first one that in which the profile is dragged.
 ProfileSource::Kinds KindOf(const ProfileSource& source)
 {
@@ -69,7 +50,7 @@ int BreadthOf(const ProfileSource& source)
 
 void DrawMark(double x, double y)
 {
-    const KeptSettings kept;
+    const GraphSettings kept;
     Graph::FillColor = White;
     Graph::Marker(x, y, true, markRadius);
 }
@@ -207,7 +188,7 @@ void Profile::SetWindow(int X, int Y, int Width, int Height)
 void Profile::Draw(bool Handles) const
 {
     Status::Error().Code = NoError;
-    const KeptSettings kept;
+    const GraphSettings kept;
     Graph::FillColor = NoColor;
     switch (KindOf(Source)) {
     case ProfileSource::OfRow:
@@ -307,8 +288,7 @@ void Profile::Plot(int X, int Y, int Width, int Height, bool Vertical, int Minim
                    bool Frame) const
 {
     const Entry entry("Tesk::Profile::Plot");
-    const KeptSettings kept;
-    Graph::Zoom = 1;
+    const GraphSettings kept(1);
     Graph::FillColor = NoColor;
     if (Width < 2 || Height < 2) return;
     const double across = (Vertical ? Height : Width) - 1, up = (Vertical ? Width : Height) - 1;
