@@ -2,6 +2,7 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
+#include "image/GrayDepth.h"
 
 #include <array>
 #include <cstring>
@@ -89,7 +90,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
             };
         if (wanted == Gray16)
             return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
-                const int shift = GrayShift();
+                const int shift = levels::GrayShift();
                 for (int x = 0; x < width; x++)
                     reinterpret_cast<std::uint16_t*>(dst)[x] = static_cast<std::uint16_t>(src[x] << shift);
             };
@@ -106,7 +107,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
             };
         if (wanted == Rgb)
             return [](const Bitmap&, const std::uint8_t* src, std::uint8_t* dst, int width) {
-                const int shift = GrayShift();
+                const int shift = levels::GrayShift();
                 for (int x = 0; x < width; x++)
                     std::memset(dst + 3 * x, reinterpret_cast<const std::uint16_t*>(src)[x] >> shift & 255, 3);
             };

@@ -1,6 +1,7 @@
 // The counts of a histogram: setting up, counting, running sums, access, text.
 #include "image/Histogram.h"
 
+#include "image/GrayDepth.h"
 #include "image/HistogramFrame.h"
 #include "measure/ProfileFrame.h"
 

@@ -1,4 +1,5 @@
 // The statistics and thresholds of counts, on histograms and on images.
+#include "image/GrayDepth.h"
 #include "image/HistogramFrame.h"
 #include "measure/ProfileFrame.h"
 

@@ -2,7 +2,7 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
-#include "image/Operator.h"
+#include "image/GrayDepth.h"
 
 #include <cerrno>
 #include <cstring>
@@ -56,11 +56,6 @@ void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes)
         p[i] = static_cast<std::uint8_t>(value >> 8 * i);
 }
 
-int GrayShift()
-{
-    return Clamp(Operator::GrayDepth, 8, 16) - 8;
-}
-
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width)
 {
     for (int x = 0; x < width; x++, src += 3, dst += 3) {
@@ -105,7 +100,7 @@ void BitsToGray(const std::uint8_t* src, std::uint8_t* dst, int width)
 
 void Gray16ToGray(const std::uint16_t* src, std::uint8_t* dst, int width)
 {
-    const int shift = GrayShift();
+    const int shift = levels::GrayShift();
     for (int x = 0; x < width; x++)
         dst[x] = static_cast<std::uint8_t>(src[x] >> shift);
 }

@@ -64,9 +64,6 @@ int RefuseConversion(PixelTypes native, PixelTypes wanted);
 std::uint32_t GetLittle(const std::uint8_t* p, int bytes);
 void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes);
 
-/// The bits between an 8-bit gray value and one of the gray depth in force: 0 to 8, whatever that was set to.
-int GrayShift();
-
 // Row conversions that several formats share.
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width);
 void ReverseBytesOfFour(const std::uint8_t* src, std::uint8_t* dst, int width);

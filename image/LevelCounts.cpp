@@ -1,6 +1,5 @@
 #include "image/LevelCounts.h"
 
-#include "image/Operator.h"
 #include "image/OperatorFrame.h"
 #include "image/kernels/RowKernels.h"
 
@@ -108,12 +107,6 @@ void AddTables(const Tables& tables, Levels& counts)
 }
 
 } // namespace
-
-int Gray16Levels()
-{
-    constexpr int leastDepth = 9, greatestDepth = 16;
-    return 1 << Clamp(Operator::GrayDepth, leastDepth, greatestDepth);
-}
 
 std::array<std::uint32_t, byteLevels> CountGray(const Image& src)
 {

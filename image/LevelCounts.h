@@ -13,9 +13,6 @@ namespace levels {
 
 inline constexpr int byteLevels = 256;
 
-/// How many levels `Gray16` pixels have at `Operator::GrayDepth`, which counts as 9 or as 16 where it lies beyond.
-int Gray16Levels();
-
 /// How many pixels of a window have each value. A store has fewer pixels than a count can hold.
 std::array<std::uint32_t, byteLevels> CountGray(const Image& src);
 /// For each of the three channels, red first.

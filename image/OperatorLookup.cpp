@@ -1,6 +1,7 @@
 // Sending every pixel through a lookup table that is a profile.
 #include "image/Operator.h"
 
+#include "image/GrayDepth.h"
 #include "image/OperatorFrame.h"
 #include "measure/ProfileFrame.h"
 
@@ -23,7 +24,7 @@ int CheckTable(const Profile& table, const Image& src)
     if (!bytes && !words)
         return Status::Format(UnsupportedType, L"The profile Type (%ls) is not supported for this image type (%ls)",
                               PixelTypeName(table.Type), PixelTypeName(src.Type));
-    const int entries = words ? 1 << Operator::GrayDepth : byteEntries;
+    const int entries = words ? levels::Gray16Levels() : byteEntries;
     if (table.Length != entries)
         return Status::Format(IncompatibleSize, L"This profile has %d entries instead of %d", int(table.Length),
                               entries);

@@ -2,6 +2,7 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
+#include "image/GrayDepth.h"
 
 #include <cmath>
 #include <csetjmp>
@@ -134,7 +135,7 @@ void ConvertRow(const std::uint8_t* src, PixelTypes from, std::uint8_t* dst, Pix
     else if (to == Gray)
         Gray16ToGray(reinterpret_cast<const std::uint16_t*>(src), dst, width);
     else {
-        const int shift = GrayShift();
+        const int shift = levels::GrayShift();
         for (int x = 0; x < width; x++)
             std::memset(dst + 3 * x, reinterpret_cast<const std::uint16_t*>(src)[x] >> shift & 255, 3);
     }

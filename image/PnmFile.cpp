@@ -2,6 +2,7 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
+#include "image/GrayDepth.h"
 
 #include <cctype>
 #include <cstring>
@@ -173,7 +174,7 @@ int ReadPbm(ImageFile& file, Image& dst, PixelTypes wanted)
     if (const int code = CheckRows(file, pbm, header)) return code;
     if (const int code = Allocate(file, dst, width, header.Height(), wanted, 1)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>(rowBytes));
-    const auto white = static_cast<std::uint16_t>((256 << GrayShift()) - 1);
+    const auto white = static_cast<std::uint16_t>((256 << levels::GrayShift()) - 1);
     for (int y = 0; y < header.Height(); y++) {
         if (header.binary) {
             if (const int code = ReadRow(file, pbm, bits.data(), bits.size())) return code;
@@ -279,7 +280,7 @@ int WritePbm(ImageFile& file, const Image& src)
 {
     if (const int code = WriteHeader(file, src, '4', 0)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>((src.Width + 7) >> 3));
-    const int middle = 128 << GrayShift();
+    const int middle = 128 << levels::GrayShift();
     for (int y = 0; y < src.Height; y++) {
         std::fill(bits.begin(), bits.end(), std::uint8_t{0});
         for (int x = 0; x < src.Width; x++) {

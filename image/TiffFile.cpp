@@ -2,6 +2,7 @@
 #include "image/ImageFile.h"
 
 #include "foundation/Entry.h"
+#include "image/GrayDepth.h"
 
 #include <cstring>
 #include <memory>
@@ -112,7 +113,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
     }
     if (wanted == Gray16 && native == Gray)
         return [](const Layout& l, Bytes src, std::uint8_t* dst, int width) {
-            const int shift = GrayShift();
+            const int shift = levels::GrayShift();
             for (int x = 0; x < width; x++)
                 reinterpret_cast<std::uint16_t*>(dst)[x] =
                     static_cast<std::uint16_t>((l.WhiteIsZero() ? 255 - src[x] : src[x]) << shift);
@@ -121,7 +122,7 @@ RowConverter ConverterOf(PixelTypes native, PixelTypes wanted)
         return [](const Layout& l, Bytes src, std::uint8_t* dst, int width) {
             for (int x = 0; x < width; x++)
                 reinterpret_cast<std::uint16_t*>(dst)[x] = static_cast<std::uint16_t>(
-                    l.WhiteIsZero() ? (256 << GrayShift()) - Wide(src)[x] - 1 : Wide(src)[x]);
+                    l.WhiteIsZero() ? (256 << levels::GrayShift()) - Wide(src)[x] - 1 : Wide(src)[x]);
         };
     if (wanted == Rgb && native == Gray)
         return [](const Layout&, Bytes src, std::uint8_t* dst, int width) { GrayToBgr(src, dst, width); };

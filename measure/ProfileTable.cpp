@@ -1,7 +1,7 @@
 // Profiles that are defined as lookup tables.
 #include "measure/Profile.h"
 
-#include "image/LevelCounts.h"
+#include "image/GrayDepth.h"
 #include "measure/ProfileFrame.h"
 
 #include <cmath>
