@@ -1,6 +1,7 @@
 // Image arithmetic with clipping: sums, differences, products, quotients, extremes, blends.
 #include "image/Operator.h"
 
+#include "image/GrayDepth.h"
 #include "image/OperatorFrame.h"
 
 namespace Tesk {
@@ -12,7 +13,7 @@ using kernels::BytePair;
 
 int LargestGray16()
 {
-    return (1 << Operator::GrayDepth) - 1;
+    return levels::Gray16Levels() - 1;
 }
 
 constexpr int ClampByte(int value)
@@ -32,14 +33,11 @@ void ByConstant(const char* context, const Image& src, Image& dst, bool clipServ
 {
     const Entry entry(context);
     Sources held;
-    if (Prepare(entry, src, dst, Undefined, held)) return;
-    if (!bytePixels.Has(held.a.Type)) {
-        entry.Refuses(RefuseType(held.a.Type));
-    } else if (!clipServed) {
-        entry.Refuses(RefuseClip(clip));
-    } else {
+    if (Prepare(entry, src, bytePixels, dst, held)) return;
+    if (clipServed)
         ThroughTable(held.a, dst, f);
-    }
+    else
+        entry.Refuses(RefuseClip(clip));
 }
 
 /// The frame of an operation on two sources, of bytes or, with a formula of its own, of 16-bit values.

@@ -81,6 +81,17 @@ int RefuseMode(PixelTypes type)
                           PixelTypeName(type));
 }
 
+/// What the thresholds by given colours take.
+int CheckColors(const Image& src, Binarization mode)
+{
+    if (const int code = CheckImage(src)) return code;
+    if (src.Type != Rgb)
+        return Status::Format(UnsupportedType,
+                              L"The image type (%ls) is not supported for this operation, Rgb required",
+                              PixelTypeName(src.Type));
+    return mode == Binary || mode == Soft ? NoError : RefuseMode(src.Type);
+}
+
 /// Fixed-point weights of a projection on a colour axis, red, green, blue.
 struct Weights
 {
@@ -262,16 +273,7 @@ void Operator::Binarize(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src
                         Binarization Mode)
 {
     const Entry entry("Tesk::Operator::Binarize");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Rgb) {
-        entry.Refuse(UnsupportedType, L"The image type (%ls) is not supported for this operation, Rgb required",
-                     PixelTypeName(Src.Type));
-        return;
-    }
-    if (Mode != Binary && Mode != Soft) {
-        entry.Refuses(RefuseMode(Src.Type));
-        return;
-    }
+    if (entry.Refuses(CheckColors(Src, Mode))) return;
     Sources held;
     if (!Prepare(entry, Src, Dst, Gray, held)) WriteProjection(held.a, Dst, BackColor, ForeColor, Above, Mode);
 }
@@ -280,16 +282,7 @@ void Operator::Binarize(RgbPixel ForeColor, RgbPixel Tolerance, const Image& Src
                         bool Isotropic)
 {
     const Entry entry("Tesk::Operator::Binarize");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Rgb) {
-        entry.Refuse(UnsupportedType, L"The image type (%ls) is not supported for this operation, Rgb required",
-                     PixelTypeName(Src.Type));
-        return;
-    }
-    if (Mode != Binary && Mode != Soft) {
-        entry.Refuses(RefuseMode(Src.Type));
-        return;
-    }
+    if (entry.Refuses(CheckColors(Src, Mode))) return;
     Sources held;
     if (Prepare(entry, Src, Dst, Gray, held)) return;
     const int color[3] = {ForeColor.Red, ForeColor.Green, ForeColor.Blue};

@@ -1,6 +1,7 @@
 // Copies: constants, windows, and the conversions between pixel types.
 #include "image/Operator.h"
 
+#include "image/GrayDepth.h"
 #include "image/OperatorFrame.h"
 
 namespace Tesk {
@@ -99,7 +100,7 @@ int CheckConversion(PixelTypes from, PixelTypes to)
 
 void ConvertPixels(const Image& src, Image& dst)
 {
-    const int shift = Operator::GrayDepth - 8;
+    const int shift = levels::GrayShift();
     const RowRun run = RunOver(dst.Width, {&src, &dst});
     switch (dst.Type) {
     case Gray:
@@ -149,8 +150,7 @@ void ConvertPixels(const Image& src, Image& dst)
         if (src.Type == Gray)
             ToBits<GrayPixel>(src, dst, [](GrayPixel v) { return v >= 128; });
         else
-            ToBits<Gray16Pixel>(src, dst,
-                                [middle = 1 << (Operator::GrayDepth - 1)](Gray16Pixel v) { return v >= middle; });
+            ToBits<Gray16Pixel>(src, dst, [middle = levels::Gray16Levels() / 2](Gray16Pixel v) { return v >= middle; });
         break;
     default:
         break;
@@ -226,11 +226,7 @@ void Operator::RedBlueSwap(const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Operator::RedBlueSwap");
     Sources held;
-    if (Prepare(entry, Src, Dst, Undefined, held)) return;
-    if (held.a.Type != Rgb) {
-        entry.Refuses(RefuseType(held.a.Type));
-        return;
-    }
+    if (Prepare(entry, Src, {Rgb}, Dst, held)) return;
     EachPixel<RgbPixel, RgbPixel>(held.a, Dst, [](RgbPixel p) { return RgbPixel(p.Blue, p.Green, p.Red); });
 }
 

@@ -82,4 +82,16 @@ bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Image& dst
     return SizeAndDetach(held.a, dst, type, read) || KeepApart(entry, held.a, dst) || KeepApart(entry, held.b, dst);
 }
 
+bool Prepare(const Entry& entry, const Image& src, Types types, Image& dst, Sources& held)
+{
+    if (Prepare(entry, src, dst, Undefined, held)) return true;
+    return !types.Has(held.a.Type) && entry.Refuses(RefuseType(held.a.Type));
+}
+
+bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Types types, Image& dst, Sources& held)
+{
+    if (Prepare(entry, src, srcB, dst, Undefined, held)) return true;
+    return !types.Has(held.a.Type) && entry.Refuses(RefuseType(held.a.Type));
+}
+
 } // namespace Tesk::points

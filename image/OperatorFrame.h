@@ -60,6 +60,9 @@ struct Sources
 /// Checks the sources, holds views of them, and sizes and detaches the destination. True if the operation must end.
 bool Prepare(const Entry& entry, const Image& src, Image& dst, PixelTypes type, Sources& held);
 bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Image& dst, PixelTypes type, Sources& held);
+/// For a destination of the sources' type. Another one than those listed is refused once the destination is sized.
+bool Prepare(const Entry& entry, const Image& src, Types types, Image& dst, Sources& held);
+bool Prepare(const Entry& entry, const Image& src, const Image& srcB, Types types, Image& dst, Sources& held);
 
 /// The loop over rows: windows without gaps between their rows are one long row, so that a call pays once.
 struct RowRun

@@ -11,18 +11,14 @@ namespace {
 
 using namespace points;
 
-/// A test against a constant: pixel `s` is compared as `compare(s, constant)` in plain integers, so that constants
-/// outside the range of a pixel decide alike for all.
+/// A test against a constant, made by `test(pixel)` in plain integers, so that a constant outside the range of a pixel
+/// decides alike for all.
 template <typename Test>
 void TestConstant(const char* context, const Image& src, Image& dst, int black, int white, Test test)
 {
     const Entry entry(context);
     Sources held;
-    if (Prepare(entry, src, dst, Undefined, held)) return;
-    if (!bytePixels.Has(held.a.Type)) {
-        entry.Refuses(RefuseType(held.a.Type));
-        return;
-    }
+    if (Prepare(entry, src, bytePixels, dst, held)) return;
     ThroughTable(held.a, dst, [=](int s) { return test(s) ? white : black; });
 }
 
@@ -31,11 +27,7 @@ void TestImages(const char* context, const Image& src, const Image& srcB, Image&
 {
     const Entry entry(context);
     Sources held;
-    if (Prepare(entry, src, srcB, dst, Undefined, held)) return;
-    if (!bytePixels.Has(held.a.Type)) {
-        entry.Refuses(RefuseType(held.a.Type));
-        return;
-    }
+    if (Prepare(entry, src, srcB, bytePixels, dst, held)) return;
     const auto b = static_cast<std::uint8_t>(black), w = static_cast<std::uint8_t>(white);
     EachBytePair(held.a, held.b, dst, [=](int s, int t) { return test(s, t) ? w : b; });
 }
@@ -45,11 +37,7 @@ void BitsConstant(const char* context, int constant, const Image& src, Image& ds
 {
     const Entry entry(context);
     Sources held;
-    if (Prepare(entry, src, dst, Undefined, held)) return;
-    if (!bytePixels.Has(held.a.Type)) {
-        entry.Refuses(RefuseType(held.a.Type));
-        return;
-    }
+    if (Prepare(entry, src, bytePixels, dst, held)) return;
     const int c = constant & 255;
     EachByte(held.a, dst, [=](std::uint8_t s) { return bits(int{s}, c); });
 }
@@ -58,12 +46,7 @@ void BitsImages(const char* context, const Image& src, const Image& srcB, Image&
 {
     const Entry entry(context);
     Sources held;
-    if (Prepare(entry, src, srcB, dst, Undefined, held)) return;
-    if (!bytePixels.Has(held.a.Type) && held.a.Type != Gray1) {
-        entry.Refuses(RefuseType(held.a.Type));
-        return;
-    }
-    EachBytePair(held.a, held.b, dst, bits);
+    if (!Prepare(entry, src, srcB, {Gray, Rgb, Gray1}, dst, held)) EachBytePair(held.a, held.b, dst, bits);
 }
 
 } // namespace
@@ -72,17 +55,8 @@ void Operator::Invert(const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Operator::Invert");
     Sources held;
-    if (Prepare(entry, Src, Dst, Undefined, held)) return;
-    switch (held.a.Type) {
-    case Gray:
-    case Rgb:
-    case Gray1:
-    case Gray16:
-        EachByte(held.a, Dst, [](std::uint8_t s) { return ~s; });
-        break;
-    default:
-        entry.Refuses(RefuseType(held.a.Type));
-    }
+    if (Prepare(entry, Src, {Gray, Gray16, Rgb, Gray1}, Dst, held)) return;
+    EachByte(held.a, Dst, [](std::uint8_t s) { return ~s; });
 }
 
 void Operator::EqualTest(int Const, const Image& Src, Image& Dst, int Black, int White)

@@ -1,6 +1,7 @@
 // Gray scaling: gain and offset, normalisation, equalisation.
 #include "image/Operator.h"
 
+#include "image/GrayDepth.h"
 #include "image/KernelFrame.h"
 #include "image/KernelLowPass.h"
 #include "image/LevelCounts.h"
@@ -40,7 +41,7 @@ void EqualizeGray(const Image& src, Image& dst)
 
 void EqualizeGray16(const Image& src, Image& dst)
 {
-    const int entries = 1 << Operator::GrayDepth;
+    const int entries = levels::Gray16Levels();
     const auto counts = levels::CountGray16(src, entries);
     std::vector<Gray16Pixel> table(static_cast<std::size_t>(entries));
     const std::int64_t n = std::int64_t{src.Width} * src.Height;
@@ -93,11 +94,7 @@ void Operator::GainOffset(double Gain, double Offset, const Image& Src, Image& D
 {
     const Entry entry("Tesk::Operator::GainOffset");
     Sources held;
-    if (Prepare(entry, Src, Dst, Undefined, held)) return;
-    if (!bytePixels.Has(held.a.Type)) {
-        entry.Refuses(RefuseType(held.a.Type));
-        return;
-    }
+    if (Prepare(entry, Src, bytePixels, Dst, held)) return;
     ThroughTable(held.a, Dst, [=](int v) { return TruncatedByte(Gain * v + Offset); });
 }
 
