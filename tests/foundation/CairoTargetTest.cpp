@@ -1,5 +1,7 @@
 #include "foundation/CairoTarget.h"
 
+#include "Noise.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -174,9 +176,9 @@ TEST_F(CairoTargetTest, EveryKindOfBitmapIsReducedToTheMeansOfItsParts)
     // Bytes that a palette of grays, or three or four channels, make into colours; pixels fall on 3 or 4 columns.
     constexpr int width = 23, height = 11, newWidth = 6, newHeight = 4, pitch = 4 * width;
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(pitch) * height);
-    std::uint32_t state = 7;
+    checks::Noise noise{7};
     for (auto& pixel : pixels)
-        pixel = static_cast<std::uint8_t>((state = state * 1664525u + 1013904223u) >> 24);
+        pixel = noise.Byte();
     RgbPixel grays[256];
     for (int v = 0; v < 256; v++)
         grays[v] = RgbPixel(v, 255 - v, v / 2);

@@ -2,12 +2,12 @@
 // pixel with a formula on the window's pixels, of which those outside are the nearest ones inside.
 #pragma once
 
-#include "foundation/Status.h"
+#include "Failures.h"
+#include "Noise.h"
 #include "image/Image.h"
+#include "image/Levels.h"
 
-#include <gtest/gtest.h>
-
-#include <cstring>
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -42,12 +42,11 @@ private:
 inline void Fill(Image& image, PixelTypes type, int width, int height, unsigned seed)
 {
     image.Set(width + 9, height + 5, type);
-    unsigned state = seed * 2654435761u + 1;
+    Noise noise{seed * 2654435761u + 1};
     const int bytes = RowBytes(width + 9, type);
     for (int y = 0; y < height + 5; y++)
         for (int i = 0; i < bytes; i++) {
-            state = state * 1664525u + 1013904223u;
-            const unsigned random = state >> 24;
+            const unsigned random = noise.Byte();
             const unsigned value = seed % 3 == 0   ? random
                                    : seed % 3 == 1 ? (random & 1 ? 255u : 0u)
                                                    : 100u + static_cast<unsigned>(i + 3 * y) % 100u + (random & 3);
@@ -71,15 +70,6 @@ inline std::vector<std::uint8_t> Store(Image& image)
 using Filter = std::function<void(const Image&, Image&)>;
 using Formula = std::function<int(const Pixels&, int, int)>;
 
-inline constexpr SIMDLevels allLevels[] = {NoSIMD, SIMDSSE2, SIMDSSE3, SIMDSSE4, SIMDAVX2, SIMDAVX512};
-
-/// Restores the level in force.
-struct LevelGuard
-{
-    SIMDLevels former = Status::SIMDLevel();
-    ~LevelGuard() { Status::SIMDLevel(former); }
-};
-
 inline void Expect(const std::string& name, const Image& result, const std::vector<int>& wanted)
 {
     const Pixels got(result);
@@ -93,7 +83,6 @@ inline void Expect(const std::string& name, const Image& result, const std::vect
 inline void CheckWindow(const std::string& name, PixelTypes type, int width, int height, const Filter& filter,
                         const Formula& formula)
 {
-    const LevelGuard guard;
     const auto seed = static_cast<unsigned>(width * 10 + height);
     Image src;
     Fill(src, type, width, height, seed);
@@ -104,7 +93,7 @@ inline void CheckWindow(const std::string& name, PixelTypes type, int width, int
             wanted.push_back(formula(pixels, x, y));
     const auto before = Store(src);
     for (const SIMDLevels level : allLevels) {
-        Status::SIMDLevel(level);
+        const AtLevel at(level);
         Image dst, same;
         Fill(dst, type, width, height, seed + 1);
         dst.Window(1, 2, width, height);

@@ -7,12 +7,13 @@ using namespace Tesk::kernels;
 
 namespace {
 
-std::vector<std::uint32_t> Random(std::size_t n, std::uint32_t state)
+std::vector<std::uint32_t> Random(std::size_t n, std::uint32_t seed)
 {
+    checks::Noise noise{seed};
     std::vector<std::uint32_t> values(n);
     for (auto& value : values) {
-        state = state * 1664525u + 1013904223u;
-        value = state ^ state >> 16;
+        const std::uint32_t random = noise();
+        value = random ^ random >> 16;
     }
     return values;
 }
@@ -27,13 +28,8 @@ std::vector<T> RandomOf(std::size_t n, std::uint32_t state)
     return result;
 }
 
-class FilterKernels : public ::testing::TestWithParam<SIMDLevels>
-{
-protected:
-    void SetUp() override { Status::SIMDLevel(GetParam()); }
-
-    checks::LevelGuard guard_;
-};
+class FilterKernels : public checks::AtEachLevel
+{};
 
 } // namespace
 

@@ -110,7 +110,7 @@ constexpr Coefficients maps[] = {{1, 0, 0, 0, 1, 0},
                                  {30000, 1, -30000, 1, -30000, 70000},
                                  {1, 0, -2e9, 0, 1, 2e9}};
 
-class GeometryLevels : public AtEachLevel
+class GeometryLevels : public checks::AtEachLevel
 {};
 
 template <typename F>

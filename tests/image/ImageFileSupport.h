@@ -1,11 +1,9 @@
 // What the tests of image files share: a folder that goes when the test ends, files by their bytes, and pictures.
 #pragma once
 
-#include "foundation/Status.h"
+#include "Failures.h"
 #include "image/Image.h"
 #include "image/Operator.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <cstring>
@@ -16,14 +14,15 @@
 
 namespace Tesk {
 
+using checks::Message;
 using Bytes = std::vector<std::uint8_t>;
 
-class ImageFolderTest : public ::testing::Test
+class ImageFolderTest : public checks::IgnoringFailures
 {
 protected:
     void SetUp() override
     {
-        Status::ErrorBehavior(IgnoreIt);
+        IgnoringFailures::SetUp();
         TextOutput() = nullptr;
         folder_ = std::filesystem::temp_directory_path() / ("tesk_image_file_" + std::to_string(getpid()));
         std::filesystem::create_directories(folder_);
@@ -81,11 +80,6 @@ inline void FillByPlace(Image& image, int width, int height, PixelTypes type)
 inline Bytes RowOf(const Image& image, int y)
 {
     return Bytes(image.Row(y), image.Row(y) + RowBytes(image.Width, image.Type));
-}
-
-inline std::wstring Message()
-{
-    return Status::UnicodeError();
 }
 
 inline void Put32(Bytes& bytes, std::size_t at, std::uint32_t value)

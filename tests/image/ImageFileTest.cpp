@@ -1,4 +1,5 @@
 #include "ImageFileSupport.h"
+#include "Noise.h"
 
 using namespace Tesk;
 namespace fs = std::filesystem;
@@ -352,11 +353,9 @@ TEST_F(ImageFileTest, FilesCutAnywhereAreRefusedAndLeaveTheImageAlone)
         std::vector<std::size_t> cuts;
         for (std::size_t cut = 0; cut < 200 && cut < whole.size(); cut++)
             cuts.push_back(cut);
-        std::uint32_t state = 1;
-        for (int i = 0; i < 40; i++) {
-            state = state * 1664525u + 1013904223u;
-            cuts.push_back((state >> 8) % whole.size());
-        }
+        checks::Noise noise{1};
+        for (int i = 0; i < 40; i++)
+            cuts.push_back((noise() >> 8) % whole.size());
         for (const std::size_t cut : cuts) {
             // The last bytes of PNG and TIFF hold no pixels.
             if (cut + 20 > whole.size()) continue;
@@ -368,9 +367,9 @@ TEST_F(ImageFileTest, FilesCutAnywhereAreRefusedAndLeaveTheImageAlone)
         // Flipped bytes may pass or fail, but never harm.
         for (int i = 0; i < 200; i++) {
             Bytes broken = whole;
-            state = state * 1664525u + 1013904223u;
-            broken[(state >> 8) % Min<std::size_t>(broken.size(), 400)] ^=
-                static_cast<std::uint8_t>(1 + (state >> 5) % 255);
+            const std::uint32_t random = noise();
+            broken[(random >> 8) % Min<std::size_t>(broken.size(), 400)] ^=
+                static_cast<std::uint8_t>(1 + (random >> 5) % 255);
             Image any;
             any.Read(Put(name, broken).c_str(), Undefined);
         }

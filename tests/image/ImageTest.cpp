@@ -1,8 +1,7 @@
 #include "image/Image.h"
-#include "foundation/Archive.h"
-#include "foundation/Status.h"
 
-#include <gtest/gtest.h>
+#include "Failures.h"
+#include "foundation/Archive.h"
 
 #include <cstdio>
 #include <cstring>
@@ -15,17 +14,10 @@ using namespace Tesk;
 
 namespace {
 
-class ImageTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
-    void TearDown() override { Status::Shallow = false; }
-};
+using checks::Message;
 
-std::wstring Message()
-{
-    return Status::UnicodeError();
-}
+class ImageTest : public checks::IgnoringFailures
+{};
 
 } // namespace
 

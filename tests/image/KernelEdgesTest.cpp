@@ -11,11 +11,8 @@ using namespace Tesk::checks;
 
 namespace {
 
-class KernelEdgesTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
-};
+class KernelEdgesTest : public IgnoringFailures
+{};
 
 struct Components
 {
@@ -101,11 +98,6 @@ struct Plane
     }
     double Denominator() const { return (21 * Q - S * S + 44100.0) * 34.0; }
 };
-
-std::wstring Message()
-{
-    return Status::UnicodeError();
-}
 
 } // namespace
 
@@ -258,7 +250,6 @@ TEST_F(KernelEdgesTest, StatisticsOfNeighbourhoods)
 
 TEST_F(KernelEdgesTest, GradientVectorsOfEveryType)
 {
-    const LevelGuard guard;
     const struct
     {
         GradientTypes type;
@@ -282,7 +273,7 @@ TEST_F(KernelEdgesTest, GradientVectorsOfEveryType)
         for (const SIMDLevels level : allLevels)
             for (int width = 1; width <= 35; width += width < 6 ? 1 : 7)
                 for (const int height : {1, 2, 3, 8}) {
-                    Status::SIMDLevel(level);
+                    const AtLevel at(level);
                     Image src, grad;
                     Fill(src, Gray, width, height, static_cast<unsigned>(width + height));
                     grad.Set(width, height, Grad);

@@ -4,6 +4,7 @@
 #include "image/FilterChecks.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 using namespace Tesk;
@@ -11,17 +12,8 @@ using namespace Tesk::checks;
 
 namespace {
 
-class KernelTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
-    void TearDown() override { Status::Shallow = false; }
-};
-
-std::wstring Message()
-{
-    return Status::UnicodeError();
-}
+class KernelTest : public IgnoringFailures
+{};
 
 /// The sum over a rectangle of weights given by column and row.
 template <typename W>
@@ -271,10 +263,9 @@ TEST_F(KernelTest, UnsharpAddsTheDifferenceFromTheNeighbours)
             });
     }
     // Each channel of a colour goes the way of a gray image.
-    const LevelGuard guard;
     for (const SIMDLevels level : allLevels)
         for (const int width : {1, 2, 11, 40}) {
-            Status::SIMDLevel(level);
+            const AtLevel at(level);
             Image rgb, gray, sharp, sharpGray;
             Fill(rgb, Rgb, width, 5, 6);
             Kernel::Unsharp(1.5, rgb, sharp);

@@ -150,7 +150,7 @@ TEST_F(MorphoTest, DistancesEqualThoseToTheNearestFeature)
                             if (s.values[k] == (above ? 255 : 0)) s.values[k] = 100;
                         Load(s, src);
                         const Picture expected = SlowDistance(s, above ? 0 : 255, large ? 65535 : 255, m.metric);
-                        for (const SIMDLevels level : levels) {
+                        for (const SIMDLevels level : allLevels) {
                             const AtLevel at(level);
                             Morpho::Distance(src, dst, above, m.euclidean, m.connexity8, large);
                             ASSERT_EQ(dst.Type, large ? Gray16 : Gray);
@@ -173,7 +173,7 @@ TEST_F(MorphoTest, FewFeaturesAreFoundFromFarAway)
         Load(s, src);
         for (const auto& m : metrics) {
             const Picture expected = SlowDistance(s, 0, 255, m.metric);
-            for (const SIMDLevels level : levels) {
+            for (const SIMDLevels level : allLevels) {
                 const AtLevel at(level);
                 Morpho::Distance(src, dst, true, m.euclidean, m.connexity8);
                 ASSERT_EQ(Picture(dst), expected) << features[0].first << m.euclidean << m.connexity8 << level;
@@ -190,7 +190,7 @@ TEST_F(MorphoTest, DistancesSaturate)
             Picture s = upright ? Picture(1, 700, 9) : Picture(700, 1, 9);
             s.values[20] = 0;
             Load(s, src);
-            for (const SIMDLevels level : levels)
+            for (const SIMDLevels level : allLevels)
                 for (const bool large : {false, true}) {
                     const AtLevel at(level);
                     Morpho::Distance(src, dst, true, m.euclidean, m.connexity8, large);

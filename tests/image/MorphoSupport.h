@@ -1,11 +1,11 @@
-// What the tests of Morpho share: random windows in larger stores, images as vectors, SIMD levels.
+// What the tests of Morpho share: random windows in larger stores, images as vectors.
 #pragma once
 
-#include "foundation/Status.h"
+#include "Failures.h"
+#include "Noise.h"
 #include "image/Image.h"
+#include "image/Levels.h"
 #include "image/Morpho.h"
-
-#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
@@ -15,15 +15,9 @@ namespace MorphoSupport {
 
 using namespace Tesk;
 
-inline const SIMDLevels levels[] = {NoSIMD, SIMDSSE3, SIMDSSE4, SIMDAVX2, SIMDAVX512};
-
-/// Runs with one SIMD level, and gives the former one back.
-struct AtLevel
-{
-    explicit AtLevel(SIMDLevels level) : former(Status::SIMDLevel()) { Status::SIMDLevel(level); }
-    ~AtLevel() { Status::SIMDLevel(former); }
-    SIMDLevels former;
-};
+using checks::allLevels;
+using checks::AtLevel;
+using checks::Message;
 
 /// A plain picture: what the slow formulas work on.
 struct Picture
@@ -91,13 +85,12 @@ inline void Load(const Picture& picture, Image& image, PixelTypes type = Gray)
 }
 
 /// Values below `range`, the same for the same seed. A small range makes plateaus.
-inline Picture Random(int width, int height, int range, std::uint32_t state)
+inline Picture Random(int width, int height, int range, std::uint32_t seed)
 {
+    checks::Noise noise{seed};
     Picture picture(width, height);
-    for (int& value : picture.values) {
-        state = state * 1664525u + 1013904223u;
-        value = static_cast<int>((state >> 8) % static_cast<std::uint32_t>(range));
-    }
+    for (int& value : picture.values)
+        value = static_cast<int>((noise() >> 8) % static_cast<std::uint32_t>(range));
     return picture;
 }
 
@@ -108,16 +101,7 @@ inline void RandomWindow(Image& image, int width, int height, PixelTypes type, i
     image.Window(3, 1, width, height);
 }
 
-inline std::wstring Message()
-{
-    return Status::UnicodeError();
-}
-
-class MorphoTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
-    void TearDown() override { Status::Shallow = false; }
-};
+class MorphoTest : public checks::IgnoringFailures
+{};
 
 } // namespace MorphoSupport

@@ -102,7 +102,7 @@ TEST_F(MorphoTest, ExtremaEqualThePassesThatDefineThem)
                 morpho.Set(e.width, e.height, e.diagonal);
                 for (const bool maximum : {true, false}) {
                     const Picture expected = SlowExtremum(e, maximum, Picture(src));
-                    for (const SIMDLevels level : levels) {
+                    for (const SIMDLevels level : allLevels) {
                         const AtLevel at(level);
                         maximum ? morpho.Dilate(src, dst) : morpho.Erode(src, dst);
                         ASSERT_EQ(Picture(dst), expected)

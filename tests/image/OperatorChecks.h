@@ -1,27 +1,20 @@
 // What the tests of point operations share: every pair of bytes, rows of given values, and their results.
 #pragma once
 
-#include "foundation/Status.h"
+#include "Failures.h"
 #include "image/Operator.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 namespace Tesk::checks {
 
-class OperatorTest : public ::testing::Test
+class OperatorTest : public IgnoringFailures
 {
 protected:
-    void SetUp() override
-    {
-        Status::ErrorBehavior(IgnoreIt);
-        Operator::GrayDepth = 16;
-    }
     void TearDown() override
     {
-        Status::Shallow = false;
+        IgnoringFailures::TearDown();
         Operator::GrayDepth = 16;
     }
 };
@@ -71,11 +64,6 @@ inline Ints Values(const Image& image)
                              : type == Gray1  ? image.Row(y)[i / 8] >> (7 - i % 8) & 1
                                               : image.Row(y)[i]);
     return values;
-}
-
-inline std::wstring Message()
-{
-    return Status::UnicodeError();
 }
 
 /// Truncated to the range of a byte.

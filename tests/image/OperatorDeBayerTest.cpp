@@ -3,16 +3,15 @@
 
 #include "image/FilterChecks.h"
 
+#include <cstring>
+
 using namespace Tesk;
 using namespace Tesk::checks;
 
 namespace {
 
-class DeBayerTest : public ::testing::Test
-{
-protected:
-    void SetUp() override { Status::ErrorBehavior(IgnoreIt); }
-};
+class DeBayerTest : public IgnoringFailures
+{};
 
 /// 0 red, 1 green, 2 blue: the colour of a sample, from the first two colours of each of the first two rows.
 int ColorOf(BayerAlignments alignment, int x, int y)

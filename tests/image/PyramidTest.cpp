@@ -41,7 +41,7 @@ Samples Doubled(const Samples& s)
     });
 }
 
-using PyramidLevels = AtEachLevel;
+using PyramidLevels = checks::AtEachLevel;
 
 } // namespace
 

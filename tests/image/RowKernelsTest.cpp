@@ -1,7 +1,7 @@
 #include "image/kernels/RowKernels.h"
-#include "foundation/Status.h"
 
-#include <gtest/gtest.h>
+#include "Noise.h"
+#include "image/Levels.h"
 
 #include <vector>
 
@@ -10,28 +10,17 @@ using namespace Tesk::kernels;
 
 namespace {
 
-std::vector<std::uint8_t> Random(std::size_t n, std::uint32_t state)
+std::vector<std::uint8_t> Random(std::size_t n, std::uint32_t seed)
 {
+    checks::Noise noise{seed};
     std::vector<std::uint8_t> bytes(n);
-    for (auto& byte : bytes) {
-        state = state * 1664525u + 1013904223u;
-        byte = static_cast<std::uint8_t>(state >> 24);
-    }
+    for (auto& byte : bytes)
+        byte = noise.Byte();
     return bytes;
 }
 
-class RowKernels : public ::testing::TestWithParam<SIMDLevels>
-{
-protected:
-    void SetUp() override
-    {
-        former_ = Status::SIMDLevel();
-        Status::SIMDLevel(GetParam());
-    }
-    void TearDown() override { Status::SIMDLevel(former_); }
-
-    SIMDLevels former_ = NoSIMD;
-};
+class RowKernels : public checks::AtEachLevel
+{};
 
 } // namespace
 
@@ -107,4 +96,4 @@ TEST_P(RowKernels, MomentsAddUpExactly)
     check(std::vector<std::uint8_t>(2000003, 255), 0, 2000003);
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, RowKernels, ::testing::Values(NoSIMD, SIMDSSE3, SIMDSSE4, SIMDAVX2, SIMDAVX512));
+INSTANTIATE_TEST_SUITE_P(Levels, RowKernels, ::testing::ValuesIn(checks::allLevels));

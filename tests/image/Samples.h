@@ -1,10 +1,9 @@
-// What the tests of resizing and warping operations share: pixels as plain numbers, and the SIMD levels.
+// What the tests of resizing and warping operations share: pixels as plain numbers.
 #pragma once
 
-#include "foundation/Status.h"
+#include "Noise.h"
 #include "image/Image.h"
-
-#include <gtest/gtest.h>
+#include "image/Levels.h"
 
 #include <vector>
 
@@ -24,13 +23,12 @@ inline int Channels(PixelTypes type)
     return type == Rgb ? 3 : type == Rgba ? 4 : 1;
 }
 
-inline void Fill(Image& image, std::uint32_t state)
+inline void Fill(Image& image, std::uint32_t seed)
 {
+    checks::Noise noise{seed};
     for (int y = 0; y < image.StoreHeight; y++)
-        for (int i = 0; i < RowBytes(image.StoreWidth, image.Type); i++) {
-            state = state * 1664525u + 1013904223u;
-            image.Row(y)[i] = static_cast<std::uint8_t>(state >> 24);
-        }
+        for (int i = 0; i < RowBytes(image.StoreWidth, image.Type); i++)
+            image.Row(y)[i] = noise.Byte();
 }
 
 inline Samples SamplesOf(const Image& image)
@@ -53,18 +51,5 @@ Samples Made(int width, int height, int channels, F f)
                 samples.values.push_back(static_cast<int>(f(x, y, c)));
     return samples;
 }
-
-/// Runs a test at each SIMD level.
-class AtEachLevel : public ::testing::TestWithParam<SIMDLevels>
-{
-protected:
-    void SetUp() override
-    {
-        former_ = Status::SIMDLevel();
-        Status::SIMDLevel(GetParam());
-    }
-    void TearDown() override { Status::SIMDLevel(former_); }
-    SIMDLevels former_ = NoSIMD;
-};
 
 } // namespace Tesk
