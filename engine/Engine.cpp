@@ -59,7 +59,11 @@ void TraceNames(const char* step, const Operation& operation)
 
 bool IsCasesType(int type)
 {
-    static constexpr int types[] = {6, 7, 19, 20, 28, 29, 31, 37, 41, 55, 56, 61, 66, 73};
+    static constexpr int types[] = {CodeOf(L"Binarization"),    CodeOf(L"BlobSelection"), CodeOf(L"Directions"),
+                                    CodeOf(L"DraggingHandles"), CodeOf(L"EdgeSelection"), CodeOf(L"ErrorCodes"),
+                                    CodeOf(L"Features"),        CodeOf(L"GradientTypes"), CodeOf(L"GrayClipping"),
+                                    CodeOf(L"PixelTypes"),      CodeOf(L"Polarities"),    CodeOf(L"PredefinedColors"),
+                                    CodeOf(L"RangeMode"),       CodeOf(L"SelectionMode")};
     return std::find(std::begin(types), std::end(types), type) != std::end(types);
 }
 
@@ -318,11 +322,11 @@ bool Engine::Compatible(int A, int B) const
         const auto *first = dynamic_cast<const EnumArgumentNode*>(&a),
                    *second = dynamic_cast<const EnumArgumentNode*>(&b);
         compatible = first && second && first->Cases == second->Cases;
-    } else if (compatible && a.Type == 94) {
+    } else if (compatible && a.Type == CodeOf(L"double")) {
         compatible = SameRange<DbleArgumentNode>(a, b);
-    } else if (compatible && a.Type == 96) {
+    } else if (compatible && a.Type == CodeOf(L"float")) {
         compatible = SameRange<FloatArgumentNode>(a, b);
-    } else if (compatible && a.Type == 97) {
+    } else if (compatible && a.Type == CodeOf(L"int")) {
         compatible = SameRange<IntArgumentNode>(a, b);
     }
     TraceLine("%s", compatible ? "yes" : "no");

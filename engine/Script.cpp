@@ -68,7 +68,8 @@ constexpr const wchar_t* visualBasicTypes[] = {
     L"Boolean", L"Boolean?", L"Byte",  L"Byte?",    L"SByte",  L"SByte?", L"dXYZ", L"Double", L"Double?", L"Single",
     L"Integer", L"Integer?", L"Short", L"UInteger", L"UShort", L"",       L"?",    L"Char",   L"Char?"};
 
-constexpr int blobSelectionType = 7, firstSettingsType = 8, lastSettingsType = 79;
+/// The codes of the classes whose objects have settings lie between these.
+constexpr int firstSettingsType = CodeOf(L"Blobs"), lastSettingsType = CodeOf(L"SnakeGauge");
 
 std::wstring Escaped(std::uint32_t c)
 {
@@ -209,49 +210,49 @@ private:
         if (const auto* cases = dynamic_cast<const EnumArgumentNode*>(&node))
             return Enumerator(cases->EnumIndex, EnumeratorOf(variable));
         switch (node.Type) {
-        case 69: {
+        case CodeOf(L"RgbPixel"): {
             const RgbPixel p = ValueOf<RgbPixel>(variable);
             return Formatted(L"%lsRgbPixel(%d, %d, %d)", words_.prefix, p.Red, p.Green, p.Blue);
         }
-        case 70: {
+        case CodeOf(L"RgbaPixel"): {
             const RgbaPixel p = ValueOf<RgbaPixel>(variable);
             return Formatted(L"%lsRgbaPixel(%d, %d, %d, %d)", words_.prefix, p.Red, p.Green, p.Blue, p.Alpha);
         }
-        case 75: {
+        case CodeOf(L"Site"): {
             const Site s = ValueOf<Site>(variable);
             return Formatted(L"%lsSite(%d, %d)", words_.prefix, s.X, s.Y);
         }
-        case 85: {
+        case CodeOf(L"XY"): {
             const XY p = ValueOf<XY>(variable);
             return Formatted(L"%lsXY(%g, %g)", words_.prefix, p.X, p.Y);
         }
-        case 87:
+        case CodeOf(L"bool"):
             return ValueOf<bool>(variable) ? words_.yes : words_.no;
-        case 90:
-        case 98:
-        case 103:
+        case CodeOf(L"byte*"):
+        case CodeOf(L"int*"):
+        case CodeOf(L"void*"):
             return Formatted(
                 L"0x%llx", static_cast<unsigned long long>(reinterpret_cast<std::uintptr_t>(ValueOf<void*>(variable))));
-        case 91:
+        case CodeOf(L"char"):
             return L"'" + Escaped(static_cast<unsigned char>(ValueOf<char>(variable))) + L"'";
-        case 104:
+        case CodeOf(L"wchar_t"):
             return L"'" + Escaped(static_cast<std::uint32_t>(ValueOf<wchar_t>(variable))) + L"'";
-        case 92:
+        case CodeOf(L"char*"):
             return Quoted(ValueOf<const char*>(variable));
-        case 105:
+        case CodeOf(L"wchar_t*"):
             return L"L" + Quoted(ValueOf<const wchar_t*>(variable));
-        case 94:
+        case CodeOf(L"double"):
             return Formatted(L"%g", ValueOf<double>(variable));
-        case 96:
+        case CodeOf(L"float"):
             return FloatText(ValueOf<float>(variable));
-        case 97: {
+        case CodeOf(L"int"): {
             const int value = ValueOf<int>(variable);
             return value == Auto     ? L"Auto"
                    : value == MaxInt ? L"MaxInt"
                    : value == MinInt ? L"MinInt"
                                      : std::to_wstring(value);
         }
-        case 99:
+        case CodeOf(L"short"):
             return std::to_wstring(ValueOf<short>(variable));
         default:
             return L"?";
@@ -339,54 +340,54 @@ private:
     void Draw(const Arg& entry)
     {
         const wchar_t *yes = words_.yes, *no = words_.no, *end = words_.end;
-        const std::wstring all = EnumPrefix(typeString[blobSelectionType]);
+        const std::wstring all = EnumPrefix(L"BlobSelection");
         text_ += L'\t' + entry.Variable->NameText + words_.member;
         switch (TypeOf(entry)) {
-        case 8:
+        case CodeOf(L"Blobs"):
             Add(L"DrawBlob(%lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end);
             break;
-        case 10:
+        case CodeOf(L"CharReader"):
             Add(L"Draw(%ls)%ls\n", yes, end);
             break;
-        case 12:
+        case CodeOf(L"Code1DReader"):
             Add(L"Draw(%ls, %ls)%ls\n", yes, yes, end);
             break;
-        case 13:
+        case CodeOf(L"Code2DReader"):
             Add(L"Draw(%ls, %ls, %ls)%ls\n", yes, yes, yes, end);
             break;
-        case 17:
+        case CodeOf(L"Comparator"):
             Add(L"DrawROI(%ls, %ls, %ls)%ls\n", yes, yes, no, end);
             break;
-        case 22:
-        case 23:
-        case 24:
-        case 26:
-        case 27:
-        case 64:
+        case CodeOf(L"EdgeArc"):
+        case CodeOf(L"EdgeEllipse"):
+        case CodeOf(L"EdgeLine"):
+        case CodeOf(L"EdgePoint"):
+        case CodeOf(L"EdgeRectangle"):
+        case CodeOf(L"Quad"):
             Add(L"Draw(%ls, %ls)%ls\n", no, no, end);
             break;
-        case 25:
-        case 67:
+        case CodeOf(L"EdgeMap"):
+        case CodeOf(L"Region"):
             Add(L"Draw()%ls\n", end);
             break;
-        case 35:
+        case CodeOf(L"Geometry"):
             Add(L"DrawAnchors()%ls\n", end);
             break;
-        case 43:
+        case CodeOf(L"Histogram"):
             Add(L"Plot(10, 10, 512, 256, %ls, 0, 0, 0, 1)%ls\n", no, end);
             break;
-        case 44:
-        case 50:
-        case 54:
-        case 57:
-        case 62:
-        case 63:
+        case CodeOf(L"Image"):
+        case CodeOf(L"Locator"):
+        case CodeOf(L"Path"):
+        case CodeOf(L"Poly"):
+        case CodeOf(L"Profile"):
+        case CodeOf(L"Pyramid"):
             Add(L"Draw(%ls)%ls\n", no, end);
             break;
-        case 74:
+        case CodeOf(L"ShapeMatcher"):
             Add(L"DrawTrained(Limits(0, 0, 512, 256), %lsAll, %ls, %ls)%ls\n", all.c_str(), yes, no, end);
             break;
-        case 79:
+        case CodeOf(L"SnakeGauge"):
             Add(L"Draw(%ls, %ls, %ls)%ls\n", yes, yes, no, end);
             break;
         // A variable of another type has no drawing: its line names it, for the reader to complete.

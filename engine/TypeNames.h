@@ -2,6 +2,8 @@
 // operations.
 #pragma once
 
+#include <string_view>
+
 namespace Tesk {
 
 inline constexpr int typeCount = 106;
@@ -113,10 +115,19 @@ inline constexpr const wchar_t* typeString[typeCount] = {L"",
                                                          L"wchar_t",
                                                          L"wchar_t*"};
 
+/// The code of a type; a name that no type has does not compile.
+consteval int CodeOf(std::wstring_view Name)
+{
+    int code = 1;
+    while (typeString[code] != Name)
+        code++;
+    return code;
+}
+
 /// A histogram is a profile to everything that reads one.
-inline constexpr int profileType = 62, histogramType = 43;
+inline constexpr int profileType = CodeOf(L"Profile"), histogramType = CodeOf(L"Histogram");
 
 /// The first code of the language types; those below are the library's.
-inline constexpr int FirstLanguageType = 87;
+inline constexpr int FirstLanguageType = CodeOf(L"bool");
 
 } // namespace Tesk

@@ -27,8 +27,15 @@ const T& ObjectOf(const AnyVariable& Variable)
 /// The types whose objects can be seen through a shadow.
 constexpr bool CanHaveShadow(int Code)
 {
-    constexpr int codes[] = {8,  10, 12, 13, 17, 22, 23, 24, 25, 26, 27, 30, 35, 43,
-                             44, 45, 50, 52, 54, 57, 62, 63, 67, 74, 79, 80, 85};
+    constexpr int codes[] = {CodeOf(L"Blobs"),        CodeOf(L"CharReader"),    CodeOf(L"Code1DReader"),
+                             CodeOf(L"Code2DReader"), CodeOf(L"Comparator"),    CodeOf(L"EdgeArc"),
+                             CodeOf(L"EdgeEllipse"),  CodeOf(L"EdgeLine"),      CodeOf(L"EdgeMap"),
+                             CodeOf(L"EdgePoint"),    CodeOf(L"EdgeRectangle"), CodeOf(L"FeatureTable"),
+                             CodeOf(L"Geometry"),     CodeOf(L"Histogram"),     CodeOf(L"Image"),
+                             CodeOf(L"Kernel"),       CodeOf(L"Locator"),       CodeOf(L"Morpho"),
+                             CodeOf(L"Path"),         CodeOf(L"Poly"),          CodeOf(L"Profile"),
+                             CodeOf(L"Pyramid"),      CodeOf(L"Region"),        CodeOf(L"ShapeMatcher"),
+                             CodeOf(L"SnakeGauge"),   CodeOf(L"Source"),        CodeOf(L"XY")};
     return std::find(std::begin(codes), std::end(codes), Code) != std::end(codes);
 }
 
