@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cwchar>
 #include <memory>
 #include <unistd.h>
 
@@ -25,18 +24,13 @@ double ResidentMegabytes()
     return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / megabyte;
 }
 
-int FindMethod(const wchar_t* label)
-{
-    for (int i = 0; i < Engine::NumNodes; i++)
-        if (Engine::Tree[i]->Kind() == MethodKind && !std::wcscmp(Engine::Tree[i]->Label, label)) return i;
-    std::exit(2);
-}
-
 Operation& Append(Engine& engine, const wchar_t* label)
 {
     auto made = std::make_unique<Operation>();
     engine.UnreserveVariables();
-    made->Set(engine, FindMethod(label), false);
+    const int method = Engine::FindMethod(nullptr, nullptr, label);
+    if (method < 0) std::exit(2);
+    made->Set(engine, method, false);
     Operation& operation = engine.InsertOperation(std::move(made));
     engine.FillOperation(engine.NumOperations() - 1);
     for (Arg& argument : operation.Args)

@@ -74,7 +74,25 @@ bool SameRange(const ArgumentNode& a, const ArgumentNode& b)
     return first && second && first->Minimum == second->Minimum && first->Maximum == second->Maximum;
 }
 
+/// Null stands for any text.
+bool Matches(const wchar_t* wanted, const wchar_t* text)
+{
+    return !wanted || std::wcscmp(wanted, text) == 0;
+}
+
 } // namespace
+
+int Engine::FindMethod(const wchar_t* Class, const wchar_t* Identifier, const wchar_t* Label)
+{
+    bool inClass = !Class;
+    for (int i = 0; i < NumNodes; i++) {
+        const TreeNode& node = *Tree[i];
+        if (node.Kind() == ClassKind) inClass = Matches(Class, node.Identifier);
+        if (inClass && node.Kind() == MethodKind && Matches(Identifier, node.Identifier) && Matches(Label, node.Label))
+            return i;
+    }
+    return -1;
+}
 
 template <typename Visit>
 void Engine::ForArguments(int last, bool withHeld, Visit visit) const

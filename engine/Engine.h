@@ -30,6 +30,9 @@ public:
     /// Why, for a tooltip.
     static const wchar_t* const PendingReason;
 
+    /// The first method of a class with its own name and its label; null stands for any. -1 if there is none.
+    static int FindMethod(const wchar_t* Class, const wchar_t* Identifier, const wchar_t* Label);
+
     /// Where the engine tells what it does; null for silence.
     static std::FILE* Trace;
     /// Called before each operation that `Execute` runs, if set.

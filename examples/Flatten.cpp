@@ -45,20 +45,6 @@ struct Direct
     }
 };
 
-/// The method of a class by its name and label.
-int Find(const wchar_t* className, const wchar_t* identifier, const wchar_t* label)
-{
-    const TreeNode* owner = nullptr;
-    for (int i = 0; i < Engine::NumNodes; i++) {
-        const TreeNode* node = Engine::Tree[i];
-        if (node->Kind() == ClassKind) owner = node;
-        if (node->Kind() == MethodKind && owner && !std::wcscmp(owner->Identifier, className) &&
-            !std::wcscmp(node->Identifier, identifier) && !std::wcscmp(node->Label, label))
-            return i;
-    }
-    return -1;
-}
-
 /// The same steps as the workbench records them.
 class Recorded
 {
@@ -67,7 +53,7 @@ public:
     {
         auto operation = std::make_unique<Operation>();
         engine_.UnreserveVariables();
-        operation->Set(engine_, Find(className, identifier, label), false);
+        operation->Set(engine_, Engine::FindMethod(className, identifier, label), false);
         Operation& added = engine_.InsertOperation(std::move(operation));
         engine_.FillOperation(engine_.NumOperations() - 1);
         return added;

@@ -89,14 +89,21 @@ std::wstring NameOf(const Arg& argument)
 
 int FindMethod(const wchar_t* identifier, const wchar_t* label)
 {
-    for (int i = 0; i < Engine::NumNodes; i++)
-        if (Engine::Tree[i]->Kind() == MethodKind && !std::wcscmp(Engine::Tree[i]->Identifier, identifier) &&
-            !std::wcscmp(Engine::Tree[i]->Label, label))
-            return i;
-    return -1;
+    return Engine::FindMethod(nullptr, identifier, label);
 }
 
 } // namespace
+
+TEST_F(EngineTest, AMethodIsFoundInItsOwnClass)
+{
+    const int inOperator = Engine::FindMethod(L"Operator", L"Normalize", nullptr),
+              inHistogram = Engine::FindMethod(L"Histogram", L"Normalize", nullptr);
+    ASSERT_GE(inOperator, 0);
+    ASSERT_GE(inHistogram, 0);
+    EXPECT_NE(inOperator, inHistogram);
+    EXPECT_EQ(Engine::FindMethod(L"Kernel", L"Normalize", L"Invert"), -1);
+    EXPECT_EQ(Engine::FindMethod(L"Invert", nullptr, nullptr), -1) << "a method's name, not a class's";
+}
 
 TEST_F(EngineTest, ASequenceReadsInvertsAndWrites)
 {

@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cwchar>
 #include <string>
 
 namespace TeskTests {
@@ -18,9 +17,7 @@ inline constexpr const wchar_t* constantCopy = L"Constant - Gray";
 
 inline int FindMethod(const wchar_t* label)
 {
-    for (int i = 0; i < Engine::NumNodes; i++)
-        if (Engine::Tree[i]->Kind() == MethodKind && !std::wcscmp(Engine::Tree[i]->Label, label)) return i;
-    return -1;
+    return Engine::FindMethod(nullptr, nullptr, label);
 }
 
 class SequenceTest : public ::testing::Test

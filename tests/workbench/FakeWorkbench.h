@@ -19,15 +19,7 @@ namespace TeskPlus {
 
 inline int FindMethod(const wchar_t* className, const wchar_t* label)
 {
-    const TreeNode* owner = nullptr;
-    for (int i = 0; i < Engine::NumNodes; i++) {
-        const TreeNode* node = Engine::Tree[i];
-        if (node->Kind() == ClassKind) owner = node;
-        if (node->Kind() == MethodKind && owner && !std::wcscmp(owner->Identifier, className) &&
-            !std::wcscmp(node->Label, label))
-            return i;
-    }
-    return -1;
+    return Engine::FindMethod(className, nullptr, label);
 }
 
 /// An object's controller: a window that is on the screen or not, with the properties of its class.
