@@ -427,34 +427,6 @@ void PrefixInts(const std::uint32_t* s, std::uint32_t* p, std::size_t n)
     Prefix(p, n, [s](auto d, std::size_t i) HWY_ATTR { return hn::LoadU(d, s + i); });
 }
 
-using Ints = hn::Repartition<std::uint32_t, Bytes>;
-using Longs = hn::Repartition<std::uint64_t, Bytes>;
-
-/// Of 32-bit sums.
-struct IntQuotient
-{
-    hn::Vec<Ints> multiplier, addend;
-    int shift;
-
-    explicit IntQuotient(std::uint32_t N)
-    {
-        const Reciprocal<std::uint32_t> r(N);
-        multiplier = hn::Set(Ints(), r.multiplier);
-        addend = hn::Set(Ints(), r.addend);
-        shift = r.shift;
-    }
-    HWY_INLINE hn::Vec<Ints> operator()(hn::Vec<Ints> sum) const
-    {
-        const Ints ints;
-        const Longs longs;
-        sum = hn::Add(sum, addend);
-        const auto oddSum = hn::BitCast(ints, hn::ShiftRight<32>(hn::BitCast(longs, sum)));
-        const auto even = hn::ShiftRight<32>(hn::MulEven(sum, multiplier));
-        const auto odd = hn::AndNot(hn::Set(longs, 0xffffffff), hn::MulEven(oddSum, multiplier));
-        return hn::ShiftRightSame(hn::BitCast(ints, hn::Or(even, odd)), shift);
-    }
-};
-
 void WordQuotients(const std::uint16_t* p, std::size_t width, std::uint8_t* d, std::size_t n, std::uint32_t N)
 {
     const Words words;

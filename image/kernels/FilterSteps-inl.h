@@ -21,6 +21,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Bytes = hn::ScalableTag<std::uint8_t>;
 using Words = hn::Repartition<std::uint16_t, Bytes>;
 using Shorts = hn::Repartition<std::int16_t, Bytes>;
+using Ints = hn::Repartition<std::uint32_t, Bytes>;
 using VB = hn::Vec<Bytes>;
 using VS = hn::Vec<Shorts>;
 using VW = hn::Vec<Words>;
@@ -74,21 +75,48 @@ struct Reciprocal
 };
 
 /// Of 16-bit sums.
+template <class D = Words>
 struct WordQuotient
 {
-    VW multiplier, addend;
+    hn::Vec<D> multiplier, addend;
     int shift;
 
     explicit WordQuotient(std::uint32_t N)
     {
         const Reciprocal<std::uint16_t> r(N);
-        multiplier = hn::Set(Words(), r.multiplier);
-        addend = hn::Set(Words(), r.addend);
+        multiplier = hn::Set(D(), r.multiplier);
+        addend = hn::Set(D(), r.addend);
         shift = r.shift;
     }
-    HWY_INLINE VW operator()(VW sum) const
+    HWY_INLINE hn::Vec<D> operator()(hn::Vec<D> sum) const
     {
         return hn::ShiftRightSame(hn::MulHigh(hn::Add(sum, addend), multiplier), shift);
+    }
+};
+
+/// Of 32-bit sums.
+template <class D = Ints>
+struct IntQuotient
+{
+    hn::Vec<D> multiplier, addend;
+    int shift;
+
+    explicit IntQuotient(std::uint32_t N)
+    {
+        const Reciprocal<std::uint32_t> r(N);
+        multiplier = hn::Set(D(), r.multiplier);
+        addend = hn::Set(D(), r.addend);
+        shift = r.shift;
+    }
+    HWY_INLINE hn::Vec<D> operator()(hn::Vec<D> sum) const
+    {
+        const D ints;
+        const hn::Repartition<std::uint64_t, D> longs;
+        sum = hn::Add(sum, addend);
+        const auto oddSum = hn::BitCast(ints, hn::ShiftRight<32>(hn::BitCast(longs, sum)));
+        const auto even = hn::ShiftRight<32>(hn::MulEven(sum, multiplier));
+        const auto odd = hn::AndNot(hn::Set(longs, 0xffffffff), hn::MulEven(oddSum, multiplier));
+        return hn::ShiftRightSame(hn::BitCast(ints, hn::Or(even, odd)), shift);
     }
 };
 

@@ -69,7 +69,7 @@ void WeighMask(const Mask& mask, const std::uint8_t* const* lines, std::uint8_t*
 // Cascades of boxes
 
 /// One part of a strip, as many columns as fit in a vector, down the lines. The comb of three boxes, two of which have
-/// the same width, is taken of six lines; `Take(t)` gives it, and `Put` gets the line that is done.
+/// the same width, is taken of six lines; `comb(t)` gives it, and `put` gets the line that is done.
 template <typename State, typename Comb, typename Put>
 HWY_INLINE void Integrate(std::size_t warmUp, std::size_t n, State state, Comb comb, Put put)
 {
@@ -85,22 +85,16 @@ using StripWords = hn::CappedTag<std::uint16_t, stripLanes>;
 using StripShorts = hn::RebindToSigned<StripWords>;
 using StripInts = hn::Repartition<std::uint32_t, StripWords>;
 using StripWholes = hn::RebindToSigned<StripInts>;
-using StripLongs = hn::Repartition<std::uint64_t, StripWords>;
 
 /// Sums that stay below 65536, and so are right modulo 65536, whatever the integrators on the way hold.
 template <int boxes>
 struct WordState
 {
     hn::Vec<StripWords> sums[boxes];
-    hn::Vec<StripWords> multiplier, addend;
-    int shift;
+    WordQuotient<StripWords> quotient;
 
-    explicit WordState(std::uint32_t N)
+    explicit WordState(std::uint32_t N) : quotient(N)
     {
-        const Reciprocal<std::uint16_t> r(N);
-        multiplier = hn::Set(StripWords(), r.multiplier);
-        addend = hn::Set(StripWords(), r.addend);
-        shift = r.shift;
         for (auto& sum : sums)
             sum = hn::Zero(StripWords());
     }
@@ -109,25 +103,16 @@ struct WordState
         for (auto& sum : sums)
             v = sum = hn::Add(sum, v);
     }
-    HWY_INLINE hn::Vec<StripShorts> Result() const
-    {
-        const auto q = hn::MulHigh(hn::Add(sums[boxes - 1], addend), multiplier);
-        return hn::BitCast(StripShorts(), hn::ShiftRightSame(q, shift));
-    }
+    HWY_INLINE hn::Vec<StripShorts> Result() const { return hn::BitCast(StripShorts(), quotient(sums[boxes - 1])); }
 };
 
 struct IntState
 {
     hn::Vec<StripInts> lower[3], upper[3];
-    hn::Vec<StripInts> multiplier, addend;
-    int shift;
+    IntQuotient<StripInts> quotient;
 
-    explicit IntState(std::uint32_t N)
+    explicit IntState(std::uint32_t N) : quotient(N)
     {
-        const Reciprocal<std::uint32_t> r(N);
-        multiplier = hn::Set(StripInts(), r.multiplier);
-        addend = hn::Set(StripInts(), r.addend);
-        shift = r.shift;
         for (auto& sum : lower)
             sum = hn::Zero(StripInts());
         for (auto& sum : upper)
@@ -147,19 +132,10 @@ struct IntState
         for (auto& sum : upper)
             b = sum = hn::Add(sum, b);
     }
-    HWY_INLINE hn::Vec<StripWholes> Quotient(hn::Vec<StripInts> sum) const
-    {
-        const StripInts ints;
-        const StripLongs longs;
-        sum = hn::Add(sum, addend);
-        const auto oddSum = hn::BitCast(ints, hn::ShiftRight<32>(hn::BitCast(longs, sum)));
-        const auto even = hn::ShiftRight<32>(hn::MulEven(sum, multiplier));
-        const auto odd = hn::AndNot(hn::Set(longs, 0xffffffff), hn::MulEven(oddSum, multiplier));
-        return hn::BitCast(StripWholes(), hn::ShiftRightSame(hn::BitCast(ints, hn::Or(even, odd)), shift));
-    }
     HWY_INLINE hn::Vec<StripShorts> Result() const
     {
-        return hn::ReorderDemote2To(StripShorts(), Quotient(lower[2]), Quotient(upper[2]));
+        return hn::ReorderDemote2To(StripShorts(), hn::BitCast(StripWholes(), quotient(lower[2])),
+                                    hn::BitCast(StripWholes(), quotient(upper[2])));
     }
 };
 
