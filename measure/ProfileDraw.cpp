@@ -164,6 +164,43 @@ struct Curve
     }
 };
 
+/// The least and the greatest value of some channels; zero is always in sight.
+void ValueRange(const Profile& profile, int curves, double& low, double& high)
+{
+    low = high = 0;
+    for (int c = 0; c < curves; c++)
+        for (int i = 0; i < profile.Length; i++) {
+            const double value = Curve{profile, c, Channels(profile.Type)}.At(i);
+            low = value < low ? value : low;
+            high = value > high ? value : high;
+        }
+    if (low == high) high = low + 1;
+}
+
+/// The points of a curve over an axis of that many pixels, as `place(along, value)` puts them.
+template <typename F>
+std::vector<XY> PointsOf(const Curve& curve, double across, F place)
+{
+    const int length = curve.profile.Length;
+    const double step = length > 1 ? across / (length - 1) : 0;
+    std::vector<XY> points;
+    // Where several samples share a pixel, their extremes stand for them.
+    const int share = Max(1, static_cast<int>(length / (across + 1)));
+    for (int i = 0; i < length; i += share) {
+        double least = curve.At(i), most = least;
+        const int end = static_cast<int>(Min<std::int64_t>(std::int64_t{i} + share, length));
+        for (int k = i + 1; k < end; k++) {
+            least = Min(least, curve.At(k));
+            most = Max(most, curve.At(k));
+        }
+        points.push_back(place(i * step, least));
+        if (most != least) points.push_back(place(i * step, most));
+        if (length - i <= share) break;
+    }
+    if (points.size() == 1) points.push_back(place(across, curve.At(0)));
+    return points;
+}
+
 bool IsPlotted(PixelTypes type)
 {
     return IsWhole(type) || type == Rgb || type == Rgba || type == Float || type == Dble || type == Bool;
@@ -308,40 +345,15 @@ void Profile::Plot(int X, int Y, int Width, int Height, bool Vertical, int Minim
     }
     const int channels = Channels(Type), curves = Min(channels, 3);
     double low = Minimum, high = Maximum;
-    if (Minimum == Maximum) {
-        low = high = 0; // zero is always in sight
-        for (int c = 0; c < curves; c++)
-            for (int i = 0; i < Length; i++) {
-                const double value = Curve{*this, c, channels}.At(i);
-                low = value < low ? value : low;
-                high = value > high ? value : high;
-            }
-        if (low == high) high = low + 1;
-    }
+    if (Minimum == Maximum) ValueRange(*this, curves, low, high);
     Guarded(entry, [&] {
         constexpr PredefinedColors colors[] = {Red, Green, Blue};
         for (int c = 0; c < curves; c++) {
-            const Curve curve{*this, c, channels};
-            const auto height = [&](double value) {
+            const auto points = PointsOf(Curve{*this, c, channels}, across, [&](double along, double value) {
                 const double part = (value - low) / (high - low);
-                return part > 0 ? Min(part, 1.0) * up : 0.0;
-            };
-            std::vector<XY> points;
-            // Where several samples share a pixel, their extremes stand for them.
-            const int share = Max(1, static_cast<int>(Length / (across + 1)));
-            for (int i = 0; i < Length; i += share) {
-                double least = curve.At(i), most = least;
-                const int end = static_cast<int>(Min<std::int64_t>(std::int64_t{i} + share, Length));
-                for (int k = i + 1; k < end; k++) {
-                    least = Min(least, curve.At(k));
-                    most = Max(most, curve.At(k));
-                }
-                points.push_back(place(i * step, height(least)));
-                if (most != least) points.push_back(place(i * step, height(most)));
-                if (Length - i <= share) break;
-            }
+                return place(along, part > 0 ? Min(part, 1.0) * up : 0.0);
+            });
             if (curves > 1 && Graph::AutoColors) Graph::LineColor = colors[c];
-            if (points.size() == 1) points.push_back(place(across, height(curve.At(0))));
             Graph::Polyline(points, false);
         }
     });
