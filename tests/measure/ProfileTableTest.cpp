@@ -7,7 +7,6 @@
 #include "measure/Profile.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
