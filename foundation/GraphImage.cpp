@@ -49,11 +49,6 @@ const std::uint8_t* RowOf(const ImageView& view, int y)
     return view.Pixels + static_cast<std::ptrdiff_t>(view.Pitch) * (view.Source.Y + y);
 }
 
-std::uint8_t Strength(GradPixel p, int gain)
-{
-    return static_cast<std::uint8_t>(GradientGray(Max(Abs(int{p.X}), Abs(int{p.Y})), gain));
-}
-
 /// A row of the source rectangle in its displayable form: 1, 8 or 32 bits a pixel.
 void ConvertRow(const ImageView& view, int y, std::uint8_t* dst)
 {
@@ -70,7 +65,8 @@ void ConvertRow(const ImageView& view, int y, std::uint8_t* dst)
         break;
     case Grad:
         for (int x = 0; x < width; x++)
-            dst[x] = Strength(reinterpret_cast<const GradPixel*>(row)[x0 + x], view.Gain);
+            dst[x] =
+                static_cast<std::uint8_t>(GradientGray(reinterpret_cast<const GradPixel*>(row)[x0 + x], view.Gain));
         break;
     case Gray1:
         std::fill_n(dst, (width + 7) >> 3, std::uint8_t{0});

@@ -147,22 +147,23 @@ using GradPixel = Gradient;
 
 /// The gray value for the strength of a gradient, the larger of its components without their signs: the gain tells by
 /// how much its filter multiplies. Gains of 5 and 35 take no division.
-constexpr int GradientGray(int Strength, int Gain)
+constexpr int GradientGray(Gradient Value, int Gain)
 {
+    const int x = Value.X < 0 ? -Value.X : Value.X, y = Value.Y < 0 ? -Value.Y : Value.Y, strength = x > y ? x : y;
     const auto held = [](int gray) { return gray < 255 ? gray : 255; };
     switch (Gain) {
     case 3:
-        return held(Strength * 85 >> 8);
+        return held(strength * 85 >> 8);
     case 4:
-        return held(Strength >> 2);
+        return held(strength >> 2);
     case 6:
-        return held(Strength * 85 >> 9);
+        return held(strength * 85 >> 9);
     case 8:
-        return held(Strength >> 3);
+        return held(strength >> 3);
     case 15:
-        return Strength * 17 >> 8;
+        return strength * 17 >> 8;
     default:
-        return held(Strength);
+        return held(strength);
     }
 }
 

@@ -32,17 +32,12 @@ int RefuseDestination(PixelTypes type)
                           PixelTypeName(type));
 }
 
-int Strength(GradPixel p)
-{
-    return Max(Abs(int{p.X}), Abs(int{p.Y}));
-}
-
 /// A gradient's strength as a gray value; other gains leave the destination as it stands.
 void GradToGray(const Image& src, Image& dst)
 {
     // The gain is known to the compiler in each loop.
     const auto scaled = [&](auto gain) {
-        EachPixel<GradPixel, GrayPixel>(src, dst, [=](GradPixel p) { return GradientGray(Strength(p), gain); });
+        EachPixel<GradPixel, GrayPixel>(src, dst, [=](GradPixel p) { return GradientGray(p, gain); });
     };
     switch (src.GradGain) {
     case 1:
