@@ -4,7 +4,7 @@
 #include "foundation/Status.h"
 
 #include <new>
-#include <utility>
+#include <stdexcept>
 
 namespace Tesk {
 
@@ -24,7 +24,21 @@ public:
         return Status::Raise(Status::Format(Code, Message, values...), context_);
     }
 
-    const char* Context() const { return context_; }
+    /// Runs `work`, and refuses with `Message` if its containers do not get their memory (`CannotAllocate`). Whether it
+    /// ran to its end.
+    template <typename F>
+    bool Guards(const wchar_t* Message, F work) const
+    {
+        try {
+            work();
+            return true;
+        } catch (const std::bad_alloc&) {
+        } catch (const std::length_error&) {
+        }
+        // Behind the handlers, as the chosen behaviour may throw in its turn.
+        Refuse(CannotAllocate, Message);
+        return false;
+    }
 
 private:
     const char* context_;

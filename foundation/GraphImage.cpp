@@ -183,11 +183,7 @@ void Graph::DrawImage(const ImageView& View, const LookupTableView* Table)
 {
     const Entry entry("Tesk::Graph::_Image");
     if (Table && entry.Refuses(CheckTable(View.Type, *Table))) return;
-    try {
-        Render(View, Table);
-    } catch (const std::bad_alloc&) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the memory to draw an image");
-    }
+    entry.Guards(L"Cannot allocate the memory to draw an image", [&] { Render(View, Table); });
 }
 
 void Graph::Render(const ImageView& View, const LookupTableView* Table)

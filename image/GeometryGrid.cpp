@@ -179,7 +179,7 @@ void Geometry::GridDeform(XY* F, int N, int NX, int NY, Image& Src, int X0, int 
     Image src;
     if (warps::Prepare(Src, Dst, true, src)) return;
     const Grid grid{F, static_cast<std::size_t>(N), {X0, TX, NX}, {Y0, TY, NY}};
-    try {
+    entry.Guards(L"Cannot allocate the splines of the grid", [&] {
         if (Dst.Type == GeoMap)
             RecordDeformation(grid, src, Dst);
         else if (src.Type == Gray)
@@ -188,9 +188,7 @@ void Geometry::GridDeform(XY* F, int N, int NX, int NY, Image& Src, int X0, int 
             Deform<1, std::uint16_t>(grid, src, Dst);
         else
             Deform<3, std::uint8_t>(grid, src, Dst);
-    } catch (const std::bad_alloc&) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the splines of the grid");
-    }
+    });
 }
 
 } // namespace Tesk

@@ -60,11 +60,7 @@ void InPlace(const char* context, const Image& Src, Image& Dst, F f)
     if (entry.Refuses(CheckImage(Src)) || entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
     points::Sources held;
     if (points::Prepare(entry, Src, Dst, Undefined, held)) return;
-    try {
-        f(held.a, Dst);
-    } catch (const std::bad_alloc&) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
-    }
+    entry.Guards(L"Cannot allocate an image buffer", [&] { f(held.a, Dst); });
 }
 
 } // namespace
@@ -91,7 +87,7 @@ void Geometry::Turn(int Quadrant, const Image& Src, Image& Dst)
             const auto elementSize = static_cast<std::size_t>(ElementSize(s.Type));
             const auto width = static_cast<std::size_t>(int(s.Width)), height = static_cast<std::size_t>(int(s.Height));
             if (quarters == 0)
-                sizing::CopyWindow(s, d);
+                points::CopyRows(s, d);
             else if (quarters == 2)
                 MirrorRows(s, d, true);
             else if (quarters == 1)

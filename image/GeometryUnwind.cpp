@@ -63,11 +63,7 @@ void Geometry::Unwind(XY& Center, double BegAngle, double EndAngle, double BegRa
     if (entry.Refuses(RefuseRing(ring))) return;
     Image src;
     if (warps::Prepare(Src, Dst, false, src)) return;
-    try {
-        Unroll(ring, src, Dst, Interpolate);
-    } catch (const std::bad_alloc&) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
-    }
+    entry.Guards(L"Cannot allocate an image buffer", [&] { Unroll(ring, src, Dst, Interpolate); });
 }
 
 } // namespace Tesk

@@ -5,8 +5,6 @@
 #include "image/OperatorFrame.h"
 
 #include <algorithm>
-#include <new>
-#include <stdexcept>
 #include <vector>
 
 namespace Tesk::filters {
@@ -63,15 +61,7 @@ private:
 template <typename F>
 void Guarded(const Entry& entry, F work)
 {
-    bool failed = false;
-    try {
-        work();
-    } catch (const std::bad_alloc&) {
-        failed = true;
-    } catch (const std::length_error&) {
-        failed = true;
-    }
-    if (failed) entry.Refuse(CannotAllocate, L"Cannot allocate the working buffers of the filter");
+    entry.Guards(L"Cannot allocate the working buffers of the filter", work);
 }
 
 /// Copies of the rows around the current one, each extended to the left and right by its end pixels and then by spare

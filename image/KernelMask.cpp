@@ -54,12 +54,10 @@ void Kernel::ShallowCopy(const Kernel& Src, bool KeepView)
 {
     const Entry entry("Tesk::Kernel::ShallowCopy");
     if (!KeepView || this == &Src) return;
-    try {
+    entry.Guards(L"Cannot allocate the kernel Buffer", [&] {
         Kernel copy = Src;
         *this = std::move(copy);
-    } catch (const std::bad_alloc&) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the kernel Buffer");
-    }
+    });
 }
 
 double& Kernel::Coefficient(int X, int Y)

@@ -10,13 +10,6 @@ int CheckType(const Image& image, Types types, const wchar_t* required)
                           PixelTypeName(image.Type), required);
 }
 
-void CopyRows(const Image& src, Image& dst)
-{
-    const auto bytes = static_cast<std::size_t>(points::ByteCount(src));
-    for (int y = 0; y < src.Height; y++)
-        std::memcpy(dst.Row(y), src.Row(y), bytes);
-}
-
 bool MakeWork(const Entry& entry, const Image& like, PixelTypes type, Image& work)
 {
     return !work.TrySet(like.Width, like.Height, type) &&

@@ -4,10 +4,9 @@
 #include "foundation/Entry.h"
 #include "image/OperatorFrame.h"
 
-#include <new>
-
 namespace Tesk::morpho {
 
+using points::CopyRows;
 using points::Types;
 
 inline constexpr Types grayTypes = {Gray, Gray16};
@@ -29,20 +28,11 @@ bool Prepare(const Entry& entry, const Image& src, Types types, Image& dst, Imag
 /// A working image; true, and reported, if there is no memory.
 bool MakeWork(const Entry& entry, const Image& like, PixelTypes type, Image& work);
 
-/// Copies the window of one image to that of another of the same type and size.
-void CopyRows(const Image& src, Image& dst);
-
 /// Runs the part of an operation that allocates working memory; false, and reported, if there is none.
 template <typename F>
 bool WithMemory(const Entry& entry, F work)
 {
-    try {
-        work();
-        return true;
-    } catch (const std::bad_alloc&) {
-    }
-    entry.Refuse(CannotAllocate, L"Cannot allocate the working memory");
-    return false;
+    return entry.Guards(L"Cannot allocate the working memory", work);
 }
 
 } // namespace Tesk::morpho

@@ -43,8 +43,7 @@ bool KeepApart(const Entry& entry, Image& held, const Image& dst, InPlace inPlac
     Image copy;
     if (!copy.TrySet(held.Width, held.Height, held.Type))
         return entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
-    for (int y = 0; y < held.Height; y++)
-        std::memcpy(copy.Row(y), held.Row(y), static_cast<std::size_t>(ByteCount(held)));
+    CopyRows(held, copy);
     copy.GradGain = held.GradGain;
     held.ShallowCopy(copy, true);
     return false;

@@ -164,6 +164,14 @@ void EachBytePair(const Image& src, const Image& srcB, Image& dst, F f)
     }
 }
 
+/// Copies the pixels of a window to one of the same size and type, the last byte of a packed row whole.
+inline void CopyRows(const Image& src, Image& dst)
+{
+    const auto bytes = static_cast<std::size_t>(ByteCount(src));
+    for (int y = 0; y < src.Height; y++)
+        std::memcpy(dst.Row(y), src.Row(y), bytes);
+}
+
 /// Pixels of one type through a function into pixels of another.
 template <typename S, typename D, typename F>
 void EachPixel(const Image& src, Image& dst, F f)

@@ -42,7 +42,7 @@ void Pyramid::Build(const Image& Src, int MinSize, int MaxLevels, bool BaseApart
             entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
             return;
         }
-        sizing::CopyWindow(base, levels_[0]);
+        points::CopyRows(base, levels_[0]);
     }
     this->BaseApart = BaseApart;
     NumLevels = 1;

@@ -1,6 +1,5 @@
 #include "image/SizingFrame.h"
 
-#include <cstring>
 #include <limits>
 
 namespace Tesk::sizing {
@@ -13,13 +12,6 @@ bool SizeWindow(Image& image, int width, int height, PixelTypes type)
         return true;
     }
     return image.TrySet(width, height, type);
-}
-
-void CopyWindow(const Image& src, Image& dst)
-{
-    const auto bytes = static_cast<std::size_t>(RowBytes(src.Width, src.Type));
-    for (int y = 0; y < src.Height; y++)
-        std::memcpy(dst.Row(y), src.Row(y), bytes);
 }
 
 bool RefuseSize(Image& image, std::int64_t width, std::int64_t height, PixelTypes type)

@@ -18,9 +18,6 @@ inline bool Reaches(const Image& dst, const Image& src)
     return src.Buffer == dst.Buffer || points::Overlap(src, dst);
 }
 
-/// Copies the pixels of a window to one of the same size and type.
-void CopyWindow(const Image& src, Image& dst);
-
 /// Sizes an image, and refuses what no image can have, or memory has no room for, as `Image::Set` does; true if it was
 /// refused.
 bool RefuseSize(Image& image, std::int64_t width, std::int64_t height, PixelTypes type);
@@ -45,7 +42,7 @@ void FillSized(const Entry& entry, const Image& Src, Image& Dst, std::int64_t wi
             compute(src, work);
             if (RefuseSize(Dst, width, height, type)) return;
             Dst.DetachIfShared(false);
-            CopyWindow(work, Dst);
+            points::CopyRows(work, Dst);
         }
     } catch (const std::bad_alloc&) {
         entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");

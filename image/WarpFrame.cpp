@@ -56,7 +56,7 @@ bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held)
     if (Dst.Type != GeoMap && (sizing::Reaches(Dst, held) || !HasOffsets(held))) {
         Image copy;
         if (sizing::RefuseSize(copy, Src.Width, Src.Height, Src.Type)) return true;
-        sizing::CopyWindow(held, copy);
+        points::CopyRows(held, copy);
         held.ShallowCopy(copy, true);
     }
     Dst.GradGain = 1;

@@ -40,18 +40,12 @@ Path& Path::operator=(Path&& Other) noexcept
 void Path::Append(Site Vertex)
 {
     const Entry entry("Tesk::Path::Append");
-    bool appended = true;
-    try {
+    entry.Guards(L"Cannot (re)allocate the path Buffer", [&] {
         if (!sites_ || sites_.use_count() > 1)
             sites_ = sites_ ? std::make_shared<std::vector<Site>>(*sites_) : std::make_shared<std::vector<Site>>();
         sites_->push_back(Vertex);
-    } catch (const std::bad_alloc&) {
-        appended = false;
-    }
-    if (appended)
         Length += 1;
-    else
-        entry.Refuse(CannotAllocate, L"Cannot (re)allocate the path Buffer");
+    });
 }
 
 void Path::Clear()

@@ -5,8 +5,6 @@
 #include "image/Image.h"
 #include "measure/Profile.h"
 
-#include <new>
-
 namespace Tesk::profiles {
 
 /// Types whose samples statistics and edges are taken of.
@@ -49,13 +47,7 @@ int CheckSamples(const Profile& profile, F supports)
 template <typename F>
 void Guarded(const Entry& entry, F f)
 {
-    bool failed = false;
-    try {
-        f();
-    } catch (const std::bad_alloc&) {
-        failed = true;
-    }
-    if (failed) entry.Refuse(CannotAllocate, L"Cannot allocate an internal buffer");
+    entry.Guards(L"Cannot allocate an internal buffer", f);
 }
 
 inline int Saturated(std::int64_t value)

@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include <chrono>
+#include <new>
 #include <string>
 #include <thread>
+#include <vector>
 
 using namespace Tesk;
 
@@ -35,6 +38,28 @@ TEST_F(StatusTest, AFailureKeepsCodeMessageAndContextUntilTheNextEntry)
     EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Test::Method");
     const Entry next("Tesk::Test::Next");
     EXPECT_EQ(Status::Error().Code, NoError);
+}
+
+TEST_F(StatusTest, LackOfMemoryIsRefusedAsAsked)
+{
+    const Entry entry("Tesk::Test::Method");
+    bool ran = false;
+    EXPECT_TRUE(entry.Guards(L"No room", [&] { ran = true; }));
+    EXPECT_TRUE(ran);
+    EXPECT_EQ(Status::Error().Code, NoError);
+    EXPECT_FALSE(entry.Guards(L"No room", [] { throw std::bad_alloc(); }));
+    EXPECT_EQ(Status::Error().Code, CannotAllocate);
+    EXPECT_STREQ(Status::UnicodeError(), L"No room");
+    Status::Error().Code = NoError;
+    std::vector<int> endless;
+    EXPECT_FALSE(entry.Guards(L"Beyond any", [&] { endless.resize(endless.max_size() + 1); }));
+    EXPECT_STREQ(Status::UnicodeError(), L"Beyond any");
+    Status::ErrorBehavior(ThrowIt);
+    EXPECT_THROW(entry.Guards(L"No room", [] { throw std::bad_alloc(); }), Status);
+    // A refusal inside is not taken for a lack of memory.
+    Status::ErrorBehavior(IgnoreIt);
+    EXPECT_TRUE(entry.Guards(L"No room", [&] { entry.Refuse(OutOfRange, L"Inside"); }));
+    EXPECT_STREQ(Status::UnicodeError(), L"Inside");
 }
 
 TEST_F(StatusTest, LongMessagesAreCutAt255Characters)
