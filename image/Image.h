@@ -27,6 +27,7 @@ int RowBytes(int Width, PixelTypes Type);
 /// The name of a pixel type in messages: "Gray", "Gradient", "Map".
 const wchar_t* PixelTypeName(PixelTypes Type);
 
+/// Rows of pixels of one type in a store, which images may share, and the window of it that operations work on.
 class Image
 {
     template <typename T>
@@ -80,13 +81,22 @@ public:
     bool PixelGray1(int X, int Y) const;
     void PixelGray1(int X, int Y, bool Value);
 
-    /// Reads an image file; the format goes by the extension. `Undefined` asks for the file's own pixel type.
+    /// Reads an image file; the format goes by the extension: BMP, PBM, PGM, PPM, PNG, JPEG, TIFF. `Undefined` asks
+    /// for the file's own pixel type. Refused, leaving the image as it was: a file that cannot be opened (`CannotOpen`)
+    /// or is broken (`CannotRead`) or of another kind (`UnsupportedFormat`), a type that it does not convert to
+    /// (`IncompatibleType`), no memory
+    /// (`CannotAllocate`). Another type than `Undefined`, `Gray`, `Gray16`, `Rgb` and `Gray1` is reported
+    /// (`UnsupportedType`), and read all the same where the file converts to it.
     void Read(const char* PathName, PixelTypes Type = Gray);
     void Read(const wchar_t* PathName, PixelTypes Type = Gray);
-    /// Writes the window to a file; an unknown extension writes BMP.
+    /// Writes the window to a file; an unknown extension writes BMP. Refused: a void image (`VoidObject`), a type that
+    /// the format does not hold (`UnsupportedType`), a file that cannot be opened (`CannotOpen`) or written
+    /// (`CannotWrite`).
     void Write(const char* PathName) const;
     void Write(const wchar_t* PathName) const;
 
+    /// Draws the window, or the whole store, on the current target of `Graph`: gray values as they are, those beyond 8
+    /// bits by `Operator::GrayDepth`, a gradient by its strength over `GradGain`. A void image draws nothing.
     void Draw(bool WindowOnly) const;
     /// A `Gray` image as a table of 256 entries shows it. Refused: another image (`UnsupportedType`), a table that is
     /// neither `Gray` nor `Rgb` (`IncompatibleType`) or of another length (`IncompatibleSize`).

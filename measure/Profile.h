@@ -149,13 +149,19 @@ public:
     /// `Gray` and `Rgb` make 256 samples, `Gray16` makes `1 << GrayDepth`; `Undefined` keeps the present profile, which
     /// must not be empty (`VoidObject`). Other types are refused (`UnsupportedType`).
     /// @{
+    /// `Gain` times the index plus `Offset`, truncated and held to 0 to 255, or to 32767 for `Gray16`.
     void GainOffset(double Gain, double Offset, PixelTypes Type = Gray);
+    /// `Black` below the threshold, `White` from it up.
     void Threshold(int Threshold, int Black = 0, int White = ~0, PixelTypes Type = Gray);
+    /// `Black` below the threshold, `MidGray` for `Delta` indexes from it up, `White` beyond; `NotInitialized` stands
+    /// for the middle of the scale.
     void BiThreshold(int Threshold, int Delta, int Black = 0, int MidGray = NotInitialized, int White = ~0,
                      PixelTypes Type = Gray);
     /// Steps of `Resolution`, which must be positive (`OutOfRange`).
     void Quantize(int Resolution, PixelTypes Type = Gray);
+    /// The logarithm scaled so that N stays, or its inverse; N is 256, and 65536 for `Gray16`. Index 0 gives 0.
     void Logarithm(bool Inverse, PixelTypes Type = Gray);
+    /// The power of the index scaled so that N stays; index 0 gives 0.
     void Gamma(double Exponent, PixelTypes Type = Gray);
     /// An `Rgb` table from blue over green to red, or with `Inverse` from red to blue.
     void PseudoColor(bool Inverse = false);
