@@ -337,7 +337,7 @@ TEST_P(GeometryLevels, UnwindTakesRadiiDownTheRowsAndAnglesAlongThem)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, GeometryLevels, ::testing::Values(NoSIMD, SIMDSSE4, SIMDAVX2));
+INSTANTIATE_TEST_SUITE_P(Levels, GeometryLevels, ::testing::ValuesIn(checks::allLevels));
 
 TEST(Geometry, AnIdentityCopiesAndTellsWhetherTheLastRowHasANeighbour)
 {

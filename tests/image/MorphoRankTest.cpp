@@ -37,7 +37,7 @@ TEST_F(MorphoTest, RanksEqualSortingAtEverySizeTypeAndLevel)
                 morpho.Box(bw, bh);
                 for (const double percent : {0.5, 0.0, 0.1, 0.77, 0.999}) {
                     const Picture expected = SlowRank(bw, bh, percent, Picture(src));
-                    for (const SIMDLevels level : {NoSIMD, SIMDSSE4, SIMDAVX2, SIMDAVX512}) {
+                    for (const SIMDLevels level : allLevels) {
                         const AtLevel at(level);
                         percent == 0.5 ? morpho.Median(src, dst) : morpho.Rank(percent, src, dst);
                         ASSERT_EQ(Picture(dst), expected)

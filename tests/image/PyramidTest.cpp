@@ -68,7 +68,7 @@ TEST_P(PyramidLevels, RescalingEqualsItsDefinitionOnAllSizesAndWindows)
             }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, PyramidLevels, ::testing::Values(NoSIMD, SIMDSSE4, SIMDAVX2));
+INSTANTIATE_TEST_SUITE_P(Levels, PyramidLevels, ::testing::ValuesIn(checks::allLevels));
 
 TEST(Pyramid, LevelsEndAtTheSmallestSideAndAtTheGreatestNumber)
 {
