@@ -1,5 +1,6 @@
 #include "Catalogue.h"
 
+#include "engine/TreeNode.h"
 #include "engine/TypeNames.h"
 
 #include <algorithm>
@@ -11,24 +12,28 @@ namespace TeskGenerator {
 
 namespace {
 
-const std::map<std::string, std::uint32_t> argumentFlags = {{"In", 0x1},
-                                                            {"Out", 0x2},
-                                                            {"StaticProperty", 0x4},
-                                                            {"Const", 0x8},
-                                                            {"Instance", 0x10},
-                                                            {"Property", 0x20},
-                                                            {"Preset", 0x400},
-                                                            {"Result", 0x800},
-                                                            {"DynamicRange", 0x1000},
-                                                            {"Value", 0x8000},
-                                                            {"Mixed", 0x10000},
-                                                            {"LinkedMaximum", 0x20000},
-                                                            {"TextOnly", 0x100000},
-                                                            {"SpinBox", 0x200000},
-                                                            {"Slider", 0x400000},
-                                                            {"Fresh", 0x800000}};
-const std::map<std::string, std::uint32_t> methodFlags = {
-    {"Static", 0x4}, {"ReturnsObject", 0x8}, {"Entry", 0x4000}, {"Deferred", 0x40000}};
+namespace flag = Tesk::attributeValue;
+
+const std::map<std::string, std::uint32_t> argumentFlags = {{"In", flag::In},
+                                                            {"Out", flag::Out},
+                                                            {"StaticProperty", flag::Static},
+                                                            {"Const", flag::Const},
+                                                            {"Instance", flag::Instance},
+                                                            {"Property", flag::Property},
+                                                            {"Preset", flag::Preset},
+                                                            {"Result", flag::Result},
+                                                            {"DynamicRange", flag::DynamicRange},
+                                                            {"Value", flag::Value},
+                                                            {"Mixed", flag::Mixed},
+                                                            {"LinkedMaximum", flag::LinkedMaximum},
+                                                            {"TextOnly", flag::TextOnly},
+                                                            {"SpinBox", flag::SpinBox},
+                                                            {"Slider", flag::Slider},
+                                                            {"Fresh", flag::Fresh}};
+const std::map<std::string, std::uint32_t> methodFlags = {{"Static", Tesk::StaticMethod},
+                                                          {"ReturnsObject", Tesk::ReturnsObjectMethod},
+                                                          {"Entry", Tesk::EntryMethod},
+                                                          {"Deferred", Tesk::DeferredMethod}};
 const std::set<std::string> argumentKeys = {"alias",  "default", "range",       "step",     "cases", "mother",
                                             "linked", "count",   "enumeration", "property", "get",   "set"};
 
@@ -270,7 +275,8 @@ void Catalogue::ParseSettings(const std::filesystem::path& path)
             const auto lines = group->second;
             owner->insert(owner->end(), lines.begin(), lines.end());
         } else if (words[0] == "line" || words[0] == "window") {
-            owner->push_back({place, {words.begin() + 2, words.end()}, {}, words[1].substr(1), true, words[0] == "window"});
+            owner->push_back(
+                {place, {words.begin() + 2, words.end()}, {}, words[1].substr(1), true, words[0] == "window"});
         } else {
             for (std::size_t k = 0; k + 1 < words.size(); k++) {
                 const std::string word = words[k].substr(0, words[k].find(','));
@@ -307,14 +313,14 @@ void Catalogue::ParseNode(const std::vector<std::string>& words, Node& node) con
         node.label = words[1].substr(words[1].starts_with('"') ? 1 : 0);
         for (std::size_t i = 2; i < words.size(); i++) {
             if (words[i] == "group")
-                node.flags |= 512;
+                node.flags |= Tesk::GroupFlag;
             else
                 node.identifier = words[i].substr(words[i].starts_with('"') ? 1 : 0);
         }
     } else if (kind == "page") {
         node.kind = Kind::Page;
         node.label = words[1].substr(words[1].starts_with('"') ? 1 : 0);
-        if (words.size() > 2 && words[2] == "behind") node.flags |= 1;
+        if (words.size() > 2 && words[2] == "behind") node.flags |= Tesk::BehindFlag;
     } else if (kind == "enum") {
         node.kind = Kind::Enum;
         node.identifier = words[1];
@@ -349,7 +355,7 @@ void Catalogue::ParseNode(const std::vector<std::string>& words, Node& node) con
         if (type == typeCodes_.end()) Fail(node.place, "unknown type " + words[2]);
         node.type = type->second;
         node.keys["type"] = words[2];
-        if (node.parent->kind == Kind::Page) node.flags |= 0x20;
+        if (node.parent->kind == Kind::Page) node.flags |= flag::Property;
         ApplyWords(words, 3, node);
     } else {
         Fail(node.place, "unknown kind of line \"" + kind + "\"");
@@ -442,30 +448,34 @@ void Catalogue::ResolveArgument(Node& node)
         if (!target) Fail(node.place, "no property " + node.Key(key));
         node.countNode = target->index;
     }
-    if (!cases) return;
-    node.enumIndex = cases->index;
+    if (cases) ResolveCases(*cases, node);
+}
+
+void Catalogue::ResolveCases(const Node& cases, Node& node) const
+{
+    node.enumIndex = cases.index;
     const std::vector<std::string> offered = node.Key("cases").empty()
                                                  ? std::vector<std::string>()
-                                                 : ExpandCases(SplitList(node.Key("cases")), *cases, node.place);
+                                                 : ExpandCases(SplitList(node.Key("cases")), cases, node.place);
     std::size_t found = 0;
-    for (std::size_t k = 0; k < cases->children.size() && k < 128; k++) {
+    for (std::size_t k = 0; k < cases.children.size() && k < 128; k++) {
         if (node.Has("cases") &&
-            std::find(offered.begin(), offered.end(), cases->children[k]->identifier) == offered.end())
+            std::find(offered.begin(), offered.end(), cases.children[k]->identifier) == offered.end())
             continue;
         found++;
         (k < 64 ? node.casesLow : node.casesHigh) |= std::uint64_t{1} << (k & 63);
     }
     if (node.Has("cases") && found != offered.size()) Fail(node.place, "an unknown or doubled case");
     const std::string value = node.Key("default");
-    node.value = cases->children.empty() ? 0 : cases->children.front()->value;
+    node.value = cases.children.empty() ? 0 : cases.children.front()->value;
     if (value.empty()) {
         if (!offered.empty())
-            for (const auto& child : cases->children)
+            for (const auto& child : cases.children)
                 if (child->identifier == offered.front()) node.value = child->value;
     } else {
-        const auto match = std::find_if(cases->children.begin(), cases->children.end(),
+        const auto match = std::find_if(cases.children.begin(), cases.children.end(),
                                         [&](const auto& child) { return child->identifier == value; });
-        if (match != cases->children.end())
+        if (match != cases.children.end())
             node.value = (*match)->value;
         else if (const auto number = Number(value))
             node.value = static_cast<std::int32_t>(*number);
@@ -479,7 +489,7 @@ void Catalogue::MakeLabel(Node& node) const
     if (!node.label.empty()) return;
     if (node.kind == Kind::Argument && node.parent->kind == Kind::Method) {
         const Node* owner = ClassOf(node);
-        if (node.flags & 0x10) {
+        if (node.flags & flag::Instance) {
             node.label = node.parent->identifier + " (" + (owner ? owner->identifier : "") + ")";
             return;
         }
@@ -502,10 +512,12 @@ std::vector<std::string> Catalogue::Faults() const
             if (!methods.emplace(node->number, node).second) fault(*node, "the method number is taken");
             std::vector<std::string> arguments;
             for (const auto& child : node->children)
-                if (!(child->flags & (0x10 | 0x400 | 0x800))) arguments.push_back(child->identifier);
+                if (!(child->flags & (flag::Instance | flag::Preset | flag::Result)))
+                    arguments.push_back(child->identifier);
             if (arguments != SignatureNames(node->signature)) fault(*node, "the signature and the arguments differ");
-            const bool instance = !node->children.empty() && (node->children.front()->flags & 0x10);
-            if (instance == ((node->flags & 4) != 0)) fault(*node, "static methods have no instance, others have one");
+            const bool instance = !node->children.empty() && (node->children.front()->flags & flag::Instance);
+            if (instance == ((node->flags & Tesk::StaticMethod) != 0))
+                fault(*node, "static methods have no instance, others have one");
         }
         if (node->kind != Kind::Argument) continue;
         if ((node->parent->kind == Kind::Page) != (node->number >= 0))
@@ -523,7 +535,7 @@ std::vector<std::string> Catalogue::Faults() const
             if (!low || !high || !value)
                 fault(*node, "a bad number");
             else if (node->Key("default") != "MaxInt" && node->Key("default") != "MinInt" &&
-                     (*value < *low || (*value > *high && !(node->flags & 0x1000))))
+                     (*value < *low || (*value > *high && !(node->flags & flag::DynamicRange))))
                 fault(*node, "the default is outside the range");
         }
     }

@@ -110,6 +110,7 @@ private:
     void NumberNodes(Node& node);
     void Resolve();
     void ResolveArgument(Node& node);
+    void ResolveCases(const Node& cases, Node& node) const;
     void MakeLabel(Node& node) const;
 
     std::filesystem::path folder_;

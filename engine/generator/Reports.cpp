@@ -1,6 +1,8 @@
 // The tree for people: a listing, its counts, and the API reference.
 #include "Catalogue.h"
 
+#include "engine/TreeNode.h"
+
 #include <iomanip>
 #include <ostream>
 
@@ -116,7 +118,7 @@ void PrintCounts(const Catalogue& catalogue, std::ostream& out)
     std::map<std::string, int> ofClass;
     for (const Node* node : catalogue.Nodes()) {
         kinds[KindName(node->kind)]++;
-        if (node->kind == Kind::Choice && (node->flags & 512)) kinds["choice group"]++;
+        if (node->kind == Kind::Choice && (node->flags & Tesk::GroupFlag)) kinds["choice group"]++;
         if (node->kind == Kind::Method) {
             ofClass[Catalogue::ClassOf(*node)->identifier]++;
             for (const std::uint32_t bit : {0x4u, 0x8u, 0x40u, 0x4000u, 0x40000u})

@@ -1,5 +1,7 @@
 #include "Catalogue.h"
 
+#include "engine/TreeNode.h"
+
 #include <algorithm>
 #include <iomanip>
 #include <ostream>
@@ -8,6 +10,8 @@
 namespace TeskGenerator {
 
 namespace {
+
+namespace flag = Tesk::attributeValue;
 
 std::string Literal(const std::string& text, const char* prefix = "L")
 {
@@ -183,9 +187,9 @@ void WriteMethod(const Node& method, std::ostream& out)
     for (std::size_t k = 0; k < method.children.size(); k++) {
         const Node& argument = *method.children[k];
         const std::string value = Value(argument, k);
-        if (argument.flags & 0x10) {
+        if (argument.flags & flag::Instance) {
             instance = value;
-        } else if (argument.flags & 0x400) {
+        } else if (argument.flags & flag::Preset) {
             const std::string& target = dst.empty() ? instance : dst;
             if (argument.identifier == "Width")
                 width = value;
@@ -194,7 +198,7 @@ void WriteMethod(const Node& method, std::ostream& out)
                                   ");\n    if (Status::Error().Code != NoError) return;");
             else
                 presets.push_back(target + "." + argument.identifier + " = " + value + ";");
-        } else if (argument.flags & 0x800) {
+        } else if (argument.flags & flag::Result) {
             result = value;
             resultNode = &argument;
         } else {
@@ -205,7 +209,8 @@ void WriteMethod(const Node& method, std::ostream& out)
         << "void Method" << method.number << "([[maybe_unused]] const Arg* Args)\n{\n";
     for (const auto& preset : presets)
         out << "    " << preset << "\n";
-    std::string call = (method.flags & 4) ? Catalogue::ClassOf(method)->identifier + "::" : instance + ".";
+    std::string call =
+        (method.flags & Tesk::StaticMethod) ? Catalogue::ClassOf(method)->identifier + "::" : instance + ".";
     call += method.identifier + "(";
     for (std::size_t k = 0; k < parameters.size(); k++)
         call += (k ? ", " : "") + parameters[k];
@@ -221,14 +226,14 @@ void WriteMethod(const Node& method, std::ostream& out)
 void WriteProperty(const Node& property, std::ostream& out)
 {
     const std::string type = CppType(property), owner = Catalogue::ClassOf(property)->identifier;
-    const bool isStatic = (property.flags & 4) != 0;
+    const bool isStatic = (property.flags & flag::Static) != 0;
     const std::string field = isStatic ? owner + "::" + property.identifier : "Object." + property.identifier;
     const std::string object =
         "    [[maybe_unused]] " + owner + "& Object = static_cast<Var<" + owner + ">&>(Holder).Value;\n";
     out << "void Get" << property.number << "(AnyVariable& Out, [[maybe_unused]] AnyVariable& Holder)\n{\n"
         << (isStatic ? "" : object) << "    static_cast<Var<" << type << ">&>(Out).Value = static_cast<" << type << ">("
         << property.Key("get", field) << ");\n}\n\n";
-    if (!(property.flags & 1) || property.Key("set") == "none") return;
+    if (!(property.flags & flag::In) || property.Key("set") == "none") return;
     out << "void Set" << property.number << "(AnyVariable& In_, [[maybe_unused]] AnyVariable& Holder)\n{\n"
         << (isStatic ? "" : object) << "    const auto In = static_cast<Var<" << type << ">&>(In_).Value;\n    "
         << property.Key("set", field + " = In") << ";\n}\n\n";
@@ -297,7 +302,7 @@ void WriteDispatch(const Catalogue& catalogue, std::ostream& out)
         out << "    {" << method->number << ", " << method->children.size() << ", Method" << method->number << "},\n";
     out << "};\n\nconstexpr PropertyRow properties[] = {\n";
     for (const Node* property : properties) {
-        const bool writable = (property->flags & 1) && property->Key("set") != "none";
+        const bool writable = (property->flags & flag::In) && property->Key("set") != "none";
         out << "    {" << property->number << ", Get" << property->number << ", "
             << (writable ? "Set" + std::to_string(property->number) : "nullptr") << "},\n";
     }
