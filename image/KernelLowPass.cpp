@@ -6,6 +6,7 @@
 #include "image/KernelSquare.h"
 #include "image/kernels/FilterKernels.h"
 #include "image/kernels/GaussKernels.h"
+#include "image/kernels/TurnKernels.h"
 
 #include <limits>
 

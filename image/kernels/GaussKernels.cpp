@@ -183,26 +183,6 @@ void CascadeSteps(const Cascade& boxes, const std::uint8_t* s, std::uint8_t* d, 
 }
 
 /// Four perfect shuffles of sixteen rows of sixteen.
-void TransposeBlocks(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    const hn::FixedTag<std::uint8_t, 16> bytes;
-    hn::Vec<decltype(bytes)> rows[16], next[16];
-    for (int i = 0; i < 16; i++)
-        rows[i] = hn::LoadU(bytes, s + i * pitch);
-    const auto shuffle = [&](const hn::Vec<decltype(bytes)>* from, hn::Vec<decltype(bytes)>* to) HWY_ATTR {
-        for (int i = 0; i < 8; i++) {
-            to[2 * i] = hn::InterleaveLower(bytes, from[i], from[i + 8]);
-            to[2 * i + 1] = hn::InterleaveUpper(bytes, from[i], from[i + 8]);
-        }
-    };
-    shuffle(rows, next);
-    shuffle(next, rows);
-    shuffle(rows, next);
-    shuffle(next, rows);
-    for (int i = 0; i < 16; i++)
-        hn::StoreU(rows[i], bytes, d + i * dPitch);
-}
-
 #else // one lane has no halves to work in: the plain loops serve
 
 void WeighMask(const Mask& mask, const std::uint8_t* const* lines, std::uint8_t* d, std::size_t n)
@@ -213,11 +193,6 @@ void WeighMask(const Mask& mask, const std::uint8_t* const* lines, std::uint8_t*
 void CascadeSteps(const Cascade& boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
 {
     CascadeStripPlain(boxes, s, d, n);
-}
-
-void TransposeBlocks(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    Transpose16Plain(s, pitch, d, dPitch);
 }
 
 #endif
@@ -231,7 +206,6 @@ namespace Tesk::kernels {
 
 HWY_EXPORT(WeighMask);
 HWY_EXPORT(CascadeSteps);
-HWY_EXPORT(TransposeBlocks);
 
 Mask::Mask(const Cascade& Boxes)
     : radius(static_cast<int>(Boxes.Reach())), weights{}, sum(static_cast<std::uint16_t>(Boxes.Product()))
@@ -257,11 +231,6 @@ void MaskRow(const Mask& Weights, const std::uint8_t* const* lines, std::uint8_t
 void CascadeStrip(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n)
 {
     ByLevel(CascadeStripPlain, HWY_DYNAMIC_DISPATCH(CascadeSteps))(Boxes, s, d, n);
-}
-
-void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    ByLevel(Transpose16Plain, HWY_DYNAMIC_DISPATCH(TransposeBlocks))(s, pitch, d, dPitch);
 }
 
 void MaskRowPlain(const Mask& Weights, const std::uint8_t* const* lines, std::uint8_t* d, std::size_t n)
@@ -291,13 +260,6 @@ void CascadeStripPlain(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t
             if (t >= 2 * reach) d[stripLanes * (t - 2 * reach) + lane] = static_cast<std::uint8_t>(third / product);
         }
     }
-}
-
-void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
-{
-    for (int y = 0; y < 16; y++)
-        for (int x = 0; x < 16; x++)
-            d[x * dPitch + y] = s[y * pitch + x];
 }
 
 } // namespace Tesk::kernels

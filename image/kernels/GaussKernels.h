@@ -42,12 +42,8 @@ void MaskRow(const Mask& Weights, const std::uint8_t* const* lines, std::uint8_t
 /// widths.
 void CascadeStrip(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n);
 
-/// d[dPitch x + y] = s[pitch y + x] for 16 x 16 bytes.
-void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
-
 // The definitions of the above.
 void CascadeStripPlain(const Cascade& Boxes, const std::uint8_t* s, std::uint8_t* d, std::size_t n);
-void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
 void MaskRowPlain(const Mask& Weights, const std::uint8_t* const* lines, std::uint8_t* d, std::size_t n);
 
 } // namespace Tesk::kernels

@@ -1,6 +1,6 @@
 #include "image/kernels/TurnKernels.h"
 
-#include "foundation/Status.h"
+#include "image/kernels/ByLevel.h"
 
 #include <algorithm>
 #include <cstring>
@@ -83,9 +83,7 @@ std::size_t ReverseTriples(const std::uint8_t*, std::uint8_t*, std::size_t)
 }
 void TransposeBlock(const std::uint8_t* s, std::ptrdiff_t sp, std::uint8_t* d, std::ptrdiff_t dp)
 {
-    for (int y = 0; y < 16; y++)
-        for (int x = 0; x < 16; x++)
-            d[x * dp + y] = s[y * sp + x];
+    Transpose16Plain(s, sp, d, dp);
 }
 
 #endif
@@ -109,6 +107,7 @@ namespace Tesk::kernels {
 
 HWY_EXPORT(ReverseBytes);
 HWY_EXPORT(ReverseTriples);
+HWY_EXPORT(TransposeBlock);
 HWY_EXPORT(TransposeBlocks);
 
 namespace {
@@ -213,6 +212,18 @@ void Transpose(const std::uint8_t* s, std::ptrdiff_t SourcePitch, std::size_t Wi
         TransposePlain<3>(all.From(Width - 1, 0, 1, Height, 3));
         TransposePlain<3>(all.From(0, Height - 1, Width - 1, 1, 3));
     }
+}
+
+void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
+{
+    ByLevel(Transpose16Plain, HWY_DYNAMIC_DISPATCH(TransposeBlock))(s, pitch, d, dPitch);
+}
+
+void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch)
+{
+    for (int y = 0; y < 16; y++)
+        for (int x = 0; x < 16; x++)
+            d[x * dPitch + y] = s[y * pitch + x];
 }
 
 } // namespace Tesk::kernels

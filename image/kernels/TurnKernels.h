@@ -14,4 +14,8 @@ void ReverseRow(const std::uint8_t* s, std::uint8_t* d, std::size_t n, std::size
 void Transpose(const std::uint8_t* s, std::ptrdiff_t SourcePitch, std::size_t Width, std::size_t Height,
                std::uint8_t* d, std::ptrdiff_t DestinationPitch, std::size_t ElementSize);
 
+/// One block of it: d[dPitch x + y] = s[pitch y + x] for 16 x 16 bytes.
+void Transpose16(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
+void Transpose16Plain(const std::uint8_t* s, std::ptrdiff_t pitch, std::uint8_t* d, std::ptrdiff_t dPitch);
+
 } // namespace Tesk::kernels
