@@ -58,6 +58,22 @@ TEST_F(OperationHandlerTest, WhatCannotBeFinishedIsTakenBack)
     EXPECT_EQ(list_.Lines().size(), 1u);
 }
 
+TEST_F(OperationHandlerTest, WhatCannotBeFinishedBeforeAReaderOfItsDestinationIsTakenBack)
+{
+    Read("a.png");
+    Read("b.png");
+    Add(L"Operator", L"Image + Image");
+    handler_.SelectOperation(1, -1, -1);
+    views_.Answers = {0};
+    EXPECT_FALSE(Add(L"Geometry", L"By a Grid"));
+    EXPECT_EQ(engine_.NumOperations(), 3);
+    EXPECT_EQ(list_.Lines().size(), 3u);
+    EXPECT_EQ(handler_.CurrentOperationId(), 1);
+    EXPECT_EQ(NameOf(2, 0), L"Image1");
+    EXPECT_EQ(NameOf(2, 1), L"Image0");
+    EXPECT_EQ(PixelOf(2, 2), 30);
+}
+
 TEST_F(OperationHandlerTest, AnOperationInTheMiddleBindsToWhatStandsBeforeIt)
 {
     Read("a.png");

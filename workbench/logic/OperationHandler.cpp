@@ -219,7 +219,12 @@ void OperationHandler::TakeBackNew(int id, ControllerList& created)
     Operation* operation = engine_.Operations[static_cast<std::size_t>(id)].get();
     int argument, consumer;
     currentOperationID_ = -1;
-    engine_.RemoveOperation(id, argument, consumer, false);
+    // It has made nothing: what it was to change and a later operation reads was there before it.
+    while (!engine_.RemoveOperation(id, argument, consumer, false)) {
+        Arg& changed = operation->Args[static_cast<std::size_t>(argument)];
+        changed.Variable->Uses--;
+        changed.Variable = nullptr;
+    }
     Repoint(operation);
     DeleteUnusedControllers();
     ReclaimVariables();
