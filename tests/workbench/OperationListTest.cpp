@@ -205,6 +205,27 @@ TEST_F(OperationListTest, ARenamedResultKeepsItsNameInASwap)
     EXPECT_NE(handler_.GetController(L"Brighter"), nullptr);
 }
 
+TEST_F(OperationListTest, AnEditThatIsOvertakenByAChangeTouchesNoOtherLine)
+{
+    Read("a.png");
+    Add(L"Operator", L"Const + Image");
+    list_.RenameItem({1, 2});
+    Swap(L"Image - Const");
+    list_.AfterLabelEdit(nullptr);
+    EXPECT_FALSE(list_.IsRenaming());
+    EXPECT_EQ(list_.LineAt({1, 2})->Text, L"Subtracted0 (Image)") << "the former name does not come back";
+
+    list_.NodeMouseClick({1, 2});
+    list_.RenameItem({1, 0});
+    Add(L"Operator", L"Invert");
+    ASSERT_EQ(list_.Lines()[1].Lines.size(), 1u) << "the line of the edit has gone";
+    const std::wstring name = L"Other";
+    list_.AfterLabelEdit(&name);
+    EXPECT_FALSE(list_.IsRenaming());
+    EXPECT_EQ(NameOf(1, 2), L"Subtracted0");
+    EXPECT_EQ(list_.LineAt({1, 0})->Text, L"Subtracted0 (Image)");
+}
+
 TEST_F(OperationListTest, ScriptsGoToAFileOrToTheClipboard)
 {
     Read("a.png");

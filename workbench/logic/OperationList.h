@@ -121,6 +121,9 @@ private:
     void Rename(Arg& argument, const std::wstring& name);
     void RenameChildNodes(const std::wstring& before, const std::wstring& after);
     Arg* ArgumentOf(const ListLine& line) const;
+    /// Null if the line has gone, or shows another variable by now.
+    ListLine* RenamedLine(ListPath& path);
+    void StartEdit();
     void RefreshNames();
     void EndRename(const std::wstring& name);
     bool Confirm(const wchar_t* question) const;
@@ -130,7 +133,9 @@ private:
     Engine& engine_;
     std::vector<ListLine> lines_;
     bool isRenaming_ = false;
-    ListPath renamed_;
+    /// The variable being renamed, by whatever path its line is reached in the end.
+    const Operation* renamedOperation_ = nullptr;
+    int renamedArgument_ = -1;
     std::wstring renamedName_, saveType_;
 };
 

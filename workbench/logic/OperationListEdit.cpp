@@ -91,16 +91,42 @@ void OperationList::RenameItem(const ListPath& Path)
     if (!line || Path.Level() != 1) return;
     const std::size_t blank = line->Text.find(L' ');
     isRenaming_ = true;
-    renamed_ = Path;
+    renamedOperation_ = line->Variable.Op;
+    renamedArgument_ = line->Argument;
     renamedName_ = line->Text.substr(0, blank);
     saveType_ = blank == std::wstring::npos ? L"" : line->Text.substr(blank);
-    if (StartLabelEdit) StartLabelEdit(Path);
+    StartEdit();
+}
+
+/// While a name is edited, a menu may change the sequence and with it the lines.
+ListLine* OperationList::RenamedLine(ListPath& path)
+{
+    for (std::size_t i = 0; i < lines_.size(); i++)
+        for (std::size_t k = 0; k < lines_[i].Lines.size(); k++) {
+            ListLine& line = lines_[i].Lines[k];
+            if (line.Variable.Op != renamedOperation_ || line.Argument != renamedArgument_ ||
+                line.Variable.VariableIdentifier != renamedName_)
+                continue;
+            path = {static_cast<int>(i), static_cast<int>(k), -1};
+            return &line;
+        }
+    return nullptr;
+}
+
+void OperationList::StartEdit()
+{
+    ListPath path;
+    if (!RenamedLine(path))
+        EndRename(renamedName_);
+    else if (StartLabelEdit)
+        StartLabelEdit(path);
 }
 
 /// The edit is over: the line bears a name.
 void OperationList::EndRename(const std::wstring& name)
 {
-    if (ListLine* line = Find(renamed_)) line->Text = name + saveType_;
+    ListPath path;
+    if (ListLine* line = RenamedLine(path)) line->Text = name + saveType_;
     isRenaming_ = false;
     Tell();
 }
@@ -108,7 +134,8 @@ void OperationList::EndRename(const std::wstring& name)
 void OperationList::AfterLabelEdit(const std::wstring* Text)
 {
     if (!isRenaming_) return;
-    ListLine* line = Find(renamed_);
+    ListPath path;
+    ListLine* line = RenamedLine(path);
     Arg* argument = line ? ArgumentOf(*line) : nullptr;
     if (!Text || !argument) {
         EndRename(renamedName_);
@@ -119,7 +146,7 @@ void OperationList::AfterLabelEdit(const std::wstring* Text)
         message.Text = L"Invalid variable name, must be a letter followed by letters/digits";
         message.Title = L"Node Label Edit";
         handler_.Views().ShowMessage(message);
-        if (StartLabelEdit) StartLabelEdit(renamed_);
+        StartEdit();
         return;
     }
     if (!engine_.RenameVariable(argument->Variable, Text->c_str(), true)) {
@@ -133,8 +160,8 @@ void OperationList::AfterLabelEdit(const std::wstring* Text)
         message.CancelButton = 2;
         const int answer = handler_.Views().ShowMessage(message);
         if (answer != 1) line->Text = renamedName_ + saveType_;
-        if (answer == 0 && StartLabelEdit) {
-            StartLabelEdit(renamed_);
+        if (answer == 0) {
+            StartEdit();
             return;
         }
         if (answer != 1) {
