@@ -323,6 +323,24 @@ TEST(MainForm, APinnedValueStaysAdjustableWithAnotherOperationSelected)
     EXPECT_FALSE(parameters->isVisible());
 }
 
+TEST(MainForm, ClosingWithAPinnedValueSelectsNothing)
+{
+    Workbench bench;
+    bench.ReadImage();
+    bench.Menu({"Process", "Point to point", "Binarization...", "Threshold"});
+    bench.ClickLine(1, "Threshold");
+    bench.ClickLine(0);
+    bench.ClickLine(1);
+    // The window of the result is active: when it goes, the parameters are next.
+    for (auto* window : bench.Form().findChildren<ToolWindow*>("PropertySheetController"))
+        if (window->windowTitle() == "Binarized0") bench.Form().findChild<QMdiArea*>()->setActiveSubWindow(window);
+    Workbench::Settle();
+    int selections = 0;
+    bench.Form().Handler().operationListSelectDelegate_ = [&](int, int, bool) { selections++; };
+    bench.Restart();
+    EXPECT_EQ(selections, 0);
+}
+
 TEST(MainForm, RenamingToATakenNameOffersASuffix)
 {
     Workbench bench;

@@ -105,6 +105,8 @@ MainForm::~MainForm()
 {
     // Views go before what they show, and the controllers' windows before the work area that they stand in.
     delete listView_;
+    // A window that goes has the work area activate another, which is nobody's wish.
+    disconnect(workArea_, nullptr, views_.get(), nullptr);
     operationList_.reset();
     operationHandler_.reset();
     views_.reset();
