@@ -365,6 +365,37 @@ TEST(MainForm, RenamingToATakenNameOffersASuffix)
     EXPECT_EQ(bench.Value<Image>(1, L"Dst").Width, 200);
 }
 
+TEST(MainForm, ANameThatIsRefusedBehindAQuestionIsGivenUp)
+{
+    Workbench bench;
+    bench.ReadImage();
+    bench.Invert();
+    bench.ClickLine(0);
+    ChooseFromMenu("&Rename");
+    emit bench.List().customContextMenuRequested(bench.List().visualItemRect(bench.Line(0, "Image0")).center());
+    Workbench::Settle();
+    auto* editor = bench.List().findChild<QLineEdit*>();
+    ASSERT_TRUE(editor && editor->hasFocus());
+    editor->setText("1a");
+    // A menu leaves the editor open. The question where to insert takes the keyboard from it: the name is refused.
+    QTimer answers;
+    int asked = 0;
+    QObject::connect(&answers, &QTimer::timeout, [&] {
+        if (QWidget* box = QApplication::activeModalWidget()) {
+            asked++;
+            box->close();
+        }
+    });
+    answers.start(50);
+    bench.Invert();
+    Workbench::Settle();
+    EXPECT_EQ(asked, 2);
+    EXPECT_EQ(bench.Count(), 3);
+    EXPECT_EQ(bench.List().topLevelItemCount(), 3);
+    bench.ClickLine(0);
+    EXPECT_EQ(bench.Form().Handler().CurrentOperationId(), 0) << "the list answers to clicks";
+}
+
 TEST(MainForm, DeletingToTheEndAsksAndEmptiesTheRest)
 {
     Workbench bench;

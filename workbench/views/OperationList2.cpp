@@ -122,11 +122,15 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
     list_.Changed = [this] { ScheduleRebuild(); };
     list_.StartLabelEdit = [this](const ListPath& path) {
         Rebuild();
-        if (QTreeWidgetItem* item = ItemAt(path)) {
-            item->setFlags(item->flags() | Qt::ItemIsEditable);
-            editing_ = true;
-            tree_->editItem(item);
+        QTreeWidgetItem* item = ItemAt(path);
+        // Behind a box that waits for an answer nobody can type.
+        if (!item || QApplication::activeModalWidget()) {
+            list_.AfterLabelEdit(nullptr);
+            return;
         }
+        item->setFlags(item->flags() | Qt::ItemIsEditable);
+        editing_ = true;
+        tree_->editItem(item);
     };
     Rebuild();
 }
