@@ -37,15 +37,7 @@ protected:
 
     static int Method(const wchar_t* className, const wchar_t* label)
     {
-        const TreeNode* owner = nullptr;
-        for (int i = 0; i < Engine::NumNodes; i++) {
-            const TreeNode* node = Engine::Tree[i];
-            if (node->Kind() == ClassKind) owner = node;
-            if (node->Kind() == MethodKind && owner && !std::wcscmp(owner->Identifier, className) &&
-                !std::wcscmp(node->Label, label))
-                return i;
-        }
-        return -1;
+        return Engine::FindMethod(className, nullptr, label);
     }
 
     /// A gray image of a file, whose pixels tell their places: x + 2 y.

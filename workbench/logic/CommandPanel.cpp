@@ -3,6 +3,7 @@
 #include "workbench/logic/ControllerFactory.h"
 #include "workbench/logic/IOperationViews.h"
 #include "workbench/logic/MultiController.h"
+#include "workbench/logic/TypeCodes.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -12,8 +13,6 @@ namespace TeskPlus {
 using namespace attributeValue;
 
 namespace {
-
-constexpr int profileType = 62, siteType = 75, xyType = 85;
 
 bool IsNamed(const Arg& argument, const std::wstring& name)
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "workbench/logic/IController.h"
+#include "workbench/logic/TypeCodes.h"
 
 #include <map>
 #include <memory>
@@ -51,7 +52,7 @@ extern const std::initializer_list<int> EnumerationTypes, IntegerTypes;
 /// Whether arguments of a type hold the path of a file, narrow or wide.
 inline bool IsPathType(int Type)
 {
-    return Type == 92 || Type == 105;
+    return Type == textType || Type == wideTextType;
 }
 
 /// Which of its sisters shows an integer: it may move a profile, its breadth, or the threshold of a path.

@@ -2,6 +2,7 @@
 #include "workbench/logic/OperationHandler.h"
 #include "workbench/logic/Raised.h"
 #include "workbench/logic/Refusal.h"
+#include "workbench/logic/TypeCodes.h"
 
 #include "foundation/Status.h"
 #include "image/Image.h"
@@ -16,7 +17,6 @@ using namespace attributeValue;
 
 namespace {
 
-constexpr int imageType = 44, intType = 97, siteType = 75, xyType = 85;
 /// The size of an image where there is none to go by.
 constexpr int standardSize = 512;
 

@@ -1,8 +1,8 @@
 // The lines of the list: made, collapsed to what is pinned, brought back, and what clicks do to them.
 #include "workbench/logic/OperationList.h"
 
-#include "engine/TypeNames.h"
 #include "workbench/logic/MultiController.h"
+#include "workbench/logic/TypeCodes.h"
 
 #include <algorithm>
 #include <array>
@@ -13,8 +13,6 @@ namespace TeskPlus {
 using namespace attributeValue;
 
 namespace {
-
-constexpr int morphoType = 52, siteType = 75, xyType = 85;
 
 std::wstring OperationText(const Operation& operation)
 {

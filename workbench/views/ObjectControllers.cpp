@@ -8,6 +8,7 @@
 
 #include "engine/Types.h"
 #include "workbench/logic/MultiController.h"
+#include "workbench/logic/TypeCodes.h"
 
 namespace TeskPlus {
 
@@ -54,14 +55,14 @@ struct ObjectRow
 };
 
 constexpr ObjectRow rows[] = {
-    {35, MakeOverlay<>},                            // Geometry
-    {43, MakePlot},                                 // Histogram
-    {44, MakeSheet<ImagePropertyPageController>},   // Image
-    {45, MakeSheet<KernelPropertyPageController>},  // Kernel
-    {52, MakeSheet<MorphoPropertyPageController>},  // Morpho
-    {54, MakeOverlay<MakePlainSheet>},              // Path
-    {62, MakeSheet<ProfilePropertyPageController>}, // Profile
-    {63, MakeOverlay<MakePlainSheet>},              // Pyramid
+    {geometryType, MakeOverlay<>},
+    {histogramType, MakePlot},
+    {imageType, MakeSheet<ImagePropertyPageController>},
+    {kernelType, MakeSheet<KernelPropertyPageController>},
+    {morphoType, MakeSheet<MorphoPropertyPageController>},
+    {pathType, MakeOverlay<MakePlainSheet>},
+    {profileType, MakeSheet<ProfilePropertyPageController>},
+    {pyramidType, MakeOverlay<MakePlainSheet>},
 };
 
 } // namespace

@@ -3,12 +3,11 @@
 #include "image/Pyramid.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
+#include "workbench/logic/TypeCodes.h"
 
 namespace TeskPlus {
 
 namespace {
-
-constexpr int pathType = 54, profileType = 62, pyramidType = 63, siteType = 75, xyType = 85, intType = 97;
 
 /// Points and pixels: any handle moves the whole of them.
 OverlayHit HitSite(IController& Child, int X, int Y)

@@ -2,6 +2,7 @@
 #include "workbench/views/GenericPlotController.h"
 
 #include "image/Histogram.h"
+#include "workbench/logic/TypeCodes.h"
 
 namespace TeskPlus {
 
@@ -27,8 +28,6 @@ std::string CurveText(const AnyVariable& Object)
         return std::string(text ? text : "");
     });
 }
-
-constexpr int histogramType = 43, profileType = 62;
 
 constexpr PlotRow rows[] = {
     {histogramType, 512, 256, Green, PlotCurve, L"&Copy frequencies to Clipboard", CurveText},

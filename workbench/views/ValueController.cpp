@@ -1,6 +1,7 @@
 #include "workbench/views/ValueController.h"
 
 #include "workbench/logic/Refusal.h"
+#include "workbench/logic/TypeCodes.h"
 
 namespace TeskPlus {
 
@@ -74,7 +75,6 @@ int ValueController::RetrievePropertyValueFromNode(int node) const
 
 const Image* OverlayValueController::MotherImage() const
 {
-    constexpr int imageType = 44;
     if (!motherController_ || motherController_->ControllerType() != imageType) return nullptr;
     const auto* variable = dynamic_cast<const Var<Image>*>(motherController_->CurrentVariable());
     return variable ? &variable->Value : nullptr;

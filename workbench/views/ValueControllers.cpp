@@ -190,8 +190,6 @@ public:
     void UpdateControl(bool, bool) override { Widget().SetValue(ReadText()); }
 
 private:
-    static constexpr int characterType = 91, wideCharacterType = 104;
-
     StringInputWidget& Widget() const { return *static_cast<StringInputWidget*>(widget_.data()); }
     bool IsCharacter() const { return argumentType_ == characterType || argumentType_ == wideCharacterType; }
 
@@ -274,17 +272,18 @@ void RegisterValueControllers(ControllerFactory& factory, ViewContext& context)
 {
     factory.Register(EnumerationTypes, Maker<EnumController>());
     factory.Register(IntegerTypes, MakeInteger);
-    factory.Register(94, Maker<FloatController<double, DbleArgumentNode>>());
-    factory.Register(96, Maker<FloatController<float, FloatArgumentNode>>());
-    factory.Register(87, Maker<BoolController>());
-    factory.Register({91, 92, 104, 105}, [&context](const ControllerRequest& request) -> std::unique_ptr<IController> {
-        auto made = std::make_unique<StringController>(request, context);
-        if (made->IsCancelled()) return nullptr;
-        return made;
-    });
-    factory.Register(69, Maker<RgbController>());
-    factory.Register(75, Maker<SiteController>());
-    factory.Register(85, [](const ControllerRequest& request) -> std::unique_ptr<IController> {
+    factory.Register(doubleType, Maker<FloatController<double, DbleArgumentNode>>());
+    factory.Register(floatType, Maker<FloatController<float, FloatArgumentNode>>());
+    factory.Register(boolType, Maker<BoolController>());
+    factory.Register({characterType, textType, wideCharacterType, wideTextType},
+                     [&context](const ControllerRequest& request) -> std::unique_ptr<IController> {
+                         auto made = std::make_unique<StringController>(request, context);
+                         if (made->IsCancelled()) return nullptr;
+                         return made;
+                     });
+    factory.Register(rgbType, Maker<RgbController>());
+    factory.Register(siteType, Maker<SiteController>());
+    factory.Register(xyType, [](const ControllerRequest& request) -> std::unique_ptr<IController> {
         if (IsLineMethod(request.Method)) return MakeProfileEnd(request);
         return std::make_unique<XYController>(request);
     });

@@ -4,27 +4,12 @@
 #include "workbench/logic/SilentViews.h"
 
 #include <cstdio>
-#include <cwchar>
 #include <filesystem>
 #include <string>
 
 namespace {
 
 using namespace TeskPlus;
-
-/// The first method of the tree with a class, an identifier and a label.
-int FindMethod(const wchar_t* className, const wchar_t* identifier, const wchar_t* label)
-{
-    const TreeNode* owner = nullptr;
-    for (int i = 0; i < Engine::NumNodes; i++) {
-        const TreeNode* node = Engine::Tree[i];
-        if (node->Kind() == ClassKind) owner = node;
-        if (node->Kind() == MethodKind && owner && !std::wcscmp(owner->Identifier, className) &&
-            !std::wcscmp(node->Identifier, identifier) && !std::wcscmp(node->Label, label))
-            return i;
-    }
-    return -1;
-}
 
 int Run(const std::string& image, const std::filesystem::path& folder)
 {
@@ -34,16 +19,16 @@ int Run(const std::string& image, const std::filesystem::path& folder)
     RegisterSilentControllers(factory, views);
     OperationHandler handler(engine, views, factory);
 
-    const int write = FindMethod(L"Image", L"Write", L"Write  to File");
+    const int write = Engine::FindMethod(L"Image", L"Write", L"Write  to File");
     const std::string inverted = (folder / "inverted.png").string(), binarized = (folder / "binarized.png").string();
     const struct
     {
         int method;
         std::string path;
-    } steps[] = {{FindMethod(L"Image", L"Read", L"Read  from File"), image},
-                 {FindMethod(L"Operator", L"Invert", L"Invert"), ""},
+    } steps[] = {{Engine::FindMethod(L"Image", L"Read", L"Read  from File"), image},
+                 {Engine::FindMethod(L"Operator", L"Invert", L"Invert"), ""},
                  {write, inverted},
-                 {FindMethod(L"Operator", L"Binarize", L"Threshold"), ""},
+                 {Engine::FindMethod(L"Operator", L"Binarize", L"Threshold"), ""},
                  {write, binarized}};
     for (const auto& step : steps) {
         if (!step.path.empty()) views.Paths.push_back(step.path);
