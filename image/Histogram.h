@@ -128,6 +128,8 @@ public:
     const char* ToAsciiString(int Index) const;
 
 private:
+    friend class Path;
+
     bool SetUp(const Entry& entry, PixelTypes type, int entries, bool clear);
     bool PrepareSums(const Histogram& Src, Profile& held);
 };

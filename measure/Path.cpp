@@ -1,7 +1,7 @@
 // The sites of a path: growing, sharing, access.
 #include "measure/Path.h"
 
-#include "foundation/Entry.h"
+#include "measure/PathFrame.h"
 
 #include <utility>
 
@@ -37,6 +37,22 @@ Path& Path::operator=(Path&& Other) noexcept
     return *this;
 }
 
+bool Path::RefuseEmpty(const Entry& entry) const
+{
+    return Length < 1 && entry.Refuse(VoidObject, L"This path is void");
+}
+
+/// Lets go of the former sites, which others may still share.
+void Path::Take(std::vector<Site>&& sites, bool closed, int orgX, int orgY)
+{
+    auto taken = std::make_shared<std::vector<Site>>(std::move(sites));
+    sites_ = std::move(taken);
+    Length = static_cast<int>(sites_->size());
+    Closed = closed;
+    OrgX = orgX;
+    OrgY = orgY;
+}
+
 void Path::Append(Site Vertex)
 {
     const Entry entry("Tesk::Path::Append");
@@ -63,9 +79,8 @@ Site& Path::Vertex(int Index) const
 {
     const Entry entry("Tesk::Path::Vertex");
     thread_local Site dummy(0, 0);
-    if (Length < 1)
-        entry.Refuse(VoidObject, L"This path is void");
-    else if (Index < 0 || Index >= Length)
+    if (RefuseEmpty(entry)) return dummy;
+    if (Index < 0 || Index >= Length)
         entry.Refuse(OutOfRange, L"The element index (%d) is out of the path range [0..%d]", Index, Length - 1);
     else
         return Sites()[Index];

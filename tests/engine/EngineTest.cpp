@@ -2,6 +2,7 @@
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
 #include "image/Operator.h"
+#include "measure/Path.h"
 #include "measure/Profile.h"
 
 #include <gtest/gtest.h>
@@ -311,6 +312,10 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     Profile profile;
     profile.Append(1);
     profile.Write(Path("a.Profile").c_str());
+    Append(FindMethod(L"Follow", L"Follow"));
+    Tesk::Path contour;
+    contour.Append(1, 2);
+    contour.Write(Path("a.Path").c_str());
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
     for (int node = 181; node < Engine::NumNodes; node++) {
@@ -342,7 +347,7 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
         ASSERT_EQ(engine_.NumOperations(), prepared + 1);
         ASSERT_TRUE(engine_.RemoveOperation(prepared, argument, consumer, false));
     }
-    EXPECT_GE(run, 170);
+    EXPECT_GE(run, 190);
 }
 
 TEST_F(EngineTest, AWarpGetsTheSizeThatIsAskedForAndLeavesItsSource)
