@@ -66,7 +66,8 @@ public:
     /// \name Reduction
     /// @{
 
-    /// Drops the sites from which the segments that remain are no farther than `Deviation`, 0.1 to 16 pixels.
+    /// Drops the sites in the hollows of the path that the segments across them leave by no more than `Deviation`, 0.1
+    /// to 16 pixels. Of a convex path the corners of its hull remain.
     void Smooth(Path& Dst, double Deviation = 3) const;
     /// The vertices of a polygon from which the middle site of each side is no farther than `Deviation` pixels. The
     /// path counts as closed.
@@ -104,7 +105,7 @@ public:
     /// @}
 
     /// \name Bounding shapes
-    /// `Simple` tells that the path does not cross itself, which is faster.
+    /// `Simple` tells that the path does not cross itself, which is faster. The result is the same if it does.
     /// @{
 
     /// The smallest and the largest coordinates: a single site has a box of size 0.

@@ -58,6 +58,26 @@ std::vector<Site> HullOfAny(std::span<const Site> sites)
     return hull;
 }
 
+/// Whether corners that start with the leftmost are the hull of all sites: they run to the rightmost and back, and
+/// leave no site outside.
+bool IsHull(std::span<const Site> hull, std::span<const Site> sites)
+{
+    const auto right = std::max_element(hull.begin(), hull.end(), IsBefore);
+    std::vector<Site> above(right, hull.end());
+    above.push_back(hull.front());
+    std::reverse(above.begin(), above.end());
+    const std::span<const Site> below(hull.begin(), right + 1);
+    if (!std::is_sorted(below.begin(), below.end(), IsBefore) || !std::is_sorted(above.begin(), above.end(), IsBefore))
+        return false;
+    return std::all_of(sites.begin(), sites.end(), [&](Site site) {
+        const auto under = std::lower_bound(below.begin(), below.end(), site, IsBefore);
+        if (under == below.end() || IsBefore(site, below.front())) return false;
+        if (under == below.begin()) return true;
+        const auto over = std::lower_bound(above.begin(), above.end(), site, IsBefore);
+        return Cross(under[-1], *under, site) <= 0 && Cross(over[-1], *over, site) >= 0;
+    });
+}
+
 /// The hull of a polygon that does not cross itself (Melkman 1987).
 std::vector<Site> HullOfSimple(std::span<const Site> sites)
 {
@@ -69,7 +89,7 @@ std::vector<Site> HullOfSimple(std::span<const Site> sites)
     while (third < n && Cross(sites[0], sites[second], sites[third]) == 0)
         third++;
     if (third >= n) return HullOfAny(sites);
-    // Of the sites on the first line the ends alone can be corners; without a turn at one of them they come in order.
+    // Of the sites on the first line the ends alone can be corners. One behind the first site folds the polygon.
     Site from = sites[0], to = sites[second];
     for (std::size_t i = second + 1; i < third; i++) {
         if (IsBefore(from, to) == IsBefore(to, sites[i]))
@@ -107,7 +127,10 @@ std::vector<Site> HullOfSimple(std::span<const Site> sites)
 
 std::vector<Site> HullOf(std::span<const Site> sites, bool simple)
 {
-    return simple ? HullOfSimple(sites) : HullOfAny(sites);
+    // Contours of thin blobs cross themselves, and are easily taken for simple ones.
+    if (simple)
+        if (std::vector<Site> hull = HullOfSimple(sites); IsHull(hull, sites)) return hull;
+    return HullOfAny(sites);
 }
 
 bool RefuseVoid(const Entry& entry, int length)
