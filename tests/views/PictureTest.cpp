@@ -1,6 +1,7 @@
 #include "tests/views/ObjectTest.h"
 
 #include "image/Source.h"
+#include "measure/Path.h"
 #include "measure/Profile.h"
 #include "workbench/views/GenericChildController.h"
 #include "workbench/views/ImageController.h"
@@ -333,6 +334,69 @@ TEST_F(ObjectTest, AnchorsStartAtTheirPlacesAndComeBackWithReset)
     QApplication::processEvents();
     expectAll();
     EXPECT_EQ(StatusText(), "");
+}
+
+TEST_F(ObjectTest, AContourFollowsItsSeedAndTakesTheThresholdFromIt)
+{
+    Open(100, 80);
+    ASSERT_TRUE(Add(L"Path", L"Follow"));
+    EXPECT_EQ(StatusText(), "");
+    const Path& path = Value<Path>(L"Path0");
+    // The pixels of x + 2 y at or above that of the seed: their contour runs down the slope and round the border.
+    const auto expectContour = [&](int x, int y) {
+        EXPECT_EQ(Value<Site>(L"Seed0").X, x);
+        EXPECT_EQ(Value<Site>(L"Seed0").Y, y);
+        EXPECT_EQ(Value<int>(L"Threshold0"), x + 2 * y);
+        ASSERT_GT(path.Length, 100);
+        EXPECT_TRUE(path.Closed);
+        EXPECT_EQ(path.Vertex(0).X, x);
+        EXPECT_EQ(path.Vertex(0).Y, y);
+        for (int i = 0; i < path.Length; i++)
+            ASSERT_GE(path.Vertex(i).X + 2 * path.Vertex(i).Y, x + 2 * y);
+    };
+    expectContour(50, 40);
+    QWidget* picture = Picture("Image0");
+    constexpr QRgb red = 0xff0000;
+    // The corner of the image at (99, 79), through the middle of its pixel.
+    EXPECT_EQ(PixelOf(picture, {4 * 99 + 2, 4 * 60 + 2}), red);
+    Drag(picture, {4 * 50 + 2, 4 * 40 + 2}, {4 * 30 + 2, 4 * 20 + 2});
+    expectContour(30, 20);
+    EXPECT_EQ(StatusText(), "");
+
+    auto* panel = form_.findChild<OperationForm*>("OperationForm");
+    // Below the threshold instead; the gray value moves up by one to keep the seed inside.
+    panel->findChild<QWidget*>("Above")->findChild<QAbstractButton*>()->click();
+    QApplication::processEvents();
+    EXPECT_FALSE(Value<bool>(L"Above0"));
+    EXPECT_EQ(Value<int>(L"Threshold0"), 30 + 2 * 20 + 1);
+    ASSERT_GT(path.Length, 50);
+    for (int i = 0; i < path.Length; i++)
+        ASSERT_LE(path.Vertex(i).X + 2 * path.Vertex(i).Y, 30 + 2 * 20);
+    // A threshold of one's own stays until the seed moves.
+    auto* text = panel->findChild<QWidget*>("Threshold")->findChild<QLineEdit*>("Text");
+    ASSERT_TRUE(text);
+    text->setFocus();
+    text->selectAll();
+    QTest::keyClicks(text, "60");
+    QApplication::processEvents();
+    EXPECT_EQ(Value<int>(L"Threshold0"), 60);
+    EXPECT_EQ(path.Length, 0) << "the seed is outside";
+    EXPECT_EQ(StatusText(), "");
+}
+
+TEST_F(ObjectTest, APathIsFittedAndReducedFromTheMenus)
+{
+    Open(100, 80);
+    ASSERT_TRUE(Add(L"Path", L"Follow"));
+    for (const wchar_t* label : {L"Smooth", L"Convex Hull", L"Line Fit", L"Circle Fit", L"Ellipse Fit", L"Rectangle",
+                                 L"Parallelogram", L"Filled Ellipse", L"Ellipse Deviation", L"Gray Histogram"}) {
+        ASSERT_TRUE(Add(L"Path", label)) << QString::fromWCharArray(label).toStdString();
+        EXPECT_EQ(StatusText(), "") << QString::fromWCharArray(label).toStdString();
+    }
+    EXPECT_GT(Value<Path>(L"Smoothed0").Length, 2);
+    EXPECT_LT(Value<Path>(L"Smoothed0").Length, Value<Path>(L"Path0").Length);
+    EXPECT_GT(Value<Path>(L"ConvexHulled0").Length, 2);
+    EXPECT_TRUE(Value<bool>(L"Fitted0"));
 }
 
 TEST_F(ObjectTest, TheEndsOfALineAreDraggedApart)

@@ -106,11 +106,14 @@ std::vector<LayoutRow> CommandPanel::BuildCommandPanel() const
 
 void CommandPanel::UpdateProperties(AnyVariable* Variable)
 {
-    for (const PanelRow& row : rows_) {
-        if (!row.Controller || (Variable && row.Controller->CurrentVariable() != Variable)) continue;
-        row.Controller->UpdateProperty();
-        if (Variable) return;
-    }
+    // Switches first: a threshold that is taken from the picture goes by the one below it.
+    for (const bool switches : {true, false})
+        for (const PanelRow& row : rows_) {
+            if (!row.Controller || (Variable && row.Controller->CurrentVariable() != Variable)) continue;
+            if ((row.Controller->ControllerType() == boolType) != switches) continue;
+            row.Controller->UpdateProperty();
+            if (Variable) return;
+        }
 }
 
 void CommandPanel::UpdateControls(bool Dragging)
