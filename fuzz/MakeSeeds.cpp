@@ -3,6 +3,7 @@
 #include "foundation/Services.h"
 #include "image/Image.h"
 #include "image/Source.h"
+#include "measure/Path.h"
 
 #include <filesystem>
 #include <fstream>
@@ -39,7 +40,7 @@ int main(int argc, char** argv)
     if (argc != 2) return 1;
     const fs::path root = argv[1];
     Status::ErrorBehavior(IgnoreIt);
-    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard"})
+    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "path"})
         fs::create_directories(root / format);
     for (const PixelTypes type : {Gray, Gray16, Rgb, Rgba, Gray1}) {
         Image image;
@@ -62,5 +63,15 @@ int main(int argc, char** argv)
     Archive archive = Archive::IntoMemory(limits);
     Limits(1, 2, 3, 4).Transfer(archive);
     Put(root / "archive" / "limits", limits);
+    Path path;
+    for (int i = 0; i < 40; i++) {
+        path.Append((i * 37) % 50, (i * i) % 41);
+        if (i % 13 != 1) continue;
+        path.Closed = !path.Closed;
+        std::vector<std::uint8_t> block;
+        Archive paths = Archive::IntoMemory(block);
+        path.Transfer(paths);
+        Put(root / "path" / std::to_string(i), block);
+    }
     return 0;
 }
