@@ -3,7 +3,7 @@
 
 #include "image/MorphoExtremum.h"
 #include "image/MorphoFrame.h"
-#include "measure/Path.h"
+#include "measure/PathFrame.h"
 
 #include <algorithm>
 #include <vector>
@@ -98,18 +98,10 @@ void Insert(std::vector<Peak>& peaks, std::size_t most, const Peak& peak)
     peaks.insert(place, peak);
 }
 
-int CheckReach(const Image& src)
-{
-    constexpr int largestSize = INT16_MAX + 1;
-    if (src.Width <= largestSize && src.Height <= largestSize) return NoError;
-    return Status::Format(OutOfRange, L"The image size (%d, %d) is larger than the coordinates of a path reach (%d)",
-                          int(src.Width), int(src.Height), INT16_MAX);
-}
-
 void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, const Image& src, Path& dst,
                bool connexity8)
 {
-    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(CheckReach(src))) return;
+    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(paths::CheckReach(src))) return;
     std::vector<Peak> peaks;
     const bool done = WithMemory(entry, [&] {
         Peaks(extremum, least, src, connexity8).Each([&](const Peak& peak) {

@@ -53,9 +53,10 @@ public:
     Site* Sites() const { return Length > 0 ? sites_->data() : nullptr; }
 
     /// Follows the contour of the blob in which `Seed` lies, clockwise, the seed first. `Src` is `Gray`
-    /// (`IncompatibleType`). A pixel belongs to the blob if it is at or above `Threshold`, or without `Above` if it is
-    /// below it; `Auto` takes the gray value of the seed, so that the seed belongs to it. The seed is a position in the
-    /// whole picture, the sites are positions in its window, whose corner becomes the origin.
+    /// (`IncompatibleType`), of at most 32,768 columns and rows (`OutOfRange`). A pixel belongs to the blob if it is at
+    /// or above `Threshold`, or without `Above` if it is below it; `Auto` takes the gray value of the seed, so that the
+    /// seed belongs to it. The seed is a position in the whole picture, the sites are positions in its window, whose
+    /// corner becomes the origin.
     ///
     /// The path is empty if the seed lies outside the window or the blob, or has no neighbour outside it. It ends on
     /// the first return to the seed. Without `AlwaysClosed` a contour that meets the border of the window is open and

@@ -1,7 +1,6 @@
 // Contours of blobs in gray images.
 #include "measure/Path.h"
 
-#include "image/Image.h"
 #include "measure/PathFrame.h"
 
 #include <algorithm>
@@ -88,7 +87,7 @@ private:
 void Path::Follow(Site& Seed, int Threshold, const Image& Src, bool Above, bool Connexity8, bool AlwaysClosed)
 {
     const Entry entry("Tesk::Path::Follow");
-    if (entry.Refuses(CheckImage(Src, Gray))) return;
+    if (entry.Refuses(CheckImage(Src, Gray)) || entry.Refuses(CheckReach(Src))) return;
     const Place seed{Seed.X - Src.X, Seed.Y - Src.Y};
     const int orgX = Src.X, orgY = Src.Y;
     Guarded(entry, [&] {

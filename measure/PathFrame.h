@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/Entry.h"
+#include "image/Image.h"
 #include "measure/Path.h"
 
 #include <cmath>
@@ -24,6 +25,15 @@ bool Guarded(const Entry& entry, F f)
     } catch (const std::length_error&) {
     }
     return !entry.Refuse(CannotAllocate, L"Cannot (re)allocate the path Buffer");
+}
+
+/// An image in which every pixel can be a site.
+inline int CheckReach(const Image& src)
+{
+    constexpr int largestSize = INT16_MAX + 1;
+    if (src.Width <= largestSize && src.Height <= largestSize) return NoError;
+    return Status::Format(OutOfRange, L"The image size (%d, %d) is larger than the coordinates of a path reach (%d)",
+                          int(src.Width), int(src.Height), INT16_MAX);
 }
 
 inline bool Same(Site a, Site b)

@@ -18,7 +18,13 @@ class Round
 public:
     explicit Round(std::span<const Site> sites) : sites_(sites), length_(static_cast<std::int64_t>(sites.size())) {}
 
-    Site operator[](std::int64_t i) const { return sites_[static_cast<std::size_t>(i % length_)]; }
+    /// Indexes go at most twice round, which is sooner brought back than divided.
+    Site operator[](std::int64_t i) const
+    {
+        while (i >= length_)
+            i -= length_;
+        return sites_[static_cast<std::size_t>(i)];
+    }
     std::int64_t Length() const { return length_; }
 
 private:

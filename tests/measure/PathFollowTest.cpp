@@ -225,6 +225,11 @@ TEST_F(PathFollow, RefusesWhatIsNotGrayAndKeepsThePath)
     path.Follow(seed, 10, image);
     EXPECT_EQ(Status::Error().Code, IncompatibleType);
     EXPECT_EQ(SitesOf(path), (Sites{{1, 2}}));
+    image.Set(32769, 2, Gray);
+    path.Follow(seed, 10, image);
+    ExpectRefusal(OutOfRange, L"The image size (32769, 2) is larger than the coordinates of a path reach (32767)",
+                  "Tesk::Path::Follow");
+    EXPECT_EQ(SitesOf(path), (Sites{{1, 2}}));
 }
 
 } // namespace
