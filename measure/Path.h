@@ -61,7 +61,7 @@ public:
     /// The path is empty if the seed lies outside the window or the blob, or has no neighbour outside it. It ends on
     /// the first return to the seed. Without `AlwaysClosed` a contour that meets the border of the window is open and
     /// runs from border to border.
-    void Follow(Site& Seed, int Threshold, const Image& Src, bool Above = true, bool Connexity8 = true,
+    void Follow(const Site& Seed, int Threshold, const Image& Src, bool Above = true, bool Connexity8 = true,
                 bool AlwaysClosed = true);
 
     /// \name Reduction

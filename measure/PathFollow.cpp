@@ -84,7 +84,7 @@ private:
 
 } // namespace
 
-void Path::Follow(Site& Seed, int Threshold, const Image& Src, bool Above, bool Connexity8, bool AlwaysClosed)
+void Path::Follow(const Site& Seed, int Threshold, const Image& Src, bool Above, bool Connexity8, bool AlwaysClosed)
 {
     const Entry entry("Tesk::Path::Follow");
     if (entry.Refuses(CheckImage(Src, Gray)) || entry.Refuses(CheckReach(Src))) return;

@@ -26,8 +26,8 @@ protected:
                          int threshold = 100, bool above = true)
     {
         Path path;
-        Site seed(x, y);
-        path.Follow(seed, threshold, image, above, connexity8, closed);
+        // As exported programs call it.
+        path.Follow(Site(x, y), threshold, image, above, connexity8, closed);
         EXPECT_EQ(Status::Error().Code, NoError);
         return path;
     }
