@@ -384,6 +384,33 @@ TEST_F(ObjectTest, AContourFollowsItsSeedAndTakesTheThresholdFromIt)
     EXPECT_EQ(StatusText(), "");
 }
 
+TEST_F(ObjectTest, ASeedStaysInTheWindowOfThePicture)
+{
+    Open(100, 80);
+    ASSERT_TRUE(Add(L"Path", L"Follow"));
+    Part<QCheckBox>("Image0", "Window")->setChecked(true);
+    ASSERT_EQ(Value<Image>(L"Image0").X, 25);
+    const Site& seed = Value<Site>(L"Seed0");
+    EXPECT_EQ(seed.X, 50);
+    EXPECT_EQ(seed.Y, 40);
+    auto* row = form_.findChild<OperationForm*>("OperationForm")->findChild<XYWidget*>("Seed");
+    ASSERT_TRUE(row);
+    const auto type = [&](double x, double y) {
+        row->SetValue({x, y});
+        row->Changed(false);
+        QApplication::processEvents();
+    };
+    // Beyond the width of the window, and yet in it.
+    type(70, 55);
+    EXPECT_EQ(seed.X, 70);
+    EXPECT_EQ(seed.Y, 55);
+    EXPECT_GT(Value<Path>(L"Path0").Length, 10);
+    type(5, 79);
+    EXPECT_EQ(seed.X, 25);
+    EXPECT_EQ(seed.Y, 59);
+    EXPECT_EQ(StatusText(), "");
+}
+
 TEST_F(ObjectTest, APathIsFittedAndReducedFromTheMenus)
 {
     Open(100, 80);

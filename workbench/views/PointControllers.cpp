@@ -132,7 +132,8 @@ void SiteController::FollowWindow()
     windowHeight_ = mother->Height;
     Write<Site>({windowX_ + windowWidth_ / 2, windowY_ + windowHeight_ / 2});
     const Site site = Read<Site>({0, 0});
-    Widget().SetRange(0, Max(0, windowWidth_ - 1), 0, Max(0, windowHeight_ - 1));
+    // A pixel counts from the corner of the whole picture, and stays in its window.
+    Widget().SetRange(windowX_, windowX_ + Max(0, windowWidth_ - 1), windowY_, windowY_ + Max(0, windowHeight_ - 1));
     Widget().SetValue({double(site.X), double(site.Y)});
 }
 
@@ -147,10 +148,10 @@ void SiteController::UpdateProperty()
         Widget().SetValue({double(site.X), double(site.Y)});
         return;
     }
-    const double maximumX = mother ? Max(0, mother->Width - 1) : 32767.0;
-    const double maximumY = mother ? Max(0, mother->Height - 1) : 32767.0;
+    const double left = mother ? int{mother->X} : 0, right = mother ? left + Max(0, mother->Width - 1) : 32767;
+    const double top = mother ? int{mother->Y} : 0, bottom = mother ? top + Max(0, mother->Height - 1) : 32767;
     const XY point = Widget().Value();
-    Write<Site>({static_cast<int>(Clamp(point.X, 0.0, maximumX)), static_cast<int>(Clamp(point.Y, 0.0, maximumY))});
+    Write<Site>({static_cast<int>(Clamp(point.X, left, right)), static_cast<int>(Clamp(point.Y, top, bottom))});
 }
 
 void SiteController::UpdateControl(bool, bool)
