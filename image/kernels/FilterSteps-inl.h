@@ -74,49 +74,47 @@ struct Reciprocal
     }
 };
 
-/// Of 16-bit sums.
-template <class D = Words>
-struct WordQuotient
+/// In all lanes.
+template <class D>
+struct Reciprocals
 {
     hn::Vec<D> multiplier, addend;
     int shift;
 
-    explicit WordQuotient(std::uint32_t N)
+    explicit Reciprocals(std::uint32_t N)
     {
-        const Reciprocal<std::uint16_t> r(N);
+        const Reciprocal<hn::TFromD<D>> r(N);
         multiplier = hn::Set(D(), r.multiplier);
         addend = hn::Set(D(), r.addend);
         shift = r.shift;
     }
+};
+
+/// Of 16-bit sums.
+template <class D = Words>
+struct WordQuotient : Reciprocals<D>
+{
+    explicit WordQuotient(std::uint32_t N) : Reciprocals<D>(N) {}
     HWY_INLINE hn::Vec<D> operator()(hn::Vec<D> sum) const
     {
-        return hn::ShiftRightSame(hn::MulHigh(hn::Add(sum, addend), multiplier), shift);
+        return hn::ShiftRightSame(hn::MulHigh(hn::Add(sum, this->addend), this->multiplier), this->shift);
     }
 };
 
 /// Of 32-bit sums.
 template <class D = Ints>
-struct IntQuotient
+struct IntQuotient : Reciprocals<D>
 {
-    hn::Vec<D> multiplier, addend;
-    int shift;
-
-    explicit IntQuotient(std::uint32_t N)
-    {
-        const Reciprocal<std::uint32_t> r(N);
-        multiplier = hn::Set(D(), r.multiplier);
-        addend = hn::Set(D(), r.addend);
-        shift = r.shift;
-    }
+    explicit IntQuotient(std::uint32_t N) : Reciprocals<D>(N) {}
     HWY_INLINE hn::Vec<D> operator()(hn::Vec<D> sum) const
     {
         const D ints;
         const hn::Repartition<std::uint64_t, D> longs;
-        sum = hn::Add(sum, addend);
+        sum = hn::Add(sum, this->addend);
         const auto oddSum = hn::BitCast(ints, hn::ShiftRight<32>(hn::BitCast(longs, sum)));
-        const auto even = hn::ShiftRight<32>(hn::MulEven(sum, multiplier));
-        const auto odd = hn::AndNot(hn::Set(longs, 0xffffffff), hn::MulEven(oddSum, multiplier));
-        return hn::ShiftRightSame(hn::BitCast(ints, hn::Or(even, odd)), shift);
+        const auto even = hn::ShiftRight<32>(hn::MulEven(sum, this->multiplier));
+        const auto odd = hn::AndNot(hn::Set(longs, 0xffffffff), hn::MulEven(oddSum, this->multiplier));
+        return hn::ShiftRightSame(hn::BitCast(ints, hn::Or(even, odd)), this->shift);
     }
 };
 
