@@ -33,16 +33,12 @@ XYController::XYController(const ControllerRequest& Request) : OverlayValueContr
 {
     auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
     SetWidget(widget);
-    widget->Changed = [this](bool dragging) {
-        updateFromWidget_ = true;
-        Notify(false, false, dragging);
-    };
     widget->SetValue(Read<XY>({0, 0}));
 }
 
 void XYController::UpdateProperty()
 {
-    const bool fromUser = std::exchange(updateFromWidget_, false);
+    const bool fromUser = TakeUserChange();
     if (!IsInOnly()) return;
     const Image* mother = Picture();
     if (!mother) {
@@ -111,12 +107,13 @@ SiteController::SiteController(const ControllerRequest& Request) : OverlayValueC
     auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
     SetWidget(widget);
     widget->SetNumberOfDecimals(0);
-    widget->Changed = [this](bool dragging) {
-        updateFromWidget_ = true;
-        Notify(false, false, dragging);
-    };
+    ShowSite();
+}
+
+void SiteController::ShowSite()
+{
     const Site site = Read<Site>({0, 0});
-    widget->SetValue({double(site.X), double(site.Y)});
+    Widget().SetValue({double(site.X), double(site.Y)});
 }
 
 void SiteController::FollowWindow()
@@ -131,21 +128,19 @@ void SiteController::FollowWindow()
     windowWidth_ = mother->Width;
     windowHeight_ = mother->Height;
     Write<Site>({windowX_ + windowWidth_ / 2, windowY_ + windowHeight_ / 2});
-    const Site site = Read<Site>({0, 0});
     // A pixel counts from the corner of the whole picture, and stays in its window.
     Widget().SetRange(windowX_, windowX_ + Max(0, windowWidth_ - 1), windowY_, windowY_ + Max(0, windowHeight_ - 1));
-    Widget().SetValue({double(site.X), double(site.Y)});
+    ShowSite();
 }
 
 void SiteController::UpdateProperty()
 {
-    const bool fromUser = std::exchange(updateFromWidget_, false);
+    const bool fromUser = TakeUserChange();
     if (!IsInOnly()) return;
     FollowWindow();
     const Image* mother = MotherImage();
     if (!fromUser) {
-        const Site site = Read<Site>({0, 0});
-        Widget().SetValue({double(site.X), double(site.Y)});
+        ShowSite();
         return;
     }
     const double left = mother ? int{mother->X} : 0, right = mother ? left + Max(0, mother->Width - 1) : 32767;
@@ -156,8 +151,7 @@ void SiteController::UpdateProperty()
 
 void SiteController::UpdateControl(bool, bool)
 {
-    const Site site = Read<Site>({0, 0});
-    Widget().SetValue({double(site.X), double(site.Y)});
+    ShowSite();
     RepaintMother();
 }
 

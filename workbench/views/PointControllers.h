@@ -24,8 +24,6 @@ private:
     const Image* Picture() const;
     /// The place that the name of the point gives it on an image of that size.
     void ResetLocation(int Width, int Height);
-
-    bool updateFromWidget_ = false;
 };
 
 /// A pixel, of type `Site`, that starts in the middle of the picture's window.
@@ -41,10 +39,10 @@ public:
 
 private:
     XYWidget& Widget() const { return *static_cast<XYWidget*>(widget_.data()); }
+    void ShowSite();
     /// Back to the middle, if the window is another than the last one seen.
     void FollowWindow();
 
-    bool updateFromWidget_ = false;
     int windowX_ = -1, windowY_ = -1, windowWidth_ = -1, windowHeight_ = -1;
 };
 

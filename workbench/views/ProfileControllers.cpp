@@ -221,15 +221,11 @@ public:
         auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
         SetWidget(widget);
         widget->SetValue(Read<XY>({0, 0}));
-        widget->Changed = [this](bool dragging) {
-            updateFromWidget_ = true;
-            Notify(false, false, dragging);
-        };
     }
 
     void UpdateProperty() override
     {
-        const bool fromUser = std::exchange(updateFromWidget_, false);
+        const bool fromUser = TakeUserChange();
         if (!IsInOnly()) return;
         if (!Ready()) {
             Write<XY>(Widget().Value());
@@ -285,7 +281,6 @@ private:
     }
 
     bool isBeginning_;
-    bool updateFromWidget_ = false;
     double anchorX_ = -1, anchorY_ = -1;
 };
 

@@ -9,7 +9,10 @@ void ValueController::SetWidget(ValueWidget* widget)
 {
     widget_ = widget;
     widget_->setObjectName(QString::fromWCharArray(Engine::VarNode(argumentNode_)->Identifier));
-    widget_->Changed = [this](bool dragging) { Notify(false, false, dragging); };
+    widget_->Changed = [this](bool dragging) {
+        isFromUser_ = true;
+        Notify(false, false, dragging);
+    };
 }
 
 AnyVariable* ValueController::Target()

@@ -10,6 +10,7 @@
 #include <QPointer>
 
 #include <memory>
+#include <utility>
 
 namespace TeskPlus {
 
@@ -34,6 +35,8 @@ protected:
 
     /// Takes the widget over and connects its changes.
     void SetWidget(ValueWidget* widget);
+    /// Whether the user has changed the widget since the last call, rather than a drag on the picture its variable.
+    bool TakeUserChange() { return std::exchange(isFromUser_, false); }
 
     /// The variable that holds the value: the shown one, or for a property a temporary that `Store` passes on. Null
     /// where the object or the type is not there.
@@ -69,6 +72,7 @@ protected:
 
 private:
     std::unique_ptr<AnyVariable> scratch_;
+    bool isFromUser_ = false;
 };
 
 /// A value that is also a mark on a picture: it joins the overlays of its mother.
