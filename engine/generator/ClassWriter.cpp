@@ -86,7 +86,7 @@ void WriteClasses(const Catalogue& catalogue, std::ostream& out)
         return std::any_of(classes.begin(), classes.end(), [&](const Node* node) { return node->type == code; });
     };
     out << "// Made by the catalogue's generator; edit the catalogue instead.\n#include \"Tesk.h\"\n"
-           "#include \"engine/Settings.h\"\n#include \"engine/TypeRows.h\"\n\nnamespace Tesk {\n\n";
+           "#include \"engine/Settings.h\"\n#include \"engine/types/TypeRows.h\"\n\nnamespace Tesk {\n\n";
     if (exists(Tesk::profileType) && exists(Tesk::histogramType))
         out << "template <>\nconst Profile& ObjectOf<Profile>(const AnyVariable& Variable)\n{\n"
                "    return ObjectOfEither<Profile, Histogram>(Variable, histogramType);\n}\n\n";

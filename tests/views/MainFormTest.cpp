@@ -1,7 +1,7 @@
 #include "tests/views/Workbench.h"
 
 #include "foundation/Services.h"
-#include "workbench/views/HelpWidget.h"
+#include "workbench/views/values/HelpWidget.h"
 
 #include <QCheckBox>
 #include <QClipboard>

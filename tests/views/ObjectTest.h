@@ -2,11 +2,11 @@
 #pragma once
 
 #include "image/Image.h"
-#include "workbench/views/CustomImageForm.h"
 #include "workbench/views/MainForm.h"
 #include "workbench/views/OperationForm.h"
-#include "workbench/views/OverlayTable.h"
 #include "workbench/views/ToolWindow.h"
+#include "workbench/views/picture/CustomImageForm.h"
+#include "workbench/views/picture/OverlayTable.h"
 
 #include <QApplication>
 #include <QCheckBox>

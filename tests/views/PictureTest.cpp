@@ -3,10 +3,10 @@
 #include "image/Source.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
-#include "workbench/views/GenericChildController.h"
-#include "workbench/views/ImageController.h"
-#include "workbench/views/ImagePropertyPageController.h"
-#include "workbench/views/ValueWidgets.h"
+#include "workbench/views/objects/ImagePropertyPageController.h"
+#include "workbench/views/picture/GenericChildController.h"
+#include "workbench/views/picture/ImageController.h"
+#include "workbench/views/values/ValueWidgets.h"
 
 #include <QAbstractButton>
 #include <QClipboard>

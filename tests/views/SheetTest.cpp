@@ -3,9 +3,9 @@
 #include "image/Kernel.h"
 #include "image/Morpho.h"
 #include "measure/Profile.h"
-#include "workbench/views/GenericFeaturesController.h"
-#include "workbench/views/GraphSurface.h"
-#include "workbench/views/MorphoPropertyPageController.h"
+#include "workbench/views/objects/GenericFeaturesController.h"
+#include "workbench/views/objects/MorphoPropertyPageController.h"
+#include "workbench/views/picture/GraphSurface.h"
 
 #include <QClipboard>
 #include <QDoubleSpinBox>

@@ -1,6 +1,6 @@
 #include "engine/TreeNode.h"
 #include "foundation/Records.h"
-#include "workbench/views/ChoiceWidgets.h"
+#include "workbench/views/values/ChoiceWidgets.h"
 
 #include <QAbstractButton>
 #include <QLabel>

@@ -4,10 +4,10 @@
 #include "workbench/logic/OperationList.h"
 #include "workbench/logic/ScriptExport.h"
 #include "workbench/views/FileDialogs.h"
-#include "workbench/views/HelpWidget.h"
 #include "workbench/views/OperationList2.h"
 #include "workbench/views/Splash.h"
 #include "workbench/views/Text.h"
+#include "workbench/views/values/HelpWidget.h"
 
 #include <QActionGroup>
 #include <QApplication>

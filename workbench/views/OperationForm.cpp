@@ -1,7 +1,7 @@
 #include "workbench/views/OperationForm.h"
 
-#include "workbench/views/HelpWidget.h"
 #include "workbench/views/Text.h"
+#include "workbench/views/values/HelpWidget.h"
 
 #include <QButtonGroup>
 #include <QGridLayout>

@@ -2,10 +2,10 @@
 
 #include "image/Image.h"
 #include "workbench/views/FileDialogs.h"
-#include "workbench/views/HelpWidget.h"
 #include "workbench/views/OperationForm.h"
-#include "workbench/views/SelectorWidget.h"
 #include "workbench/views/Text.h"
+#include "workbench/views/values/HelpWidget.h"
+#include "workbench/views/values/SelectorWidget.h"
 
 #include <QApplication>
 #include <QGridLayout>

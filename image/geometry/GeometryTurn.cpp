@@ -1,0 +1,101 @@
+// Exact transforms: flip, mirror, quarter turns.
+#include "foundation/Entry.h"
+#include "image/Geometry.h"
+#include "image/core/SizingFrame.h"
+#include "image/geometry/TurnKernels.h"
+#include "image/geometry/WarpFrame.h"
+#include "image/operator/OperatorFrame.h"
+
+#include <vector>
+
+namespace Tesk {
+
+namespace {
+
+std::size_t RowSize(const Image& image)
+{
+    return static_cast<std::size_t>(points::ByteCount(image));
+}
+
+/// Rows from the last to the first; source and destination may be one.
+void FlipRows(const Image& src, Image& dst)
+{
+    const std::size_t size = RowSize(dst);
+    const int last = dst.Height - 1;
+    if (src.FirstPixel != dst.FirstPixel) {
+        for (int y = 0; y <= last; y++)
+            std::memcpy(dst.Row(y), src.Row(last - y), size);
+        return;
+    }
+    std::vector<std::uint8_t> kept(size);
+    for (int y = 0; y < last - y; y++) {
+        std::memcpy(kept.data(), dst.Row(y), size);
+        std::memcpy(dst.Row(y), dst.Row(last - y), size);
+        std::memcpy(dst.Row(last - y), kept.data(), size);
+    }
+}
+
+/// Pixels of each row from the last to the first, `rowOf(y)` the row that goes to row `y`; source and destination may
+/// be one where the rows stay in place.
+void MirrorRows(const Image& src, Image& dst, bool flipped)
+{
+    const std::size_t size = RowSize(dst), elementSize = static_cast<std::size_t>(ElementSize(dst.Type));
+    const bool inPlace = src.FirstPixel == dst.FirstPixel;
+    std::vector<std::uint8_t> kept(inPlace ? size : 0);
+    for (int y = 0; y < dst.Height; y++) {
+        const std::uint8_t* s = src.Row(flipped ? dst.Height - 1 - y : y);
+        if (inPlace) {
+            std::memcpy(kept.data(), s, size);
+            s = kept.data();
+        }
+        kernels::ReverseRow(s, dst.Row(y), static_cast<std::size_t>(int(dst.Width)), elementSize);
+    }
+}
+
+/// The frame of the two that keep the size.
+template <typename F>
+void InPlace(const char* context, const Image& Src, Image& Dst, F f)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
+    points::Sources held;
+    if (points::Prepare(entry, Src, Dst, Undefined, held)) return;
+    entry.Guards(L"Cannot allocate an image buffer", [&] { f(held.a, Dst); });
+}
+
+} // namespace
+
+void Geometry::Flip(const Image& Src, Image& Dst)
+{
+    InPlace("Tesk::Geometry::Flip", Src, Dst, FlipRows);
+}
+
+void Geometry::Mirror(const Image& Src, Image& Dst)
+{
+    InPlace("Tesk::Geometry::Mirror", Src, Dst, [](const Image& s, Image& d) { MirrorRows(s, d, false); });
+}
+
+void Geometry::Turn(int Quadrant, const Image& Src, Image& Dst)
+{
+    const Entry entry("Tesk::Geometry::Turn");
+    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
+    const int quarters = Quadrant & 3;
+    const bool swaps = quarters & 1;
+    sizing::FillSized(
+        entry, Src, Dst, swaps ? Src.Height : Src.Width, swaps ? Src.Width : Src.Height,
+        [quarters](const Image& s, Image& d) {
+            const auto elementSize = static_cast<std::size_t>(ElementSize(s.Type));
+            const auto width = static_cast<std::size_t>(int(s.Width)), height = static_cast<std::size_t>(int(s.Height));
+            if (quarters == 0)
+                points::CopyRows(s, d);
+            else if (quarters == 2)
+                MirrorRows(s, d, true);
+            else if (quarters == 1)
+                // Column x from the bottom up becomes row x.
+                kernels::Transpose(s.Row(s.Height - 1), -s.Pitch, width, height, d.FirstPixel, d.Pitch, elementSize);
+            else
+                kernels::Transpose(s.FirstPixel, s.Pitch, width, height, d.Row(d.Height - 1), -d.Pitch, elementSize);
+        });
+}
+
+} // namespace Tesk

@@ -1,0 +1,49 @@
+// What the warps share: the checks of a destination, the source held apart, positions and map entries.
+#pragma once
+
+#include "foundation/Entry.h"
+#include "image/geometry/WarpKernels.h"
+
+#include <cmath>
+
+namespace Tesk::warps {
+
+inline constexpr int fractionBits = 16;
+inline constexpr std::int64_t one = 1 << fractionBits;
+
+/// Checks source and destination of a warp; a map of `Rgba` is accepted `withRgba`. An `ErrorCodes` value.
+int RefuseImages(const Image& Src, const Image& Dst, bool withRgba);
+
+/// Holds a checked source (a view, or a copy where the destination shares its memory or the offsets of a map
+/// cannot address the rows) and detaches the destination, with its pixels if it `keeps` some of them. True, and
+/// reported, if there is no memory.
+bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held);
+
+/// Refuses pixel types that no warp samples.
+int RefuseUnlessSampled(PixelTypes type);
+
+/// Refuses sources that the offsets of a map cannot address.
+int RefuseExtent(const Image& src);
+
+kernels::Surface SurfaceOf(const Image& image);
+
+/// A number in 65,536ths, as the warps count: the nearest below, towards 0 under -1/2. A number that the arithmetic of
+/// doubles left a hair from a whole count is that count.
+inline std::int64_t Fixed(double value)
+{
+    constexpr double offset = 32768, noise = 1.0 / 1024;
+    const double shifted = value * static_cast<double>(one) + offset;
+    return static_cast<std::int64_t>(shifted + (shifted < 0 ? -noise : noise)) - static_cast<std::int64_t>(offset);
+}
+
+/// The pixels of a row at entries of a map.
+inline void SampleRow(const kernels::Surface& s, const GeoMapPixel* entries, std::uint8_t* d, std::size_t n,
+                      bool interpolate)
+{
+    if (interpolate)
+        kernels::BilinearMapRow(s, entries, d, n);
+    else
+        kernels::NearestMapRow(s, entries, d, n);
+}
+
+} // namespace Tesk::warps

@@ -1,0 +1,271 @@
+// Differences between two images, and bringing one to the mean and variance of another.
+#include "image/Histogram.h"
+
+#include "image/Operator.h"
+#include "image/core/SizingFrame.h"
+#include "image/histogram/HistogramFrame.h"
+#include "image/operator/OperatorFrame.h"
+
+#include <array>
+#include <cmath>
+
+namespace Tesk {
+
+using namespace levels;
+
+namespace {
+
+int CheckPair(const Image& src, const Image& srcB, points::Types types)
+{
+    if (const int code = CheckImages(src, srcB)) return code;
+    return types.Has(src.Type) ? NoError : RefuseImage(src.Type);
+}
+
+constexpr points::Types comparedTypes = {Gray, Gray16, Rgb};
+
+/// Calls `f(a, b, n)` for pairs of rows, of numbers of the width of a channel.
+template <typename F>
+void EachRowPair(const Image& a, const Image& b, F f)
+{
+    const bool wide = a.Type == Gray16;
+    const int numbers = a.Width * (a.Type == Rgb ? 3 : 1);
+    for (int y = 0; y < a.Height; y++)
+        if (wide)
+            f(a.Row<Gray16Pixel>(y), b.Row<Gray16Pixel>(y), numbers);
+        else
+            f(a.Row(y), b.Row(y), numbers);
+}
+
+double PixelCount(const Image& image)
+{
+    return static_cast<double>(image.Width) * image.Height;
+}
+
+/// The differences of a row fit into 32 bits in pieces of this many numbers.
+constexpr int piece = 16384;
+
+/// What brings a source to a mean and a variance.
+struct Fit
+{
+    double gain, offset;
+};
+
+Fit FitTo(const Moments& source, double mean, double variance)
+{
+    const double wanted = variance < 0 ? source.variance : variance;
+    const double gain = source.variance > 0 ? std::sqrt(wanted / source.variance) : 0;
+    return {gain, (mean < 0 ? source.mean : mean) - gain * source.mean};
+}
+
+int CheckGray(const Image& src)
+{
+    if (const int code = CheckImage(src)) return code;
+    if (src.Type == Gray) return NoError;
+    return Status::Format(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation",
+                          PixelTypeName(src.Type));
+}
+
+/// Scales the three channels, red first.
+void ScaleColors(const Entry& entry, const Image& src, Image& dst, double gain, const std::array<double, 3>& offsets)
+{
+    points::Sources held;
+    if (points::Prepare(entry, src, dst, Undefined, held)) return;
+    std::uint8_t tables[3][byteLevels];
+    for (std::size_t c = 0; c < 3; c++)
+        for (int v = 0; v < byteLevels; v++)
+            tables[c][v] = points::TruncatedByte(gain * v + offsets[c]);
+    points::EachPixel<RgbPixel, RgbPixel>(
+        held.a, dst, [&](RgbPixel p) { return RgbPixel(tables[0][p.Red], tables[1][p.Green], tables[2][p.Blue]); });
+}
+
+/// A copy of an image as `Gray`; a view of it where it is that and no write into `dst` reaches it. False if there is no
+/// memory.
+bool AsGrayApart(const Image& src, const Image& dst, Image& gray)
+{
+    if (src.Type == Gray && !sizing::Reaches(dst, src))
+        gray.ShallowCopy(src, true);
+    else
+        Operator::Copy(src, gray, Gray);
+    return Status::Error().Code == NoError;
+}
+
+} // namespace
+
+int Histogram::CountDifferences(const Image& Src, const Image& SrcB)
+{
+    const Entry entry("Tesk::Histogram::CountDifferences");
+    if (entry.Refuses(CheckPair(Src, SrcB, comparedTypes))) return 0;
+    std::int64_t count = 0;
+    if (Src.Type == Rgb) {
+        for (int y = 0; y < Src.Height; y++) {
+            const std::uint8_t *a = Src.Row(y), *b = SrcB.Row(y);
+            for (int x = 0; x < Src.Width; x++, a += 3, b += 3)
+                count += ((a[0] ^ b[0]) | (a[1] ^ b[1]) | (a[2] ^ b[2])) != 0;
+        }
+    } else {
+        EachRowPair(Src, SrcB, [&](const auto* a, const auto* b, int n) {
+            int row = 0;
+            for (int i = 0; i < n; i++)
+                row += a[i] != b[i];
+            count += row;
+        });
+    }
+    return Held(count);
+}
+
+double Histogram::SumAbsoluteDifferences(const Image& Src, const Image& SrcB, bool Average)
+{
+    const Entry entry("Tesk::Histogram::SumAbsoluteDifferences");
+    if (entry.Refuses(CheckPair(Src, SrcB, comparedTypes))) return 0;
+    std::int64_t sum = 0;
+    EachRowPair(Src, SrcB, [&](const auto* a, const auto* b, int n) {
+        for (int from = 0; from < n; from += piece) {
+            const int end = Min(n, from + piece);
+            std::uint32_t part = 0;
+            for (int i = from; i < end; i++)
+                part += static_cast<std::uint32_t>(std::abs(a[i] - b[i]));
+            sum += part;
+        }
+    });
+    return Average ? static_cast<double>(sum) / PixelCount(Src) : static_cast<double>(sum);
+}
+
+double Histogram::SumSquaredDifferences(const Image& Src, const Image& SrcB, bool RMS)
+{
+    const Entry entry("Tesk::Histogram::SumSquaredDifferences");
+    if (entry.Refuses(CheckPair(Src, SrcB, comparedTypes))) return 0;
+    std::uint64_t sum = 0;
+    EachRowPair(Src, SrcB, [&](const auto* a, const auto* b, int n) {
+        // Squares of bytes fit into 32 bits by the piece, those of 16-bit numbers do not.
+        using Part = std::conditional_t<sizeof(*a) == 1, std::uint32_t, std::uint64_t>;
+        for (int from = 0; from < n; from += piece) {
+            const int end = Min(n, from + piece);
+            Part part = 0;
+            for (int i = from; i < end; i++) {
+                const auto d = static_cast<std::uint32_t>(std::abs(a[i] - b[i]));
+                part += d * d;
+            }
+            sum += part;
+        }
+    });
+    return RMS ? std::sqrt(static_cast<double>(sum) / PixelCount(Src)) : static_cast<double>(sum);
+}
+
+double Histogram::NormalizedCorrelation(const Image& Src, const Image& SrcB)
+{
+    const Entry entry("Tesk::Histogram::NormalizedCorrelation");
+    if (entry.Refuses(CheckPair(Src, SrcB, {Gray, Rgb}))) return 0;
+    const std::size_t channels = Src.Type == Rgb ? 3 : 1;
+    std::array<std::int64_t, 3> a{}, b{}, aa{}, bb{}, ab{};
+    for (int y = 0; y < Src.Height; y++) {
+        const std::uint8_t *s = Src.Row(y), *t = SrcB.Row(y);
+        for (std::size_t c = 0; c < channels; c++)
+            for (std::size_t from = 0, n = static_cast<std::size_t>(int(Src.Width)); from < n; from += piece) {
+                const std::size_t end = Min(n, from + piece);
+                std::uint32_t sa = 0, sb = 0, saa = 0, sbb = 0, sab = 0;
+                for (std::size_t i = from; i < end; i++) {
+                    const std::uint32_t p = s[i * channels + c], q = t[i * channels + c];
+                    sa += p;
+                    sb += q;
+                    saa += p * p;
+                    sbb += q * q;
+                    sab += p * q;
+                }
+                a[c] += sa;
+                b[c] += sb;
+                aa[c] += saa;
+                bb[c] += sbb;
+                ab[c] += sab;
+            }
+    }
+    // The channels' variances and covariances add up, each about its own means.
+    const double n = PixelCount(Src);
+    double varianceA = 0, varianceB = 0, covariance = 0;
+    for (std::size_t c = 0; c < channels; c++) {
+        const double meanA = static_cast<double>(a[c]) / n, meanB = static_cast<double>(b[c]) / n;
+        varianceA += static_cast<double>(aa[c]) / n - meanA * meanA;
+        varianceB += static_cast<double>(bb[c]) / n - meanB * meanB;
+        covariance += static_cast<double>(ab[c]) / n - meanA * meanB;
+    }
+    return varianceA > 0 && varianceB > 0 ? covariance / std::sqrt(varianceA * varianceB) : 0;
+}
+
+void Histogram::Normalize(double Mean, double Variance, const Image& Src, Image& Dst, double& Gain, double& Offset)
+{
+    const Entry entry("Tesk::Histogram::Normalize");
+    if (entry.Refuses(CheckGray(Src))) return;
+    const Fit fit = FitTo(MomentsOf(Src), Mean, Variance);
+    Operator::GainOffset(fit.gain, fit.offset, Src, Dst);
+    if (Status::Error().Code != NoError) return;
+    Gain = fit.gain;
+    Offset = fit.offset;
+}
+
+void Histogram::Normalize(double MeanR, double MeanG, double MeanB, double Variance, const Image& Src, Image& Dst,
+                          double& Gain, double& OffsetR, double& OffsetG, double& OffsetB)
+{
+    const Entry entry("Tesk::Histogram::Normalize");
+    if (entry.Refuses(CheckImage(Src))) return;
+    if (Src.Type != Rgb) {
+        entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
+                     PixelTypeName(Src.Type));
+        return;
+    }
+    std::array<double, 3> means{}, offsets = {MeanR, MeanG, MeanB};
+    const double variance = Histogram::Variance(Src, means[0], means[1], means[2]);
+    double gain = 0;
+    for (std::size_t c = 0; c < 3; c++) {
+        const Fit fit = FitTo({means[c], variance}, offsets[c], Variance);
+        gain = fit.gain;
+        offsets[c] = fit.offset;
+    }
+    ScaleColors(entry, Src, Dst, gain, offsets);
+    if (Status::Error().Code != NoError) return;
+    Gain = gain;
+    OffsetR = offsets[0];
+    OffsetG = offsets[1];
+    OffsetB = offsets[2];
+}
+
+void Histogram::Normalize(const Image& Src, const Image& SrcB, Image& Dst, double& Gain, double& Offset)
+{
+    {
+        const Entry entry("Tesk::Histogram::Normalize");
+        if (entry.Refuses(CheckGray(Src)) || entry.Refuses(CheckGray(SrcB))) return;
+    }
+    const Moments wanted = MomentsOf(SrcB);
+    Normalize(wanted.mean, wanted.variance, Src, Dst, Gain, Offset);
+}
+
+void Histogram::ShowDifferences(const Image& Src, const Image& SrcB, Image& Dst, int Threshold, bool Normalize)
+{
+    const Entry entry("Tesk::Histogram::ShowDifferences");
+    if (entry.Refuses(CheckPair(Src, SrcB, {Gray, Gray16, Gray32, Rgb, Rgba, Grad, Gray1}))) return;
+    // From here on only memory can be lacking, which the operation that lacks it reports.
+    Image a, b;
+    if (!AsGrayApart(Src, Dst, a) || !AsGrayApart(SrcB, Dst, b)) return;
+    double gain = 1, offset = 0;
+    if (Normalize) {
+        const Moments momentsA = MomentsOf(a), momentsB = MomentsOf(b);
+        gain = momentsB.variance > 0 ? momentsA.variance / momentsB.variance : 0;
+        offset = momentsA.mean - gain * momentsB.mean;
+    }
+    Operator::Copy(Src.Type == Rgb || Src.Type == Rgba ? Src : a, Dst, Rgb);
+    if (Status::Error().Code != NoError) return;
+    // A colour image over itself is not copied, and may be shared still.
+    Dst.DetachIfShared(true);
+    const double threshold = Threshold;
+    for (int y = 0; y < Dst.Height; y++) {
+        const std::uint8_t *s = a.Row(y), *t = b.Row(y);
+        auto* d = Dst.Row<RgbPixel>(y);
+        for (int x = 0; x < Dst.Width; x++) {
+            const double difference = std::trunc(s[x] - (t[x] * gain + offset));
+            if (difference >= threshold)
+                d[x] = RgbPixel(255, 0, 0);
+            else if (difference <= -threshold)
+                d[x] = RgbPixel(0, 0, 255);
+        }
+    }
+}
+
+} // namespace Tesk

@@ -1,0 +1,571 @@
+// The statistics and thresholds of counts, on histograms and on images.
+#include "image/core/GrayDepth.h"
+#include "image/histogram/HistogramFrame.h"
+#include "measure/profile/ProfileFrame.h"
+
+#include <cfloat>
+#include <cmath>
+#include <vector>
+
+namespace Tesk {
+
+namespace levels {
+
+Counts Summed(const std::int32_t* counts, int size, int offset, int stride)
+{
+    Counts summed{counts, size, offset, stride, 0};
+    for (int i = 0; i < size; i++)
+        summed.total += summed[i];
+    return summed;
+}
+
+namespace {
+
+double RealCount(const Counts& h, int i)
+{
+    return static_cast<double>(h[i]);
+}
+
+double MeanOf(const Counts& h)
+{
+    double sum = 0;
+    for (int i = 0; i < h.size; i++)
+        sum += RealCount(h, i) * (i + h.offset);
+    return sum / static_cast<double>(h.total);
+}
+
+double VarianceOf(const Counts& h, double& mean)
+{
+    double squares = 0;
+    for (int i = 0; i < h.size; i++)
+        squares += RealCount(h, i) * (i + h.offset) * (i + h.offset);
+    mean = MeanOf(h);
+    return squares / static_cast<double>(h.total) - mean * mean;
+}
+
+/// The `power`-th moment about the mean, over that power of the standard deviation.
+double StandardizedMoment(const Counts& h, int power, double& mean, double& variance)
+{
+    variance = VarianceOf(h, mean);
+    if (!(variance > 0)) return 0;
+    double sum = 0;
+    for (int i = 0; i < h.size; i++)
+        sum += RealCount(h, i) * std::pow(i + h.offset - mean, power);
+    return sum / static_cast<double>(h.total) / std::pow(variance, power / 2.0);
+}
+
+/// A fraction of the total, held to what a sum of counts can be.
+std::int64_t Target(double value)
+{
+    constexpr double most = 1e18;
+    return value > 0 ? static_cast<std::int64_t>(Min(value, most)) : 0;
+}
+
+/// How many levels it takes from the first one until `target` pixels are counted.
+int LevelsUpTo(const Counts& h, std::int64_t target)
+{
+    int levels = 0;
+    for (std::int64_t sum = 0; sum < target && levels < h.size; levels++)
+        sum += h[levels];
+    return levels;
+}
+
+double TrimmedMeanOf(const Counts& h, double percent)
+{
+    const std::int64_t target = Target(percent * 0.5 * static_cast<double>(h.total));
+    int i = LevelsUpTo(h, target);
+    std::int64_t sum = 0, taken = 0;
+    for (int k = 0; k < i; k++)
+        sum += h[k];
+    double weighted = 0;
+    for (; sum < h.total - target && i < h.size; i++) {
+        sum += h[i];
+        taken += h[i];
+        weighted += RealCount(h, i) * (i + h.offset);
+    }
+    return taken > 0 ? weighted / static_cast<double>(taken) : i + h.offset;
+}
+
+int ModeOf(const Counts& h)
+{
+    int mode = 0;
+    for (int i = 1; i < h.size; i++)
+        if (h[i] > h[mode]) mode = i;
+    return mode + h.offset;
+}
+
+void RangeOf(const Counts& h, int& first, int& last)
+{
+    int low = 0, high = h.size - 1;
+    while (low < high && h[low] == 0)
+        low++;
+    while (high > low && h[high] == 0)
+        high--;
+    first = low + h.offset;
+    last = high + h.offset;
+}
+
+double MeanDistance(const Counts& h, int median)
+{
+    double sum = 0;
+    for (int i = 0; i < h.size; i++)
+        sum += RealCount(h, i) * std::abs(i + h.offset - median);
+    return sum / static_cast<double>(h.total);
+}
+
+/// h log h, 0 for an empty level.
+double Information(double count)
+{
+    return count > 0 ? count * std::log(count) : 0;
+}
+
+double EntropyOf(const Counts& h)
+{
+    double sum = 0;
+    for (int i = 0; i < h.size; i++)
+        sum += Information(RealCount(h, i));
+    const auto total = static_cast<double>(h.total);
+    return (std::log(total) - sum / total) / std::log(2.0);
+}
+
+/// The sizes and the sums of the two parts of the counts, below a threshold and from it up.
+struct Parts
+{
+    double n1, n2, s1, s2, l1, l2;
+};
+
+/// Calls `visit(t, parts)` for each threshold with pixels on either side. `l1` and `l2` are sums of h log h.
+template <typename F>
+void EachThreshold(const Counts& h, F visit)
+{
+    Parts parts{};
+    for (int i = 0; i < h.size; i++) {
+        parts.n2 += RealCount(h, i);
+        parts.s2 += RealCount(h, i) * i;
+        parts.l2 += Information(RealCount(h, i));
+    }
+    for (int t = 0; t < h.size; t++) {
+        if (parts.n1 > 0 && parts.n2 > 0) visit(t, parts);
+        const double n = RealCount(h, t), information = Information(n);
+        parts.n1 += n;
+        parts.n2 -= n;
+        parts.s1 += n * t;
+        parts.s2 -= n * t;
+        parts.l1 += information;
+        parts.l2 -= information;
+    }
+}
+
+int BestThresholdOf(const Counts& h)
+{
+    std::vector<std::int64_t> counts(static_cast<std::size_t>(h.size));
+    for (int i = 0; i < h.size; i++)
+        counts[static_cast<std::size_t>(i)] = h[i];
+    const int threshold = BestSplit(counts.data(), h.size).threshold;
+    return threshold == 0 ? 0 : threshold + h.offset;
+}
+
+int EntropyThresholdOf(const Counts& h)
+{
+    double best = -FLT_MAX;
+    int threshold = 0;
+    EachThreshold(h, [&](int t, const Parts& p) {
+        const double entropy = std::log(p.n1 * p.n2) - p.l1 / p.n1 - p.l2 / p.n2;
+        if (entropy > best) {
+            best = entropy;
+            threshold = t + h.offset;
+        }
+    });
+    return threshold;
+}
+
+int IsodataThresholdOf(const Counts& h)
+{
+    double best = FLT_MAX;
+    int threshold = 0;
+    EachThreshold(h, [&](int t, const Parts& p) {
+        const double distance = std::abs((p.s1 / p.n1 + p.s2 / p.n2) / 2 - t);
+        if (distance < best) {
+            best = distance;
+            threshold = t + h.offset;
+        }
+    });
+    return threshold;
+}
+
+std::int64_t CountOf(const Counts& h, int threshold, bool above)
+{
+    std::int64_t below = 0;
+    for (int i = 0; i < h.size && std::int64_t{i} + h.offset < threshold; i++)
+        below += h[i];
+    return above ? h.total - below : below;
+}
+
+/// Runs `f` on the counts of a gray histogram; `neutral` on a refusal.
+template <typename T, typename F>
+T OnHistogram(const char* context, const Histogram& histogram, T neutral, F f)
+{
+    const Entry entry(context);
+    if (histogram.Length >= 1 && !profiles::IsGray(histogram.Type)) {
+        entry.Refuse(UnsupportedType, L"Histogram pixel Type (%ls) not supported for this operation",
+                     PixelTypeName(histogram.Type));
+        return neutral;
+    }
+    const Counts counts = Summed(histogram.Samples(), histogram.Length, histogram.I, 1);
+    if (counts.total < 1) {
+        entry.Refuse(VoidObject, L"Void histogram");
+        return neutral;
+    }
+    profiles::Guarded(entry, [&] { neutral = f(counts); });
+    return neutral;
+}
+
+/// Runs `f` on the counts of a `Gray` or `Gray16` image.
+template <typename T, typename F>
+T OnImage(const char* context, const Image& src, T neutral, F f)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(src))) return neutral;
+    if (src.Type != Gray && src.Type != Gray16) {
+        entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation",
+                     PixelTypeName(src.Type));
+        return neutral;
+    }
+    profiles::Guarded(entry, [&] {
+        std::vector<std::int32_t> counts;
+        const auto take = [&](const auto& counted) {
+            counts.reserve(counted.size());
+            for (const std::uint32_t count : counted)
+                counts.push_back(Held(count));
+        };
+        if (src.Type == Gray)
+            take(CountGray(src));
+        else
+            take(CountGray16(src, Gray16Levels()));
+        neutral = f(Summed(counts.data(), static_cast<int>(counts.size()), 0, 1));
+    });
+    return neutral;
+}
+
+/// Runs `f` on the counts of each channel of a colour histogram; false on a refusal.
+template <typename F>
+bool OnColors(const char* context, const Histogram& histogram, F f)
+{
+    const Entry entry(context);
+    if (histogram.Length >= 1 && histogram.Type != Rgb)
+        return !entry.Refuse(UnsupportedType, L"Histogram pixel Type (%ls) not supported for this operation, use Rgb",
+                             PixelTypeName(histogram.Type));
+    Counts counts[3];
+    for (int c = 0; c < 3; c++) {
+        counts[c] = Summed(histogram.Samples() + (histogram.Length ? c : 0), histogram.Length, histogram.I, 3);
+        if (counts[c].total < 1) return !entry.Refuse(VoidObject, L"Void histogram");
+    }
+    f(counts);
+    return true;
+}
+
+template <typename F>
+bool OnColors(const char* context, const Image& src, F f)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(src))) return false;
+    if (src.Type != Rgb)
+        return !entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
+                             PixelTypeName(src.Type));
+    const auto counted = CountRgb(src);
+    std::int32_t held[3][byteLevels];
+    Counts counts[3];
+    for (std::size_t c = 0; c < 3; c++) {
+        for (std::size_t v = 0; v < byteLevels; v++)
+            held[c][v] = Held(counted[c][v]);
+        counts[c] = Summed(held[c], byteLevels, 0, 1);
+    }
+    f(counts);
+    return true;
+}
+
+void ColorRange(const Counts (&counts)[3], RgbPixel& minimum, RgbPixel& maximum)
+{
+    int low[3], high[3];
+    for (int c = 0; c < 3; c++)
+        RangeOf(counts[c], low[c], high[c]);
+    minimum = RgbPixel(low[0], low[1], low[2]);
+    maximum = RgbPixel(high[0], high[1], high[2]);
+}
+
+double ColorVariance(const Counts (&counts)[3], double& r, double& g, double& b)
+{
+    return (VarianceOf(counts[0], r) + VarianceOf(counts[1], g) + VarianceOf(counts[2], b)) / 3;
+}
+
+double PixelCount(const Image& image)
+{
+    return static_cast<double>(image.Width) * image.Height;
+}
+
+/// Runs `f` on the sums of the channels of a colour image; false on a refusal.
+template <typename F>
+bool OnColorSums(const char* context, const Image& src, F f)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(src))) return false;
+    if (src.Type != Rgb)
+        return !entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
+                             PixelTypeName(src.Type));
+    f(SumRgb(src));
+    return true;
+}
+
+int ImageQuantile(const Image& src, const Counts& h, double percent)
+{
+    return LevelsUpTo(h, Target(src.Width * percent * src.Height));
+}
+
+} // namespace
+
+Moments MomentsOf(const Image& gray)
+{
+    const ByteSums sums = SumGray(gray);
+    const double pixels = PixelCount(gray);
+    return {sums.Mean(pixels), sums.Variance(pixels)};
+}
+
+} // namespace levels
+
+using namespace levels;
+
+int Histogram::Count(int Threshold, bool Above) const
+{
+    return OnHistogram("Tesk::Histogram::Count", *this, 0,
+                       [=](const Counts& h) { return Held(CountOf(h, Threshold, Above)); });
+}
+
+int Histogram::Count(int Threshold, bool Above, const Image& Src)
+{
+    return OnImage("Tesk::Histogram::Count", Src, 0,
+                   [=](const Counts& h) { return Held(CountOf(h, Threshold, Above)); });
+}
+
+double Histogram::Mean() const
+{
+    return OnHistogram("Tesk::Histogram::Mean", *this, 0.0, MeanOf);
+}
+
+double Histogram::Mean(const Image& Src)
+{
+    if (Src.Type == Gray) {
+        Status::Error().Code = NoError;
+        return MomentsOf(Src).mean;
+    }
+    return OnImage("Tesk::Histogram::Mean", Src, 0.0, MeanOf);
+}
+
+void Histogram::Mean(double& MeanR, double& MeanG, double& MeanB) const
+{
+    OnColors("Tesk::Histogram::Mean", *this, [&](const Counts(&counts)[3]) {
+        MeanR = MeanOf(counts[0]);
+        MeanG = MeanOf(counts[1]);
+        MeanB = MeanOf(counts[2]);
+    });
+}
+
+void Histogram::Mean(const Image& Src, double& MeanR, double& MeanG, double& MeanB)
+{
+    OnColorSums("Tesk::Histogram::Mean", Src, [&](const std::array<ByteSums, 3>& sums) {
+        MeanR = sums[0].Mean(PixelCount(Src));
+        MeanG = sums[1].Mean(PixelCount(Src));
+        MeanB = sums[2].Mean(PixelCount(Src));
+    });
+}
+
+int Histogram::Quantile(double Percent) const
+{
+    return OnHistogram("Tesk::Histogram::Quantile", *this, 0, [=](const Counts& h) {
+        return h.offset + LevelsUpTo(h, Target(static_cast<double>(h.total) * Percent + 0.5));
+    });
+}
+
+int Histogram::Quantile(double Percent, const Image& Src)
+{
+    return OnImage("Tesk::Histogram::Quantile", Src, 0,
+                   [&](const Counts& h) { return ImageQuantile(Src, h, Percent); });
+}
+
+int Histogram::Median() const
+{
+    return OnHistogram("Tesk::Histogram::Median", *this, 0, [](const Counts& h) {
+        return h.offset + LevelsUpTo(h, Target(static_cast<double>(h.total) * 0.5 + 0.5));
+    });
+}
+
+int Histogram::Median(const Image& Src)
+{
+    return OnImage("Tesk::Histogram::Median", Src, 0, [&](const Counts& h) { return ImageQuantile(Src, h, 0.5); });
+}
+
+int Histogram::Mode() const
+{
+    return OnHistogram("Tesk::Histogram::Mode", *this, 0, ModeOf);
+}
+
+int Histogram::Mode(const Image& Src)
+{
+    return OnImage("Tesk::Histogram::Mode", Src, 0, ModeOf);
+}
+
+double Histogram::TrimmedMean(double Percent) const
+{
+    return OnHistogram("Tesk::Histogram::TrimmedMean", *this, 0.0,
+                       [=](const Counts& h) { return TrimmedMeanOf(h, Percent); });
+}
+
+double Histogram::TrimmedMean(double Percent, const Image& Src)
+{
+    return OnImage("Tesk::Histogram::TrimmedMean", Src, 0.0,
+                   [=](const Counts& h) { return TrimmedMeanOf(h, Percent); });
+}
+
+void Histogram::Range(int& Minimum, int& Maximum) const
+{
+    OnHistogram("Tesk::Histogram::Range", *this, false, [&](const Counts& h) {
+        RangeOf(h, Minimum, Maximum);
+        return true;
+    });
+}
+
+void Histogram::Range(const Image& Src, int& Minimum, int& Maximum)
+{
+    OnImage("Tesk::Histogram::Range", Src, false, [&](const Counts& h) {
+        RangeOf(h, Minimum, Maximum);
+        return true;
+    });
+}
+
+void Histogram::Range(RgbPixel& Minimum, RgbPixel& Maximum) const
+{
+    OnColors("Tesk::Histogram::Range", *this, [&](const Counts(&counts)[3]) { ColorRange(counts, Minimum, Maximum); });
+}
+
+void Histogram::Range(const Image& Src, RgbPixel& Minimum, RgbPixel& Maximum)
+{
+    OnColors("Tesk::Histogram::Range", Src, [&](const Counts(&counts)[3]) { ColorRange(counts, Minimum, Maximum); });
+}
+
+double Histogram::Variance(double& Mean) const
+{
+    return OnHistogram("Tesk::Histogram::Variance", *this, 0.0, [&](const Counts& h) { return VarianceOf(h, Mean); });
+}
+
+double Histogram::Variance(const Image& Src, double& Mean)
+{
+    constexpr const char* context = "Tesk::Histogram::Variance";
+    if (Src.Type != Gray) return OnImage(context, Src, 0.0, [&](const Counts& h) { return VarianceOf(h, Mean); });
+    const Entry entry(context);
+    if (entry.Refuses(CheckImage(Src))) return 0;
+    const Moments moments = MomentsOf(Src);
+    Mean = moments.mean;
+    return moments.variance;
+}
+
+double Histogram::Variance(double& MeanR, double& MeanG, double& MeanB) const
+{
+    double variance = 0;
+    OnColors("Tesk::Histogram::Variance", *this,
+             [&](const Counts(&counts)[3]) { variance = ColorVariance(counts, MeanR, MeanG, MeanB); });
+    return variance;
+}
+
+double Histogram::Variance(const Image& Src, double& MeanR, double& MeanG, double& MeanB)
+{
+    double variance = 0;
+    OnColorSums("Tesk::Histogram::Variance", Src, [&](const std::array<ByteSums, 3>& sums) {
+        const double pixels = PixelCount(Src);
+        MeanR = sums[0].Mean(pixels);
+        MeanG = sums[1].Mean(pixels);
+        MeanB = sums[2].Mean(pixels);
+        variance = (sums[0].Variance(pixels) + sums[1].Variance(pixels) + sums[2].Variance(pixels)) / 3;
+    });
+    return variance;
+}
+
+double Histogram::MedianAbsoluteDeviation(int& Median) const
+{
+    return OnHistogram("Tesk::Histogram::MedianAbsoluteDeviation", *this, 0.0, [&](const Counts& h) {
+        Median = h.offset + LevelsUpTo(h, h.total / 2);
+        return MeanDistance(h, Median);
+    });
+}
+
+double Histogram::MedianAbsoluteDeviation(const Image& Src, int& Median)
+{
+    return OnImage("Tesk::Histogram::MedianAbsoluteDeviation", Src, 0.0, [&](const Counts& h) {
+        Median = LevelsUpTo(h, h.total / 2);
+        return MeanDistance(h, Median);
+    });
+}
+
+double Histogram::Skewness(double& Mean, double& Variance) const
+{
+    return OnHistogram("Tesk::Histogram::Skewness", *this, 0.0,
+                       [&](const Counts& h) { return StandardizedMoment(h, 3, Mean, Variance); });
+}
+
+double Histogram::Skewness(const Image& Src, double& Mean, double& Variance)
+{
+    return OnImage("Tesk::Histogram::Skewness", Src, 0.0,
+                   [&](const Counts& h) { return StandardizedMoment(h, 3, Mean, Variance); });
+}
+
+double Histogram::Kurtosis(double& Mean, double& Variance) const
+{
+    return OnHistogram("Tesk::Histogram::Kurtosis", *this, 0.0,
+                       [&](const Counts& h) { return StandardizedMoment(h, 4, Mean, Variance); });
+}
+
+double Histogram::Kurtosis(const Image& Src, double& Mean, double& Variance)
+{
+    return OnImage("Tesk::Histogram::Kurtosis", Src, 0.0,
+                   [&](const Counts& h) { return StandardizedMoment(h, 4, Mean, Variance); });
+}
+
+double Histogram::Entropy() const
+{
+    return OnHistogram("Tesk::Histogram::Entropy", *this, 0.0, EntropyOf);
+}
+
+double Histogram::Entropy(const Image& Src)
+{
+    return OnImage("Tesk::Histogram::Entropy", Src, 0.0, EntropyOf);
+}
+
+int Histogram::BestThreshold() const
+{
+    return OnHistogram("Tesk::Histogram::BestThreshold", *this, 0, BestThresholdOf);
+}
+
+int Histogram::BestThreshold(const Image& Src)
+{
+    return OnImage("Tesk::Histogram::BestThreshold", Src, 0, BestThresholdOf);
+}
+
+int Histogram::EntropyThreshold() const
+{
+    return OnHistogram("Tesk::Histogram::EntropyThreshold", *this, 0, EntropyThresholdOf);
+}
+
+int Histogram::EntropyThreshold(const Image& Src)
+{
+    return OnImage("Tesk::Histogram::EntropyThreshold", Src, 0, EntropyThresholdOf);
+}
+
+int Histogram::IsodataThreshold() const
+{
+    return OnHistogram("Tesk::Histogram::IsodataThreshold", *this, 0, IsodataThresholdOf);
+}
+
+int Histogram::IsodataThreshold(const Image& Src)
+{
+    return OnImage("Tesk::Histogram::IsodataThreshold", Src, 0, IsodataThresholdOf);
+}
+
+} // namespace Tesk

@@ -1,0 +1,138 @@
+// Regional extrema: the places that no neighbour surpasses.
+#include "image/Morpho.h"
+
+#include "image/morpho/MorphoExtremum.h"
+#include "image/morpho/MorphoFrame.h"
+#include "measure/path/PathFrame.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace Tesk {
+
+namespace {
+
+using namespace morpho;
+
+struct Peak
+{
+    int x, y;
+    int height; ///< gray level, or its complement for minima
+};
+
+/// The first pixel, in row order, of each connected patch of pixels that are at least `least` high and that no
+/// neighbour surpasses.
+class Peaks
+{
+public:
+    Peaks(Extremum extremum, int least, const Image& src, bool connexity8)
+        : extremum_(extremum), least_(least), connexity8_(connexity8), src_(src)
+    {
+        if (!outer_.TrySet(src.Width, src.Height, Gray)) throw std::bad_alloc();
+        Apply(extremum, Element(3, 3, connexity8 ? 1 : 3, src), src, outer_);
+        open_.resize(static_cast<std::size_t>(int(src.Width)) * static_cast<std::size_t>(int(src.Height)));
+        for (int y = 0; y < src.Height; y++)
+            for (int x = 0; x < src.Width; x++)
+                Open(x, y) = src.Row(y)[x] == outer_.Row(y)[x] && Height(x, y) >= least_;
+    }
+
+    template <typename F>
+    void Each(F f)
+    {
+        for (int y = 0; y < src_.Height; y++)
+            for (int x = 0; x < src_.Width; x++)
+                if (Open(x, y)) {
+                    Close(x, y);
+                    f(Peak{x, y, Height(x, y)});
+                }
+    }
+
+private:
+    std::uint8_t& Open(int x, int y)
+    {
+        return open_[static_cast<std::size_t>(y) * static_cast<std::size_t>(int(src_.Width)) +
+                     static_cast<std::size_t>(x)];
+    }
+
+    int Height(int x, int y) const
+    {
+        const int gray = src_.Row(y)[x];
+        return extremum_ == Extremum::Maximum ? gray : 255 - gray;
+    }
+
+    void Close(int x, int y)
+    {
+        const auto take = [&](int u, int v) {
+            if (u < 0 || u >= src_.Width || v < 0 || v >= src_.Height || !Open(u, v)) return;
+            Open(u, v) = 0;
+            patch_.emplace_back(u, v);
+        };
+        take(x, y);
+        while (!patch_.empty()) {
+            const auto [u, v] = patch_.back();
+            patch_.pop_back();
+            for (int j = -1; j <= 1; j++)
+                for (int i = -1; i <= 1; i++)
+                    if (connexity8_ || i == 0 || j == 0) take(u + i, v + j);
+        }
+    }
+
+    Extremum extremum_;
+    int least_;
+    bool connexity8_;
+    const Image& src_;
+    Image outer_;
+    std::vector<std::uint8_t> open_;
+    std::vector<std::pair<int, int>> patch_;
+};
+
+/// A full list gives up its last peak, unless that one is higher.
+void Insert(std::vector<Peak>& peaks, std::size_t most, const Peak& peak)
+{
+    if (peaks.size() == most) {
+        if (peaks.back().height > peak.height) return;
+        peaks.pop_back();
+    }
+    const auto place = std::upper_bound(peaks.begin(), peaks.end(), peak,
+                                        [](const Peak& a, const Peak& b) { return a.height > b.height; });
+    peaks.insert(place, peak);
+}
+
+void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, const Image& src, Path& dst,
+               bool connexity8)
+{
+    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(paths::CheckReach(src))) return;
+    std::vector<Peak> peaks;
+    const bool done = WithMemory(entry, [&] {
+        Peaks(extremum, least, src, connexity8).Each([&](const Peak& peak) {
+            if (maxCount < 1)
+                peaks.push_back(peak);
+            else
+                Insert(peaks, static_cast<std::size_t>(maxCount), peak);
+        });
+    });
+    if (!done) return;
+    dst.Clear();
+    dst.OrgX = src.X;
+    dst.OrgY = src.Y;
+    for (const Peak& peak : peaks) {
+        dst.Append(peak.x, peak.y);
+        if (Status::Error().Code != NoError) return;
+    }
+}
+
+} // namespace
+
+void Morpho::RegionalMaxima(int MinGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8)
+{
+    FindPeaks(Entry("Tesk::Morpho::RegionalMaxima"), Extremum::Maximum, Clamp(MinGray, 0, 255), MaxCount, Src, Dst,
+              Connexity8);
+}
+
+void Morpho::RegionalMinima(int MaxGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8)
+{
+    FindPeaks(Entry("Tesk::Morpho::RegionalMinima"), Extremum::Minimum, 255 - Clamp(MaxGray, 0, 255), MaxCount, Src,
+              Dst, Connexity8);
+}
+
+} // namespace Tesk

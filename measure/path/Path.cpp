@@ -1,0 +1,112 @@
+// The sites of a path: growing, sharing, access.
+#include "measure/Path.h"
+
+#include "measure/path/PathFrame.h"
+
+#include <utility>
+
+namespace Tesk {
+
+Path::Path(const Path& Other)
+{
+    *this = Other;
+}
+
+Path& Path::operator=(const Path& Other)
+{
+    if (this == &Other) return *this;
+    ShallowCopy(Other, true);
+    Detach(true);
+    return *this;
+}
+
+Path::Path(Path&& Other) noexcept
+{
+    *this = std::move(Other);
+}
+
+Path& Path::operator=(Path&& Other) noexcept
+{
+    if (this == &Other) return *this;
+    sites_ = std::move(Other.sites_);
+    Length = Other.Length;
+    Closed = Other.Closed;
+    OrgX = Other.OrgX;
+    OrgY = Other.OrgY;
+    Other.Length = 0;
+    return *this;
+}
+
+bool Path::RefuseEmpty(const Entry& entry) const
+{
+    return Length < 1 && entry.Refuse(VoidObject, L"This path is void");
+}
+
+/// Lets go of the former sites, which others may still share.
+void Path::Take(std::vector<Site>&& sites, bool closed, int orgX, int orgY)
+{
+    auto taken = std::make_shared<std::vector<Site>>(std::move(sites));
+    sites_ = std::move(taken);
+    Length = static_cast<int>(sites_->size());
+    Closed = closed;
+    OrgX = orgX;
+    OrgY = orgY;
+}
+
+void Path::Append(Site Vertex)
+{
+    const Entry entry("Tesk::Path::Append");
+    entry.Guards(L"Cannot (re)allocate the path Buffer", [&] {
+        if (!sites_ || sites_.use_count() > 1)
+            sites_ = sites_ ? std::make_shared<std::vector<Site>>(*sites_) : std::make_shared<std::vector<Site>>();
+        sites_->push_back(Vertex);
+        Length += 1;
+    });
+}
+
+void Path::Clear()
+{
+    Status::Error().Code = NoError;
+    if (sites_.use_count() > 1)
+        sites_.reset();
+    else if (sites_)
+        sites_->clear();
+    Length = 0;
+    Closed = false;
+}
+
+Site& Path::Vertex(int Index) const
+{
+    const Entry entry("Tesk::Path::Vertex");
+    thread_local Site dummy(0, 0);
+    if (RefuseEmpty(entry)) return dummy;
+    if (Index < 0 || Index >= Length)
+        entry.Refuse(OutOfRange, L"The element index (%d) is out of the path range [0..%d]", Index, Length - 1);
+    else
+        return Sites()[Index];
+    return dummy;
+}
+
+void Path::ShallowCopy(const Path& Src, bool)
+{
+    Status::Error().Code = NoError;
+    if (&Src == this) return;
+    sites_ = Src.sites_;
+    Length = Src.Length;
+    Closed = Src.Closed;
+    OrgX = Src.OrgX;
+    OrgY = Src.OrgY;
+}
+
+void Path::Detach(bool CopySites)
+{
+    if (!sites_ || sites_.use_count() < 2) return;
+    try {
+        sites_ = CopySites ? std::make_shared<std::vector<Site>>(*sites_) : std::make_shared<std::vector<Site>>();
+        Length = static_cast<int>(sites_->size());
+    } catch (const std::bad_alloc&) {
+        // The sites stay shared.
+    }
+}
+
+} // namespace Tesk

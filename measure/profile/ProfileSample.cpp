@@ -1,0 +1,475 @@
+// Sampling images along rows, columns, oblique lines and paths, alone or across a breadth.
+#include "measure/Profile.h"
+
+#include "measure/Path.h"
+#include "measure/profile/ProfileFrame.h"
+
+#include <cmath>
+#include <vector>
+
+namespace Tesk {
+
+namespace {
+
+using namespace profiles;
+
+/// What becomes of the values across the breadth.
+enum Across
+{
+    Single,
+    Sum,
+    Average,
+    Variance,
+    Deviation,
+    Largest,
+    Smallest,
+    Spread
+};
+
+bool IsSampled(PixelTypes type)
+{
+    return type == Gray || type == Gray16 || type == Rgb;
+}
+
+int CheckSource(const Image& src)
+{
+    if (const int code = CheckImage(src)) return code;
+    if (IsSampled(src.Type)) return NoError;
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation",
+                          PixelTypeName(src.Type));
+}
+
+int CheckBreadth(int breadth)
+{
+    if (breadth >= 1) return NoError;
+    return Status::Format(OutOfRange, L"The breadth (%d) must be positive", breadth);
+}
+
+/// Lines beside each other are not bounded by the image.
+int CheckLineBreadth(int breadth)
+{
+    constexpr int largestBreadth = 65536;
+    if (breadth <= largestBreadth) return CheckBreadth(breadth);
+    return Status::Format(OutOfRange, L"The breadth (%d) must be in the range [1..%d]", breadth, largestBreadth);
+}
+
+/// Rows `y` to `y + breadth - 1` must lie in the window; `breadth` 0 stands for a single row.
+int CheckRows(const Image& src, int y, int breadth)
+{
+    if (y < 0 || y >= src.Height)
+        return Status::Format(OutOfRange, L"Ordinate (%d) must be in the range [0..%d]", y, src.Height - 1);
+    if (breadth > src.Height - y)
+        return Status::Format(OutOfRange, L"Ordinate plus height (%d + %d) must be in the range [0..%d]", y, breadth,
+                              int(src.Height));
+    return NoError;
+}
+
+int CheckColumns(const Image& src, int x, int breadth)
+{
+    if (x < 0 || x >= src.Width)
+        return Status::Format(OutOfRange, L"Abscissa (%d) must be in the range [0..%d]", x, src.Width - 1);
+    if (breadth > src.Width - x)
+        return Status::Format(OutOfRange, L"Abscissa plus width (%d + %d) must be in the range [0..%d]", x, breadth,
+                              int(src.Width));
+    return NoError;
+}
+
+ProfileSource SourceIn(const Image& src, ProfileSource::Kinds kind, DraggingHandles direction, int breadth)
+{
+    ProfileSource source;
+    source.Kind = kind;
+    source.Direction = direction;
+    source.Breadth = breadth;
+    source.X = src.X;
+    source.Y = src.Y;
+    source.Width = src.Width;
+    source.Height = src.Height;
+    return source;
+}
+
+/// The numbers of a pixel, red first.
+void Put(GrayPixel pixel, std::int32_t* out)
+{
+    *out = pixel;
+}
+void Put(Gray16Pixel pixel, std::int32_t* out)
+{
+    *out = pixel;
+}
+void Put(RgbPixel pixel, std::int32_t* out)
+{
+    out[0] = pixel.Red;
+    out[1] = pixel.Green;
+    out[2] = pixel.Blue;
+}
+
+/// Calls `f` with a null pointer to the image's pixel type.
+template <typename F>
+void ByPixel(PixelTypes type, F f)
+{
+    if (type == Gray)
+        f(static_cast<GrayPixel*>(nullptr));
+    else if (type == Gray16)
+        f(static_cast<Gray16Pixel*>(nullptr));
+    else
+        f(static_cast<RgbPixel*>(nullptr));
+}
+
+void FetchRow(const Image& src, int y, std::int32_t* out)
+{
+    ByPixel(src.Type, [&]<typename T>(T*) {
+        const T* row = src.Row<T>(y);
+        for (int x = 0; x < src.Width; x++, out += Channels(src.Type))
+            Put(row[x], out);
+    });
+}
+
+void FetchColumn(const Image& src, int x, std::int32_t* out)
+{
+    ByPixel(src.Type, [&]<typename T>(T*) {
+        for (int y = 0; y < src.Height; y++, out += Channels(src.Type))
+            Put(src.Row<T>(y)[x], out);
+    });
+}
+
+/// An index into `count` pixels from a coordinate, held to the ends; not a number counts as 0.
+int Held(double v, int count)
+{
+    return v >= count ? count - 1 : v > 0 ? static_cast<int>(v) : 0;
+}
+
+/// Two neighbours and how far the place lies from the first to the second.
+struct Between
+{
+    int first, second;
+    double fraction;
+};
+
+Between Neighbours(double v, int count)
+{
+    const double floor = std::floor(v);
+    if (floor >= count - 1 && count > 1) return {count - 2, count - 1, 1.0};
+    if (!(floor >= 0) || count == 1) return {0, count > 1 ? 1 : 0, 0.0};
+    const int first = static_cast<int>(floor);
+    return {first, first + 1, v - floor};
+}
+
+struct Direction
+{
+    double x, y, length;
+};
+
+Direction DirectionOf(const XY& beg, const XY& end)
+{
+    const double dx = end.X - beg.X, dy = end.Y - beg.Y, length = std::hypot(dx, dy);
+    return {dx / length, dy / length, length};
+}
+
+/// Pixels at `count` places, one step of `u` from one to the next.
+template <typename T>
+void FetchNearest(const Image& src, XY from, const Direction& u, int count, std::int32_t* out)
+{
+    for (int i = 0; i < count; i++, out += Channels(src.Type))
+        Put(src.Row<T>(Held(from.Y + i * u.y + 0.5, src.Height))[Held(from.X + i * u.x + 0.5, src.Width)], out);
+}
+
+template <typename T>
+void FetchBetween(const Image& src, XY from, const Direction& u, int count, std::int32_t* out)
+{
+    constexpr int channels = sizeof(T) == sizeof(RgbPixel) ? 3 : 1;
+    for (int i = 0; i < count; i++, out += channels) {
+        const Between x = Neighbours(from.X + i * u.x, src.Width), y = Neighbours(from.Y + i * u.y, src.Height);
+        const T *upper = src.Row<T>(y.first), *lower = src.Row<T>(y.second);
+        std::int32_t corners[4][channels];
+        Put(upper[x.first], corners[0]);
+        Put(upper[x.second], corners[1]);
+        Put(lower[x.first], corners[2]);
+        Put(lower[x.second], corners[3]);
+        for (int c = 0; c < channels; c++) {
+            // In this form equal neighbours give their value exactly, whatever the fraction.
+            const double above = corners[0][c] + x.fraction * (corners[1][c] - corners[0][c]);
+            const double below = corners[2][c] + x.fraction * (corners[3][c] - corners[2][c]);
+            out[c] = static_cast<std::int32_t>(above + y.fraction * (below - above));
+        }
+    }
+}
+
+void FetchLine(const Image& src, XY from, const Direction& u, int count, bool interpolate, std::int32_t* out)
+{
+    ByPixel(src.Type, [&]<typename T>(T*) {
+        if (interpolate)
+            FetchBetween<T>(src, from, u, count, out);
+        else
+            FetchNearest<T>(src, from, u, count, out);
+    });
+}
+
+/// What is kept of the lines while they go by, a number for each component of each sample.
+class Gathered
+{
+public:
+    Gathered(std::size_t count, int across) : across_(across), line_(count), sums_(UsesSums() ? count : 0)
+    {
+        if (across == Variance || across == Deviation) squares_.resize(count);
+        if (across == Largest || across == Spread) largest_.assign(count, INT32_MIN);
+        if (across == Smallest || across == Spread) smallest_.assign(count, INT32_MAX);
+    }
+
+    std::int32_t* Line() { return line_.data(); }
+
+    void Add()
+    {
+        const std::size_t n = line_.size();
+        if (UsesSums())
+            for (std::size_t i = 0; i < n; i++)
+                sums_[i] += line_[i];
+        if (!squares_.empty())
+            for (std::size_t i = 0; i < n; i++)
+                squares_[i] += static_cast<std::uint64_t>(std::int64_t{line_[i]} * line_[i]);
+        if (!largest_.empty())
+            for (std::size_t i = 0; i < n; i++)
+                largest_[i] = Max(largest_[i], line_[i]);
+        if (!smallest_.empty())
+            for (std::size_t i = 0; i < n; i++)
+                smallest_[i] = Min(smallest_[i], line_[i]);
+    }
+
+    void Finish(int breadth, std::int32_t* out) const
+    {
+        for (std::size_t i = 0; i < line_.size(); i++)
+            out[i] = Value(i, breadth);
+    }
+
+private:
+    bool UsesSums() const { return across_ >= Sum && across_ <= Deviation; }
+
+    int Value(std::size_t i, int breadth) const
+    {
+        switch (across_) {
+        case Sum:
+            return Saturated(sums_[i]);
+        case Average:
+            return static_cast<int>(sums_[i] / breadth);
+        case Largest:
+            return largest_[i];
+        case Smallest:
+            return smallest_[i];
+        case Spread:
+            return largest_[i] - smallest_[i];
+        default:
+            break;
+        }
+        // n sum(v^2) of 16-bit values needs 64 bits up to this breadth, and more than a double above it.
+        constexpr int exactBreadth = 65536;
+        const auto n = static_cast<std::uint64_t>(breadth), sum = static_cast<std::uint64_t>(sums_[i]);
+        double variance;
+        if (breadth <= exactBreadth) {
+            const std::uint64_t whole = (n * squares_[i] - sum * sum) / (n * n);
+            variance = static_cast<double>(whole);
+        } else {
+            const double mean = static_cast<double>(sum) / static_cast<double>(n);
+            variance = static_cast<double>(squares_[i]) / static_cast<double>(n) - mean * mean;
+        }
+        // The root of the truncated variance truncates to the same integer as that of the variance.
+        return Truncated(across_ == Deviation ? std::sqrt(variance) : variance);
+    }
+
+    int across_;
+    std::vector<std::int32_t> line_;
+    std::vector<std::int64_t> sums_;
+    std::vector<std::uint64_t> squares_;
+    std::vector<std::int32_t> largest_, smallest_;
+};
+
+} // namespace
+
+/// Samples the lines that `fetch(k, out)` gives, one for each unit of the breadth, and combines them.
+template <typename Fetch>
+void Profile::SampleBand(const Entry& entry, const Image& src, int length, const ProfileSource& source, int across,
+                         Fetch fetch)
+{
+    // Before any memory is asked for.
+    if (std::int64_t{length} * SampleSize(src.Type) > INT32_MAX) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
+        return;
+    }
+    Guarded(entry, [&] {
+        const int breadth = Max(source.Breadth, 1);
+        const std::size_t count = static_cast<std::size_t>(length) * static_cast<std::size_t>(Channels(src.Type));
+        Gathered gathered(across == Single ? 0 : count, across);
+        if (!TrySet(length, src.Type)) {
+            entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
+            return;
+        }
+        Source = source;
+        if (length == 0) return;
+        if (across == Single) {
+            fetch(0, Samples());
+            return;
+        }
+        if (across == Sum) Scale = breadth;
+        for (int k = 0; k < breadth; k++) {
+            fetch(k, gathered.Line());
+            gathered.Add();
+        }
+        gathered.Finish(breadth, Samples());
+    });
+}
+
+void Profile::SampleRows(const char* context, int y, int breadth, const Image& src, int across)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckBreadth(breadth))) ||
+        entry.Refuses(CheckRows(src, y, breadth)))
+        return;
+    ProfileSource source = SourceIn(src, ProfileSource::OfRow, NHandle, breadth);
+    source.Row = y;
+    SampleBand(entry, src, src.Width, source, across, [&](int k, std::int32_t* out) { FetchRow(src, y + k, out); });
+}
+
+void Profile::SampleColumns(const char* context, int x, int breadth, const Image& src, int across)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckBreadth(breadth))) ||
+        entry.Refuses(CheckColumns(src, x, breadth)))
+        return;
+    ProfileSource source = SourceIn(src, ProfileSource::OfColumn, WHandle, breadth);
+    source.Column = x;
+    SampleBand(entry, src, src.Height, source, across, [&](int k, std::int32_t* out) { FetchColumn(src, x + k, out); });
+}
+
+void Profile::SampleLines(const char* context, const XY& beg, const XY& end, int breadth, const Image& src, int across,
+                          bool interpolate)
+{
+    const Entry entry(context);
+    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckLineBreadth(breadth)))) return;
+    ProfileSource source = SourceIn(src, ProfileSource::OfLine, AllHandle, breadth);
+    source.Beg = beg;
+    source.End = end;
+    const Direction u = DirectionOf(beg, end);
+    if (u.length >= INT32_MAX) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
+        return;
+    }
+    const bool longEnough = u.length >= 1.0;
+    const int length = longEnough ? static_cast<int>(u.length) : 0;
+    SampleBand(entry, src, length, source, across, [&](int k, std::int32_t* out) {
+        const double aside = k - (Max(breadth, 1) - 1) / 2.0;
+        FetchLine(src, XY(source.Beg.X - aside * u.y, source.Beg.Y + aside * u.x), u, length, interpolate, out);
+    });
+    if (!longEnough) entry.Refuse(OutOfRange, L"This profile is too short (%.3f pixels)", u.length);
+}
+
+void Profile::RowGet(int Y, const Image& Src)
+{
+    SampleRows("Tesk::Profile::RowGet", Y, 0, Src, Single);
+}
+
+void Profile::RowAdd(int Y, int Breadth, const Image& Src, bool Average)
+{
+    SampleRows("Tesk::Profile::RowAdd", Y, Breadth, Src, Average ? Across::Average : Sum);
+}
+
+void Profile::RowVariance(int Y, int Breadth, const Image& Src, bool RMS)
+{
+    SampleRows("Tesk::Profile::RowVariance", Y, Breadth, Src, RMS ? Deviation : Across::Variance);
+}
+
+void Profile::RowMaximize(int Y, int Breadth, const Image& Src)
+{
+    SampleRows("Tesk::Profile::RowMaximize", Y, Breadth, Src, Largest);
+}
+
+void Profile::RowMinimize(int Y, int Breadth, const Image& Src)
+{
+    SampleRows("Tesk::Profile::RowMinimize", Y, Breadth, Src, Smallest);
+}
+
+void Profile::RowRange(int Y, int Breadth, const Image& Src)
+{
+    SampleRows("Tesk::Profile::RowRange", Y, Breadth, Src, Spread);
+}
+
+void Profile::ColumnGet(int X, const Image& Src)
+{
+    SampleColumns("Tesk::Profile::ColumnGet", X, 0, Src, Single);
+}
+
+void Profile::ColumnAdd(int X, int Breadth, const Image& Src, bool Average)
+{
+    SampleColumns("Tesk::Profile::ColumnAdd", X, Breadth, Src, Average ? Across::Average : Sum);
+}
+
+void Profile::ColumnVariance(int X, int Breadth, const Image& Src, bool RMS)
+{
+    SampleColumns("Tesk::Profile::ColumnVariance", X, Breadth, Src, RMS ? Deviation : Across::Variance);
+}
+
+void Profile::ColumnMaximize(int X, int Breadth, const Image& Src)
+{
+    SampleColumns("Tesk::Profile::ColumnMaximize", X, Breadth, Src, Largest);
+}
+
+void Profile::ColumnMinimize(int X, int Breadth, const Image& Src)
+{
+    SampleColumns("Tesk::Profile::ColumnMinimize", X, Breadth, Src, Smallest);
+}
+
+void Profile::ColumnRange(int X, int Breadth, const Image& Src)
+{
+    SampleColumns("Tesk::Profile::ColumnRange", X, Breadth, Src, Spread);
+}
+
+void Profile::LineGet(const XY& Beg, const XY& End, const Image& Src, bool Interpolate)
+{
+    SampleLines("Tesk::Profile::LineGet", Beg, End, 0, Src, Single, Interpolate);
+}
+
+void Profile::LineAdd(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Average, bool Interpolate)
+{
+    SampleLines("Tesk::Profile::LineAdd", Beg, End, Breadth, Src, Average ? Across::Average : Sum, Interpolate);
+}
+
+void Profile::LineVariance(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool RMS, bool Interpolate)
+{
+    SampleLines("Tesk::Profile::LineVariance", Beg, End, Breadth, Src, RMS ? Deviation : Across::Variance, Interpolate);
+}
+
+void Profile::LineMaximize(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Interpolate)
+{
+    SampleLines("Tesk::Profile::LineMaximize", Beg, End, Breadth, Src, Largest, Interpolate);
+}
+
+void Profile::LineMinimize(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Interpolate)
+{
+    SampleLines("Tesk::Profile::LineMinimize", Beg, End, Breadth, Src, Smallest, Interpolate);
+}
+
+void Profile::LineRange(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Interpolate)
+{
+    SampleLines("Tesk::Profile::LineRange", Beg, End, Breadth, Src, Spread, Interpolate);
+}
+
+void Profile::CurveGet(const Path& Pathway, const Image& Src)
+{
+    const Entry entry("Tesk::Profile::CurveGet");
+    if (entry.Refuses(CheckSource(Src))) return;
+    if (Pathway.Length < 1) {
+        entry.Refuse(VoidObject, L"This path is void");
+        return;
+    }
+    Guarded(entry, [&] {
+        const Site* sites = Pathway.Sites();
+        ProfileSource source = SourceIn(Src, ProfileSource::OfCurve, NoHandle, 0);
+        source.Curve = std::make_shared<const std::vector<Site>>(sites, sites + Pathway.Length);
+        SampleBand(entry, Src, Pathway.Length, source, Single, [&](int, std::int32_t* out) {
+            ByPixel(Src.Type, [&]<typename T>(T*) {
+                for (int i = 0; i < Pathway.Length; i++, out += Channels(Src.Type))
+                    Put(Src.Row<T>(Clamp<int>(sites[i].Y, 0, Src.Height - 1))[Clamp<int>(sites[i].X, 0, Src.Width - 1)],
+                        out);
+            });
+        });
+    });
+}
+
+} // namespace Tesk

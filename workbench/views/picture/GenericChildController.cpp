@@ -1,0 +1,94 @@
+#include "workbench/views/picture/GenericChildController.h"
+
+#include "foundation/Graph.h"
+
+namespace TeskPlus {
+
+GenericChildController::GenericChildController(const ControllerRequest& Request)
+    : ControllerBase(Request, true), row_(FindOverlay(*this))
+{}
+
+GenericChildController::GenericChildController(const ControllerRequest& Request, const OverlayRow* row)
+    : ControllerBase(Request, true), row_(row)
+{}
+
+void GenericChildController::Repaint()
+{
+    if (motherController_) motherController_->UpdateControl(true, false);
+}
+
+void GenericChildController::FollowPicture(bool isNew)
+{
+    const Image* picture = PictureOf(motherController_);
+    if (!picture || picture->Type == Undefined || picture->Width < 1) return;
+    const bool changed = picture->X != windowX_ || picture->Y != windowY_ || picture->Width != windowWidth_ ||
+                         picture->Height != windowHeight_;
+    windowX_ = picture->X;
+    windowY_ = picture->Y;
+    windowWidth_ = picture->Width;
+    windowHeight_ = picture->Height;
+    if (row_ && row_->Start && currentVariable_ && (isNew || (changed && row_->FollowsWindow)))
+        row_->Start(*currentVariable_, *picture);
+}
+
+void GenericChildController::UpdateProperty()
+{
+    FollowPicture(false);
+}
+
+void GenericChildController::UpdateControl(bool, bool)
+{
+    Repaint();
+}
+
+void GenericChildController::UpdateChildControl()
+{
+    if (!motherController_) return;
+    if (row_ && row_->Draw && currentVariable_) {
+        if (row_->Color != Current) Graph::LineColor = Graph::PointColor = row_->Color;
+        row_->Draw(*currentVariable_, *this);
+    }
+    for (IController* child : children_)
+        child->UpdateChildControl();
+}
+
+void GenericChildController::SetMotherController(IController* Mother)
+{
+    if (Mother == motherController_) return;
+    if (motherController_) motherController_->RemoveChild(*this);
+    ControllerBase::SetMotherController(Mother);
+    FollowPicture(true);
+}
+
+void GenericChildController::AddChild(IController& Child)
+{
+    ControllerBase::AddChild(Child);
+    Repaint();
+}
+
+void GenericChildController::RemoveChild(IController& Child)
+{
+    ControllerBase::RemoveChild(Child);
+    Repaint();
+}
+
+void GenericChildController::ShowCtrl(bool BringToFront)
+{
+    if (!motherController_) return;
+    motherController_->AddChild(*this);
+    motherController_->ShowCtrl(BringToFront);
+    Repaint();
+}
+
+bool GenericChildController::HideCtrl(bool)
+{
+    if (argumentState_ >= controllerState::Shown) return false;
+    if (motherController_) {
+        motherController_->RemoveChild(*this);
+        motherController_->HideCtrl(true);
+        Repaint();
+    }
+    return true;
+}
+
+} // namespace TeskPlus

@@ -1,0 +1,172 @@
+#include "workbench/views/values/PointControllers.h"
+
+#include "workbench/views/Text.h"
+#include "workbench/views/picture/OverlayTable.h"
+
+#include <cwchar>
+
+namespace TeskPlus {
+
+namespace {
+
+struct Place
+{
+    const wchar_t* names[4];
+    /// Quarters of the image's extent.
+    int x, y;
+};
+
+constexpr Place places[] = {{{L"Src Anchor", L"Src Anchor0", L"Dst Anchor", L"Dst Anchor0"}, 2, 2},
+                            {{L"Center"}, 2, 2},
+                            {{L"Src Anchor1", L"Dst Anchor1"}, 3, 2},
+                            {{L"Src Anchor2", L"Dst Anchor2"}, 2, 1}};
+
+/// Integer halves and quarters, added up as the anchors are told.
+int Quarters(int extent, int quarters)
+{
+    return quarters == 3 ? extent / 4 + extent / 2 : quarters == 1 ? extent / 2 - extent / 4 : extent / 2;
+}
+
+} // namespace
+
+XYController::XYController(const ControllerRequest& Request) : OverlayValueController(Request)
+{
+    auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
+    SetWidget(widget);
+    widget->SetValue(Read<XY>({0, 0}));
+}
+
+void XYController::UpdateProperty()
+{
+    const bool fromUser = TakeUserChange();
+    if (!IsInOnly()) return;
+    const Image* mother = Picture();
+    if (!mother) {
+        // A point without a picture is what the user typed.
+        if (fromUser) Write<XY>(Widget().Value());
+        return;
+    }
+    const double maximumX = mother->Width - 1, maximumY = mother->Height - 1;
+    Widget().SetRange(0, maximumX, 0, maximumY);
+    if (!fromUser) {
+        Widget().SetValue(Read<XY>({0, 0}));
+        return;
+    }
+    const XY point = Widget().Value();
+    Write<XY>({Clamp(point.X, 0.0, maximumX), Clamp(point.Y, 0.0, maximumY)});
+}
+
+void XYController::UpdateControl(bool, bool)
+{
+    if (const Image* mother = Picture()) Widget().SetRange(0, mother->Width - 1, 0, mother->Height - 1);
+    Widget().SetValue(Read<XY>({0, 0}));
+    RepaintMother();
+}
+
+void XYController::UpdateChildControl()
+{
+    if (!motherController_) return;
+    const XY point = Read<XY>({0, 0});
+    DrawIn(Green, [&] { OnStore(point, MotherImage()).Draw(false); });
+}
+
+void XYController::ResetAnchor(int Width, int Height)
+{
+    if (IsInOnly()) ResetLocation(Width, Height);
+}
+
+const Image* XYController::Picture() const
+{
+    const Image* mother = MotherImage();
+    return mother && mother->Width > 0 && mother->Height > 0 ? mother : nullptr;
+}
+
+void XYController::ResetLocation(int Width, int Height)
+{
+    for (const Place& place : places)
+        for (const wchar_t* name : place.names)
+            if (name && argumentName_ == name) {
+                Write<XY>({double(Quarters(Width, place.x)), double(Quarters(Height, place.y))});
+                Widget().SetValue(Read<XY>({0, 0}));
+                return;
+            }
+}
+
+void XYController::SetMotherController(IController* Mother)
+{
+    const bool isNew = Mother != motherController_;
+    if (isNew && motherController_) motherController_->RemoveChild(*this);
+    OverlayValueController::SetMotherController(Mother);
+    // The anchors of a picture that only the run makes stand where the panel put them.
+    const Image* mother = Picture();
+    if (isNew && mother) ResetAnchor(mother->Width, mother->Height);
+}
+
+SiteController::SiteController(const ControllerRequest& Request) : OverlayValueController(Request)
+{
+    auto* widget = new XYWidget(Qt16(argumentName_), IsInOnly(), argumentAttr_);
+    SetWidget(widget);
+    widget->SetNumberOfDecimals(0);
+    ShowSite();
+}
+
+void SiteController::ShowSite()
+{
+    const Site site = Read<Site>({0, 0});
+    Widget().SetValue({double(site.X), double(site.Y)});
+}
+
+void SiteController::FollowWindow()
+{
+    const Image* mother = MotherImage();
+    if (!mother || !IsInOnly()) return;
+    if (mother->X == windowX_ && mother->Y == windowY_ && mother->Width == windowWidth_ &&
+        mother->Height == windowHeight_)
+        return;
+    windowX_ = mother->X;
+    windowY_ = mother->Y;
+    windowWidth_ = mother->Width;
+    windowHeight_ = mother->Height;
+    Write<Site>({windowX_ + windowWidth_ / 2, windowY_ + windowHeight_ / 2});
+    // A pixel counts from the corner of the whole picture, and stays in its window.
+    Widget().SetRange(windowX_, windowX_ + Max(0, windowWidth_ - 1), windowY_, windowY_ + Max(0, windowHeight_ - 1));
+    ShowSite();
+}
+
+void SiteController::UpdateProperty()
+{
+    const bool fromUser = TakeUserChange();
+    if (!IsInOnly()) return;
+    FollowWindow();
+    const Image* mother = MotherImage();
+    if (!fromUser) {
+        ShowSite();
+        return;
+    }
+    const double left = mother ? int{mother->X} : 0, right = mother ? left + Max(0, mother->Width - 1) : 32767;
+    const double top = mother ? int{mother->Y} : 0, bottom = mother ? top + Max(0, mother->Height - 1) : 32767;
+    const XY point = Widget().Value();
+    Write<Site>({static_cast<int>(Clamp(point.X, left, right)), static_cast<int>(Clamp(point.Y, top, bottom))});
+}
+
+void SiteController::UpdateControl(bool, bool)
+{
+    ShowSite();
+    RepaintMother();
+}
+
+void SiteController::UpdateChildControl()
+{
+    if (!motherController_) return;
+    const Site site = Read<Site>({0, 0});
+    DrawIn(Green, [&] { site.Draw(true); });
+}
+
+void SiteController::SetMotherController(IController* Mother)
+{
+    if (Mother != motherController_ && motherController_) motherController_->RemoveChild(*this);
+    OverlayValueController::SetMotherController(Mother);
+    FollowWindow();
+}
+
+} // namespace TeskPlus
