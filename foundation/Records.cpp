@@ -3,6 +3,7 @@
 
 #include "foundation/Archive.h"
 #include "foundation/Graph.h"
+#include "foundation/Handles.h"
 
 namespace Tesk {
 
@@ -11,33 +12,20 @@ ReadOnly<DraggingHandles, Site> Site::Handle(NoHandle);
 
 namespace {
 
-/// A point of the screen within this many pixels of a mark is on it.
-constexpr double handleTolerance = 6.0;
-constexpr int markRadius = 5;
-
 /// What stands on a mark's position is drawn on the middle of the pixel.
 constexpr double markOffset = -0.5;
 
 void DrawPoint(double x, double y, bool handles)
 {
-    Graph::Cross(x + markOffset, y + markOffset, markRadius);
-    if (handles) Graph::Marker(x + markOffset, y + markOffset, true, markRadius);
+    Graph::Cross(x + markOffset, y + markOffset, handleRadius);
+    if (handles) Graph::Marker(x + markOffset, y + markOffset, true, handleRadius);
 }
 
-bool HitsPoint(double pointX, double pointY, int x, int y)
+DraggingHandles HitPoint(double pointX, double pointY, int x, int y)
 {
     // A pixel that is shown large is hit all over.
     const double reach = Max(handleTolerance, Graph::Zoom / 2 + 1);
-    return reach > std::abs(Graph::ToTarget(pointX) - static_cast<double>(x)) &&
-           reach > std::abs(Graph::ToTarget(pointY) - static_cast<double>(y));
-}
-
-/// The pixel of the image that is shown at a pixel of the screen.
-double FromTarget(int v)
-{
-    constexpr double farthest = 1e9;
-    const double position = Clamp(v / Graph::Zoom, -farthest, farthest);
-    return position == position ? std::trunc(position) : 0;
+    return ScreenPointer(x, y).IsOn(XY(pointX, pointY), reach) ? PointHandle : NoHandle;
 }
 
 constexpr ArchiveFormat limitsFormat{"TLIM", 1, L"File \"%ls\" is not an Image Window file",
@@ -57,15 +45,13 @@ void XY::Draw(bool Handles) const
 
 DraggingHandles XY::HitHandle(int x, int y) const
 {
-    Handle = HitsPoint(X, Y, x, y) ? PointHandle : NoHandle;
+    Handle = HitPoint(X, Y, x, y);
     return Handle;
 }
 
 void XY::Drag(int x, int y)
 {
-    if (Handle != PointHandle) return;
-    X = FromTarget(x);
-    Y = FromTarget(y);
+    if (Handle == PointHandle) *this = ScreenPointer(x, y).Pixel();
 }
 
 void Site::Draw(bool Handles) const
@@ -75,15 +61,16 @@ void Site::Draw(bool Handles) const
 
 DraggingHandles Site::HitHandle(int x, int y) const
 {
-    Handle = HitsPoint(X, Y, x, y) ? PointHandle : NoHandle;
+    Handle = HitPoint(X, Y, x, y);
     return Handle;
 }
 
 void Site::Drag(int x, int y)
 {
     if (Handle != PointHandle) return;
-    X = Short16(static_cast<int>(FromTarget(x)));
-    Y = Short16(static_cast<int>(FromTarget(y)));
+    const XY pixel = ScreenPointer(x, y).Pixel();
+    X = Short16(static_cast<int>(pixel.X));
+    Y = Short16(static_cast<int>(pixel.Y));
 }
 
 void Limits::Unite(const Limits& Other)

@@ -3,35 +3,19 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
+#include "foundation/Handles.h"
 #include "image/Operator.h"
 #include "measure/Profile.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace Tesk {
 
 namespace {
 
-/// A point within this many screen pixels of an edge is on it.
-constexpr double handleTolerance = 6.0;
-constexpr int discRadius = 5;
-
-/// Where a drag of the whole window took hold, from the window's corner.
-int dragOffsetX = 0, dragOffsetY = 0;
-
-/// A position of the screen in whole image pixels, held to what a drag can reach.
-int Unscaled(int v)
-{
-    const double position = v / Graph::Zoom;
-    return position == position ? static_cast<int>(Clamp(position, -1e9, 1e9)) : 0;
-}
-
-bool Near(int a, int b)
-{
-    return handleTolerance > std::abs(static_cast<double>(a) - b);
-}
+/// Where a drag of the whole window took hold of it.
+Grab grab;
 
 /// Moves the near edge of an extent; the far one stays.
 void DragNear(int& from, int& extent, int to)
@@ -117,7 +101,7 @@ void Image::DrawWindow(bool Handles, bool Cross) const
         const double zoom = Graph::Zoom;
         for (const auto& corner :
              {TargetPoint{right, bottom}, TargetPoint{left, bottom}, TargetPoint{right, top}, TargetPoint{left, top}})
-            Graph::Marker(corner.X / zoom - 1 + 0.5 / zoom, corner.Y / zoom - 1 + 0.5 / zoom, true, discRadius);
+            Graph::Marker(corner.X / zoom - 1 + 0.5 / zoom, corner.Y / zoom - 1 + 0.5 / zoom, true, handleRadius);
     }
     Graph::FillColor = fill;
     Graph::LineColor = line;
@@ -134,21 +118,18 @@ DraggingHandles Image::HitHandle(int X, int Y) const
     const bool inX = left <= X && X <= right, inY = top <= Y && Y <= bottom;
     const auto hit = [&] {
         if (Type == Undefined) return NoHandle;
-        if (Near(X, left) && Near(Y, top)) return NWHandle;
-        if (Near(X, right) && Near(Y, top)) return NEHandle;
-        if (Near(X, left) && Near(Y, bottom)) return SWHandle;
-        if (Near(X, right) && Near(Y, bottom)) return SEHandle;
-        if (Near(Y, top) && inX) return NHandle;
-        if (Near(X, left) && inY) return WHandle;
-        if (Near(X, right) && inY) return EHandle;
-        if (Near(Y, bottom) && inX) return SHandle;
+        if (IsNear(X, left) && IsNear(Y, top)) return NWHandle;
+        if (IsNear(X, right) && IsNear(Y, top)) return NEHandle;
+        if (IsNear(X, left) && IsNear(Y, bottom)) return SWHandle;
+        if (IsNear(X, right) && IsNear(Y, bottom)) return SEHandle;
+        if (IsNear(Y, top) && inX) return NHandle;
+        if (IsNear(X, left) && inY) return WHandle;
+        if (IsNear(X, right) && inY) return EHandle;
+        if (IsNear(Y, bottom) && inX) return SHandle;
         return inX && inY ? AllHandle : NoHandle;
     };
     const DraggingHandles handle = hit();
-    if (handle == AllHandle) {
-        dragOffsetX = this->X - Unscaled(X);
-        dragOffsetY = this->Y - Unscaled(Y);
-    }
+    if (handle == AllHandle) grab.Take(ScreenPointer(X, Y).Pixel(), XY(this->X, this->Y));
     Handle = handle;
     return handle;
 }
@@ -157,7 +138,8 @@ void Image::Drag(int X, int Y)
 {
     Status::Error().Code = NoError;
     if (Type == Undefined) return;
-    const int x = Unscaled(X), y = Unscaled(Y);
+    const XY pixel = ScreenPointer(X, Y).Pixel(), moved = grab.Moved(pixel);
+    const int x = static_cast<int>(pixel.X), y = static_cast<int>(pixel.Y);
     int left = this->X, top = this->Y, width = Width, height = Height;
     switch (Handle) {
     case NWHandle:
@@ -189,8 +171,8 @@ void Image::Drag(int X, int Y)
         DragFar(top, height, StoreHeight, y);
         break;
     case AllHandle:
-        left = Clamp(x + dragOffsetX, 0, StoreWidth - Width);
-        top = Clamp(y + dragOffsetY, 0, StoreHeight - Height);
+        left = static_cast<int>(Clamp<double>(moved.X, 0, StoreWidth - Width));
+        top = static_cast<int>(Clamp<double>(moved.Y, 0, StoreHeight - Height));
         break;
     default:
         return;

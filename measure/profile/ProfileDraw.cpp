@@ -1,7 +1,9 @@
 // Profiles on the screen: where their samples came from, drawn and dragged; their values as a curve.
 #include "measure/Profile.h"
 
+#include "foundation/Angles.h"
 #include "foundation/Graph.h"
+#include "foundation/Handles.h"
 #include "measure/profile/ProfileFrame.h"
 
 #include <algorithm>
@@ -14,16 +16,11 @@ using namespace profiles;
 
 namespace {
 
-/// A point within this many screen pixels of a line or a mark is on it.
-constexpr double handleTolerance = 6.0;
-constexpr int markRadius = 5;
 /// The widest band that a drag makes.
 constexpr int largestBreadth = 256;
-constexpr double degrees = 180 / 3.14159265358979323846;
 
-/// Where a drag of the whole took hold, from its row and column, or from its begin and end.
-int grabX = 0, grabY = 0;
-XY grabBeg(0, 0), grabEnd(0, 0);
+/// Where a drag of the whole took hold of its column and row, or of its begin and end.
+Grab grabBand, grabBeg, grabEnd;
 
 /// What is drawn: the way of the latest sampling, or before the first one that in which the profile is dragged.
 ProfileSource::Kinds KindOf(const ProfileSource& source)
@@ -48,13 +45,6 @@ int BreadthOf(const ProfileSource& source)
     return Max(source.Breadth, 1);
 }
 
-void DrawMark(double x, double y)
-{
-    const GraphSettings kept;
-    Graph::FillColor = White;
-    Graph::Marker(x, y, true, markRadius);
-}
-
 /// A row or a column, or the outline of several.
 void DrawBand(int x, int y, int width, int height, bool handles)
 {
@@ -64,8 +54,8 @@ void DrawBand(int x, int y, int width, int height, bool handles)
     else
         Graph::Line(x, y, right, bottom);
     if (!handles) return;
-    DrawMark(x, y);
-    DrawMark(right, bottom);
+    DrawHandle(XY(x, y));
+    DrawHandle(XY(right, bottom));
 }
 
 void DrawLine(const ProfileSource& source, bool handles)
@@ -75,10 +65,10 @@ void DrawLine(const ProfileSource& source, bool handles)
     Graph::Line(beg.X, beg.Y, end.X, end.Y, 1);
     if (source.Breadth > 1)
         Graph::RotatedRectangle((beg.X + end.X) / 2, (beg.Y + end.Y) / 2, std::hypot(end.X - beg.X, end.Y - beg.Y),
-                                source.Breadth - 1, std::atan2(end.Y - beg.Y, end.X - beg.X) * degrees, false);
+                                source.Breadth - 1, ToDegrees(std::atan2(end.Y - beg.Y, end.X - beg.X)), false);
     if (!handles) return;
-    DrawMark(beg.X, beg.Y);
-    DrawMark(end.X, end.Y);
+    DrawHandle(beg);
+    DrawHandle(end);
 }
 
 void DrawCurve(const ProfileSource& source, bool handles)
@@ -91,41 +81,31 @@ void DrawCurve(const ProfileSource& source, bool handles)
     Graph::Polyline(points, false);
     if (handles)
         for (const XY& point : points)
-            DrawMark(point.X, point.Y);
+            DrawHandle(point);
 }
 
 /// The handle of a band whose near and far lines lie at these places of the screen.
 DraggingHandles HitBand(int at, int near, int far, bool single, DraggingHandles nearHandle, DraggingHandles farHandle)
 {
-    const double toNear = std::abs(static_cast<double>(at) - near), toFar = std::abs(static_cast<double>(at) - far);
-    if (single) return toNear < handleTolerance ? nearHandle : NoHandle;
-    if (Min(toNear, toFar) < handleTolerance) return toNear <= toFar ? nearHandle : farHandle;
+    const bool isNear = IsNear(at, near), isFar = !single && IsNear(at, far);
+    // On both it is the nearer one.
+    if (isNear && isFar) return std::int64_t{2} * at <= std::int64_t{near} + far ? nearHandle : farHandle;
+    if (isNear || isFar || single) return isNear ? nearHandle : isFar ? farHandle : NoHandle;
     return near < at && at < far ? AllHandle : NoHandle;
 }
 
-bool Hits(const XY& point, const ProfileSource& source, int x, int y)
+DraggingHandles HitLine(const ProfileSource& source, const ScreenPointer& pointer)
 {
-    return std::abs(Graph::ToTargetMark(point.X + source.X) - static_cast<double>(x)) < handleTolerance &&
-           std::abs(Graph::ToTargetMark(point.Y + source.Y) - static_cast<double>(y)) < handleTolerance;
-}
-
-DraggingHandles HitLine(const ProfileSource& source, int x, int y)
-{
-    if (Hits(source.Beg, source, x, y)) return FromHandle;
-    if (Hits(source.End, source, x, y)) return ToHandle;
-    const double bx = Graph::ToTarget(source.Beg.X + source.X), by = Graph::ToTarget(source.Beg.Y + source.Y);
-    const double dx = Graph::ToTarget(source.End.X + source.X) - bx, dy = Graph::ToTarget(source.End.Y + source.Y) - by;
-    const double squared = dx * dx + dy * dy;
-    const double along = squared > 0 ? Clamp(((x - bx) * dx + (y - by) * dy) / squared, 0.0, 1.0) : 0;
-    const double reach = Max(handleTolerance, source.Breadth * Graph::Zoom / 2);
-    return std::hypot(x - bx - along * dx, y - by - along * dy) < reach ? AllHandle : NoHandle;
+    if (pointer.IsOnMark(source.Beg)) return FromHandle;
+    if (pointer.IsOnMark(source.End)) return ToHandle;
+    return pointer.IsNearSegment(source.Beg, source.End, source.Breadth) ? AllHandle : NoHandle;
 }
 
 /// Moves the near line of a band, its far one, or all of it, inside `extent`.
-void DragBand(DraggingHandles handle, DraggingHandles nearHandle, DraggingHandles farHandle, int to, int grab,
-              int extent, int& from, int& breadth)
+void DragBand(DraggingHandles handle, DraggingHandles nearHandle, DraggingHandles farHandle, double pointer,
+              double moved, int extent, int& from, int& breadth)
 {
-    const int width = Max(breadth, 1);
+    const int to = Truncated(pointer), width = Max(breadth, 1);
     if (width == 1 && handle == nearHandle) {
         from = Clamp(to, 0, extent - 1);
     } else if (handle == nearHandle) {
@@ -135,7 +115,7 @@ void DragBand(DraggingHandles handle, DraggingHandles nearHandle, DraggingHandle
     } else if (handle == farHandle) {
         breadth = Clamp(to - from + 1, 1, Min(largestBreadth, extent - from));
     } else if (handle == AllHandle) {
-        from = Clamp(to + grab, 0, Max(extent - width, 0));
+        from = Truncated(Clamp<double>(moved, 0, Max(extent - width, 0)));
     }
 }
 
@@ -248,10 +228,10 @@ void Profile::Draw(bool Handles) const
 DraggingHandles Profile::HitHandle(int X, int Y) const
 {
     Status::Error().Code = NoError;
+    const ScreenPointer pointer(X, Y, XY(Source.X, Source.Y));
     const bool single = BreadthOf(Source) == 1;
     const auto inside = [](int at, int from, int extent) {
-        return at > Graph::ToTarget(from) - handleTolerance &&
-               at < Graph::ToTarget(from + extent - 1) + handleTolerance;
+        return IsNear(at, Graph::ToTarget(from), Graph::ToTarget(from + extent - 1));
     };
     DraggingHandles handle = NoHandle;
     switch (KindOf(Source)) {
@@ -270,17 +250,15 @@ DraggingHandles Profile::HitHandle(int X, int Y) const
         break;
     }
     case ProfileSource::OfLine:
-        handle = HitLine(Source, X, Y);
+        handle = HitLine(Source, pointer);
         break;
     default:
         break;
     }
     if (handle == AllHandle) {
-        const double x = X / Graph::Zoom, y = Y / Graph::Zoom;
-        grabX = Source.X + Source.Column - Truncated(x);
-        grabY = Source.Y + Source.Row - Truncated(y);
-        grabBeg = XY(Source.Beg.X - x, Source.Beg.Y - y);
-        grabEnd = XY(Source.End.X - x, Source.End.Y - y);
+        grabBand.Take(pointer.Pixel(), XY(Source.Column, Source.Row));
+        grabBeg.Take(pointer.Position(), Source.Beg);
+        grabEnd.Take(pointer.Position(), Source.End);
     }
     Handle = handle;
     return handle;
@@ -290,23 +268,24 @@ void Profile::Drag(int X, int Y)
 {
     Status::Error().Code = NoError;
     if (Source.Width < 1 || Source.Height < 1 || Handle == NoHandle) return;
-    const double x = X / Graph::Zoom, y = Y / Graph::Zoom;
+    const ScreenPointer pointer(X, Y, XY(Source.X, Source.Y));
+    const XY position = pointer.Position(), pixel = pointer.Pixel(), moved = grabBand.Moved(pixel);
     const DraggingHandles handle = Handle;
     switch (KindOf(Source)) {
     case ProfileSource::OfRow:
-        DragBand(handle, NHandle, SHandle, Truncated(y) - Source.Y, grabY, Source.Height, Source.Row, Source.Breadth);
+        DragBand(handle, NHandle, SHandle, pixel.Y, moved.Y, Source.Height, Source.Row, Source.Breadth);
         break;
     case ProfileSource::OfColumn:
-        DragBand(handle, WHandle, EHandle, Truncated(x) - Source.X, grabX, Source.Width, Source.Column, Source.Breadth);
+        DragBand(handle, WHandle, EHandle, pixel.X, moved.X, Source.Width, Source.Column, Source.Breadth);
         break;
     case ProfileSource::OfLine:
         if (handle == FromHandle) {
-            Source.Beg = XY(Kept(x - 1 - Source.X, Source.Width), Kept(y - 1 - Source.Y, Source.Height));
+            Source.Beg = XY(Kept(position.X - 1, Source.Width), Kept(position.Y - 1, Source.Height));
         } else if (handle == ToHandle) {
-            Source.End = XY(Kept(x - 1 - Source.X, Source.Width), Kept(y - 1 - Source.Y, Source.Height));
+            Source.End = XY(Kept(position.X - 1, Source.Width), Kept(position.Y - 1, Source.Height));
         } else if (handle == AllHandle) {
             // The ends stop at the border together, so that the line keeps its length and direction.
-            XY beg(x + grabBeg.X, y + grabBeg.Y), end(x + grabEnd.X, y + grabEnd.Y);
+            const XY beg = grabBeg.Moved(position), end = grabEnd.Moved(position);
             const auto shift = [](double a, double b, int extent) {
                 const double low = Min(a, b), high = Max(a, b);
                 return low < 0 ? -low : high > extent - 1 ? Max(extent - 1 - high, -low) : 0.0;
