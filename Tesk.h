@@ -16,6 +16,7 @@
 #include "image/Source.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
+#include "measure/Region.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE
