@@ -2,6 +2,8 @@
 // usage: filter-bench [128|256]: the width of the vectors.
 #include "bench/Bench.h"
 
+#include <tuple>
+
 #include <opencv2/imgproc.hpp>
 
 namespace {

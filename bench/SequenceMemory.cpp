@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 

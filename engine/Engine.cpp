@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cwchar>
 #include <set>
+#include <utility>
 
 namespace Tesk {
 

@@ -5,6 +5,7 @@
 #include "foundation/Records.h"
 
 #include <string>
+#include <utility>
 
 namespace Tesk {
 

@@ -3,6 +3,7 @@
 #include "foundation/Status.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace Tesk {
 

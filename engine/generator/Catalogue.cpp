@@ -7,6 +7,7 @@
 #include <cctype>
 #include <fstream>
 #include <set>
+#include <utility>
 
 namespace TeskGenerator {
 

@@ -3,6 +3,8 @@
 
 #include "foundation/CairoTarget.h"
 
+#include <cstddef>
+
 #include <cairo.h>
 
 namespace Tesk {

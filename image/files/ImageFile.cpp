@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <cwchar>
 #include <cwctype>
 #include <new>
 #include <stdexcept>

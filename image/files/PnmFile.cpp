@@ -4,6 +4,7 @@
 #include "foundation/Entry.h"
 #include "image/core/GrayDepth.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <vector>

@@ -8,6 +8,7 @@
 
 #include <hwy/highway.h>
 
+#include <cstdint>
 #include <cstring>
 
 HWY_BEFORE_NAMESPACE();

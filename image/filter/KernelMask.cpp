@@ -2,6 +2,8 @@
 #include "image/Kernel.h"
 #include "image/filter/KernelFrame.h"
 
+#include <utility>
+
 namespace Tesk {
 
 namespace {

@@ -7,6 +7,7 @@
 #include "image/pyramid/PyramidScale.h"
 
 #include <limits>
+#include <utility>
 #include <vector>
 
 namespace Tesk {

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdlib>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace Tesk {

@@ -6,6 +6,7 @@
 #include "measure/path/PathFrame.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace Tesk {

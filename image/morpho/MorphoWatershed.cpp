@@ -6,6 +6,7 @@
 #include "image/morpho/MorphoFrame.h"
 
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace Tesk {

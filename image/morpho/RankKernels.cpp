@@ -3,6 +3,7 @@
 #include "image/morpho/MorphoKernels.h"
 
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 #undef HWY_TARGET_INCLUDE

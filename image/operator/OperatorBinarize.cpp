@@ -6,6 +6,7 @@
 #include "image/histogram/LevelCounts.h"
 
 #include <array>
+#include <utility>
 
 namespace Tesk {
 

@@ -7,6 +7,7 @@
 #include <numbers>
 #include <numeric>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Tesk::shapes {

@@ -4,6 +4,8 @@
 #include "foundation/Archive.h"
 #include "measure/path/PathFrame.h"
 
+#include <utility>
+
 namespace Tesk {
 
 using namespace paths;

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <string>
 #include <unistd.h>
+#include <utility>
 
 using namespace Tesk;
 

@@ -2,6 +2,7 @@
 #include "engine/Sequence.h"
 
 #include <clocale>
+#include <utility>
 
 using namespace TeskTests;
 

@@ -11,6 +11,7 @@
 #include <cwchar>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace TeskTests;

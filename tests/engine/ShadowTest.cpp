@@ -6,6 +6,8 @@
 #include "image/Morpho.h"
 #include "image/Operator.h"
 
+#include <utility>
+
 using namespace TeskTests;
 
 TEST_F(SequenceTest, AfterARebindingLaterReadersFollowWhatIsStillThere)

@@ -17,7 +17,9 @@
 #include <QSlider>
 #include <QSpinBox>
 
+#include <algorithm>
 #include <fstream>
+#include <iterator>
 
 using namespace TeskPlus;
 

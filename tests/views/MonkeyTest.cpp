@@ -23,8 +23,10 @@
 #include <QTabBar>
 #include <QTableView>
 
+#include <algorithm>
 #include <cstdio>
 #include <random>
+#include <utility>
 
 using namespace TeskPlus;
 

@@ -2,6 +2,8 @@
 #include "foundation/Records.h"
 #include "workbench/views/values/ChoiceWidgets.h"
 
+#include <vector>
+
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>

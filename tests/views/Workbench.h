@@ -20,7 +20,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cwchar>
 #include <memory>
+#include <stdexcept>
 
 namespace TeskPlus {
 

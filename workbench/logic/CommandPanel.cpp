@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <initializer_list>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -3,7 +3,9 @@
 #include "foundation/Status.h"
 
 #include <cstdio>
+#include <initializer_list>
 #include <string_view>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -4,6 +4,7 @@
 #include "workbench/logic/IController.h"
 #include "workbench/logic/TypeCodes.h"
 
+#include <initializer_list>
 #include <map>
 #include <memory>
 

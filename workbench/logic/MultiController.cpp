@@ -1,6 +1,7 @@
 #include "workbench/logic/MultiController.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <set>
+#include <utility>
 
 namespace TeskPlus {
 

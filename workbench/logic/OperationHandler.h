@@ -4,6 +4,8 @@
 
 #include "workbench/logic/IOperationViews.h"
 
+#include <utility>
+
 namespace TeskPlus {
 
 class OperationHandler

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cwchar>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -4,7 +4,9 @@
 #include "workbench/logic/MultiController.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cwchar>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -3,6 +3,7 @@
 #include "foundation/Services.h"
 
 #include <cstdio>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -1,6 +1,7 @@
 #include "workbench/logic/VariableSelector.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace TeskPlus {
 

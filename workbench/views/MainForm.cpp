@@ -21,6 +21,7 @@
 #include <QStatusBar>
 #include <QTimer>
 
+#include <algorithm>
 #include <cwchar>
 
 namespace TeskPlus {

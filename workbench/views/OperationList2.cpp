@@ -15,6 +15,7 @@
 #include <QVBoxLayout>
 
 #include <optional>
+#include <utility>
 
 namespace TeskPlus {
 

@@ -3,6 +3,8 @@
 
 #include "workbench/logic/OperationList.h"
 
+#include <utility>
+
 #include <QWidget>
 
 class QTimer;

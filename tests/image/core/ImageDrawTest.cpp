@@ -2,6 +2,8 @@
 #include "foundation/RecordingTarget.h"
 #include "image/Image.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 using namespace Tesk;

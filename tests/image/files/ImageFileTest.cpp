@@ -1,6 +1,8 @@
 #include "ImageFileSupport.h"
 #include "Noise.h"
 
+#include <cwchar>
+
 using namespace Tesk;
 namespace fs = std::filesystem;
 

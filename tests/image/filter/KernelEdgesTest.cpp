@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 using namespace Tesk;
 using namespace Tesk::checks;

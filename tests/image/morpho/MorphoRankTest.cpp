@@ -1,6 +1,7 @@
 #include "MorphoSupport.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace MorphoSupport;
 

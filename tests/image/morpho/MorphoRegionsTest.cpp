@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <set>
+#include <utility>
 
 using namespace MorphoSupport;
 

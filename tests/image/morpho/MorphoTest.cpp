@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <set>
+#include <utility>
 
 using namespace MorphoSupport;
 

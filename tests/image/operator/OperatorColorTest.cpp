@@ -1,6 +1,7 @@
 // Colour components and corrections, and thresholds by colour.
 #include "image/operator/OperatorChecks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 

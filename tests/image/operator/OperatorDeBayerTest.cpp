@@ -4,6 +4,7 @@
 #include "image/filter/FilterChecks.h"
 
 #include <cstring>
+#include <utility>
 
 using namespace Tesk;
 using namespace Tesk::checks;

@@ -1,6 +1,7 @@
 // The formulas of point operations on all values.
 #include "image/operator/OperatorChecks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 

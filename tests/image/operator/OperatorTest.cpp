@@ -2,9 +2,11 @@
 
 #include "image/operator/OperatorChecks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>
+#include <utility>
 
 using namespace Tesk;
 using namespace Tesk::checks;

@@ -4,7 +4,9 @@
 #include "foundation/RecordingTarget.h"
 #include "image/Samples.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Tesk;
 

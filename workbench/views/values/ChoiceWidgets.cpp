@@ -2,6 +2,9 @@
 
 #include "engine/TreeNode.h"
 
+#include <algorithm>
+#include <vector>
+
 #include <QButtonGroup>
 #include <QClipboard>
 #include <QComboBox>

@@ -3,6 +3,8 @@
 
 #include "workbench/views/values/ValueWidgets.h"
 
+#include <vector>
+
 #include <QStringList>
 
 class QButtonGroup;

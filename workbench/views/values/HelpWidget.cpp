@@ -1,5 +1,7 @@
 #include "workbench/views/values/HelpWidget.h"
 
+#include <algorithm>
+
 #include <QFontMetrics>
 
 namespace TeskPlus {

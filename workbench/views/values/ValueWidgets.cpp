@@ -18,6 +18,7 @@
 #include <QSpinBox>
 #include <QToolButton>
 
+#include <algorithm>
 #include <cmath>
 
 namespace TeskPlus {
