@@ -20,7 +20,8 @@ foreach(name IN LISTS written)
   file(RENAME "${WORK}/engine/${name}" "${WORK}/expected/${name}")
 endforeach()
 file(GLOB program "${WORK}/engine/*.cpp")
-run(${CMAKE_COMMAND} -S "${CMAKE_CURRENT_LIST_DIR}" -B "${WORK}/build" "-DCMAKE_PREFIX_PATH=${WORK}/prefix"
+run(${CMAKE_COMMAND} -G "${GENERATOR}" -S "${CMAKE_CURRENT_LIST_DIR}" -B "${WORK}/build"
+    "-DCMAKE_MAKE_PROGRAM=${MAKE}" "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_PREFIX_PATH=${WORK}/prefix"
     "-DPROGRAM=${program}" "-DCMAKE_CXX_FLAGS=${FLAGS}" -DCMAKE_BUILD_TYPE=Release)
 run(${CMAKE_COMMAND} --build "${WORK}/build")
 run("${WORK}/build/exported")
