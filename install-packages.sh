@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs what the build needs, if anything is missing.
 set -euo pipefail
-packages=(g++ cmake ninja-build ccache pkg-config libhwy-dev libjpeg62-turbo-dev libpng-dev libtiff-dev libeigen3-dev
-          libcairo2-dev libgtest-dev qt6-base-dev fonts-dejavu-core)
+packages=(g++ cmake ninja-build pkg-config libhwy-dev libjpeg-dev libpng-dev libtiff-dev libeigen3-dev libcairo2-dev
+          libgtest-dev qt6-base-dev fonts-dejavu-core)
 missing=()
 for package in "${packages[@]}"; do
     dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
