@@ -1,13 +1,13 @@
 // The pixel container of the library: a store of rows, and a window on it through which every operation works.
 #pragma once
 
+#include "foundation/CopyOnWrite.h"
 #include "foundation/ReadOnly.h"
 #include "foundation/Records.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 
 namespace Tesk {
 
@@ -120,7 +120,7 @@ public:
     /// nobody else holds is kept.
     void DetachIfShared(bool CopyPixels)
     {
-        if (SharesStores() && block_.use_count() != 1) Detach(CopyPixels || HasWindow());
+        if (SharesStores() && !block_.IsSole()) Detach(CopyPixels || HasWindow());
     }
 
     /// Prints type, size and the first and last pixels to the library's text output.
@@ -153,8 +153,7 @@ private:
     T& Pixel(int x, int y, PixelTypes type, const char* context) const;
     std::uint8_t* FindPixel(int x, int y, PixelTypes type, const char* context) const;
 
-    std::shared_ptr<std::uint8_t>
-        block_; ///< keeps `Buffer` alive among all that share it; empty over an external buffer
+    SharedBytes block_; ///< keeps `Buffer` alive among all that share it; empty over an external buffer
 };
 
 /// A void image, or a type other than the one wanted. The result is an `ErrorCodes` value with its message stored.

@@ -1,10 +1,10 @@
 // A sequence of points with integer coordinates: a contour, a polygon, a list of places.
 #pragma once
 
+#include "foundation/CopyOnWrite.h"
 #include "foundation/ReadOnly.h"
 #include "foundation/Records.h"
 
-#include <memory>
 #include <span>
 #include <string>
 #include <vector>
@@ -50,7 +50,7 @@ public:
     Site& Vertex(int Index) const;
 
     /// The sites, `Length` of them; null while there is none.
-    Site* Sites() const { return Length > 0 ? sites_->data() : nullptr; }
+    Site* Sites() const { return Length > 0 ? sites_.Get()->data() : nullptr; }
 
     /// Follows the contour of the blob in which `Seed` lies, clockwise, the seed first. `Src` is `Gray`
     /// (`IncompatibleType`), of at most 32,768 columns and rows (`OutOfRange`). A pixel belongs to the blob if it is at
@@ -182,7 +182,7 @@ private:
     void Take(std::vector<Site>&& sites, bool closed, int orgX, int orgY);
     std::vector<XY> Hull(bool simple) const;
 
-    std::shared_ptr<std::vector<Site>> sites_;
+    CopyOnWrite<std::vector<Site>> sites_;
     mutable std::string text_; ///< what `ToAsciiString` gave last
 };
 

@@ -2,6 +2,7 @@
 // table.
 #pragma once
 
+#include "foundation/CopyOnWrite.h"
 #include "foundation/ReadOnly.h"
 #include "foundation/Records.h"
 
@@ -268,8 +269,7 @@ private:
                      bool interpolate);
     void Write(const PathNames& names) const;
 
-    std::shared_ptr<std::uint8_t> block_; ///< the store, held by all that share it
-    std::size_t capacity_ = 0;            ///< bytes of the block
+    SharedBytes block_; ///< the store, held by all that share it
 };
 
 /// A void profile, one of another type than `Type`, or two that differ in type or in length. The result is an

@@ -45,9 +45,8 @@ bool Path::RefuseEmpty(const Entry& entry) const
 /// Lets go of the former sites, which others may still share.
 void Path::Take(std::vector<Site>&& sites, bool closed, int orgX, int orgY)
 {
-    auto taken = std::make_shared<std::vector<Site>>(std::move(sites));
-    sites_ = std::move(taken);
-    Length = static_cast<int>(sites_->size());
+    sites_.Replace(std::move(sites));
+    Length = static_cast<int>(sites_.Read().size());
     Closed = closed;
     OrgX = orgX;
     OrgY = orgY;
@@ -57,9 +56,7 @@ void Path::Append(Site Vertex)
 {
     const Entry entry("Tesk::Path::Append");
     entry.Guards(L"Cannot (re)allocate the path Buffer", [&] {
-        if (!sites_ || sites_.use_count() > 1)
-            sites_ = sites_ ? std::make_shared<std::vector<Site>>(*sites_) : std::make_shared<std::vector<Site>>();
-        sites_->push_back(Vertex);
+        sites_.Write().push_back(Vertex);
         Length += 1;
     });
 }
@@ -67,10 +64,10 @@ void Path::Append(Site Vertex)
 void Path::Clear()
 {
     Status::Error().Code = NoError;
-    if (sites_.use_count() > 1)
-        sites_.reset();
-    else if (sites_)
-        sites_->clear();
+    if (sites_.IsShared())
+        sites_.Reset();
+    else if (auto* sites = sites_.Get())
+        sites->clear();
     Length = 0;
     Closed = false;
 }
@@ -100,10 +97,9 @@ void Path::ShallowCopy(const Path& Src, bool)
 
 void Path::Detach(bool CopySites)
 {
-    if (!sites_ || sites_.use_count() < 2) return;
+    if (!sites_.IsShared()) return;
     try {
-        sites_ = CopySites ? std::make_shared<std::vector<Site>>(*sites_) : std::make_shared<std::vector<Site>>();
-        Length = static_cast<int>(sites_->size());
+        Length = static_cast<int>((CopySites ? sites_.Write() : sites_.Overwrite()).size());
     } catch (const std::bad_alloc&) {
         // The sites stay shared.
     }

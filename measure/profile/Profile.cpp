@@ -13,13 +13,6 @@ namespace {
 /// A store is addressed with 32 bits.
 constexpr std::int64_t largestStore = INT32_MAX;
 
-std::shared_ptr<std::uint8_t> MakeBlock(std::size_t bytes)
-{
-    auto* block = static_cast<std::uint8_t*>(::operator new(bytes, std::nothrow));
-    if (!block) return {};
-    return {block, [](std::uint8_t* p) { ::operator delete(p); }};
-}
-
 int& Dummy()
 {
     thread_local int dummy = 0;
@@ -101,7 +94,6 @@ Profile& Profile::operator=(Profile&& Other) noexcept
 {
     if (this == &Other) return *this;
     block_ = std::move(Other.block_);
-    capacity_ = std::exchange(Other.capacity_, 0);
     Type = Other.Type;
     ElementSize = Other.ElementSize;
     Scale = Other.Scale;
@@ -117,7 +109,7 @@ Profile& Profile::operator=(Profile&& Other) noexcept
 
 void Profile::PlaceFirst()
 {
-    First = block_ ? block_.get() + static_cast<std::ptrdiff_t>(ElementSize) * I : nullptr;
+    First = block_.Data() ? block_.Data() + static_cast<std::ptrdiff_t>(ElementSize) * I : nullptr;
 }
 
 void Profile::ResetWindow()
@@ -131,12 +123,8 @@ bool Profile::TrySet(int length, PixelTypes type)
 {
     const std::int64_t bytes = std::int64_t{length} * SampleSize(type);
     if (length < 0 || SampleSize(type) == 0 || bytes > largestStore) return false;
-    if (static_cast<std::size_t>(bytes) > capacity_ || block_.use_count() > 1) {
-        auto block = MakeBlock(static_cast<std::size_t>(bytes));
-        if (!block) return false;
-        block_ = std::move(block);
-        capacity_ = static_cast<std::size_t>(bytes);
-    }
+    if (static_cast<std::size_t>(bytes) > block_.Size() || block_.IsShared())
+        if (!block_.Allocate(static_cast<std::size_t>(bytes))) return false;
     Type = type;
     ElementSize = SampleSize(type);
     StoreLength = length;
@@ -147,7 +135,7 @@ bool Profile::TrySet(int length, PixelTypes type)
 
 bool Profile::DetachIfShared()
 {
-    if (!Status::Shallow || block_.use_count() < 2) return true;
+    if (!Status::Shallow || !block_.IsShared()) return true;
     const std::uint8_t* before = First;
     Detach(true);
     return First != before;
@@ -155,7 +143,7 @@ bool Profile::DetachIfShared()
 
 bool Profile::Prepare(const Profile& src, Profile& dst, PixelTypes type, Profile& held)
 {
-    const bool inPlace = dst.block_ == src.block_ && dst.I == src.I && dst.Length == src.Length &&
+    const bool inPlace = dst.block_.Data() == src.block_.Data() && dst.I == src.I && dst.Length == src.Length &&
                          dst.Type == src.Type && type == src.Type;
     if (inPlace) {
         const bool detached = dst.DetachIfShared();
@@ -195,10 +183,7 @@ void Profile::Set(int Length, PixelTypes Type)
 void Profile::Clear()
 {
     Status::Error().Code = NoError;
-    if (block_.use_count() > 1) {
-        block_.reset();
-        capacity_ = 0;
-    }
+    if (block_.IsShared()) block_.Reset();
     StoreLength = 0;
     Scale = 1;
     ResetWindow();
@@ -208,13 +193,13 @@ bool Profile::Grow(const Entry& entry)
 {
     const std::size_t size = static_cast<std::size_t>(int(ElementSize));
     const std::size_t used = size * static_cast<std::size_t>(int(StoreLength)), needed = used + size;
-    if (needed <= capacity_ && block_.use_count() < 2) return true;
-    const std::size_t capacity = Max(2 * capacity_, Max(needed, 16 * size));
-    auto block = needed <= static_cast<std::size_t>(largestStore) ? MakeBlock(capacity) : nullptr;
-    if (!block) return !entry.Refuse(CannotAllocate, L"Cannot (re)allocate the profile Buffer");
-    if (used > 0) std::memcpy(block.get(), block_.get(), used);
-    block_ = std::move(block);
-    capacity_ = capacity;
+    if (needed <= block_.Size() && !block_.IsShared()) return true;
+    SharedBytes larger;
+    if (needed > static_cast<std::size_t>(largestStore) ||
+        !larger.Allocate(Max(2 * block_.Size(), Max(needed, 16 * size))))
+        return !entry.Refuse(CannotAllocate, L"Cannot (re)allocate the profile Buffer");
+    if (used > 0) std::memcpy(larger.Data(), block_.Data(), used);
+    block_ = std::move(larger);
     PlaceFirst();
     return true;
 }
@@ -223,7 +208,7 @@ void Profile::AppendSample(const Entry& entry, const std::int32_t* values)
 {
     if (!Grow(entry)) return;
     const auto size = static_cast<std::size_t>(int(ElementSize));
-    std::memcpy(block_.get() + size * static_cast<std::size_t>(int(StoreLength)), values, size);
+    std::memcpy(block_.Data() + size * static_cast<std::size_t>(int(StoreLength)), values, size);
     // A window that ends with the store goes on to do so.
     if (I + Length == StoreLength) Length += 1;
     StoreLength += 1;
@@ -335,7 +320,6 @@ void Profile::ShallowCopy(const Profile& Src, bool KeepWindow)
         Length = Src.Length;
     }
     block_ = Src.block_;
-    capacity_ = Src.capacity_;
     Type = Src.Type;
     ElementSize = Src.ElementSize;
     Scale = Src.Scale;
@@ -350,13 +334,12 @@ void Profile::ShallowCopy(const Profile& Src, bool KeepWindow)
 
 void Profile::Detach(bool CopySamples)
 {
-    if (!block_) return;
-    auto block = MakeBlock(capacity_);
-    if (!block) return;
+    SharedBytes own;
+    if (!block_.Data() || !own.Allocate(block_.Size())) return;
     if (CopySamples)
-        std::memcpy(block.get(), block_.get(),
+        std::memcpy(own.Data(), block_.Data(),
                     static_cast<std::size_t>(int(ElementSize)) * static_cast<std::size_t>(int(StoreLength)));
-    block_ = std::move(block);
+    block_ = std::move(own);
     PlaceFirst();
 }
 

@@ -111,7 +111,7 @@ void Profile::Transfer(Archive& Block)
         Source = {};
     }
     if (!Block.Good() || StoreLength == 0) return;
-    Block.Elements(reinterpret_cast<std::int32_t*>(block_.get()),
+    Block.Elements(reinterpret_cast<std::int32_t*>(block_.Data()),
                    static_cast<std::size_t>(channels) * static_cast<std::size_t>(int(StoreLength)));
 }
 
