@@ -6,6 +6,8 @@
 
 namespace Tesk {
 
+class Region;
+
 /// A profile whose samples are counts: 256 for `Gray` and `Rgb` images, `1 << GrayDepth` for `Gray16`; three counts a
 /// level for `Rgb`. With a window, the level of its first count is `I`.
 ///
@@ -17,6 +19,8 @@ public:
     /// Counts the pixels of a `Gray`, `Gray16` or `Rgb` image; without `Clear` they are added to the counts, which
     /// must be of that many levels (`IncompatibleSize`).
     void Compute(const Image& Src, bool Clear = true);
+    /// The same for the pixels of a region, whose coordinates count from the corner of the window, to which it is cut.
+    void Compute(const Image& Src, const Region& Mask, bool Clear = true);
     /// Counts the samples of a `Gray`, `Gray16` or `Rgb` profile. Refused: samples out of the range of levels
     /// (`UnsupportedType`).
     void Compute(const Profile& Src, bool Clear = true);

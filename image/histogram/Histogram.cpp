@@ -3,6 +3,8 @@
 
 #include "image/core/GrayDepth.h"
 #include "image/histogram/HistogramFrame.h"
+#include "image/histogram/MaskedCounts.h"
+#include "measure/Region.h"
 #include "measure/profile/ProfileFrame.h"
 
 #include <cstring>
@@ -27,7 +29,7 @@ template <typename Count>
 void AddCounts(const Count* counts, int size, std::int32_t* samples, int stride)
 {
     for (int i = 0; i < size; i++, samples += stride)
-        *samples = Held(std::int64_t{*samples} + counts[i]);
+        *samples = Held(*samples + static_cast<std::int64_t>(counts[i]));
 }
 
 } // namespace
@@ -74,6 +76,21 @@ void Histogram::Compute(const Image& Src, bool Clear)
             for (int c = 0; c < 3; c++)
                 AddCounts(counts[static_cast<std::size_t>(c)].data(), entries, Samples() + c, 3);
         }
+    });
+}
+
+void Histogram::Compute(const Image& Src, const Region& Mask, bool Clear)
+{
+    const Entry entry("Tesk::Histogram::Compute");
+    if (entry.Refuses(CheckImage(Src))) return;
+    if (!IsCounted(Src.Type)) {
+        entry.Refuses(RefuseImage(Src.Type));
+        return;
+    }
+    const int entries = EntriesOf(Src.Type), numbers = Src.Type == Rgb ? 3 * entries : entries;
+    profiles::Guarded(entry, [&] {
+        const std::vector<std::uint64_t> counts = CountMasked(Src, Mask.Runs(), entries);
+        if (SetUp(entry, Src.Type, entries, Clear)) AddCounts(counts.data(), numbers, Samples(), 1);
     });
 }
 

@@ -1,4 +1,4 @@
-// What all work on lists of runs shares: making and ordering runs.
+// What all work on lists of runs shares: making, ordering and clipping runs.
 #pragma once
 
 #include "foundation/Records.h"
@@ -32,6 +32,17 @@ inline int CheckIndex(int index, int numRuns)
     if (numRuns < 1) return Status::Format(OutOfRange, L"No run is available");
     if (index >= 0 && index < numRuns) return NoError;
     return Status::Format(OutOfRange, L"The run index (%d) must be in range [0..%d]", index, numRuns - 1);
+}
+
+/// Runs `f(first column, pixels, row)` for the part of each run that lies in a window of that size, counted from its
+/// corner.
+template <typename F>
+void EachClipped(std::span<const LabeledRun> runs, int width, int height, F f)
+{
+    for (const LabeledRun& run : runs) {
+        const int start = Max<int>(run.Start, 0), end = Min<int>(run.End, width);
+        if (run.Y >= 0 && run.Y < height && start < end) f(start, static_cast<std::size_t>(end - start), int{run.Y});
+    }
 }
 
 } // namespace Tesk::regions

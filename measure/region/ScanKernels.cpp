@@ -1,0 +1,148 @@
+// The kernels that scan rows: comparisons into bits, and bits into the columns at which they change.
+#include "measure/region/ScanKernels.h"
+
+#include "image/kernels/ByLevel.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "measure/region/ScanKernels.cpp"
+#include <hwy/foreach_target.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Tesk::kernels {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+constexpr std::size_t wordBits = 64;
+/// Words between making bits and reading them: read at once, they would wait for the narrower stores that make them.
+constexpr std::size_t blockWords = 64, blockBits = blockWords * wordBits;
+
+/// Turns words of bits, the first pixel in the lowest one, into the columns at which they change.
+class Edges
+{
+public:
+    explicit Edges(std::int32_t* edges) : begin_(edges), end_(edges) {}
+
+    void Add(std::uint64_t word)
+    {
+        std::uint64_t changes = word ^ (word << 1 | open_);
+        open_ = word >> (wordBits - 1);
+        if (changes != 0) {
+            // More columns are written than there are, and overwritten later: fewer branches that cannot be foreseen.
+            const int count = std::popcount(changes);
+            for (int i = 0; i < count; i += 4)
+                for (int k = 0; k < 4; k++) {
+                    end_[i + k] = column_ + std::countr_zero(changes);
+                    changes &= changes - 1;
+                }
+            end_ += count;
+        }
+        column_ += static_cast<std::int32_t>(wordBits);
+    }
+
+    std::size_t Finish(std::size_t n)
+    {
+        if (open_ != 0) *end_++ = static_cast<std::int32_t>(n);
+        return static_cast<std::size_t>(end_ - begin_);
+    }
+
+private:
+    std::int32_t *begin_, *end_, column_ = 0;
+    std::uint64_t open_ = 0; ///< whether the latest pixel belongs to a run
+};
+
+std::uint64_t LowBits(std::size_t count)
+{
+    return count < wordBits ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
+}
+
+std::size_t OfBand(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* columns)
+{
+#if HWY_TARGET == HWY_SCALAR
+    return BandEdgesPlain(s, n, band, columns);
+#else
+    const hn::CappedTag<std::uint8_t, wordBits> bytes;
+    const std::size_t lanes = hn::Lanes(bytes);
+    const auto low = hn::Set(bytes, band.low), span = hn::Set(bytes, static_cast<std::uint8_t>(band.high - band.low));
+    const std::uint64_t flip = band.inside ? 0 : ~std::uint64_t{0};
+    // Values below the band wrap to large ones.
+    const auto compare = [&](const std::uint8_t* from, std::uint8_t* bits) {
+        for (std::size_t i = 0; i < wordBits; i += lanes) {
+            const auto above = hn::Sub(hn::LoadU(bytes, from + i), low);
+            hn::StoreMaskBits(bytes, hn::Eq(hn::Min(above, span), above), bits + i / 8);
+        }
+    };
+    HWY_ALIGN std::uint8_t bits[blockBits / 8], tail[wordBits] = {};
+    Edges edges(columns);
+    for (std::size_t x = 0; x < n; x += blockBits) {
+        const std::size_t count = std::min(blockBits, n - x), whole = count / wordBits, rest = count % wordBits;
+        for (std::size_t i = 0; i < whole; i++)
+            compare(s + x + i * wordBits, bits + 8 * i);
+        if (rest != 0) {
+            std::memcpy(tail, s + x + whole * wordBits, rest);
+            compare(tail, bits + 8 * whole);
+        }
+        std::uint64_t word;
+        for (std::size_t i = 0; i < whole; i++) {
+            std::memcpy(&word, bits + 8 * i, sizeof word);
+            edges.Add(word ^ flip);
+        }
+        if (rest != 0) {
+            std::memcpy(&word, bits + 8 * whole, sizeof word);
+            edges.Add((word ^ flip) & LowBits(rest));
+        }
+    }
+    return edges.Finish(n);
+#endif
+}
+
+/// Reverses the bits of each byte.
+std::uint64_t Mirrored(std::uint64_t word)
+{
+    constexpr std::uint64_t nibbles = 0x0f0f0f0f0f0f0f0f, pairs = 0x3333333333333333, singles = 0x5555555555555555;
+    word = (word >> 4 & nibbles) | (word & nibbles) << 4;
+    word = (word >> 2 & pairs) | (word & pairs) << 2;
+    return (word >> 1 & singles) | (word & singles) << 1;
+}
+
+std::size_t OfBits(const std::uint8_t* s, std::size_t n, std::int32_t* columns)
+{
+    Edges edges(columns);
+    for (std::size_t x = 0; x < n; x += wordBits) {
+        const std::size_t count = std::min(wordBits, n - x);
+        std::uint64_t word = 0;
+        std::memcpy(&word, s + x / 8, (count + 7) / 8);
+        if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+        edges.Add(Mirrored(word) & LowBits(count));
+    }
+    return edges.Finish(n);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Tesk::kernels
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace Tesk::kernels {
+
+HWY_EXPORT(OfBand);
+HWY_EXPORT(OfBits);
+
+std::size_t BandEdges(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges)
+{
+    return ByLevel(BandEdgesPlain, HWY_DYNAMIC_DISPATCH(OfBand))(s, n, band, edges);
+}
+
+std::size_t BitEdges(const std::uint8_t* s, std::size_t n, std::int32_t* edges)
+{
+    return ByLevel(BitEdgesPlain, HWY_DYNAMIC_DISPATCH(OfBits))(s, n, edges);
+}
+
+} // namespace Tesk::kernels
+#endif

@@ -1,0 +1,16 @@
+// The definitions of the kernels that scan rows, pixel by pixel.
+#include "measure/region/RunScanner.h"
+
+namespace Tesk::kernels {
+
+std::size_t BandEdgesPlain(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges)
+{
+    return regions::EdgesWhere(n, edges, [&](std::size_t x) { return band.Has(s[x]); });
+}
+
+std::size_t BitEdgesPlain(const std::uint8_t* s, std::size_t n, std::int32_t* edges)
+{
+    return regions::EdgesWhere(n, edges, [&](std::size_t x) { return (s[x / 8] << x % 8 & 0x80) != 0; });
+}
+
+} // namespace Tesk::kernels
