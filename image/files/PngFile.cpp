@@ -87,9 +87,11 @@ int ChooseTransformations(ReadState& s)
     // Sixteen-bit colour fits no store: it narrows to eight.
     if (s.bitDepth == 16) png_set_strip_16(s.png);
     if (s.colorType == PNG_COLOR_TYPE_PALETTE) png_set_palette_to_rgb(s.png);
-    if (s.wanted == Rgba)
+    if (s.wanted == Rgba) {
         png_set_alpha_mode(s.png, PNG_ALPHA_PREMULTIPLIED, 1.0);
-    else
+        // Whatever gamma the file tells: values are multiplied as they stand, not turned into amounts of light first.
+        png_set_gamma(s.png, 1.0, 1.0);
+    } else
         png_set_strip_alpha(s.png);
     if (s.wanted == Gray)
         png_set_rgb_to_gray(s.png, PNG_ERROR_ACTION_NONE, PNG_RGB_TO_GRAY_DEFAULT, PNG_RGB_TO_GRAY_DEFAULT);

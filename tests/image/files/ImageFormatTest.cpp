@@ -41,7 +41,7 @@ void WriteTiffFile(const std::string& path, int width, const Tiff& tiff)
 
 /// A picture whose rows are all the same.
 void WritePngFile(const std::string& path, int width, int depth, int color, const Bytes& row, bool interlaced = false,
-                  int height = 1)
+                  int height = 1, void (*setChunks)(png_structp, png_infop) = nullptr)
 {
     std::FILE* file = std::fopen(path.c_str(), "wb");
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
@@ -56,6 +56,7 @@ void WritePngFile(const std::string& path, int width, int depth, int color, cons
         png_set_PLTE(png, info, palette, 2);
         png_set_tRNS(png, info, opacity, 2, nullptr);
     }
+    if (setChunks) setChunks(png, info);
     png_write_info(png, info);
     std::vector<png_bytep> rows(static_cast<std::size_t>(height), const_cast<png_bytep>(row.data()));
     png_write_image(png, rows.data());
@@ -217,6 +218,22 @@ TEST_F(ImageFormatTest, PngRowsConvertByColorTypeAndDepth)
                 EXPECT_EQ(RowOf(image, 0), c.row) << what;
             }
         }
+}
+
+TEST_F(ImageFormatTest, OpacityMultipliesTheValuesOfAPngWhateverGammaItTells)
+{
+    void (*const chunks[])(png_structp, png_infop) = {
+        [](png_structp, png_infop) {},
+        [](png_structp png, png_infop info) { png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL); },
+        [](png_structp png, png_infop info) { png_set_gAMA(png, info, 0.45455); },
+        [](png_structp png, png_infop info) { png_set_gAMA(png, info, 1.8); }};
+    for (const auto& chunk : chunks) {
+        WritePngFile(Path("a.png"), 3, 8, PNG_COLOR_TYPE_RGB_ALPHA, {128, 64, 3, 255, 255, 90, 10, 51, 9, 9, 9, 0},
+                     false, 1, chunk);
+        Image image;
+        image.Read(Path("a.png").c_str(), Undefined);
+        EXPECT_EQ(RowOf(image, 0), (Bytes{3, 64, 128, 255, 2, 18, 51, 51, 0, 0, 0, 0})) << &chunk - chunks;
+    }
 }
 
 TEST_F(ImageFormatTest, JpegHoldsGrayAndColorAndNamesTheSpacesThatItRefuses)
