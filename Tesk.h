@@ -14,8 +14,10 @@
 #include "image/Operator.h"
 #include "image/Pyramid.h"
 #include "image/Source.h"
+#include "measure/FeatureTable.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
+#include "measure/TableStore.h"
 #include "measure/Region.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
