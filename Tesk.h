@@ -19,6 +19,7 @@
 #include "measure/Profile.h"
 #include "measure/TableStore.h"
 #include "measure/Region.h"
+#include "measure/Quad.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE

@@ -52,10 +52,17 @@ struct Site
     static ReadOnly<DraggingHandles, Site> Handle;
 };
 
-/// A position along an arc: the angle in degrees and the radial offset in pixels.
+/// A vertex of a path of lines and arcs, and the curvature (one over the radius, in pixels) of the segment that leaves
+/// it: 0 for a line, positive where the arc turns clockwise on the screen.
 struct ArcSite
 {
-    double Angle, Offset;
+    std::int16_t X, Y;
+    double Bulge;
+
+    ArcSite() = default;
+    ArcSite(int x, int y, double bulge = 0)
+        : X(static_cast<std::int16_t>(x)), Y(static_cast<std::int16_t>(y)), Bulge(bulge)
+    {}
 };
 
 /// A rectangle of pixels.

@@ -8,15 +8,11 @@
 
 namespace Tesk {
 
+using warps::AffineMap;
+
 namespace {
 
-/// The map from a position of the result to one of the source: x = xx i + xy j + x0, and y likewise.
-struct AffineMap
-{
-    double xx, xy, x0, yx, yy, y0;
-};
-
-/// The same in 65,536ths of a pixel.
+/// An affine map in 65,536ths of a pixel.
 struct FixedMap
 {
     std::int64_t xx, xy, x0, yx, yy, y0;
@@ -57,24 +53,6 @@ Span InsideOf(const FixedMap& map, const kernels::Surface& s, int j, int n, bool
     const int past = interpolate ? 1 : 0;
     return Common(TermsInside(map.X(0, j), map.xx, (s.width - past) * warps::one, n),
                   TermsInside(map.Y(0, j), map.yx, (s.height - past) * warps::one, n));
-}
-
-/// Refuses what 65,536ths cannot hold in 64 bits, numbers that are none included.
-int RefuseFar(const AffineMap& m, const Image& dst)
-{
-    constexpr double farthest = 2147483648.0;
-    const double right = dst.Width - 1, bottom = dst.Height - 1;
-    bool near = true;
-    const auto check = [&near](double v) { near = near && std::abs(v) <= farthest; };
-    for (const double v : {m.xx, m.xy, m.yx, m.yy})
-        check(v);
-    for (const double i : {0.0, right})
-        for (const double j : {0.0, bottom}) {
-            check(m.xx * i + m.xy * j + m.x0);
-            check(m.yx * i + m.yy * j + m.y0);
-        }
-    if (near) return NoError;
-    return Status::Format(OutOfRange, L"The transformation is not finite or leads too far from the source image");
 }
 
 /// Entries of some pixels of row `j`.
@@ -123,8 +101,9 @@ bool Fill(const FixedMap& map, const Image& src, Image& dst, bool interpolate)
 {
     const kernels::Surface s = warps::SurfaceOf(src);
     const int elementSize = ElementSize(src.Type), width = dst.Width, height = dst.Height;
-    // Whole columns and rows of larger sources don't fit in 32 bits with their fractions.
-    const bool narrow = s.width < 1 << 15 && s.height < 1 << 15;
+    // Whole columns and rows of larger sources don't fit in 32 bits with their fractions, and the kernels along lines
+    // have no samples of 32 bits.
+    const bool narrow = s.width < 1 << 15 && s.height < 1 << 15 && s.type != Gray32;
     bool outside = false;
     std::array<Span, blockHeight> inside;
     for (int top = 0; top < height; top += blockHeight) {
@@ -150,13 +129,10 @@ bool Fill(const FixedMap& map, const Image& src, Image& dst, bool interpolate)
 /// Warps from a checked source to a checked destination.
 bool Warp(const Entry& entry, const AffineMap& m, const Image& Src, Image& Dst, bool interpolate)
 {
-    if (entry.Refuses(RefuseFar(m, Dst))) return false;
+    if (entry.Refuses(warps::RefuseFar(m, Dst.Width, Dst.Height))) return false;
     Image src;
     if (warps::Prepare(Src, Dst, false, src)) return false;
-    const double half = interpolate ? 0 : 0.5;
-    const FixedMap map{warps::Fixed(m.xx), warps::Fixed(m.xy), warps::Fixed(m.x0 + half),
-                       warps::Fixed(m.yx), warps::Fixed(m.yy), warps::Fixed(m.y0 + half)};
-    return Fill(map, src, Dst, interpolate);
+    return warps::FillAffine(m, src, Dst, interpolate);
 }
 
 /// Turns by the angle with cosine and sine `c`, `s` (divided by the scale) about an anchor.
@@ -172,6 +148,30 @@ XY Difference(const XY& a, const XY& b)
 }
 
 } // namespace
+
+int warps::RefuseFar(const AffineMap& m, std::int64_t width, std::int64_t height)
+{
+    constexpr double farthest = 2147483648.0;
+    const double right = static_cast<double>(width - 1), bottom = static_cast<double>(height - 1);
+    bool near = true;
+    const auto check = [&near](double v) { near = near && std::abs(v) <= farthest; };
+    for (const double v : {m.xx, m.xy, m.yx, m.yy})
+        check(v);
+    for (const double i : {0.0, right})
+        for (const double j : {0.0, bottom}) {
+            check(m.xx * i + m.xy * j + m.x0);
+            check(m.yx * i + m.yy * j + m.y0);
+        }
+    if (near) return NoError;
+    return Status::Format(OutOfRange, L"The transformation is not finite or leads too far from the source image");
+}
+
+bool warps::FillAffine(const AffineMap& m, const Image& src, Image& dst, bool interpolate)
+{
+    const double half = interpolate ? 0 : 0.5;
+    const FixedMap map{Fixed(m.xx), Fixed(m.xy), Fixed(m.x0 + half), Fixed(m.yx), Fixed(m.yy), Fixed(m.y0 + half)};
+    return Fill(map, src, dst, interpolate);
+}
 
 bool Geometry::Affine(double TXx, double TXy, double TX, double TYx, double TYy, double TY, const Image& Src,
                       Image& Dst, bool Interpolate)

@@ -8,15 +8,9 @@
 
 namespace Tesk {
 
-namespace {
+using warps::Ring;
 
-struct Ring
-{
-    XY center;
-    double begAngle, endAngle, begRadius, endRadius;
-};
-
-int RefuseRing(const Ring& ring)
+int warps::RefuseRing(const Ring& ring)
 {
     constexpr double farthest = 1073741824.0;
     for (const double v : {ring.center.X, ring.center.Y, ring.begAngle, ring.endAngle, ring.begRadius, ring.endRadius})
@@ -26,9 +20,9 @@ int RefuseRing(const Ring& ring)
 }
 
 /// Fills the rows of the result, which are samples of the source, or the entries themselves.
-void Unroll(const Ring& ring, const Image& src, Image& dst, bool interpolate)
+void warps::FillRing(const Ring& ring, const Image& src, Image& dst, bool interpolate)
 {
-    const kernels::Surface s = warps::SurfaceOf(src);
+    const kernels::Surface s = SurfaceOf(src);
     const int elementSize = ElementSize(src.Type), lastColumn = dst.Width - 1, lastRow = dst.Height - 1;
     const auto columns = static_cast<std::size_t>(int(dst.Width));
     std::vector<XY> directions(columns);
@@ -46,13 +40,11 @@ void Unroll(const Ring& ring, const Image& src, Image& dst, bool interpolate)
             lastRow ? ring.endRadius + j * (ring.begRadius - ring.endRadius) / lastRow : ring.endRadius;
         GeoMapPixel* entries = dst.Type == GeoMap ? dst.Row<GeoMapPixel>(j) : own.data();
         for (std::size_t i = 0; i < columns; i++)
-            entries[i] = kernels::EntryAt(s, elementSize, warps::Fixed(ring.center.X + radius * directions[i].X + half),
-                                          warps::Fixed(ring.center.Y + radius * directions[i].Y + half), interpolate);
-        if (dst.Type != GeoMap) warps::SampleRow(s, entries, dst.Row(j), columns, interpolate);
+            entries[i] = kernels::EntryAt(s, elementSize, Fixed(ring.center.X + radius * directions[i].X + half),
+                                          Fixed(ring.center.Y + radius * directions[i].Y + half), interpolate);
+        if (dst.Type != GeoMap) SampleRow(s, entries, dst.Row(j), columns, interpolate);
     }
 }
-
-} // namespace
 
 void Geometry::Unwind(XY& Center, double BegAngle, double EndAngle, double BegRadius, double EndRadius,
                       const Image& Src, Image& Dst, bool Interpolate)
@@ -60,10 +52,10 @@ void Geometry::Unwind(XY& Center, double BegAngle, double EndAngle, double BegRa
     const Entry entry("Tesk::Geometry::Unwind");
     if (entry.Refuses(warps::RefuseImages(Src, Dst, true))) return;
     const Ring ring{Center, BegAngle, EndAngle, BegRadius, EndRadius};
-    if (entry.Refuses(RefuseRing(ring))) return;
+    if (entry.Refuses(warps::RefuseRing(ring))) return;
     Image src;
     if (warps::Prepare(Src, Dst, false, src)) return;
-    entry.Guards(L"Cannot allocate an image buffer", [&] { Unroll(ring, src, Dst, Interpolate); });
+    entry.Guards(L"Cannot allocate an image buffer", [&] { warps::FillRing(ring, src, Dst, Interpolate); });
 }
 
 } // namespace Tesk

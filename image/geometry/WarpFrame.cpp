@@ -64,9 +64,81 @@ bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held)
     return false;
 }
 
+void BilinearWideRow(const kernels::Surface& s, const GeoMapPixel* entries, std::int32_t* d, std::size_t n)
+{
+    constexpr std::int64_t whole = one;
+    for (std::size_t i = 0; i < n; i++) {
+        const GeoMapPixel& entry = entries[i];
+        const auto at = [&](std::ptrdiff_t offset) {
+            return std::int64_t{*reinterpret_cast<const std::int32_t*>(s.first + entry.Offset + offset)};
+        };
+        // A neighbour without weight may not exist.
+        const std::ptrdiff_t right = entry.Fx ? sizeof(std::int32_t) : 0, below = entry.Fy ? s.pitch : 0;
+        const std::int64_t u = -entry.Fx & 0xffff, v = -entry.Fy & 0xffff;
+        const std::int64_t upper = (at(0) * (whole - u) + at(right) * u) >> fractionBits;
+        const std::int64_t lower = (at(below) * (whole - u) + at(below + right) * u) >> fractionBits;
+        d[i] = static_cast<std::int32_t>((upper * (whole - v) + lower * v) >> fractionBits);
+    }
+}
+
 kernels::Surface SurfaceOf(const Image& image)
 {
     return {image.FirstPixel, image.Pitch, image.Width, image.Height, image.Type};
+}
+
+namespace {
+
+/// Sizes the destination and fills it by `fill(source, destination)`, with a source that lies elsewhere.
+template <typename F>
+int FillSized(const Image& Src, Image& Dst, std::int64_t width, std::int64_t height, F fill)
+{
+    constexpr const wchar_t* noMemory = L"Cannot allocate the image buffer";
+    constexpr std::int64_t largest = std::numeric_limits<int>::max();
+    if (width < 1 || height < 1 || width > largest || height > largest) return Status::Format(CannotAllocate, noMemory);
+    return WithMemory(noMemory, [&] {
+        Image src;
+        src.ShallowCopy(Src, true);
+        const auto w = static_cast<int>(width), h = static_cast<int>(height);
+        if (sizing::Reaches(Dst, src) || !HasOffsets(src)) {
+            Image copy;
+            if (!sizing::SizeWindow(copy, src.Width, src.Height, src.Type))
+                return Status::Format(CannotAllocate, noMemory);
+            points::CopyRows(src, copy);
+            src.ShallowCopy(copy, true);
+        }
+        if (!sizing::SizeWindow(Dst, w, h, src.Type)) return Status::Format(CannotAllocate, noMemory);
+        Dst.DetachIfShared(false);
+        fill(src, Dst);
+        Dst.GradGain = 1;
+        return int(NoError);
+    });
+}
+
+int RefuseSource(const Image& src)
+{
+    constexpr points::Types sampled = {Gray, Gray16, Gray32, Rgb};
+    if (const int code = CheckImage(src)) return code;
+    return sampled.Has(src.Type) ? NoError : points::RefuseType(src.Type);
+}
+
+} // namespace
+
+int SampleAffine(const AffineMap& map, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
+                 bool interpolate)
+{
+    if (const int code = RefuseSource(src)) return code;
+    if (const int code = RefuseFar(map, width, height)) return code;
+    return FillSized(src, dst, width, height,
+                     [&](const Image& from, Image& to) { FillAffine(map, from, to, interpolate); });
+}
+
+int SampleRing(const Ring& ring, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
+               bool interpolate)
+{
+    if (const int code = RefuseSource(src)) return code;
+    if (const int code = RefuseRing(ring)) return code;
+    return FillSized(src, dst, width, height,
+                     [&](const Image& from, Image& to) { FillRing(ring, from, to, interpolate); });
 }
 
 } // namespace Tesk::warps

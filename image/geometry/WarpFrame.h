@@ -3,6 +3,7 @@
 
 #include "foundation/Entry.h"
 #include "image/geometry/WarpKernels.h"
+#include "image/geometry/Warps.h"
 
 #include <cmath>
 
@@ -36,14 +37,31 @@ inline std::int64_t Fixed(double value)
     return static_cast<std::int64_t>(shifted + (shifted < 0 ? -noise : noise)) - static_cast<std::int64_t>(offset);
 }
 
+/// Bilinear samples of 32 bits, which the kernels do not serve, rounded down.
+void BilinearWideRow(const kernels::Surface& s, const GeoMapPixel* entries, std::int32_t* d, std::size_t n);
+
 /// The pixels of a row at entries of a map.
 inline void SampleRow(const kernels::Surface& s, const GeoMapPixel* entries, std::uint8_t* d, std::size_t n,
                       bool interpolate)
 {
-    if (interpolate)
+    if (s.type == Gray32) {
+        auto* wide = reinterpret_cast<std::int32_t*>(d);
+        if (interpolate)
+            BilinearWideRow(s, entries, wide, n);
+        else
+            kernels::NearestMapRowPlain<1>(s, entries, wide, n);
+    } else if (interpolate)
         kernels::BilinearMapRow(s, entries, d, n);
     else
         kernels::NearestMapRow(s, entries, d, n);
 }
+
+/// Refuses maps that 65,536ths cannot hold in 64 bits, numbers that are none included, over a result of that size.
+int RefuseFar(const AffineMap& map, std::int64_t width, std::int64_t height);
+/// Fills the window of `dst`, which shares no memory with the source; true if some positions lie outside the source.
+bool FillAffine(const AffineMap& map, const Image& src, Image& dst, bool interpolate);
+
+int RefuseRing(const Ring& ring);
+void FillRing(const Ring& ring, const Image& src, Image& dst, bool interpolate);
 
 } // namespace Tesk::warps
