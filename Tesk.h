@@ -17,9 +17,9 @@
 #include "measure/FeatureTable.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
-#include "measure/TableStore.h"
-#include "measure/Region.h"
 #include "measure/Quad.h"
+#include "measure/Region.h"
+#include "measure/TableStore.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <unistd.h>
@@ -23,6 +24,15 @@
 namespace bench {
 
 inline constexpr int side = 2048;
+
+/// What the system calls the processor.
+inline std::string ProcessorName()
+{
+    std::ifstream cores("/proc/cpuinfo");
+    for (std::string line; std::getline(cores, line);)
+        if (line.starts_with("model name")) return line.substr(line.find(':') + 2);
+    return "unknown processor";
+}
 
 /// Reads the argument 128 or 256, the width of the vectors for both contenders: for 128 OpenCV is started anew with its
 /// wider paths switched off, since it reads that setting once, when it is loaded.
@@ -36,8 +46,8 @@ inline void Start(int argc, char** argv)
     cv::setNumThreads(1);
     cv::ipp::setUseIPP(!narrow);
     Tesk::Status::ErrorBehavior(Tesk::PrintIt);
-    Tesk::Status::SIMDLevel(narrow ? Tesk::SIMDSSE4 : Tesk::SIMDAVX2);
-    std::printf("level %ls\n", Tesk::Status::SIMDLevelName(Tesk::Status::SIMDLevel()));
+    Tesk::Status::SIMDLevel(narrow ? Tesk::SIMDSSE4 : Tesk::Status::BestSIMDLevel());
+    std::printf("%s, level %ls\n", ProcessorName().c_str(), Tesk::Status::SIMDLevelName(Tesk::Status::SIMDLevel()));
 }
 
 /// The shortest run of each contender, in microseconds; they take turns, so that all see the same machine and the same

@@ -50,6 +50,7 @@ int main(int argc, char** argv)
     const int operations = argc > 1 ? std::atoi(argv[1]) : 50, runs = argc > 2 ? std::atoi(argv[2]) : 100;
     const int width = argc > 3 ? std::atoi(argv[3]) : 4000, height = argc > 4 ? std::atoi(argv[4]) : 3000;
     Status::ErrorBehavior(IgnoreIt);
+    Status::SIMDLevel(Status::BestSIMDLevel());
     Status::Shallow = true;
     Engine::Trace = nullptr;
     Engine engine;

@@ -175,6 +175,7 @@ int main(int argc, char** argv)
 {
     const auto start = Clock::now();
     Tesk::Engine::Trace = nullptr;
+    Tesk::Status::SIMDLevel(Tesk::Status::BestSIMDLevel());
     QApplication application(argc, argv);
     QApplication::setApplicationName("Tesk+ response");
     QApplication::setOrganizationName("Halden");

@@ -127,6 +127,7 @@ int main(int argc, char** argv)
     std::error_code made;
     std::filesystem::create_directories(folder, made);
     Status::ErrorBehavior(PrintIt);
+    Status::SIMDLevel(Status::BestSIMDLevel());
 
     Direct direct;
     direct.Run(path);

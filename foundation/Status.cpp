@@ -259,14 +259,25 @@ void Status::SIMDLevel(SIMDLevels Level)
               "Tesk::Status::SIMDLevel");
         return;
     }
-    LevelInForce();
-    hwy::DisableTargets(0);
-    const std::int64_t targets = hwy::SupportedTargets();
+    const SIMDLevels best = BestSIMDLevel();
     if (Level > SIMDAVX512) Level = DetectLevel(); // another kind of processor
-    if (Level == SIMDAVX512 && !(targets & (HWY_AVX2 - 1))) Level = SIMDAVX2;
-    if (Level >= SIMDAVX && !(targets & (2 * HWY_AVX2 - 1))) Level = DetectLevel();
+    if (Level == SIMDAVX512 && best < SIMDAVX512) Level = SIMDAVX2;
+    if (Level >= SIMDAVX && best < SIMDAVX2) Level = DetectLevel();
     if (Level <= SIMDSSE4 && Level > DetectLevel()) Level = DetectLevel();
     LevelInForce() = ApplyLevel(Level);
+}
+
+SIMDLevels Status::BestSIMDLevel() noexcept
+{
+    static const SIMDLevels best = [] {
+        const SIMDLevels inForce = LevelInForce();
+        hwy::DisableTargets(0);
+        const std::int64_t targets = hwy::SupportedTargets();
+        ApplyLevel(inForce);
+        if (targets & (HWY_AVX2 - 1)) return SIMDAVX512;
+        return targets & HWY_AVX2 ? SIMDAVX2 : DetectLevel();
+    }();
+    return best;
 }
 
 const wchar_t* Status::SIMDLevelName(SIMDLevels Level)

@@ -55,6 +55,11 @@ public:
     static SIMDLevels SIMDLevel() noexcept;
     /// Raises or lowers the level in force. A level that this processor lacks is lowered to one that it has.
     static void SIMDLevel(SIMDLevels Level);
+    /// The best level that this processor has, which `SIMDLevel` does not choose by itself. A program that wants the
+    /// library at its fastest begins with
+    ///
+    ///     Status::SIMDLevel(Status::BestSIMDLevel());
+    static SIMDLevels BestSIMDLevel() noexcept;
     /// The short name of a level for display: "Scalar", "SSE4", "AVX2".
     static const wchar_t* SIMDLevelName(SIMDLevels Level);
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <hwy/targets.h>
 
+#include <algorithm>
 #include <chrono>
 #include <new>
 #include <string>
@@ -123,8 +124,11 @@ TEST_F(StatusTest, StopwatchesAccumulateFromOneStartAndRefuseBadClocks)
 
 TEST_F(StatusTest, TheDetectorStopsAt128BitsAndACallRaisesTheLevel)
 {
-    const SIMDLevels detected = Status::SIMDLevel();
-    EXPECT_LE(detected, SIMDSSE4);
+    const SIMDLevels detected = Status::SIMDLevel(), best = Status::BestSIMDLevel();
+    EXPECT_EQ(Status::SIMDLevel(), detected) << "asking changes nothing";
+    EXPECT_LE(detected, std::min(best, SIMDSSE4));
+    Status::SIMDLevel(SIMDAVX512);
+    EXPECT_EQ(Status::SIMDLevel(), best);
     Status::SIMDLevel(NoSIMD);
     EXPECT_EQ(Status::SIMDLevel(), NoSIMD);
     Status::SIMDLevel(static_cast<SIMDLevels>(11));

@@ -2,6 +2,8 @@
 // usage: tesk-plus [--trace] [--no-splash] [IMAGE...]
 #include "workbench/views/MainForm.h"
 
+#include "foundation/Status.h"
+
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -13,6 +15,7 @@
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
+    Tesk::Status::SIMDLevel(Tesk::Status::BestSIMDLevel());
     // It sets the user's locale, in which numbers may have a comma; programs and messages have a point.
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setApplicationName("Tesk+");

@@ -65,6 +65,7 @@ int main(int argc, char** argv)
     }
     if (argc < 4 || std::string(argv[3]) != "--trace") Engine::Trace = nullptr;
     Status::ErrorBehavior(IgnoreIt);
+    Status::SIMDLevel(Status::BestSIMDLevel());
     // A destination that others share gets pixels of its own before it is written.
     Status::Shallow = true;
     std::error_code ignored;
