@@ -1,8 +1,8 @@
 // Operations, variables and names of a sequence, and how a new operation is bound.
 #include "engine/Engine.h"
 
-#include "engine/Generated.h"
 #include "engine/Types.h"
+#include "engine/dispatch/Dispatch.h"
 #include "foundation/Status.h"
 
 #include <algorithm>
@@ -22,11 +22,6 @@ namespace {
 
 /// Names are built in a buffer of 80 characters, its end included.
 constexpr std::size_t longestName = 79;
-
-bool TypeServes(int wanted, int offered)
-{
-    return wanted == 0 || wanted == offered || (wanted == profileType && offered == histogramType);
-}
 
 bool IsArgument(int node)
 {
@@ -56,16 +51,6 @@ void TraceNames(const char* step, const Operation& operation)
     for (const Arg& argument : operation.Args)
         TraceLine(" %s", NameOf(argument.Variable).c_str());
     TraceLine("\n");
-}
-
-bool IsCasesType(int type)
-{
-    static constexpr int types[] = {CodeOf(L"Binarization"),    CodeOf(L"BlobSelection"), CodeOf(L"Directions"),
-                                    CodeOf(L"DraggingHandles"), CodeOf(L"EdgeSelection"), CodeOf(L"ErrorCodes"),
-                                    CodeOf(L"Features"),        CodeOf(L"GradientTypes"), CodeOf(L"GrayClipping"),
-                                    CodeOf(L"PixelTypes"),      CodeOf(L"Polarities"),    CodeOf(L"PredefinedColors"),
-                                    CodeOf(L"RangeMode"),       CodeOf(L"SelectionMode")};
-    return std::find(std::begin(types), std::end(types), type) != std::end(types);
 }
 
 template <typename Node>
@@ -337,7 +322,7 @@ bool Engine::Compatible(int A, int B) const
     if (!IsArgument(A) || !IsArgument(B)) return false;
     const ArgumentNode &a = *VarNode(A), &b = *VarNode(B);
     bool compatible = a.Type == b.Type && ((a.Flags & Instance) || std::wcscmp(a.Identifier, b.Identifier) == 0);
-    if (compatible && IsCasesType(a.Type)) {
+    if (compatible && KindOf(a.Type) == typeKind::Enumeration) {
         const auto *first = dynamic_cast<const EnumArgumentNode*>(&a),
                    *second = dynamic_cast<const EnumArgumentNode*>(&b);
         compatible = first && second && first->Cases == second->Cases;

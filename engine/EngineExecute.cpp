@@ -1,8 +1,8 @@
 // Deciding what must run, and running it.
 #include "engine/Engine.h"
 
-#include "engine/Generated.h"
 #include "engine/Types.h"
+#include "engine/dispatch/Dispatch.h"
 #include "foundation/Status.h"
 
 namespace Tesk {

@@ -1,8 +1,8 @@
 // The sequence as a program in one of four languages.
 #include "engine/Engine.h"
 
-#include "engine/Settings.h"
 #include "engine/TypeNames.h"
+#include "engine/types/Settings.h"
 #include "foundation/Status.h"
 
 #include <algorithm>
@@ -67,9 +67,6 @@ constexpr Words allWords[] = {
 constexpr const wchar_t* visualBasicTypes[] = {
     L"Boolean", L"Boolean?", L"Byte",  L"Byte?",    L"SByte",  L"SByte?", L"dXYZ", L"Double", L"Double?", L"Single",
     L"Integer", L"Integer?", L"Short", L"UInteger", L"UShort", L"",       L"?",    L"Char",   L"Char?"};
-
-/// The codes of the classes whose objects have settings lie between these.
-constexpr int firstSettingsType = CodeOf(L"Blobs"), lastSettingsType = CodeOf(L"SnakeGauge");
 
 std::wstring Escaped(std::uint32_t c)
 {
@@ -263,7 +260,7 @@ private:
     void Settings(const Arg& argument)
     {
         const int type = Engine::VarNode(argument.Node)->Type;
-        if (!argument.Variable || type < firstSettingsType || type > lastSettingsType) return;
+        if (!argument.Variable) return;
         object_ = argument.Variable->NameText;
         WriteSettings(type, *this, *argument.Variable, Engine::SourceOf(*argument.Variable));
     }

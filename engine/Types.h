@@ -9,23 +9,18 @@
 
 namespace Tesk {
 
-/// One row of the table of types. The classes of the catalogue have theirs made for them.
+/// One row of the table of types, which the generator of the catalogue makes. What a type cannot do is null.
 struct TypeRow
 {
-    int Code;
-    std::unique_ptr<AnyVariable> (*Make)();
-    /// Gives a value its node's default; null for objects.
-    void (*SetDefault)(AnyVariable& Variable, const ArgumentNode& Node);
-    /// Makes the first a view of the second; null where a type has no shadow.
-    void (*ShallowCopy)(AnyVariable& Variable, const AnyVariable& Source, bool Keep);
-    /// The value of an integer or an enumeration, whatever its width; null for the other types.
+    std::unique_ptr<AnyVariable> (*Make)() = nullptr;
+    /// Gives a value its node's default.
+    void (*SetDefault)(AnyVariable& Variable, const ArgumentNode& Node) = nullptr;
+    /// Makes the first a view of the second.
+    void (*ShallowCopy)(AnyVariable& Variable, const AnyVariable& Source, bool Keep) = nullptr;
+    /// The value of an integer or an enumeration, whatever its width.
     int (*ReadInteger)(const AnyVariable& Variable) = nullptr;
     void (*WriteInteger)(AnyVariable& Variable, int Value) = nullptr;
 };
-
-/// The rows of the classes of the catalogue that exist, made by its generator, in the order of their codes.
-extern const TypeRow classTypes[];
-extern const int numClassTypes;
 
 /// The row of a type code; null for a code without a variable, or whose class does not exist yet.
 const TypeRow* FindType(int Code);

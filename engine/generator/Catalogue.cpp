@@ -1,7 +1,6 @@
 #include "Catalogue.h"
 
 #include "engine/TreeNode.h"
-#include "engine/TypeNames.h"
 
 #include <algorithm>
 #include <cctype>
@@ -193,10 +192,7 @@ const Node* Catalogue::ClassOf(const Node& node)
 
 Catalogue::Catalogue(const std::filesystem::path& folder) : folder_(folder), root_(std::make_unique<Node>())
 {
-    for (int code = 1; code < Tesk::typeCount; code++) {
-        const std::wstring wide = Tesk::typeString[code];
-        typeCodes_[std::string(wide.begin(), wide.end())] = code;
-    }
+    ParseTypes(folder_ / "Types.txt");
     root_->kind = Kind::Choice;
     Parse(folder_ / "Tesk.tree", *root_, 0);
     ParseSettings(folder_ / "Settings.txt");
@@ -251,6 +247,55 @@ void Catalogue::Parse(const std::filesystem::path& path, Node& parent, int baseL
         open.push_back(node.get());
         owner.children.push_back(std::move(node));
     }
+}
+
+void Catalogue::ParseTypes(const std::filesystem::path& path)
+{
+    static const std::map<std::string, TypeKind> kinds = {
+        {"enum", TypeKind::Enumeration}, {"integer", TypeKind::Integer}, {"value", TypeKind::Value},
+        {"class", TypeKind::Object},     {"struct", TypeKind::Object},   {"record", TypeKind::Record},
+        {"none", TypeKind::None}};
+    std::ifstream file(path);
+    if (!file) throw CatalogueError("cannot open " + path.string());
+    types_.emplace_back();
+    std::string line;
+    for (int number = 1; std::getline(file, line); number++) {
+        const std::string place = path.filename().string() + ":" + std::to_string(number);
+        const auto words = Split(line, place);
+        if (words.empty() || words[0].starts_with('#')) continue;
+        if (words[0] == "language") {
+            firstLanguageType_ = static_cast<int>(types_.size());
+            continue;
+        }
+        const auto kind = kinds.find(words[0]);
+        if (kind == kinds.end() || words.size() < 2) Fail(place, "no type is described");
+        Type type;
+        type.kind = kind->second;
+        type.keyword = words[0];
+        type.name = type.cpp = words[1].substr(words[1].starts_with('"') ? 1 : 0);
+        type.variant = VariantOf(type.name, type.kind == TypeKind::Enumeration);
+        for (std::size_t k = 2; k < words.size(); k++) {
+            if (words[k] == "shared")
+                type.isShared = true;
+            else if (words[k].starts_with("serves="))
+                type.servedName = words[k].substr(7);
+            else if (words[k].starts_with("cpp="))
+                type.cpp = words[k].substr(4);
+            else
+                Fail(place, "unknown word \"" + words[k] + "\"");
+        }
+        if (!typeCodes_.emplace(type.name, static_cast<int>(types_.size())).second) Fail(place, "the type is there");
+        types_.push_back(type);
+    }
+    for (const Type& type : types_)
+        if (!type.servedName.empty() && !typeCodes_.count(type.servedName))
+            throw CatalogueError("no type " + type.servedName);
+}
+
+int Catalogue::TypeCode(const std::string& name) const
+{
+    const auto found = typeCodes_.find(name);
+    return found == typeCodes_.end() ? 0 : found->second;
 }
 
 /// Classes and groups stand at the margin, their lines below them; a file that is missing leaves all without settings.
@@ -336,11 +381,11 @@ void Catalogue::ParseNode(const std::vector<std::string>& words, Node& node) con
         node.flags = 512;
         ApplyWords(words, 3, node);
     } else if (kind == "class") {
-        need(3);
         node.kind = Kind::Class;
         node.identifier = words[1];
-        node.type = std::stoi(words[2]);
-        ApplyWords(words, 3, node);
+        node.type = TypeCode(node.identifier);
+        if (node.type == 0) Fail(node.place, "no type " + node.identifier);
+        ApplyWords(words, 2, node);
     } else if (kind == "method") {
         need(3);
         node.kind = Kind::Method;

@@ -73,6 +73,28 @@ struct Node
     std::string Key(const std::string& key, const std::string& fallback = {}) const;
 };
 
+/// What a data type is; the word that opens its line.
+enum class TypeKind
+{
+    None,
+    Object,
+    Record,
+    Enumeration,
+    Integer,
+    Value
+};
+
+/// One data type. Its code is its place in the list.
+struct Type
+{
+    std::string name, cpp;  ///< in programs and messages; in C++
+    std::string keyword;    ///< `class` or `struct`, of an object
+    std::string servedName; ///< the type in whose place it serves, too; empty for none
+    TypeKind kind = TypeKind::None;
+    Variant variant = Variant::Object;
+    bool isShared = false; ///< an input is a shadow
+};
+
 /// One setting of a class that programs print, or one statement that prints several.
 struct SettingLine
 {
@@ -91,6 +113,11 @@ public:
     explicit Catalogue(const std::filesystem::path& folder);
 
     const std::vector<Node*>& Nodes() const { return nodes_; }
+    /// The data types by their codes; 0 is none.
+    const std::vector<Type>& Types() const { return types_; }
+    int TypeCode(const std::string& name) const;
+    /// The code of the first type of the language, behind those of the library.
+    int FirstLanguageType() const { return firstLanguageType_; }
     /// The settings of a class, in the order in which they are printed.
     const std::vector<SettingLine>& Settings(const std::string& className) const;
     /// An enumeration by its identifier; null for none.
@@ -106,6 +133,7 @@ private:
     void Parse(const std::filesystem::path& path, Node& parent, int baseLevel);
     void ParseNode(const std::vector<std::string>& words, Node& node) const;
     void ApplyWords(const std::vector<std::string>& words, std::size_t from, Node& node) const;
+    void ParseTypes(const std::filesystem::path& path);
     void ParseSettings(const std::filesystem::path& path);
     void NumberNodes(Node& node);
     void Resolve();
@@ -116,13 +144,16 @@ private:
     std::filesystem::path folder_;
     std::unique_ptr<Node> root_;
     std::vector<Node*> nodes_;
+    std::vector<Type> types_;
     std::map<std::string, int> typeCodes_;
+    int firstLanguageType_ = 0;
     std::map<std::string, Node*> enums_;
     std::map<std::string, std::vector<SettingLine>> settings_;
 };
 
 // Writers, one for each product.
 void WriteTree(const Catalogue& catalogue, std::ostream& out);
+void WriteTypeTable(const Catalogue& catalogue, std::ostream& out);
 void WriteDispatch(const Catalogue& catalogue, std::ostream& out);
 void WriteClasses(const Catalogue& catalogue, std::ostream& out);
 void WriteEnumChecks(const Catalogue& catalogue, std::ostream& out);

@@ -1,7 +1,5 @@
-// Writes what the engine knows of each class that exists: its row in the table of types, and its settings in programs.
+// Writes what the engine knows of each data type: its name, its row in the table of types, its settings in programs.
 #include "Catalogue.h"
-
-#include "engine/TypeNames.h"
 
 #include <algorithm>
 #include <ostream>
@@ -74,22 +72,72 @@ void WriteSetting(const Catalogue& catalogue, const Node& owner, const SettingLi
         << "\");\n    }\n";
 }
 
+/// The expression that makes a type's row.
+std::string RowMaker(const Type& type)
+{
+    static constexpr const char* nodes[] = {"",     "Bool",     "Char",      "Wchar", "Int",    "Float",
+                                            "Dble", "RgbPixel", "RgbaPixel", "Enum",  "String", "Wstring"};
+    switch (type.kind) {
+    case TypeKind::Object:
+    case TypeKind::Record:
+        return std::string(type.isShared ? "SharedRow<" : "ObjectRow<") + type.cpp + ">()";
+    case TypeKind::Enumeration:
+        return "IntegerRow<" + type.cpp + ", EnumArgumentNode>()";
+    case TypeKind::Integer:
+        return "IntegerRow<" + type.cpp + ", IntArgumentNode>()";
+    case TypeKind::Value:
+        return "ValueRow<" + type.cpp + ", " + nodes[static_cast<int>(type.variant)] + "ArgumentNode>()";
+    default:
+        return "{}";
+    }
+}
+
 } // namespace
+
+void WriteTypeTable(const Catalogue& catalogue, std::ostream& out)
+{
+    static constexpr const char* kinds[] = {"None", "Object", "Record", "Enumeration", "Integer", "Value"};
+    const auto& types = catalogue.Types();
+    out << "// Made by the catalogue's generator; edit the catalogue instead. The names of the data types, what they "
+           "are,\n"
+           "// and the types in whose place they serve, by their codes.\n#pragma once\n\nnamespace Tesk {\n\n"
+           "/// What a data type is, for whoever shows or makes its variables.\nenum class typeKind\n{\n";
+    for (const char* kind : kinds)
+        out << "    " << kind << ",\n";
+    out << "};\n\ninline constexpr int typeCount = " << types.size()
+        << ";\n/// The first code of the language types; those below are the library's.\n"
+           "inline constexpr int FirstLanguageType = "
+        << catalogue.FirstLanguageType() << ";\n\ninline constexpr const wchar_t* typeString[typeCount] = {\n";
+    for (const Type& type : types)
+        out << "    L\"" << type.name << "\",\n";
+    out << "};\n\ninline constexpr typeKind typeKinds[typeCount] = {\n";
+    for (const Type& type : types)
+        out << "    typeKind::" << kinds[static_cast<int>(type.kind)] << ",\n";
+    out << "};\n\ninline constexpr int servedTypes[typeCount] = {\n";
+    for (const Type& type : types)
+        out << "    " << catalogue.TypeCode(type.servedName) << ",\n";
+    out << "};\n\n} // namespace Tesk\n";
+}
 
 void WriteClasses(const Catalogue& catalogue, std::ostream& out)
 {
     std::vector<const Node*> classes;
     for (const Node* node : catalogue.Nodes())
         if (node->kind == Kind::Class && !node->pending) classes.push_back(node);
-    std::sort(classes.begin(), classes.end(), [](const Node* a, const Node* b) { return a->type < b->type; });
-    const auto exists = [&](int code) {
-        return std::any_of(classes.begin(), classes.end(), [&](const Node* node) { return node->type == code; });
-    };
+    const auto& types = catalogue.Types();
     out << "// Made by the catalogue's generator; edit the catalogue instead.\n#include \"Tesk.h\"\n"
-           "#include \"engine/Settings.h\"\n#include \"engine/types/TypeRows.h\"\n\nnamespace Tesk {\n\n";
-    if (exists(Tesk::profileType) && exists(Tesk::histogramType))
-        out << "template <>\nconst Profile& ObjectOf<Profile>(const AnyVariable& Variable)\n{\n"
-               "    return ObjectOfEither<Profile, Histogram>(Variable, histogramType);\n}\n\n";
+           "#include \"engine/types/Settings.h\"\n#include \"engine/types/TypeRows.h\"\n\nnamespace Tesk {\n\n"
+           "// A class that is still to come has no variable.\n";
+    for (const Type& type : types)
+        if (type.kind == TypeKind::Object) out << type.keyword << ' ' << type.cpp << ";\n";
+    out << '\n';
+    for (std::size_t code = 1; code < types.size(); code++) {
+        const Type& type = types[code];
+        if (type.servedName.empty()) continue;
+        out << "template <>\nconst " << type.servedName << "& ObjectOf<" << type.servedName
+            << ">(const AnyVariable& Variable)\n{\n    return ObjectOfEither<" << type.servedName << ", " << type.cpp
+            << ">(Variable, " << code << ");\n}\n\n";
+    }
     out << "namespace {\n\n";
     for (const Node* owner : classes) {
         const auto& lines = catalogue.Settings(owner->identifier);
@@ -104,16 +152,17 @@ void WriteClasses(const Catalogue& catalogue, std::ostream& out)
         }
         out << "}\n\n";
     }
-    out << "} // namespace\n\nconst TypeRow classTypes[] = {\n";
-    for (const Node* owner : classes)
-        out << "    ObjectRow<" << owner->identifier << ", " << owner->type << ">(),\n";
-    out << "};\nconst int numClassTypes = " << classes.size() << ";\n\n"
+    out << "constexpr TypeRow rows[typeCount] = {\n    {},\n";
+    for (std::size_t code = 1; code < types.size(); code++)
+        out << "    " << RowMaker(types[code]) << ", // " << types[code].name << '\n';
+    out << "};\n\n} // namespace\n\nconst TypeRow* FindType(int Code)\n{\n"
+           "    return Code > 0 && Code < typeCount && rows[Code].Make ? &rows[Code] : nullptr;\n}\n\n"
         << "bool WriteSettings(int Type, SettingsSink& Sink, const AnyVariable& Object, const AnyVariable* Other)\n{\n"
            "    switch (Type) {\n";
     for (const Node* owner : classes) {
         if (catalogue.Settings(owner->identifier).empty()) continue;
         const std::string& name = owner->identifier;
-        out << "    case " << owner->type << ": {\n        static const " << name << " made;\n        Settings"
+        out << "    case " << owner->type << ": {\n        static const " << name << " made{};\n        Settings"
             << owner->type << "(Sink, ObjectOf<" << name << ">(Object), Other ? ObjectOf<" << name
             << ">(*Other) : made, Other != nullptr);\n        return true;\n    }\n";
     }

@@ -58,7 +58,8 @@ int main(int argc, char** argv)
                 std::cerr << fault << '\n';
             if (!faults.empty()) return 1;
             const std::filesystem::path folder = argv[3];
-            std::filesystem::create_directories(folder);
+            std::filesystem::create_directories(folder / "engine");
+            WriteIfChanged(folder / "engine/TypeTable.h", [&](std::ostream& out) { WriteTypeTable(catalogue, out); });
             WriteIfChanged(folder / "Tree.cpp", [&](std::ostream& out) { WriteTree(catalogue, out); });
             WriteIfChanged(folder / "Dispatch.cpp", [&](std::ostream& out) { WriteDispatch(catalogue, out); });
             WriteIfChanged(folder / "Classes.cpp", [&](std::ostream& out) { WriteClasses(catalogue, out); });

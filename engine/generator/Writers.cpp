@@ -158,21 +158,18 @@ std::string Fields(const Node& node)
 }
 
 /// The C++ type of an argument's value.
-std::string CppType(const Node& node)
+std::string CppType(const Catalogue& catalogue, const Node& node)
 {
-    const std::string type = node.Key("type");
-    if (type == "char*" || type == "wchar_t*") return "const " + type;
-    if (type == "byte") return "std::uint8_t";
     if (node.Has("enumeration")) return node.Key("enumeration");
-    return type;
+    return catalogue.Types()[static_cast<std::size_t>(node.type)].cpp;
 }
 
-std::string Value(const Node& node, std::size_t position)
+std::string Value(const Catalogue& catalogue, const Node& node, std::size_t position)
 {
-    return "Value<" + CppType(node) + ">(Args, " + std::to_string(position) + ")";
+    return "Value<" + CppType(catalogue, node) + ">(Args, " + std::to_string(position) + ")";
 }
 
-void WriteMethod(const Node& method, std::ostream& out)
+void WriteMethod(const Catalogue& catalogue, const Node& method, std::ostream& out)
 {
     std::vector<std::string> parameters;
     std::string instance, result, dst, width;
@@ -180,13 +177,13 @@ void WriteMethod(const Node& method, std::ostream& out)
     const Node* resultNode = nullptr;
     std::string presetType = method.Key("preset", "Gray");
     for (std::size_t k = 0; k < method.children.size(); k++) {
-        const std::string value = Value(*method.children[k], k);
+        const std::string value = Value(catalogue, *method.children[k], k);
         if (method.children[k]->identifier == "Dst") dst = value;
         if (method.children[k]->identifier == method.Key("preset")) presetType = value + ".Type";
     }
     for (std::size_t k = 0; k < method.children.size(); k++) {
         const Node& argument = *method.children[k];
-        const std::string value = Value(argument, k);
+        const std::string value = Value(catalogue, argument, k);
         if (argument.flags & flag::Instance) {
             instance = value;
         } else if (argument.flags & flag::Preset) {
@@ -223,9 +220,9 @@ void WriteMethod(const Node& method, std::ostream& out)
     out << "}\n\n";
 }
 
-void WriteProperty(const Node& property, std::ostream& out)
+void WriteProperty(const Catalogue& catalogue, const Node& property, std::ostream& out)
 {
-    const std::string type = CppType(property), owner = Catalogue::ClassOf(property)->identifier;
+    const std::string type = CppType(catalogue, property), owner = Catalogue::ClassOf(property)->identifier;
     const bool isStatic = (property.flags & flag::Static) != 0;
     const std::string field = isStatic ? owner + "::" + property.identifier : "Object." + property.identifier;
     const std::string object =
@@ -284,14 +281,15 @@ void WriteDispatch(const Catalogue& catalogue, std::ostream& out)
         if (node->kind == Kind::Argument && node->parent->kind == Kind::Page) properties.push_back(node);
     }
     out << "// Made by the catalogue's generator; edit the catalogue instead.\n#include \"Tesk.h\"\n"
-           "#include \"engine/Generated.h\"\n#include \"engine/Operation.h\"\n#include \"engine/Variable.h\"\n\n"
+           "#include \"engine/dispatch/Dispatch.h\"\n#include \"engine/Operation.h\"\n#include "
+           "\"engine/Variable.h\"\n\n"
            "#include <algorithm>\n#include <iterator>\n\nnamespace Tesk {\n\nnamespace {\n\n"
            "template <typename T>\nT& Value(const Arg* Args, int Position)\n{\n"
            "    return static_cast<Var<T>*>(static_cast<AnyVariable*>(Args[Position].Variable))->Value;\n}\n\n";
     for (const Node* method : methods)
-        WriteMethod(*method, out);
+        WriteMethod(catalogue, *method, out);
     for (const Node* property : properties)
-        WriteProperty(*property, out);
+        WriteProperty(catalogue, *property, out);
     const auto byNumber = [](const Node* a, const Node* b) { return a->number < b->number; };
     std::sort(methods.begin(), methods.end(), byNumber);
     std::sort(properties.begin(), properties.end(), byNumber);

@@ -1,10 +1,8 @@
-// Rows of the table of types, made from a C++ type.
+// Rows of the table of types, made from what a C++ type can do.
 #pragma once
 
-#include "engine/TypeNames.h"
 #include "engine/Types.h"
 
-#include <algorithm>
 #include <type_traits>
 
 namespace Tesk {
@@ -13,7 +11,7 @@ namespace Tesk {
 template <typename T, typename Other>
 const T& ObjectOfEither(const AnyVariable& Variable, int OtherCode)
 {
-    if constexpr (std::is_base_of_v<T, Other>)
+    if constexpr (requires { sizeof(Other); })
         if (Variable.TypeCode == OtherCode) return static_cast<const Var<Other>&>(Variable).Value;
     return static_cast<const Var<T>&>(Variable).Value;
 }
@@ -24,21 +22,6 @@ const T& ObjectOf(const AnyVariable& Variable)
     return static_cast<const Var<T>&>(Variable).Value;
 }
 
-/// The types whose objects can be seen through a shadow.
-constexpr bool CanHaveShadow(int Code)
-{
-    constexpr int codes[] = {CodeOf(L"Blobs"),        CodeOf(L"CharReader"),    CodeOf(L"Code1DReader"),
-                             CodeOf(L"Code2DReader"), CodeOf(L"Comparator"),    CodeOf(L"EdgeArc"),
-                             CodeOf(L"EdgeEllipse"),  CodeOf(L"EdgeLine"),      CodeOf(L"EdgeMap"),
-                             CodeOf(L"EdgePoint"),    CodeOf(L"EdgeRectangle"), CodeOf(L"FeatureTable"),
-                             CodeOf(L"Geometry"),     CodeOf(L"Histogram"),     CodeOf(L"Image"),
-                             CodeOf(L"Kernel"),       CodeOf(L"Locator"),       CodeOf(L"Morpho"),
-                             CodeOf(L"Path"),         CodeOf(L"Poly"),          CodeOf(L"Profile"),
-                             CodeOf(L"Pyramid"),      CodeOf(L"Region"),        CodeOf(L"ShapeMatcher"),
-                             CodeOf(L"SnakeGauge"),   CodeOf(L"Source"),        CodeOf(L"XY")};
-    return std::find(std::begin(codes), std::end(codes), Code) != std::end(codes);
-}
-
 template <typename T>
 std::unique_ptr<AnyVariable> MakeVar()
 {
@@ -46,26 +29,75 @@ std::unique_ptr<AnyVariable> MakeVar()
 }
 
 template <typename T>
+concept Shareable = requires(T& to, const T& from)
+{
+    to.ShallowCopy(from, true);
+};
+
+template <typename T>
 void Share(AnyVariable& Variable, const AnyVariable& Source, bool Keep)
 {
-    static_cast<Var<T>&>(Variable).Value.ShallowCopy(ObjectOf<T>(Source), Keep);
+    T& to = static_cast<Var<T>&>(Variable).Value;
+    if constexpr (Shareable<T>)
+        to.ShallowCopy(ObjectOf<T>(Source), Keep);
+    else
+        to = ObjectOf<T>(Source);
 }
 
-/// A class of the library: its shadows share through the class's own `ShallowCopy`.
-template <typename T, int Code>
+template <typename T, typename Node>
+void SetDefault(AnyVariable& Variable, const ArgumentNode& Argument)
+{
+    auto& variable = static_cast<Var<T>&>(Variable);
+    const auto* node = dynamic_cast<const Node*>(&Argument);
+    if (!node) return;
+    if constexpr (requires { SetText(variable, node->Default); })
+        SetText(variable, node->Default);
+    else
+        variable.Value = static_cast<T>(node->Default);
+}
+
+template <typename T>
+int ReadInteger(const AnyVariable& Variable)
+{
+    return static_cast<int>(static_cast<const Var<T>&>(Variable).Value);
+}
+
+template <typename T>
+void WriteInteger(AnyVariable& Variable, int Value)
+{
+    static_cast<Var<T>&>(Variable).Value = static_cast<T>(Value);
+}
+
+/// An object or a record; empty until the public header defines it.
+template <typename T>
 constexpr TypeRow ObjectRow()
 {
-    TypeRow row{Code, MakeVar<T>, nullptr, nullptr};
-    if constexpr (CanHaveShadow(Code)) {
-        // A class without state has nothing to share.
-        constexpr bool shares = requires(T & to, const T& from)
-        {
-            to.ShallowCopy(from, true);
-        };
-        static_assert(shares || std::is_empty_v<T>);
-        if constexpr (shares) row.ShallowCopy = Share<T>;
-    }
+    TypeRow row;
+    if constexpr (requires { T(); }) row.Make = MakeVar<T>;
     return row;
+}
+
+/// One whose inputs are shadows. A class without state has nothing to share.
+template <typename T>
+constexpr TypeRow SharedRow()
+{
+    TypeRow row = ObjectRow<T>();
+    if constexpr (requires { T(); })
+        if constexpr (Shareable<T> || !std::is_empty_v<T>) row.ShallowCopy = Share<T>;
+    return row;
+}
+
+/// An integer of any width, or an enumeration.
+template <typename T, typename Node>
+constexpr TypeRow IntegerRow()
+{
+    return {MakeVar<T>, SetDefault<T, Node>, nullptr, ReadInteger<T>, WriteInteger<T>};
+}
+
+template <typename T, typename Node>
+constexpr TypeRow ValueRow()
+{
+    return {MakeVar<T>, SetDefault<T, Node>};
 }
 
 } // namespace Tesk

@@ -17,7 +17,8 @@ using namespace Tesk;
 
 namespace {
 
-constexpr int firstMethod = 240, lastMethod = 263, morphoType = 52, imageType = 44, readNode = 87;
+constexpr int firstMethod = 240, lastMethod = 263, morphoType = CodeOf(L"Morpho"), imageType = CodeOf(L"Image"),
+              readNode = 87;
 
 int FindMethod(int methodId)
 {

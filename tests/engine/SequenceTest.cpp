@@ -1,7 +1,7 @@
 // The rules of a sequence: bindings, names, failures, what is held, what is told, and what is printed.
 #include "engine/Sequence.h"
-#include "engine/Settings.h"
 #include "engine/TypeNames.h"
+#include "engine/types/Settings.h"
 #include "foundation/Status.h"
 #include "image/Operator.h"
 
@@ -105,11 +105,12 @@ TEST_F(SequenceTest, VariablesAreListedOnceByNameTheLatestOfEach)
             text += variable->NameText + L' ';
         return text;
     };
-    EXPECT_EQ(names(engine_.GetVariables(-1, 44, false)), L"Copied0 Copied1 Inverted0 ");
-    EXPECT_EQ(names(engine_.GetVariables(0, 44, false)), L"Copied0 ");
+    EXPECT_EQ(names(engine_.GetVariables(-1, CodeOf(L"Image"), false)), L"Copied0 Copied1 Inverted0 ");
+    EXPECT_EQ(names(engine_.GetVariables(0, CodeOf(L"Image"), false)), L"Copied0 ");
     EXPECT_EQ(names(engine_.GetVariables(1, 97, false)), L"Width0 Height0 Const0 Width1 Height1 Const1 ");
-    EXPECT_EQ(engine_.GetVariables(-1, 44, false)[1], At(2).Args[0].Variable) << "the shadow is the latest";
-    EXPECT_EQ(engine_.GetVariables(1, 44, false)[1], At(1).Args[3].Variable);
+    EXPECT_EQ(engine_.GetVariables(-1, CodeOf(L"Image"), false)[1], At(2).Args[0].Variable)
+        << "the shadow is the latest";
+    EXPECT_EQ(engine_.GetVariables(1, CodeOf(L"Image"), false)[1], At(1).Args[3].Variable);
     // Swapped away, the constants are held: listed only for those who ask.
     At(1).Set(engine_, FindMethod(L"Image"), true);
     EXPECT_EQ(names(engine_.GetVariables(-1, 97, false)), L"Width0 Height0 Const0 ");
@@ -282,7 +283,7 @@ TEST_F(SequenceTest, RunningAgainKeepsOneStoreForEachResult)
         std::set<const std::uint8_t*> stores;
         for (const auto& operation : engine_.Operations)
             for (const Arg& argument : operation->Args)
-                if (Engine::VarNode(argument.Node)->Type == 44)
+                if (Engine::VarNode(argument.Node)->Type == CodeOf(L"Image"))
                     stores.insert(static_cast<Var<Image>*>(argument.Variable)->Value.FirstPixel);
         ASSERT_EQ(stores.size(), engine_.Operations.size()) << "a shadow holds on to what its source has left";
     }

@@ -6,7 +6,7 @@
 #include "workbench/views/OperationForm.h"
 #include "workbench/views/ToolWindow.h"
 #include "workbench/views/picture/CustomImageForm.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/picture/Overlay.h"
 
 #include <QApplication>
 #include <QCheckBox>

@@ -484,7 +484,6 @@ public:
 
 int starts = 0;
 const OverlayRow markerRow{
-    .Type = 85,
     .Color = Green,
     .Draw = [](AnyVariable& object, const IController&) { static_cast<Var<XY>&>(object).Value.Draw(false); },
     .Start =
@@ -501,7 +500,8 @@ TEST_F(ObjectTest, AnOverlayShowsItsMotherAndLeavesWithHer)
     Var<XY> point;
     ControllerRequest request{form_.GetEngine(), {}};
     for (int node = 0; node < Engine::NumNodes && request.Node < 0; node++)
-        if (Engine::Tree[node]->Kind() == ArgumentKind && Engine::VarNode(node)->Type == 85) request.Node = node;
+        if (Engine::Tree[node]->Kind() == ArgumentKind && Engine::VarNode(node)->Type == CodeOf(L"XY"))
+            request.Node = node;
     request.Variable = &point;
     Marker marker(request, &markerRow);
     starts = 0;

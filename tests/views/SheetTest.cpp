@@ -3,15 +3,20 @@
 #include "image/Kernel.h"
 #include "image/Morpho.h"
 #include "measure/Profile.h"
+#include "workbench/logic/MultiController.h"
 #include "workbench/views/objects/GenericFeaturesController.h"
 #include "workbench/views/objects/MorphoPropertyPageController.h"
+#include "workbench/views/objects/ObjectView.h"
 #include "workbench/views/picture/GraphSurface.h"
 
 #include <QClipboard>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
+#include <QMdiArea>
 #include <QPushButton>
 #include <QTableView>
+
+#include <cstdlib>
 
 namespace TeskPlus {
 
@@ -210,8 +215,7 @@ Profile& ProfileOf(AnyVariable& object)
 {
     return static_cast<Var<Profile>&>(object).Value;
 }
-const FeaturesRow resultRow{.Type = 62,
-                            .MinimumWidth = 240,
+const FeaturesRow resultRow{.MinimumWidth = 240,
                             .Columns =
                                 [](AnyVariable&) {
                                     return std::vector<QString>{"Index", "Third"};
@@ -239,7 +243,8 @@ TEST_F(Sheets, ATableShowsResultsAndKeepsTheUsersChoice)
     Var<Profile> object;
     ControllerRequest request{form_.GetEngine(), {}};
     for (int node = 0; node < Engine::NumNodes && request.Node < 0; node++)
-        if (Engine::Tree[node]->Kind() == ArgumentKind && Engine::VarNode(node)->Type == 62) request.Node = node;
+        if (Engine::Tree[node]->Kind() == ArgumentKind && Engine::VarNode(node)->Type == CodeOf(L"Profile"))
+            request.Node = node;
     request.Variable = &object;
     GenericFeaturesController* told = nullptr;
     bool taken = false;
@@ -287,6 +292,127 @@ TEST_F(Sheets, ATableShowsResultsAndKeepsTheUsersChoice)
         object.Value.Append(i & 127);
     table.UpdateControl(false, false);
     EXPECT_LE(grid.sizeHint().height(), GenericFeaturesController::maxDataGridViewHeight_);
+}
+
+/// A class that stands for those to come: it has a mark, a sheet with all that a sheet may have, a plot and a table.
+int level = 40, draws = 0;
+class LevelLine final : public PlotHandles
+{
+public:
+    void Draw(AnyVariable&, int, int) override {}
+    std::optional<Qt::CursorShape> Hit(AnyVariable&, int, int Y) override
+    {
+        if (std::abs(Y - level) > 3) return {};
+        return Qt::SizeVerCursor;
+    }
+    bool Drag(AnyVariable&, int, int Y) override
+    {
+        level = Y;
+        return true;
+    }
+    bool KeyPressed(AnyVariable& object, int key) override
+    {
+        if (key != Qt::Key_Delete) return false;
+        ProfileOf(object) = Profile();
+        return true;
+    }
+};
+constexpr OverlayMark markerMarks[] = {
+    {Red, [](AnyVariable&, const IController&) { draws++; },
+     [](AnyVariable&, const IController& child) { return OptionOf(child, 1, false); }},
+    {Green, [](AnyVariable&, const IController&) { draws += 10; }}};
+constexpr OverlayRow wholeOverlay{.Marks = markerMarks};
+constexpr PlotBox wholeBoxes[] = {
+    {L"Step", [](const AnyVariable&) { return level; }, [](AnyVariable&, int value) { level = value; }}};
+constexpr PlotRow wholePlot{
+    .Width = 200,
+    .Height = 100,
+    .Color = Blue,
+    .Plot = nullptr,
+    .MakeHandles = [] { return std::unique_ptr<PlotHandles>(new LevelLine); },
+    .Boxes = wholeBoxes,
+    .IsShown = [](const AnyVariable& object) { return static_cast<const Var<Profile>&>(object).Value.Length > 0; }};
+constexpr SheetOption wholeOptions[] = {{L"View all", true}, {L"View ends", false}};
+constexpr SheetButton wholeButtons[] = {{L"Grow", [](AnyVariable& object, int) { ProfileOf(object).Append(5); }}};
+constexpr SheetView wholeSheet{.Options = wholeOptions, .Buttons = wholeButtons};
+const ObjectView wholeView{.Type = CodeOf(L"Profile"),
+                           .Overlay = &wholeOverlay,
+                           .Sheet = &wholeSheet,
+                           .Plot = &wholePlot,
+                           .Features = &resultRow};
+
+TEST_F(Sheets, ADescriptionIsAllThatAClassNeeds)
+{
+    Open(100, 80);
+    Var<Profile> object;
+    object.Value.Append(7);
+    ViewContext context{&form_.GetEngine(), &form_.Handler(), nullptr, form_.findChild<QMdiArea*>()};
+    int runs = 0;
+    bool dragged = false;
+    ControllerRequest request{form_.GetEngine(), [&](Operation*, AnyVariable*, bool taken, bool, bool dragging, bool) {
+                                  runs++;
+                                  dragged = taken && dragging;
+                              }};
+    for (int node = 0; node < Engine::NumNodes && request.Node < 0; node++)
+        if (Engine::Tree[node]->Kind() == ArgumentKind && Engine::VarNode(node)->Type == CodeOf(L"Profile"))
+            request.Node = node;
+    request.Variable = &object;
+    level = 40;
+    chosen = -1;
+    const auto made = MakeObject(wholeView, request, context);
+    const auto& members = dynamic_cast<MultiController&>(*made).Members();
+    ASSERT_EQ(members.size(), 3u);
+    auto* plotWindow = static_cast<QWidget*>(members[1]->Control());
+    auto* sheetWindow = static_cast<QWidget*>(members[2]->Control());
+
+    // The marks of the overlay ask the boxes of the sheet.
+    made->SetMotherController(&Controller(L"Image0"));
+    draws = 0;
+    members[0]->UpdateChildControl();
+    EXPECT_EQ(draws, 10);
+    EXPECT_TRUE(OptionOf(*members[0], 0, false));
+    sheetWindow->findChild<QCheckBox*>("View ends")->setChecked(true);
+    draws = 0;
+    members[0]->UpdateChildControl();
+    EXPECT_EQ(draws, 11);
+
+    // A button changes the object, and what shows it.
+    auto* grid = sheetWindow->findChild<QTableView*>("FeaturesGrid");
+    ASSERT_TRUE(grid);
+    EXPECT_EQ(grid->model()->rowCount(), 1);
+    sheetWindow->findChild<QPushButton*>("Grow")->click();
+    EXPECT_EQ(grid->model()->rowCount(), 2);
+    EXPECT_EQ(runs, 1);
+
+    // A line of the plot is dragged, and its box switches it off and on again.
+    made->SetControllerState(controllerState::Shown);
+    made->ShowCtrl(false);
+    QApplication::processEvents();
+    EXPECT_TRUE(plotWindow->isVisible());
+    auto* plot = plotWindow->findChild<QWidget*>("Plot");
+    Drag(plot, {60, 80}, {60, 90});
+    EXPECT_EQ(level, 40) << "nothing was there to be held";
+    Drag(plot, {60, 41}, {60, 61});
+    EXPECT_EQ(level, 61);
+    EXPECT_TRUE(dragged);
+    auto* box = plotWindow->findChild<QCheckBox*>("Step");
+    box->setChecked(false);
+    EXPECT_EQ(level, 0);
+    box->setChecked(true);
+    EXPECT_EQ(level, 61);
+    Drag(plot, {60, 61}, {60, 0});
+    EXPECT_FALSE(box->isChecked()) << "dragged to nothing";
+    box->setChecked(true);
+    EXPECT_GT(level, 0) << "the last setting that was one";
+
+    // Without anything to plot the window goes, and comes back with it.
+    QTest::keyClick(plot, Qt::Key_Delete);
+    made->UpdateControl(false, false);
+    EXPECT_FALSE(plotWindow->isVisible());
+    object.Value.Append(1);
+    made->UpdateControl(false, false);
+    EXPECT_TRUE(plotWindow->isVisible());
+    made->SetMotherController(nullptr);
 }
 
 TEST(FeaturesModel, SortsByAColumnAndBack)

@@ -124,8 +124,8 @@ protected:
         Status::Shallow = true;
         Engine::Trace = nullptr;
         RegisterSilentControllers(factory_, views_);
-        factory_.Register(44, [](const ControllerRequest& r) { return std::make_unique<FakeObject>(r); });
-        factory_.Register(97, [](const ControllerRequest& r) { return std::make_unique<FakeInt>(r); });
+        factory_.Register(CodeOf(L"Image"), [](const ControllerRequest& r) { return std::make_unique<FakeObject>(r); });
+        factory_.Register(CodeOf(L"int"), [](const ControllerRequest& r) { return std::make_unique<FakeInt>(r); });
         folder_ = std::filesystem::temp_directory_path() / ("tesk_workbench_" + std::to_string(getpid()));
         std::filesystem::create_directories(folder_);
         Save("a.png", 10);

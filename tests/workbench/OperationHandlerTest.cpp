@@ -51,7 +51,7 @@ TEST_F(OperationHandlerTest, WhatCannotBeFinishedIsTakenBack)
         EXPECT_EQ(handler_.CurrentOperationId(), 0) << "the one before it is selected";
         EXPECT_TRUE(Window(L"Image0").isShown);
     }
-    factory_.Register(97, nullptr);
+    factory_.Register(CodeOf(L"int"), nullptr);
     EXPECT_FALSE(Add(L"Operator", L"Const + Image"));
     EXPECT_EQ(engine_.NumOperations(), 1);
     EXPECT_EQ(FakeObject::Alive, 1);
@@ -351,7 +351,7 @@ TEST_F(OperationHandlerTest, WhatAFailedOperationLeavesBehindIsNotOnTheScreen)
     Add(L"Operator", L"Invert");
     Select(0);
     views_.Answers = {1}; // at the end
-    factory_.Register(41, nullptr);
+    factory_.Register(CodeOf(L"GrayClipping"), nullptr);
     EXPECT_FALSE(Add(L"Operator", L"Image + Image"));
     EXPECT_EQ(handler_.CurrentOperationId(), 2);
     EXPECT_FALSE(Window(L"Image0").isShown) << "the operation that is selected now does not use it";

@@ -1,9 +1,9 @@
 #include "workbench/logic/CommandPanel.h"
 
+#include "engine/TypeNames.h"
 #include "workbench/logic/ControllerFactory.h"
 #include "workbench/logic/IOperationViews.h"
 #include "workbench/logic/MultiController.h"
-#include "workbench/logic/TypeCodes.h"
 
 #include <algorithm>
 #include <cwchar>
@@ -31,9 +31,9 @@ Arg* FindArgument(Operation& operation, const std::wstring& name)
 /// The type of the object that the values of a method move on the picture; 0 for none.
 int ManipulatorOf(int method)
 {
-    if (MovesProfile(method)) return profileType;
+    if (MovesProfile(method)) return CodeOf(L"Profile");
     const wchar_t* label = method >= 0 ? Engine::Tree[method]->Label : L"";
-    return !std::wcscmp(label, L"Follow") || !std::wcscmp(label, L"Seed Fill") ? siteType : 0;
+    return !std::wcscmp(label, L"Follow") || !std::wcscmp(label, L"Seed Fill") ? CodeOf(L"Site") : 0;
 }
 
 bool IsOneOf(const wchar_t* text, std::initializer_list<const wchar_t*> others)
@@ -80,7 +80,7 @@ void CommandPanel::InsertSelector(int Row, std::unique_ptr<VariableSelector> Sel
     row.Selector = std::move(Selector);
     views_.CreateSelectorControl(*row.Selector);
     if (!row.Controller) return;
-    if (row.Selector->Type() == profileType || row.Selector->Type() == siteType)
+    if (row.Selector->Type() == CodeOf(L"Profile") || row.Selector->Type() == CodeOf(L"Site"))
         manipulatorController_ = row.Controller;
     row.Controller->SetWindowPossiblity(!(row.Selector->Attributes() & Out));
 }
@@ -98,7 +98,7 @@ std::vector<LayoutRow> CommandPanel::BuildCommandPanel() const
         LayoutRow line;
         if (row.Controller && !row.Controller->IsStructure())
             line.Controller = row.Controller;
-        else if (row.Selector && row.Selector->Type() != siteType && row.Selector->Type() != xyType)
+        else if (row.Selector && row.Selector->Type() != CodeOf(L"Site") && row.Selector->Type() != CodeOf(L"XY"))
             line.Selector = row.Selector.get();
         if (row.HasHelp) line.Help = &row.Help;
         grid.push_back(line);
@@ -112,7 +112,7 @@ void CommandPanel::UpdateProperties(AnyVariable* Variable)
     for (const bool switches : {true, false})
         for (const PanelRow& row : rows_) {
             if (!row.Controller || (Variable && row.Controller->CurrentVariable() != Variable)) continue;
-            if ((row.Controller->ControllerType() == boolType) != switches) continue;
+            if ((row.Controller->ControllerType() == CodeOf(L"bool")) != switches) continue;
             row.Controller->UpdateProperty();
             if (Variable) return;
         }
@@ -241,11 +241,11 @@ void CommandPanel::UpdateMotherControllers()
         int mother = -1;
         if (rows_[row].Selector && !IsOneOf(node.Identifier, {L"Beg", L"End"}))
             mother = node.Mother;
-        else if (manipulator_ == profileType)
+        else if (manipulator_ == CodeOf(L"Profile"))
             mother = IsOneOf(node.Identifier, {L"Y", L"X", L"Beg", L"End"}) ? node.Mother : -1;
-        else if (manipulator_ == siteType)
+        else if (manipulator_ == CodeOf(L"Site"))
             mother = instanceMother;
-        else if (node.Type == xyType)
+        else if (node.Type == CodeOf(L"XY"))
             mother = node.Mother;
         if (IController* picture = MotherOf(mother); picture && picture != rows_[row].Controller)
             rows_[row].Controller->SetMotherController(picture);
@@ -261,7 +261,8 @@ void CommandPanel::ReplaceController(int Row, IController* Controller)
     if (Row < operation_->NumArgs())
         row.Selector->SetCurrentVariable(operation_->Args[static_cast<std::size_t>(Row)].Variable);
     row.Selector->UpdateComboBoxItems();
-    if (row.Selector->Type() == profileType || row.Selector->Type() == siteType) manipulatorController_ = Controller;
+    if (row.Selector->Type() == CodeOf(L"Profile") || row.Selector->Type() == CodeOf(L"Site"))
+        manipulatorController_ = Controller;
     Controller->SetWindowPossiblity(!(row.Selector->Attributes() & Out));
 }
 

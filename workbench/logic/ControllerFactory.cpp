@@ -9,10 +9,6 @@
 
 namespace TeskPlus {
 
-const std::initializer_list<int> EnumerationTypes = {4,  5,  6,  7,  14, 15, 16, 18, 19, 28, 31, 32,
-                                                     33, 37, 41, 47, 51, 55, 56, 66, 68, 73, 77, 83};
-const std::initializer_list<int> IntegerTypes = {39, 40, 42, 97, 99};
-
 namespace {
 
 std::wstring_view LabelOf(int node)
@@ -27,7 +23,7 @@ void ControllerFactory::Register(int Type, ControllerMaker Maker)
     makers_[Type] = std::move(Maker);
 }
 
-void ControllerFactory::Register(std::initializer_list<int> Types, const ControllerMaker& Maker)
+void ControllerFactory::Register(const std::vector<int>& Types, const ControllerMaker& Maker)
 {
     for (const int type : Types)
         Register(type, Maker);

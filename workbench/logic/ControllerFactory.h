@@ -1,12 +1,13 @@
 // Which controller shows an argument: a table keyed by the type code, in which the views register their makers.
 #pragma once
 
+#include "engine/TypeNames.h"
 #include "workbench/logic/IController.h"
-#include "workbench/logic/TypeCodes.h"
 
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <vector>
 
 namespace TeskPlus {
 
@@ -36,7 +37,7 @@ public:
 
     /// Names the maker for a type code; a later one takes the place of the former.
     void Register(int Type, ControllerMaker Maker);
-    void Register(std::initializer_list<int> Types, const ControllerMaker& Maker);
+    void Register(const std::vector<int>& Types, const ControllerMaker& Maker);
     bool Supports(int Type) const { return makers_.count(Type) != 0; }
 
     /// Makes the controller for an argument or a property, by its type; null, traced "Unsupported data type", for a
@@ -47,13 +48,10 @@ private:
     std::map<int, ControllerMaker> makers_;
 };
 
-/// The type codes of enumerations, shown by an `EnumController`, and of integers; for `Register`.
-extern const std::initializer_list<int> EnumerationTypes, IntegerTypes;
-
 /// Whether arguments of a type hold the path of a file, narrow or wide.
 inline bool IsPathType(int Type)
 {
-    return Type == textType || Type == wideTextType;
+    return Type == CodeOf(L"char*") || Type == CodeOf(L"wchar_t*");
 }
 
 /// Which of its sisters shows an integer: it may move a profile, its breadth, or the threshold of a path.

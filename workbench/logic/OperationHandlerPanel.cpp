@@ -1,8 +1,9 @@
 // Building the panel of an operation, and running the sequence after a change of what it shows.
 #include "workbench/logic/OperationHandler.h"
+
+#include "engine/TypeNames.h"
 #include "workbench/logic/Raised.h"
 #include "workbench/logic/Refusal.h"
-#include "workbench/logic/TypeCodes.h"
 
 #include "foundation/Status.h"
 #include "image/Image.h"
@@ -128,7 +129,8 @@ int OperationHandler::AddRow(int row, ControllerList& created, operationType rea
         currentCommandPanel_->InsertController(row, controller);
         if (controller->IsStructure()) AddSelector(row, argument.Variable);
     }
-    if (node.Type != xyType && node.Type != siteType) currentCommandPanel_->InsertHelpWidget(row, node.Documentation);
+    if (node.Type != CodeOf(L"XY") && node.Type != CodeOf(L"Site"))
+        currentCommandPanel_->InsertHelpWidget(row, node.Documentation);
     return argument.Variable ? 0 : 1;
 }
 
@@ -180,7 +182,7 @@ AnyVariable* OperationHandler::InitControllers()
     const Arg* source = nullptr;
     for (const Arg& argument : operation.Args) {
         const ArgumentNode& node = *Engine::VarNode(argument.Node);
-        if (!source && argument.Variable && node.Type == imageType && (node.Flags & In)) source = &argument;
+        if (!source && argument.Variable && node.Type == CodeOf(L"Image") && (node.Flags & In)) source = &argument;
     }
     const int width = source ? int{ImageOf(*source).Width} : standardSize;
     const int height = source ? int{ImageOf(*source).Height} : standardSize;
@@ -189,11 +191,11 @@ AnyVariable* OperationHandler::InitControllers()
         const ArgumentNode& node = *Engine::VarNode(argument.Node);
         if (!argument.Variable) continue;
         IController* controller = currentCommandPanel_->Rows()[static_cast<std::size_t>(row)].Controller;
-        if (node.Type == imageType && !(node.Flags & In)) {
+        if (node.Type == CodeOf(L"Image") && !(node.Flags & In)) {
             Image& image = ImageOf(argument);
             // An image without a type has no pixels to make room for: the operation will type it.
             if (image.Type != Undefined) image.Set(width, height, image.Type);
-        } else if (node.Type == intType && (IsLabeled(argument, L"Width") || IsLabeled(argument, L"Height"))) {
+        } else if (node.Type == CodeOf(L"int") && (IsLabeled(argument, L"Width") || IsLabeled(argument, L"Height"))) {
             static_cast<Var<int>*>(argument.Variable)->Value = IsLabeled(argument, L"Width") ? width : height;
             if (controller) controller->UpdateControl(false, false);
         } else if (auto* anchor = dynamic_cast<IAnchor*>(controller)) {

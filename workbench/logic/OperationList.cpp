@@ -1,8 +1,8 @@
 // The lines of the list: made, collapsed to what is pinned, brought back, and what clicks do to them.
 #include "workbench/logic/OperationList.h"
 
+#include "engine/TypeNames.h"
 #include "workbench/logic/MultiController.h"
-#include "workbench/logic/TypeCodes.h"
 
 #include <algorithm>
 #include <array>
@@ -125,7 +125,7 @@ void OperationList::SelectOperation(int, int Id, bool KeepItems)
 bool OperationList::IsValueRow(const Operation& operation, int argument) const
 {
     const ArgumentNode& node = *Engine::VarNode(operation.Args[static_cast<std::size_t>(argument)].Node);
-    return (node.Flags & Value) && node.Type != siteType && node.Type != xyType;
+    return (node.Flags & Value) && node.Type != CodeOf(L"Site") && node.Type != CodeOf(L"XY");
 }
 
 ListLine OperationList::VariableLine(Operation& operation, int argument) const
@@ -146,7 +146,7 @@ void OperationList::AddProperties(ListLine& line, bool pinnedOnly) const
     const IPropertySheet* sheet = SheetOf(controller);
     if (!sheet) return;
     const auto& pages = sheet->PageNodes();
-    const bool firstOnly = controller->ControllerType() == morphoType;
+    const bool firstOnly = controller->ControllerType() == CodeOf(L"Morpho");
     for (std::size_t page = 0; page < (firstOnly ? std::min<std::size_t>(1, pages.size()) : pages.size()); page++)
         for (int node = Engine::Tree[pages[page]]->FirstChild; node >= 0; node = Engine::Tree[node]->NextSibling) {
             if (Engine::Tree[node]->Kind() != ArgumentKind) continue;

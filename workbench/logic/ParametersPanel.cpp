@@ -14,9 +14,7 @@ namespace {
 
 bool MovesPicture(const IController& controller)
 {
-    const bool isInteger =
-        std::find(IntegerTypes.begin(), IntegerTypes.end(), controller.ControllerType()) != IntegerTypes.end();
-    return isInteger && controller.CurrentOperation() &&
+    return KindOf(controller.ControllerType()) == typeKind::Integer && controller.CurrentOperation() &&
            IntegerKind(controller.CurrentOperation()->Node, controller.ControllerNode()) != integerKind::Plain;
 }
 

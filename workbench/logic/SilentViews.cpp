@@ -12,10 +12,6 @@ namespace TeskPlus {
 
 namespace {
 
-constexpr std::initializer_list<int> objectTypes = {8,  10, 12, 13, 17, 22, 23, 24, 25, 26, 27, 35, 43, 44,
-                                                    45, 50, 52, 54, 62, 63, 64, 67, 74, 75, 79, 80, 85};
-constexpr std::initializer_list<int> plainTypes = {69, 87, 91, 94, 96, 104};
-
 std::unique_ptr<IController> MakeValue(const ControllerRequest& request)
 {
     return std::make_unique<ControllerBase>(request, false);
@@ -62,11 +58,15 @@ std::optional<std::string> SilentViews::ChooseFile(const FileDialogInfo&)
 
 void RegisterSilentControllers(ControllerFactory& Factory, IOperationViews& Views)
 {
-    Factory.Register(EnumerationTypes, MakeValue);
-    Factory.Register(IntegerTypes, MakeValue);
-    Factory.Register(plainTypes, MakeValue);
-    Factory.Register(objectTypes, MakeObject);
-    Factory.Register({92, 105}, [&Views](const ControllerRequest& request) { return MakePath(request, Views); });
+    for (const typeKind kind : {typeKind::Enumeration, typeKind::Integer, typeKind::Value})
+        Factory.Register(TypesOfKind(kind), MakeValue);
+    // No view edits a color with its opacity.
+    Factory.Register(CodeOf(L"RgbaPixel"), nullptr);
+    Factory.Register(TypesOfKind(typeKind::Object), MakeObject);
+    // Points lie on pictures, as objects do.
+    Factory.Register({CodeOf(L"Site"), CodeOf(L"XY")}, MakeObject);
+    Factory.Register({CodeOf(L"char*"), CodeOf(L"wchar_t*")},
+                     [&Views](const ControllerRequest& request) { return MakePath(request, Views); });
 }
 
 } // namespace TeskPlus

@@ -12,10 +12,9 @@
 
 namespace TeskPlus {
 
-/// What the table of a type shows. A class that has results adds its row.
+/// What the table of a class's results shows.
 struct FeaturesRow
 {
-    int Type;         ///< of the controller
     int MinimumWidth; ///< before it has been shown once, with no rows
     std::vector<QString> (*Columns)(AnyVariable& Object);
     int (*Count)(AnyVariable& Object);

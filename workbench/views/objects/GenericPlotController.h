@@ -6,25 +6,58 @@
 #include "workbench/views/ViewContext.h"
 #include "workbench/views/picture/GraphSurface.h"
 
+#include <QCheckBox>
 #include <QPointer>
+
+#include <optional>
+#include <span>
 
 namespace TeskPlus {
 
-/// What is plotted for a type. A class that has a plot adds its row.
+/// What the pointer takes hold of on a plot, such as lines that stand for thresholds. Each plot has one of its own,
+/// which keeps what it needs between the events. Positions are those of the drawing.
+class PlotHandles
+{
+public:
+    virtual ~PlotHandles() = default;
+    virtual void Draw(AnyVariable& Object, int Width, int Height) = 0;
+    /// The cursor over what the button, being up, would take hold of; nothing where there is nothing.
+    virtual std::optional<Qt::CursorShape> Hit(AnyVariable& Object, int X, int Y) = 0;
+    /// A press on what was hit last.
+    virtual void Press(AnyVariable&) {}
+    /// Moves what was hit last; false if nothing of the object can be moved.
+    virtual bool Drag(AnyVariable&, int, int) { return false; }
+    /// A key, by its `Qt::Key`; whether it has changed the object.
+    virtual bool KeyPressed(AnyVariable&, int) { return false; }
+    /// A box without a setting has been checked or unchecked.
+    virtual void Switch(std::size_t, bool) {}
+};
+
+/// A check box beside a plot. With a setting it switches that to 0, and back to what it was; without one it starts
+/// checked, and tells the handles.
+struct PlotBox
+{
+    const wchar_t* Label;
+    int (*Get)(const AnyVariable& Object) = nullptr;
+    void (*Set)(AnyVariable& Object, int Value) = nullptr;
+};
+
+/// What is plotted for a class.
 struct PlotRow
 {
-    int Type; ///< of the controller
     int Width, Height;
     PredefinedColors Color;
-    /// Draws the object into a box of target pixels at 0, 0.
+    /// Draws the object into a box of target pixels at 0, 0; null where the handles draw it.
     void (*Plot)(AnyVariable& Object, int Width, int Height);
     /// The entry of the context menu, and the text that it copies; null for no menu.
     const wchar_t* CopyLabel = nullptr;
     std::string (*CopyText)(const AnyVariable& Object) = nullptr;
+    /// Null for a plot that takes no pointer.
+    std::unique_ptr<PlotHandles> (*MakeHandles)() = nullptr;
+    std::span<const PlotBox> Boxes = {};
+    /// Whether the object has something to plot now, without which the window stays hidden; null for always.
+    bool (*IsShown)(const AnyVariable& Object) = nullptr;
 };
-
-/// The row of a type; null for a type without a plot.
-const PlotRow* FindPlot(int Type);
 
 /// A plot in a window of its own, named "ImageForm", or embedded in a sheet.
 class GenericPlotController : public ControllerBase
@@ -44,13 +77,26 @@ public:
     ControlHandle Control() const override;
 
     GraphWidget* Picture() const { return picture_; }
+    /// The boxes of an embedded plot; those of a window stand on its bar.
+    const std::vector<QPointer<QCheckBox>>& Boxes() const { return boxes_; }
 
 protected:
     const PlotRow& row_;
 
 private:
     void MenuAsked(QPoint at);
+    void TakePointer();
+    void PointerMoved(QPoint at, bool isPressed);
+    void Pressed(QPoint at);
+    void Released(QPoint at);
+    void AddBoxes();
+    void Switched(std::size_t box, bool isChecked);
+    bool HasPlot() const;
 
+    std::unique_ptr<PlotHandles> handles_;
+    bool isHeld_ = false; ///< the button went down on something
+    std::vector<QPointer<QCheckBox>> boxes_;
+    std::vector<int> remembered_; ///< the settings that boxes have switched off
     QPointer<ToolWindow> window_;
     QPointer<GraphWidget> picture_;
 };

@@ -2,7 +2,7 @@
 
 #include "image/Kernel.h"
 #include "workbench/logic/Refusal.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/picture/Overlay.h"
 
 #include <QDoubleSpinBox>
 #include <QGridLayout>

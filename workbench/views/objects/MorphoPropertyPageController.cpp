@@ -3,7 +3,7 @@
 #include "foundation/Status.h"
 #include "image/Morpho.h"
 #include "workbench/views/picture/GraphSurface.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/picture/Overlay.h"
 
 #include <cwchar>
 

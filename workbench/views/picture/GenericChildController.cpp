@@ -4,10 +4,6 @@
 
 namespace TeskPlus {
 
-GenericChildController::GenericChildController(const ControllerRequest& Request)
-    : ControllerBase(Request, true), row_(FindOverlay(*this))
-{}
-
 GenericChildController::GenericChildController(const ControllerRequest& Request, const OverlayRow* row)
     : ControllerBase(Request, true), row_(row)
 {}
@@ -44,12 +40,20 @@ void GenericChildController::UpdateControl(bool, bool)
 void GenericChildController::UpdateChildControl()
 {
     if (!motherController_) return;
-    if (row_ && row_->Draw && currentVariable_) {
-        if (row_->Color != Current) Graph::LineColor = Graph::PointColor = row_->Color;
-        row_->Draw(*currentVariable_, *this);
+    if (row_ && currentVariable_) {
+        DrawMark({row_->Color, row_->Draw});
+        for (const OverlayMark& mark : row_->Marks)
+            DrawMark(mark);
     }
     for (IController* child : children_)
         child->UpdateChildControl();
+}
+
+void GenericChildController::DrawMark(const OverlayMark& mark)
+{
+    if (!mark.Draw || (mark.IsShown && !mark.IsShown(*currentVariable_, *this))) return;
+    if (mark.Color != Current) Graph::LineColor = Graph::PointColor = mark.Color;
+    mark.Draw(*currentVariable_, *this);
 }
 
 void GenericChildController::SetMotherController(IController* Mother)

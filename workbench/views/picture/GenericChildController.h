@@ -2,17 +2,16 @@
 #pragma once
 
 #include "workbench/logic/ControllerBase.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/picture/Overlay.h"
 
 namespace TeskPlus {
 
-class GenericChildController : public ControllerBase
+class GenericChildController : public ControllerBase, public IOverlay
 {
 public:
-    explicit GenericChildController(const ControllerRequest& Request);
-    /// With another row than the table's.
     GenericChildController(const ControllerRequest& Request, const OverlayRow* row);
 
+    const OverlayRow* Overlay() const override { return row_; }
     /// Puts the object to its starting place where the picture asks for it.
     void UpdateProperty() override;
     /// Has the mother repaint.
@@ -27,6 +26,7 @@ public:
 
 private:
     void Repaint();
+    void DrawMark(const OverlayMark& mark);
     void FollowPicture(bool isNew);
 
     const OverlayRow* row_;

@@ -310,15 +310,16 @@ void ImageController::LeftPressed(QPoint At)
         return;
     }
     IController& child = *selectedChildController_;
-    const OverlayRow& row = *FindOverlay(child);
-    if (row.Press) {
+    const OverlayRow* row = FindOverlay(child);
+    if (!row) return;
+    if (row->Press) {
         const GraphSettings settings(zoom_);
-        if (!row.Press(child, At.x(), At.y())) return;
+        if (!row->Press(child, At.x(), At.y())) return;
         childrenOperation_ = child.CurrentOperation();
         Run(childrenOperation_, child.CurrentVariable(), true);
-    } else if (row.IsHeld && row.IsHeld()) {
+    } else if (row->IsHeld && row->IsHeld()) {
         form_.SetCursor(Qt::CrossCursor);
-        const IController* dragged = row.Dragged ? row.Dragged(child) : &child;
+        const IController* dragged = row->Dragged ? row->Dragged(child) : &child;
         childrenOperation_ = dragged ? dragged->CurrentOperation() : nullptr;
     }
 }
@@ -327,11 +328,11 @@ void ImageController::Drag(QPoint at)
 {
     if (selectedChildController_) {
         IController& child = *selectedChildController_;
-        const OverlayRow& row = *FindOverlay(child);
-        if (!childrenOperation_ || !row.Drag) return;
+        const OverlayRow* row = FindOverlay(child);
+        if (!childrenOperation_ || !row || !row->Drag) return;
         {
             const GraphSettings settings(zoom_);
-            row.Drag(child, *Picture(), at.x(), at.y());
+            row->Drag(child, *Picture(), at.x(), at.y());
         }
         Run(childrenOperation_, child.CurrentVariable(), false);
     } else if (isWindowHeld_) {
@@ -347,9 +348,10 @@ void ImageController::LeftReleased(QPoint At)
 {
     isButtonLeftDown = isWindowHeld_ = false;
     if (IsVoid()) return;
+    const OverlayRow* row = selectedChildController_ ? FindOverlay(*selectedChildController_) : nullptr;
     if (!selectedChildController_)
         HoverWindow(At);
-    else if (FindOverlay(*selectedChildController_)->HitsOnRelease && !HoverChild(*selectedChildController_, At))
+    else if (row && row->HitsOnRelease && !HoverChild(*selectedChildController_, At))
         form_.SetCursor(Qt::ArrowCursor);
 }
 

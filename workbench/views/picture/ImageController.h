@@ -4,7 +4,7 @@
 
 #include "workbench/logic/ControllerBase.h"
 #include "workbench/views/picture/CustomImageForm.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/picture/Overlay.h"
 
 namespace TeskPlus {
 

@@ -1,7 +1,7 @@
 #include "workbench/views/values/PointControllers.h"
 
 #include "workbench/views/Text.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/picture/Overlay.h"
 
 #include <cwchar>
 
@@ -27,7 +27,48 @@ int Quarters(int extent, int quarters)
     return quarters == 3 ? extent / 4 + extent / 2 : quarters == 1 ? extent / 2 - extent / 4 : extent / 2;
 }
 
+OverlayHit HitSite(IController& Child, int X, int Y)
+{
+    const Site* site = ObjectOf<Site>(&Child);
+    if (!site || site->HitHandle(X, Y) == NoHandle) return {};
+    return {true, Qt::SizeAllCursor};
+}
+
+void DragSite(IController& Child, const Image& Picture, int X, int Y)
+{
+    Site* site = ObjectOf<Site>(&Child);
+    if (!site) return;
+    site->Drag(X, Y);
+    *site = Site(Clamp<int>(site->X, 0, Max(0, Picture.StoreWidth - 1)),
+                 Clamp<int>(site->Y, 0, Max(0, Picture.StoreHeight - 1)));
+}
+
+OverlayHit HitXY(IController& Child, int X, int Y)
+{
+    const XY* point = ObjectOf<XY>(&Child);
+    if (!point || OnStore(*point, PictureOf(Child.MotherController())).HitHandle(X, Y) == NoHandle) return {};
+    return {true, Qt::SizeAllCursor};
+}
+
+void DragXY(IController& Child, const Image& Picture, int X, int Y)
+{
+    XY* point = ObjectOf<XY>(&Child);
+    if (!point) return;
+    XY place = OnStore(*point, &Picture);
+    place.Drag(X, Y);
+    *point = XY(place.X - Picture.X, place.Y - Picture.Y);
+}
+
+constexpr OverlayRow siteOverlay{.Hit = HitSite, .Drag = DragSite, .IsHeld = IsHandleSet<Site>};
+
 } // namespace
+
+const OverlayRow xyOverlay{.Hit = HitXY, .Drag = DragXY, .IsHeld = IsHandleSet<XY>};
+
+const OverlayRow* SiteController::Overlay() const
+{
+    return &siteOverlay;
+}
 
 XYController::XYController(const ControllerRequest& Request) : OverlayValueController(Request)
 {

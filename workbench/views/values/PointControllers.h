@@ -5,12 +5,16 @@
 
 namespace TeskPlus {
 
+/// How a point with fractions takes the pointer: any handle moves the whole of it.
+extern const OverlayRow xyOverlay;
+
 /// A point with fractions, of type `XY`.
 class XYController final : public OverlayValueController, public IAnchor
 {
 public:
     explicit XYController(const ControllerRequest& Request);
 
+    const OverlayRow* Overlay() const override { return &xyOverlay; }
     void UpdateProperty() override;
     void UpdateControl(bool Mode, bool Dragging) override;
     void UpdateChildControl() override;
@@ -32,6 +36,7 @@ class SiteController final : public OverlayValueController
 public:
     explicit SiteController(const ControllerRequest& Request);
 
+    const OverlayRow* Overlay() const override;
     void UpdateProperty() override;
     void UpdateControl(bool Mode, bool Dragging) override;
     void UpdateChildControl() override;

@@ -2,7 +2,7 @@
 
 #include "measure/Profile.h"
 #include "workbench/views/Text.h"
-#include "workbench/views/picture/OverlayTable.h"
+#include "workbench/views/values/PointControllers.h"
 
 #include <cwchar>
 #include <optional>
@@ -27,6 +27,35 @@ DraggingHandles DirectionOf(const ControllerRequest& request)
     const std::wstring_view label = Engine::Tree[request.Method]->Label;
     return EndsIn(label, {L"Row", L"Rows"}) ? NHandle : EndsIn(label, {L"Column", L"Columns"}) ? WHandle : AllHandle;
 }
+
+OverlayHit HitProfile(IController& Child, int X, int Y)
+{
+    const Profile* profile = ManipulatedProfile(Child);
+    if (!profile) return {};
+    switch (profile->HitHandle(X, Y)) {
+    case NHandle:
+    case SHandle:
+        return {true, Qt::SizeVerCursor};
+    case WHandle:
+    case EHandle:
+        return {true, Qt::SizeHorCursor};
+    case AllHandle:
+        return {true, Qt::SizeAllCursor};
+    default:
+        return {};
+    }
+}
+
+void DragProfile(IController& Child, const Image&, int X, int Y)
+{
+    if (Profile* profile = ManipulatedProfile(Child)) profile->Drag(X, Y);
+}
+
+/// A number that moves a profile is dragged by the profile's band.
+constexpr OverlayRow bandOverlay{.Hit = HitProfile,
+                                 .Drag = DragProfile,
+                                 .IsHeld = IsHandleSet<Profile>,
+                                 .Dragged = [](IController& Child) { return Child.Manipulator(); }};
 
 /// What the values that move a profile share.
 class ProfileValueController : public OverlayValueController
@@ -106,6 +135,8 @@ public:
         widget->SetState(IsInOnly(), argumentAttr_);
         widget->SetValue(request.FromDefault && IsInOnly() ? node.Default : ReadInteger());
     }
+
+    const OverlayRow* Overlay() const override { return ManipulatedProfile(*this) ? &bandOverlay : nullptr; }
 
     void UpdateProperty() override
     {
@@ -222,6 +253,8 @@ public:
         SetWidget(widget);
         widget->SetValue(Read<XY>({0, 0}));
     }
+
+    const OverlayRow* Overlay() const override { return &xyOverlay; }
 
     void UpdateProperty() override
     {

@@ -1,7 +1,7 @@
 #include "workbench/views/values/ValueController.h"
 
+#include "engine/TypeNames.h"
 #include "workbench/logic/Refusal.h"
-#include "workbench/logic/TypeCodes.h"
 
 namespace TeskPlus {
 
@@ -78,7 +78,7 @@ int ValueController::RetrievePropertyValueFromNode(int node) const
 
 const Image* OverlayValueController::MotherImage() const
 {
-    if (!motherController_ || motherController_->ControllerType() != imageType) return nullptr;
+    if (!motherController_ || motherController_->ControllerType() != CodeOf(L"Image")) return nullptr;
     const auto* variable = dynamic_cast<const Var<Image>*>(motherController_->CurrentVariable());
     return variable ? &variable->Value : nullptr;
 }

@@ -5,6 +5,7 @@
 #include "engine/Types.h"
 #include "image/Image.h"
 #include "workbench/logic/ControllerBase.h"
+#include "workbench/views/picture/Overlay.h"
 #include "workbench/views/values/ValueWidgets.h"
 
 #include <QPointer>
@@ -76,11 +77,12 @@ private:
 };
 
 /// A value that is also a mark on a picture: it joins the overlays of its mother.
-class OverlayValueController : public ValueController
+class OverlayValueController : public ValueController, public IOverlay
 {
 public:
     using ValueController::ValueController;
 
+    const OverlayRow* Overlay() const override { return nullptr; }
     void AddChild(IController& Child) override { ControllerBase::AddChild(Child); }
     void ShowCtrl(bool BringToFront) override;
     bool HideCtrl(bool Keep) override;

@@ -177,9 +177,9 @@ public:
     {
         if (!IsIn()) return;
         const QString text = Widget().Value();
-        if (argumentType_ == characterType)
+        if (argumentType_ == CodeOf(L"char"))
             Write<char>(text.isEmpty() ? '\0' : text.toLocal8Bit().front());
-        else if (argumentType_ == wideCharacterType)
+        else if (argumentType_ == CodeOf(L"wchar_t"))
             Write<wchar_t>(text.isEmpty() ? L'\0' : text.toStdWString().front());
         else if (auto* variable = dynamic_cast<Var<const char*>*>(Target())) {
             SetText(*variable, text.toStdString());
@@ -191,7 +191,7 @@ public:
 
 private:
     StringInputWidget& Widget() const { return *static_cast<StringInputWidget*>(widget_.data()); }
-    bool IsCharacter() const { return argumentType_ == characterType || argumentType_ == wideCharacterType; }
+    bool IsCharacter() const { return argumentType_ == CodeOf(L"char") || argumentType_ == CodeOf(L"wchar_t"); }
 
     QString ReadText()
     {
@@ -270,20 +270,20 @@ std::unique_ptr<IController> MakeInteger(const ControllerRequest& request)
 
 void RegisterValueControllers(ControllerFactory& factory, ViewContext& context)
 {
-    factory.Register(EnumerationTypes, Maker<EnumController>());
-    factory.Register(IntegerTypes, MakeInteger);
-    factory.Register(doubleType, Maker<FloatController<double, DbleArgumentNode>>());
-    factory.Register(floatType, Maker<FloatController<float, FloatArgumentNode>>());
-    factory.Register(boolType, Maker<BoolController>());
-    factory.Register({characterType, textType, wideCharacterType, wideTextType},
+    factory.Register(TypesOfKind(typeKind::Enumeration), Maker<EnumController>());
+    factory.Register(TypesOfKind(typeKind::Integer), MakeInteger);
+    factory.Register(CodeOf(L"double"), Maker<FloatController<double, DbleArgumentNode>>());
+    factory.Register(CodeOf(L"float"), Maker<FloatController<float, FloatArgumentNode>>());
+    factory.Register(CodeOf(L"bool"), Maker<BoolController>());
+    factory.Register({CodeOf(L"char"), CodeOf(L"char*"), CodeOf(L"wchar_t"), CodeOf(L"wchar_t*")},
                      [&context](const ControllerRequest& request) -> std::unique_ptr<IController> {
                          auto made = std::make_unique<StringController>(request, context);
                          if (made->IsCancelled()) return nullptr;
                          return made;
                      });
-    factory.Register(rgbType, Maker<RgbController>());
-    factory.Register(siteType, Maker<SiteController>());
-    factory.Register(xyType, [](const ControllerRequest& request) -> std::unique_ptr<IController> {
+    factory.Register(CodeOf(L"RgbPixel"), Maker<RgbController>());
+    factory.Register(CodeOf(L"Site"), Maker<SiteController>());
+    factory.Register(CodeOf(L"XY"), [](const ControllerRequest& request) -> std::unique_ptr<IController> {
         if (IsLineMethod(request.Method)) return MakeProfileEnd(request);
         return std::make_unique<XYController>(request);
     });

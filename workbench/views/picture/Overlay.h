@@ -1,5 +1,4 @@
-// How the overlays on a picture take the pointer and what they draw: one row for each type of object. A class of the
-// library that lands adds its row to the table; no view asks for a type.
+// How an object takes the pointer on the picture on which it lies, and what it draws there.
 #pragma once
 
 #include "foundation/Graph.h"
@@ -8,6 +7,7 @@
 
 #include <optional>
 #include <qnamespace.h>
+#include <span>
 
 namespace TeskPlus {
 
@@ -18,14 +18,19 @@ struct OverlayHit
     std::optional<Qt::CursorShape> Cursor = Qt::ArrowCursor; ///< nothing: the cursor stays as it is
 };
 
+/// A part of an overlay that is drawn in a color of its own.
+struct OverlayMark
+{
+    PredefinedColors Color = Current;
+    void (*Draw)(AnyVariable& Object, const IController& Child) = nullptr;
+    /// Whether there is such a part now; null for always.
+    bool (*IsShown)(AnyVariable& Object, const IController& Child) = nullptr;
+};
+
 /// The pointer's positions are pixels of the screen; the library turns them into those of the image by `Graph::Zoom`,
-/// which is set around each call. A function that a row has not is null.
+/// which is set around each call. A function that an overlay has not is null.
 struct OverlayRow
 {
-    int Type; ///< of the controller
-    /// For which of the type's controllers the row stands; null for all.
-    bool (*AppliesTo)(const IController& Child) = nullptr;
-
     /// What the button, being up, would take hold of. Without it the overlay takes no pointer.
     OverlayHit (*Hit)(IController& Child, int X, int Y) = nullptr;
     /// Moves what `Hit` found last; the picture bounds it where the object asks for that.
@@ -42,22 +47,55 @@ struct OverlayRow
     /// How a controller without a widget draws its object.
     PredefinedColors Color = Current;
     void (*Draw)(AnyVariable& Object, const IController& Child) = nullptr;
+    /// What is drawn on it, in this order.
+    std::span<const OverlayMark> Marks = {};
     /// Puts the object to a starting place in the middle of a picture that is new to it, or, with `FollowsWindow`,
     /// whose window has changed.
     void (*Start)(AnyVariable& Object, const Image& Picture) = nullptr;
     bool FollowsWindow = false;
 };
 
-/// The row of a controller; null where its object is no overlay.
-const OverlayRow* FindOverlay(const IController& Child);
+/// A controller that draws on a picture. One that takes the pointer, too, says how.
+class IOverlay
+{
+public:
+    virtual ~IOverlay() = default;
+    /// Null while there is nothing of it to take hold of.
+    virtual const OverlayRow* Overlay() const = 0;
+};
+
+/// What a controller is on a picture; null if nothing.
+inline const OverlayRow* FindOverlay(const IController& Child)
+{
+    const auto* overlay = dynamic_cast<const IOverlay*>(&Child);
+    return overlay ? overlay->Overlay() : nullptr;
+}
+
+/// The library's object behind a controller; null if it shows another type.
+template <typename T>
+T* ObjectOf(const IController* Controller)
+{
+    auto* variable = Controller ? dynamic_cast<Var<T>*>(Controller->CurrentVariable()) : nullptr;
+    return variable ? &variable->Value : nullptr;
+}
 
 /// The picture that a controller shows; null for a controller that shows none.
-const Image* PictureOf(const IController* Controller);
+inline const Image* PictureOf(const IController* Controller)
+{
+    return ObjectOf<Image>(Controller);
+}
 
 /// A point of the window of a picture, where it stands in the whole picture that is shown.
 inline XY OnStore(const XY& point, const Image* picture)
 {
     return picture ? XY(point.X + picture->X, point.Y + picture->Y) : point;
+}
+
+/// For classes whose handle is shared by their objects: whether the last hit took hold of one.
+template <typename T>
+bool IsHandleSet()
+{
+    return T::Handle != NoHandle;
 }
 
 /// Draws lines and points in a color, and leaves the settings as they were.
@@ -70,14 +108,6 @@ void DrawIn(PredefinedColors color, Draw draw)
     draw();
     Graph::LineColor = line;
     Graph::PointColor = point;
-}
-
-/// The library's object behind a controller; null if it shows another type.
-template <typename T>
-T* ObjectOf(const IController* Controller)
-{
-    auto* variable = Controller ? dynamic_cast<Var<T>*>(Controller->CurrentVariable()) : nullptr;
-    return variable ? &variable->Value : nullptr;
 }
 
 } // namespace TeskPlus

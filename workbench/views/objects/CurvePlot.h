@@ -1,0 +1,32 @@
+// The plots of histograms and profiles: each may be bound where the other is asked for.
+#pragma once
+
+#include "image/Histogram.h"
+#include "workbench/logic/IController.h"
+
+#include <string>
+
+namespace TeskPlus {
+
+/// Calls `f` with the histogram or the profile.
+template <typename F>
+auto WithCurve(const AnyVariable& Object, F f)
+{
+    if (const auto* histogram = dynamic_cast<const Var<Histogram>*>(&Object)) return f(histogram->Value);
+    return f(dynamic_cast<const Var<Profile>&>(Object).Value);
+}
+
+inline void PlotCurve(AnyVariable& Object, int Width, int Height)
+{
+    WithCurve(Object, [&](const auto& curve) { curve.Plot(0, 0, Width, Height, false, 0, 0, 0, true); });
+}
+
+inline std::string CurveText(const AnyVariable& Object)
+{
+    return WithCurve(Object, [](const auto& curve) {
+        const char* text = curve.ToAsciiString(-1);
+        return std::string(text ? text : "");
+    });
+}
+
+} // namespace TeskPlus
