@@ -4,6 +4,7 @@
 #include "image/Image.h"
 #include "image/Source.h"
 #include "measure/Path.h"
+#include "measure/Region.h"
 
 #include <filesystem>
 #include <fstream>
@@ -40,7 +41,7 @@ int main(int argc, char** argv)
     if (argc != 2) return 1;
     const fs::path root = argv[1];
     Status::ErrorBehavior(IgnoreIt);
-    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "path"})
+    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "path", "region"})
         fs::create_directories(root / format);
     for (const PixelTypes type : {Gray, Gray16, Rgb, Rgba, Gray1}) {
         Image image;
@@ -72,6 +73,15 @@ int main(int argc, char** argv)
         Archive paths = Archive::IntoMemory(block);
         path.Transfer(paths);
         Put(root / "path" / std::to_string(i), block);
+    }
+    Region region;
+    for (int i = 0; i < 6; i++) {
+        region.EllipseAppend(XY(9 * i, 7 * i % 20), XY(3 + i, 8 - i), 20 * i);
+        region.Sorted = i == 0;
+        std::vector<std::uint8_t> block;
+        Archive regions = Archive::IntoMemory(block);
+        region.Transfer(regions);
+        Put(root / "region" / std::to_string(i), block);
     }
     return 0;
 }
