@@ -25,7 +25,8 @@ bool IsOrdered(const Region& region)
 {
     const auto runs = region.Runs();
     for (std::size_t i = 1; i < runs.size(); i++)
-        if (runs[i].Y < runs[i - 1].Y || (runs[i].Y == runs[i - 1].Y && runs[i].Start < runs[i - 1].Start)) return false;
+        if (runs[i].Y < runs[i - 1].Y || (runs[i].Y == runs[i - 1].Y && runs[i].Start < runs[i - 1].Start))
+            return false;
     return true;
 }
 

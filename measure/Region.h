@@ -15,6 +15,7 @@ class Entry;
 class Image;
 class Morpho;
 class Path;
+class Quad;
 
 /// The runs of a region are shared by its shallow copies until one of them is written. Their coordinates are signed
 /// 16-bit numbers.
@@ -76,6 +77,8 @@ public:
     void RegionAppend(const Region& Src);
     /// The inside of a path, which is taken as closed; without its lowest row and the right end of each row.
     void PathAppend(const Path& Src, int Label = 0);
+    /// The inside of a turned rectangle or of a sector of a ring, without its lowest row.
+    void QuadAppend(const Quad& Src, int Label = 0);
     /// The inside of an ellipse: half axes in pixels, the first turned by `Angle` degrees from x to y. `Label` is
     /// reserved. Refused: numbers far beyond the coordinates of runs, or not finite (`OutOfRange`).
     void EllipseAppend(XY Center, XY Axis, double Angle, int Label = 0);

@@ -3,7 +3,9 @@
 #include "foundation/Entry.h"
 #include "image/Image.h"
 #include "measure/Path.h"
+#include "measure/Quad.h"
 #include "measure/Region.h"
+#include "measure/region/CurvedPolygon.h"
 #include "measure/region/PolygonRuns.h"
 #include "measure/region/RegionFrame.h"
 
@@ -74,6 +76,12 @@ void Region::PathAppend(const Path& Src, int Label)
     Append(entry, false, [&](RunList& runs) {
         AppendPolygon({Src.Sites(), static_cast<std::size_t>(int(Src.Length))}, Label, runs);
     });
+}
+
+void Region::QuadAppend(const Quad& Src, int Label)
+{
+    const Entry entry("Tesk::Region::QuadAppend");
+    Append(entry, false, [&](RunList& runs) { AppendCurved(OutlineOf(Src), Label, runs); });
 }
 
 void Region::EllipseAppend(XY Center, XY Axis, double Angle, int)

@@ -161,8 +161,9 @@ TEST_F(RegionShape, ConvexifyingFillsTheHullRowByRow)
                 const auto [x0, y0] = corners[i];
                 const auto [x1, y1] = corners[(i + 1) % corners.size()];
                 if (y < std::min(y0, y1) || y > std::max(y0, y1)) continue;
-                for (const double x : {y0 == y1 ? double(x0) : x0 + double(y - y0) * (x1 - x0) / (y1 - y0), double(x1)})
-                    if (y0 == y1 || x != x1 || y == y1) left = std::min(left, x), right = std::max(right, x);
+                const double x = y0 == y1 ? x0 : x0 + double(y - y0) * (x1 - x0) / (y1 - y0);
+                left = std::min({left, x, y0 == y1 ? double(x1) : x});
+                right = std::max({right, x, y0 == y1 ? double(x1) : x});
             }
             EXPECT_LT(std::abs(start - left), 1) << y;
             EXPECT_LT(std::abs(end - 1 - right), 1) << y;

@@ -4,6 +4,7 @@
 #include "foundation/RecordingTarget.h"
 #include "image/Image.h"
 #include "measure/Path.h"
+#include "measure/Quad.h"
 #include "tests/measure/region/Regions.h"
 
 #include <cmath>
@@ -203,6 +204,73 @@ TEST_F(RegionAppend, EllipsesOfNoSizeOrTooFarAwayAddNothing)
     region.EllipseAppend(XY(32766, 32766), XY(9, 9), 0);
     for (const auto& [start, end, y] : RunsOf(region))
         EXPECT_TRUE(start < end && y > 32700);
+}
+
+/// A pixel of a quad, as seen in the frame of the quad, with a margin for the rounding of the ends of runs.
+bool IsInSector(const Quad& quad, double x, double y, double from, double sweep, double margin)
+{
+    const double radius = std::hypot(x - quad.X, y - quad.Y), inner = quad.Width - quad.Height;
+    if (radius > quad.Width + margin || (inner >= 1 && radius < inner - margin)) return false;
+    if (std::abs(sweep) >= 360) return true;
+    double turned = std::fmod((std::atan2(y - quad.Y, x - quad.X) * 180 / std::acos(-1) - from) + 720, 360);
+    const double slack = margin / radius * 180 / std::acos(-1);
+    if (turned > 360 - slack) turned -= 360;
+    return turned >= -slack && turned <= sweep + slack;
+}
+
+TEST_F(RegionAppend, QuadIsTheInsideOfATurnedRectangle)
+{
+    Quad quad;
+    Region region;
+    quad.Set(3, 4, 5, 2);
+    region.QuadAppend(quad, 8);
+    EXPECT_EQ(RunsOf(region), (RunTuples{{3, 9, 4}, {3, 9, 5}}));
+    EXPECT_EQ(region.Runs()[0].Label, 8);
+    EXPECT_FALSE(region.Sorted);
+    region.Clear();
+    quad.SetCenter(50.5, 40.25, 40, 20, 30, 0);
+    region.QuadAppend(quad);
+    int area = 0;
+    const XY center = region.Center(area);
+    EXPECT_NEAR(area, 800 + 25, 25); // half a pixel more at either end of a row
+    EXPECT_NEAR(center.X, 50, 0.3);  // both ends are rounded down
+    EXPECT_NEAR(center.Y, 40.25, 0.6);
+    // A diamond: rows widen and narrow by a pixel at each side.
+    region.Clear();
+    quad.SetCenter(10, 10, 8 * std::sqrt(0.5), 8 * std::sqrt(0.5), 45, 0);
+    region.QuadAppend(quad);
+    for (const auto& [start, end, y] : RunsOf(region))
+        EXPECT_NEAR(end - start, 9 - 2 * std::abs(y - 10), 1);
+}
+
+TEST_F(RegionAppend, QuadIsTheInsideOfASectorOfARing)
+{
+    const struct
+    {
+        double inner, outer, from, to;
+    } cases[] = {{20, 40, 0, 90},  {20, 40, 100, 350}, {0, 30, 30, 60}, {10, 30, 350, 370},
+                 {25, 31, 0, 359}, {5, 20, 200, 520},  {0, 40, 0, 180}, {12, 36, 45, 315}};
+    for (const auto& c : cases) {
+        Quad quad;
+        quad.SetArc(3.3, -4.6, c.inner, c.outer, c.from, c.to);
+        ASSERT_EQ(Status::Error().Code, NoError);
+        Region region;
+        region.QuadAppend(quad);
+        const Pixels pixels = PixelsOf(region);
+        const double from = quad.StartAngle() * 180 / std::acos(-1);
+        for (int y = -60; y < 60; y++)
+            for (int x = -60; x < 60; x++) {
+                if (pixels.contains({y, x}))
+                    ASSERT_TRUE(IsInSector(quad, x, y, from, c.to - c.from, 1.5)) << x << " " << y << " " << c.from;
+                else
+                    ASSERT_FALSE(IsInSector(quad, x, y, from, c.to - c.from, -1.5)) << x << " " << y << " " << c.from;
+            }
+    }
+    Quad disc;
+    disc.SetCircle(0, 0, 20, 0);
+    Region region;
+    region.QuadAppend(disc);
+    EXPECT_NEAR(region.Area(), 400 * std::acos(-1) + 20, 30);
 }
 
 class RegionFile : public RegionMethods
