@@ -51,6 +51,8 @@ public:
     void Text(TargetPoint Point, const std::wstring& Text) override;
     TargetPoint TextExtent(const std::wstring& Text) override;
     void Blit(const TargetBitmap& Bitmap, int Left, int Top, int Width, int Height) override;
+    void BlitRows(const TargetBitmap& Bitmap, const BitmapRows& Rows, int Left, int Top, int Width,
+                  int Height) override;
     TargetPoint ClientSize() override;
     void Flush() override;
 
@@ -67,6 +69,7 @@ private:
     void Trace(Position from, Position to);
     void Fill(const std::vector<Position>& points);
     void Figure(const std::vector<Position>& points);
+    void Show(const TargetBitmap& bitmap, const BitmapRows* rows, int boxLeft, int boxTop, int boxWidth, int boxHeight);
 
     std::unique_ptr<State> state_;
 };

@@ -5,6 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
 
 namespace Tesk {
 
@@ -49,11 +52,11 @@ const std::uint8_t* RowOf(const ImageView& view, int y)
     return view.Pixels + static_cast<std::ptrdiff_t>(view.Pitch) * (view.Source.Y + y);
 }
 
-/// A row of the source rectangle in its displayable form: 1, 8 or 32 bits a pixel.
-void ConvertRow(const ImageView& view, int y, std::uint8_t* dst)
+/// Pixels of a row of the source rectangle in their displayable form: 1, 8 or 32 bits each.
+void ConvertRow(const ImageView& view, int y, int from, int to, std::uint8_t* dst)
 {
     const std::uint8_t* row = RowOf(view, y);
-    const int x0 = view.Source.X, width = view.Source.Width, shift = Clamp(view.Depth, 8, 31) - 8;
+    const int x0 = view.Source.X + from, width = to - from, shift = Clamp(view.Depth, 8, 31) - 8;
     switch (view.Type) {
     case Gray16:
         for (int x = 0; x < width; x++)
@@ -73,16 +76,29 @@ void ConvertRow(const ImageView& view, int y, std::uint8_t* dst)
         for (int x = 0; x < width; x++)
             if (row[(x0 + x) >> 3] & 0x80 >> ((x0 + x) & 7)) dst[x >> 3] |= static_cast<std::uint8_t>(0x80 >> (x & 7));
         break;
-    case Rgba: // premultiplied
-        std::copy_n(row + 4 * x0, 4 * width, dst);
-        for (int x = 0; x < width; x++, dst += 4)
+    case Rgba: // premultiplied; the products of three factors stay below 2^31
+        row += std::ptrdiff_t{4} * x0;
+        for (int x = 0; x < width; x++, row += 4, dst += 4) {
+            const std::uint32_t factor = row[3] * 33025u;
             for (int c = 0; c < 3; c++)
-                dst[c] = Byte((std::int64_t{dst[c]} * dst[3] * 33025) >> 23);
+                dst[c] = static_cast<std::uint8_t>(row[c] * factor >> 23);
+            dst[3] = row[3];
+        }
         break;
     default:
         break;
     }
 }
+
+class ConvertedRows final : public BitmapRows
+{
+public:
+    explicit ConvertedRows(const ImageView& view) : view_(view) {}
+    void Get(int y, int from, int to, std::uint8_t* dst) const override { ConvertRow(view_, y, from, to, dst); }
+
+private:
+    const ImageView& view_;
+};
 
 int BitCountOf(PixelTypes type)
 {
@@ -201,16 +217,14 @@ void Graph::Render(const ImageView& View, const LookupTableView* Table)
                         palette.data(),
                         bitCount == 32 && AlphaMode != Opaque,
                         static_cast<int>(Clamp(Resolution, 0.0, 1e6) * inchesPerMetre)};
-    std::vector<std::uint8_t> pixels;
-    if (!IsDisplayable(View)) {
-        bitmap.Pitch = static_cast<int>((std::int64_t{width} * bitCount + 7) >> 3);
-        pixels.resize(static_cast<std::size_t>(bitmap.Pitch) * static_cast<std::size_t>(height));
-        for (int y = 0; y < height; y++)
-            ConvertRow(View, y, pixels.data() + static_cast<std::ptrdiff_t>(bitmap.Pitch) * y);
-        bitmap.Pixels = pixels.data();
-    }
     const auto zoomed = [](int size) { return size * Zoom >= 1 ? static_cast<int>(Min(size * Zoom, 1e9)) : 1; };
     const int zoomedWidth = zoomed(width), zoomedHeight = zoomed(height);
+    if (!IsDisplayable(View)) {
+        bitmap.Pixels = nullptr;
+        current->BlitRows(bitmap, ConvertedRows(View), 0, 0, zoomedWidth, zoomedHeight);
+        return;
+    }
+    std::vector<std::uint8_t> pixels;
     if (SmoothReduction && Zoom < 1 && View.Type == Gray) {
         pixels = Reduce(bitmap, zoomedWidth, zoomedHeight);
         bitmap.Width = bitmap.Pitch = zoomedWidth;

@@ -3,6 +3,7 @@
 
 #include "foundation/Records.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,16 @@ struct TargetBitmap
     const RgbPixel* Palette = nullptr; ///< 2 colours for 1 bit, 256 for 8 bits
     bool Blend = false;                ///< by the opacity of 32-bit pixels, which are premultiplied
     int PixelsPerMetre = 0;            ///< the density that the picture carries
+};
+
+/// The rows of a bitmap that are made when a target asks for them.
+class BitmapRows
+{
+public:
+    virtual ~BitmapRows() = default;
+    /// Pixels `from` up to but not including `to` of row `y`, packed from `dst` on; at 1 bit a pixel `from` is a
+    /// multiple of 8.
+    virtual void Get(int y, int from, int to, std::uint8_t* dst) const = 0;
 };
 
 /// A surface. Lines, outlines and boxes include their last row and column of pixels, unless told otherwise.
@@ -58,6 +69,8 @@ public:
     virtual TargetPoint TextExtent(const std::wstring& Text) = 0;
     /// Draws a bitmap stretched to a box.
     virtual void Blit(const TargetBitmap& Bitmap, int Left, int Top, int Width, int Height) = 0;
+    /// The same for a bitmap that has no pixels yet: a target that shows a part of it makes that part alone.
+    virtual void BlitRows(const TargetBitmap& Bitmap, const BitmapRows& Rows, int Left, int Top, int Width, int Height);
     virtual TargetPoint ClientSize() = 0;
     /// Completes what was drawn so far.
     virtual void Flush() {}

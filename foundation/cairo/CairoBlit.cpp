@@ -4,8 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace Tesk {
 
@@ -13,39 +18,59 @@ namespace {
 
 constexpr std::uint32_t opaque = 0xff000000u;
 
-/// Turns a row of a bitmap into words of alpha, red, green, blue.
-class WordRows
+/// The columns of a bitmap that are seen, row by row: its own bytes, or words of alpha, red, green, blue.
+class SeenRows
 {
 public:
-    WordRows(const TargetBitmap& bitmap) : bitmap_(bitmap)
+    SeenRows(const TargetBitmap& bitmap, const BitmapRows* rows, int first, int count)
+        : bitmap_(bitmap), rows_(rows), begin_(bitmap.BitCount == 1 ? first & ~7 : first), skipped_(first - begin_),
+          count_(count)
     {
         const int colors = bitmap.BitCount == 1 ? 2 : bitmap.BitCount == 8 ? 256 : 0;
+        grays_ = colors == 256;
         for (int i = 0; i < colors; i++) {
             const RgbPixel c = bitmap.Palette[i];
             palette_[static_cast<std::size_t>(i)] =
                 opaque | static_cast<std::uint32_t>(c.Red << 16 | c.Green << 8 | c.Blue);
+            grays_ = grays_ && c == RgbPixel(i, i, i);
         }
+        if (rows) made_.resize((static_cast<std::size_t>(skipped_ + count) * bitmap.BitCount + 7) / 8);
     }
 
-    /// Pixels `from` up to but not including `to`.
-    void Get(int y, int from, int to, std::uint32_t* dst) const
+    const TargetBitmap& Bitmap() const { return bitmap_; }
+    int Count() const { return count_; }
+    /// Bytes are the gray values themselves.
+    bool Grays() const { return grays_; }
+
+    /// For pixels of whole bytes the first is the first that is seen.
+    const std::uint8_t* Bytes(int y)
     {
-        const std::uint8_t* row = bitmap_.Pixels + static_cast<std::ptrdiff_t>(bitmap_.Pitch) * y;
+        if (rows_) {
+            rows_->Get(y, begin_, begin_ + skipped_ + count_, made_.data());
+            return made_.data();
+        }
+        return bitmap_.Pixels + static_cast<std::ptrdiff_t>(bitmap_.Pitch) * y +
+               std::ptrdiff_t{begin_} * bitmap_.BitCount / 8;
+    }
+
+    void Words(int y, std::uint32_t* dst)
+    {
+        const std::uint8_t* row = Bytes(y);
         switch (bitmap_.BitCount) {
         case 1:
-            for (int x = from; x < to; x++)
+            for (int x = skipped_; x < skipped_ + count_; x++)
                 *dst++ = palette_[row[x >> 3] >> (7 - (x & 7)) & 1];
             break;
         case 8:
-            for (int x = from; x < to; x++)
+            for (int x = 0; x < count_; x++)
                 *dst++ = palette_[row[x]];
             break;
         case 24:
-            for (int x = from; x < to; x++)
+            for (int x = 0; x < count_; x++)
                 *dst++ = opaque | static_cast<std::uint32_t>(row[3 * x + 2] << 16 | row[3 * x + 1] << 8 | row[3 * x]);
             break;
         default:
-            for (int x = from; x < to; x++)
+            for (int x = 0; x < count_; x++)
                 *dst++ = static_cast<std::uint32_t>(row[4 * x + 2] << 16 | row[4 * x + 1] << 8 | row[4 * x]) |
                          (bitmap_.Blend ? static_cast<std::uint32_t>(row[4 * x + 3]) << 24 : opaque);
         }
@@ -53,7 +78,11 @@ public:
 
 private:
     const TargetBitmap& bitmap_;
+    const BitmapRows* rows_;
+    int begin_, skipped_, count_;
+    bool grays_ = false;
     std::array<std::uint32_t, 256> palette_{};
+    std::vector<std::uint8_t> made_;
 };
 
 /// A premultiplied pixel over an opaque one.
@@ -68,15 +97,16 @@ std::uint32_t Blended(std::uint32_t src, std::uint32_t dst)
     return result;
 }
 
-/// Sums of the rows of a bitmap that fall on one row of a smaller picture, channel by channel: colours are added up as
-/// they stand, bits and gray values as the words of their palette.
+/// Sums of the rows of a bitmap that fall on one row of a smaller picture, channel by channel: colours and gray values
+/// are added up as they stand, bits and what has a palette of colours as words.
 class RowSums
 {
 public:
-    RowSums(const TargetBitmap& bitmap, const WordRows& words, int first, int sources)
-        : bitmap_(bitmap), words_(words), first_(first), sources_(sources), raw_(bitmap.BitCount == 24),
-          channels_(raw_ ? 3 : 4), row_(raw_ ? 0 : static_cast<std::size_t>(sources)),
-          sums_(channels_ * static_cast<std::size_t>(sources))
+    explicit RowSums(SeenRows& rows)
+        : rows_(rows), raw_(rows.Bitmap().BitCount > 8 || rows.Grays()),
+          channels_(raw_ ? static_cast<std::size_t>(rows.Bitmap().BitCount) / 8 : 4),
+          row_(raw_ ? 0 : static_cast<std::size_t>(rows.Count())),
+          sums_(channels_ * static_cast<std::size_t>(rows.Count()))
     {}
 
     /// Takes the rows from `top` up to but not including `bottom`.
@@ -84,9 +114,11 @@ public:
     {
         std::fill(sums_.begin(), sums_.end(), 0u);
         for (int y = top; y < bottom; y++) {
-            const std::uint8_t* bytes = bitmap_.Pixels + static_cast<std::ptrdiff_t>(bitmap_.Pitch) * y + 3 * first_;
-            if (!raw_) {
-                words_.Get(y, first_, first_ + sources_, row_.data());
+            const std::uint8_t* bytes = nullptr;
+            if (raw_) {
+                bytes = rows_.Bytes(y);
+            } else {
+                rows_.Words(y, row_.data());
                 bytes = reinterpret_cast<const std::uint8_t*>(row_.data());
             }
             for (std::size_t i = 0; i < sums_.size(); i++)
@@ -97,21 +129,27 @@ public:
     /// The mean of the columns from `from` up to but not including `to`, as a word.
     std::uint32_t Mean(int from, int to, const AreaDivider& divide) const
     {
-        std::uint64_t sums[4] = {};
-        for (auto i = channels_ * static_cast<std::size_t>(from), end = channels_ * static_cast<std::size_t>(to);
-             i < end; i += channels_)
-            for (std::size_t c = 0; c < channels_; c++)
-                sums[c] += sums_[i + c];
-        std::uint32_t word = raw_ ? opaque : 0;
-        for (std::size_t c = 0; c < channels_; c++)
+        if (channels_ == 1) return opaque | Means<1>(from, to, divide) * 0x010101u;
+        if (channels_ == 3) return opaque | Means<3>(from, to, divide);
+        return Means<4>(from, to, divide) | (rows_.Bitmap().Blend ? 0 : opaque);
+    }
+
+private:
+    template <std::size_t channels>
+    std::uint32_t Means(int from, int to, const AreaDivider& divide) const
+    {
+        std::uint64_t sums[channels] = {};
+        const std::uint32_t* end = sums_.data() + channels * static_cast<std::size_t>(to);
+        for (const std::uint32_t* p = sums_.data() + channels * static_cast<std::size_t>(from); p < end; p += channels)
+            for (std::size_t c = 0; c < channels; c++)
+                sums[c] += p[c];
+        std::uint32_t word = 0;
+        for (std::size_t c = 0; c < channels; c++)
             word |= static_cast<std::uint32_t>(divide(sums[c])) << 8 * c;
         return word;
     }
 
-private:
-    const TargetBitmap& bitmap_;
-    const WordRows& words_;
-    int first_, sources_;
+    SeenRows& rows_;
     bool raw_;
     std::size_t channels_;
     std::vector<std::uint32_t> row_, sums_;
@@ -234,46 +272,58 @@ int CairoTarget::State::FontHeight() const
 
 void CairoTarget::Blit(const TargetBitmap& Bitmap, int Left, int Top, int Width, int Height)
 {
+    Show(Bitmap, nullptr, Left, Top, Width, Height);
+}
+
+void CairoTarget::BlitRows(const TargetBitmap& Bitmap, const BitmapRows& Rows, int Left, int Top, int Width, int Height)
+{
+    Show(Bitmap, &Rows, Left, Top, Width, Height);
+}
+
+void CairoTarget::Show(const TargetBitmap& bitmap, const BitmapRows* rows, int boxLeft, int boxTop, int boxWidth,
+                       int boxHeight)
+{
     State& s = *state_;
-    if (!s.pixels || Bitmap.Width < 1 || Bitmap.Height < 1 || Width < 1 || Height < 1) return;
-    const std::int64_t left = std::int64_t{Left} + s.origin.X, top = std::int64_t{Top} + s.origin.Y;
-    const Visible columns(left, Width, s.width), rows(top, Height, s.height);
-    if (columns.from >= columns.to || rows.from >= rows.to) return;
+    if (!s.pixels || bitmap.Width < 1 || bitmap.Height < 1 || boxWidth < 1 || boxHeight < 1) return;
+    const std::int64_t left = std::int64_t{boxLeft} + s.origin.X, top = std::int64_t{boxTop} + s.origin.Y;
+    const Visible across(left, boxWidth, s.width), down(top, boxHeight, s.height);
+    if (across.from >= across.to || down.from >= down.to) return;
     Flush();
-    const WordRows source(Bitmap);
-    const int count = columns.to - columns.from;
+    const int count = across.to - across.from;
     // The source columns that are seen, and where each shown pixel begins among them.
-    const int first = SourceOf(columns.from, Width, Bitmap.Width);
+    const int first = SourceOf(across.from, boxWidth, bitmap.Width);
     std::vector<int> begins;
-    for (int x = columns.from; x <= columns.to; x++)
-        begins.push_back(Min(SourceOf(x, Width, Bitmap.Width), Bitmap.Width) - first);
-    const int sources = Min(Max(begins.back(), begins[begins.size() - 2] + 1), Bitmap.Width - first);
-    const bool reduced = Width < Bitmap.Width || Height < Bitmap.Height;
+    for (int x = across.from; x <= across.to; x++)
+        begins.push_back(Min(SourceOf(x, boxWidth, bitmap.Width), bitmap.Width) - first);
+    const int sources = Min(Max(begins.back(), begins[begins.size() - 2] + 1), bitmap.Width - first);
+    const bool reduced = boxWidth < bitmap.Width || boxHeight < bitmap.Height;
     std::vector<std::uint32_t> words(static_cast<std::size_t>(sources)), shown(static_cast<std::size_t>(count));
-    RowSums sums(Bitmap, source, first, reduced ? sources : 0);
+    SeenRows seen(bitmap, rows, first, sources);
+    std::optional<RowSums> sums;
+    if (reduced) sums.emplace(seen);
     int shownFrom = -1;
-    for (int y = rows.from; y < rows.to; y++) {
-        const int sourceTop = SourceOf(y, Height, Bitmap.Height);
-        const int sourceBottom = Max(SourceOf(y + 1, Height, Bitmap.Height), sourceTop + 1);
+    for (int y = down.from; y < down.to; y++) {
+        const int sourceTop = SourceOf(y, boxHeight, bitmap.Height);
+        const int sourceBottom = Max(SourceOf(y + 1, boxHeight, bitmap.Height), sourceTop + 1);
         if (!reduced && sourceTop != shownFrom) {
-            source.Get(sourceTop, first, first + sources, words.data());
+            seen.Words(sourceTop, words.data());
             for (std::size_t x = 0; x < shown.size(); x++)
                 shown[x] = words[static_cast<std::size_t>(begins[x])];
             shownFrom = sourceTop;
         } else if (reduced) {
-            sums.Take(sourceTop, sourceBottom);
+            sums->Take(sourceTop, sourceBottom);
             // Columns come in two widths.
             const auto height = static_cast<std::uint64_t>(sourceBottom - sourceTop);
-            const int narrow = Max(Bitmap.Width / Width, 1);
+            const int narrow = Max(bitmap.Width / boxWidth, 1);
             const AreaDivider mean[] = {AreaDivider(height * static_cast<std::uint64_t>(narrow)),
                                         AreaDivider(height * static_cast<std::uint64_t>(narrow + 1))};
             for (std::size_t x = 0; x < shown.size(); x++) {
                 const int from = begins[x], to = Max(begins[x + 1], from + 1);
-                shown[x] = sums.Mean(from, to, mean[to - from > narrow]);
+                shown[x] = sums->Mean(from, to, mean[to - from > narrow]);
             }
         }
-        std::uint32_t* dst = s.Row(static_cast<int>(top + y)) + (left + columns.from);
-        if (!Bitmap.Blend)
+        std::uint32_t* dst = s.Row(static_cast<int>(top + y)) + (left + across.from);
+        if (!bitmap.Blend)
             std::copy(shown.begin(), shown.end(), dst);
         else
             for (std::size_t x = 0; x < shown.size(); x++)

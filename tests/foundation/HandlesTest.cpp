@@ -6,6 +6,7 @@
 #include <climits>
 #include <cmath>
 #include <numbers>
+#include <tuple>
 #include <vector>
 
 using namespace Tesk;
