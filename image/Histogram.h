@@ -135,7 +135,7 @@ private:
     friend class Path;
 
     bool SetUp(const Entry& entry, PixelTypes type, int entries, bool clear);
-    bool PrepareSums(const Histogram& Src, Profile& held);
+    bool SetUpSums(const Histogram& Src, Profile& held);
 };
 
 } // namespace Tesk

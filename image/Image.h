@@ -24,6 +24,8 @@ struct ImageFile;
 int ElementSize(PixelTypes Type);
 /// Bytes of a row of pixels, packed for `Gray1`.
 int RowBytes(int Width, PixelTypes Type);
+/// The same for rows that no image may hold.
+std::int64_t WideRowBytes(std::int64_t Width, PixelTypes Type);
 /// The name of a pixel type in messages: "Gray", "Gradient", "Map".
 const wchar_t* PixelTypeName(PixelTypes Type);
 
@@ -131,8 +133,11 @@ public:
     /// (`CannotAllocate`).
     void Transfer(Archive& Block);
 
-    /// Takes a new store, and says whether it could; for callers that report under a name of their own.
-    bool TrySet(int Width, int Height, PixelTypes Type);
+    /// The inner form of `Set` without a buffer: an `ErrorCodes` value, for callers that report under a name of their
+    /// own.
+    int TrySet(int Width, int Height, PixelTypes Type, int Pitch = 0);
+    /// That of `Set` by another image, of which this is the window size: a window that fits stays where it is.
+    int Fit(std::int64_t Width, std::int64_t Height, PixelTypes Type);
 
     /// A row of the window.
     template <typename T = std::uint8_t>

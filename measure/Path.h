@@ -186,4 +186,7 @@ private:
     mutable std::string text_; ///< what `ToAsciiString` gave last
 };
 
+/// Refuses an image in which some pixels cannot be sites (`OutOfRange`).
+int CheckReach(const Image& Src);
+
 } // namespace Tesk

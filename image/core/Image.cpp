@@ -2,7 +2,7 @@
 #include "image/Image.h"
 
 #include "foundation/Entry.h"
-#include "image/Operator.h"
+#include "image/core/Refusals.h"
 
 #include <atomic>
 #include <cstring>
@@ -61,7 +61,6 @@ int AlignmentOf(const std::uint8_t* block)
 
 } // namespace
 
-int Operator::GrayDepth = 16;
 ReadOnly<DraggingHandles, Image> Image::Handle(NoHandle);
 
 int ElementSize(PixelTypes Type)
@@ -71,7 +70,12 @@ int ElementSize(PixelTypes Type)
 
 int RowBytes(int Width, PixelTypes Type)
 {
-    return Type == Gray1 ? Width / 8 + (Width % 8 > 0) : ElementSize(Type) * Width;
+    return static_cast<int>(WideRowBytes(Width, Type));
+}
+
+std::int64_t WideRowBytes(std::int64_t Width, PixelTypes Type)
+{
+    return Type == Gray1 ? (Width + 7) >> 3 : Width * ElementSize(Type);
 }
 
 const wchar_t* PixelTypeName(PixelTypes Type)
@@ -103,11 +107,7 @@ int CheckImages(const Image& Src, const Image& Dst, PixelTypes Type)
     if (Dst.Type != wanted)
         return Status::Format(IncompatibleType, L"Incompatible source or destination image types, %ls instead of %ls",
                               PixelTypeName(Dst.Type), PixelTypeName(wanted));
-    if (Src.Width != Dst.Width || Src.Height != Dst.Height)
-        return Status::Format(IncompatibleSize,
-                              L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)", int(Src.Width),
-                              int(Src.Height), int(Dst.Width), int(Dst.Height));
-    return NoError;
+    return Src.Width == Dst.Width && Src.Height == Dst.Height ? NoError : images::RefuseSizes(Src, Dst);
 }
 
 Image::Image() = default;
@@ -140,8 +140,7 @@ bool Image::Allocate(int width, int height, PixelTypes type, int pitch)
 {
     if (width < 1 || height < 1 || ElementSize(type) + (type == Gray1) == 0) return false;
     // A row and a block must both be addressable with 32 bits, as the recorded sizes are.
-    const std::int64_t rowBytes =
-        type == Gray1 ? (std::int64_t{width} + 7) >> 3 : std::int64_t{ElementSize(type)} * width;
+    const std::int64_t rowBytes = WideRowBytes(width, type);
     if (rowBytes > std::numeric_limits<int>::max() - 3) return false;
     if (pitch == 0) pitch = DefaultPitch(width, type);
     if (pitch < rowBytes) return false;
@@ -160,26 +159,34 @@ bool Image::Allocate(int width, int height, PixelTypes type, int pitch)
     return true;
 }
 
+int Image::TrySet(int Width, int Height, PixelTypes Type, int Pitch)
+{
+    if (StoreWidth == Width && StoreHeight == Height && this->Type == Type) {
+        ResetWindow();
+        return NoError;
+    }
+    if (Allocate(Width, Height, Type, Pitch)) return NoError;
+    return Status::Format(CannotAllocate, L"Cannot allocate the image buffer");
+}
+
+int Image::Fit(std::int64_t Width, std::int64_t Height, PixelTypes Type)
+{
+    if (this->Type == Type && this->Width == Width && this->Height == Height) return NoError;
+    // A size that no `int` holds becomes one that no store has.
+    const auto held = [](std::int64_t size) { return static_cast<int>(size <= MaxInt ? size : 0); };
+    return TrySet(held(Width), held(Height), Type);
+}
+
 void Image::Set(const Image& Src, PixelTypes Type)
 {
     const Entry entry("Tesk::Image::Set");
     if (entry.Refuses(CheckImage(Src))) return;
-    const PixelTypes type = Type == Undefined ? PixelTypes(Src.Type) : Type;
-    if (this->Type == type && Width == Src.Width && Height == Src.Height) return;
-    if (this->Type == type && StoreWidth == Src.Width && StoreHeight == Src.Height) {
-        ResetWindow();
-        return;
-    }
-    if (!Allocate(Src.Width, Src.Height, type, 0)) entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+    entry.Refuses(Fit(Src.Width, Src.Height, Type == Undefined ? PixelTypes(Src.Type) : Type));
 }
 
 void Image::Set(int Width, int Height, PixelTypes Type, void* Buffer, int Pitch, int Offset)
 {
     const Entry entry("Tesk::Image::Set");
-    if (!Buffer && Type != Undefined && StoreWidth == Width && StoreHeight == Height && this->Type == Type) {
-        ResetWindow();
-        return;
-    }
     if (Type == Undefined) {
         // A void image: what stood here is let go.
         block_.Reset();
@@ -197,12 +204,11 @@ void Image::Set(int Width, int Height, PixelTypes Type, void* Buffer, int Pitch,
         return;
     }
     if (!Buffer) {
-        if (!Allocate(Width, Height, Type, Pitch)) entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+        entry.Refuses(TrySet(Width, Height, Type, Pitch));
         return;
     }
     // 64 bits, since a caller may pass any size; a negative pitch lays rows from the bottom.
-    const std::int64_t rowBytes =
-        Type == Gray1 ? (std::int64_t{Width} + 7) >> 3 : std::int64_t{ElementSize(Type)} * Width;
+    const std::int64_t rowBytes = WideRowBytes(Width, Type);
     const bool fits =
         rowBytes <= std::numeric_limits<int>::max() - 3 && (Pitch == 0 || rowBytes <= Abs<std::int64_t>(Pitch));
     if (Width < 1 || Height < 1 || rowBytes < 1 || !fits || Offset < 0) {

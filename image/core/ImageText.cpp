@@ -72,11 +72,11 @@ void Image::Transfer(Archive& Block)
     if (!Block.Good() || Block.Ended()) return;
     if (Block.Reading()) {
         // A block cannot be larger than what is left of its file, so a broken header allocates nothing.
-        const std::int64_t rowBytes =
-            type == Gray1 ? (std::int64_t{width} + 7) >> 3 : std::int64_t{ElementSize(type)} * width;
-        if (width > 0 && height > 0 && rowBytes > Block.BytesLeft() / height) return Block.Refuse(CannotRead);
+        if (width > 0 && height > 0 && WideRowBytes(width, type) > Block.BytesLeft() / height)
+            return Block.Refuse(CannotRead);
         if (type == Undefined) return Block.Refuse(VoidObject, L"Void source or destination image");
-        if (!TrySet(width, height, type)) return Block.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+        // Those who share the former store keep it.
+        if (!Allocate(width, height, type, 0)) return Block.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
         GradGain = gain;
     }
     const auto bytes = static_cast<std::size_t>(RowBytes(width, type));

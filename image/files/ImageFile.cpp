@@ -21,13 +21,10 @@ int Allocate(const ImageFile& file, Image& dst, std::int64_t width, std::int64_t
 {
     constexpr std::int64_t alwaysAllowed = 1 << 20;
     const bool sizesFit = width > 0 && height > 0 && width <= MaxInt && height <= MaxInt;
-    const std::int64_t rowBytes = type == Gray1 ? (width + 7) >> 3 : width * ElementSize(type);
     const int growth = Max(1, (8 * ElementSize(type) + bits - 1) / bits);
     const std::int64_t limit = file.size * ratio * growth + alwaysAllowed;
-    if (sizesFit && rowBytes <= limit / height) {
-        // The sizing's own report is not wanted: this one follows under the reader's name.
-        dst.TrySet(static_cast<int>(width), static_cast<int>(height), type);
-        if (dst.Type != Undefined) return NoError;
+    if (sizesFit && WideRowBytes(width, type) <= limit / height) {
+        if (dst.TrySet(static_cast<int>(width), static_cast<int>(height), type) == NoError) return NoError;
     }
     return RefuseAllocation();
 }
@@ -207,11 +204,6 @@ int WriteFile(ImageFile& file, const Image& src)
 }
 
 } // namespace
-
-bool Image::TrySet(int Width, int Height, PixelTypes Type)
-{
-    return Allocate(Width, Height, Type, 0);
-}
 
 void Image::Read(const Entry& entry, files::ImageFile& file, PixelTypes type)
 {

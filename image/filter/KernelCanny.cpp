@@ -5,6 +5,7 @@
 #include "image/filter/KernelFrame.h"
 #include "image/filter/PlaneFit.h"
 
+#include <cstring>
 #include <numbers>
 
 namespace Tesk {
@@ -85,11 +86,11 @@ template <typename F>
 void FromSmoothedGradient(const char* context, GradientTypes type, const Image& src, Image& dst, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray})) || entry.Refuses(CheckSmoothing(type))) return;
-    Source source;
-    if (source.Hold(entry, src, dst, Gray, InPlace::Served)) return;
+    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(CheckSmoothing(type))) return;
+    Sources held;
+    if (Prepare(entry, src, dst, Gray, held)) return;
     Guarded(entry, [&] {
-        EachSmoothedGradient(*source, SmoothingOrder(type), [&](int y, const std::int16_t* gx, const std::int16_t* gy) {
+        EachSmoothedGradient(held.a, SmoothingOrder(type), [&](int y, const std::int16_t* gx, const std::int16_t* gy) {
             f(gx, gy, dst.Row<GrayPixel>(y), static_cast<std::size_t>(int(dst.Width)));
         });
     });

@@ -3,7 +3,7 @@
 #include "image/filter/FilterKernels.h"
 #include "image/filter/GradientVector.h"
 #include "image/filter/KernelFrame.h"
-#include "image/filter/KernelLowPass.h"
+#include "image/filter/LocalMeans.h"
 #include "image/filter/PlaneFit.h"
 
 namespace Tesk {
@@ -65,7 +65,7 @@ void WideDeviations(const Image& src, int width, int height, Image& dst)
             const std::int64_t sum = sums[next++], mean = sum / count, rest = sum - mean * count;
             const std::int64_t about = squares - mean * (sum + rest);
             const double N = static_cast<double>(count), r = static_cast<double>(rest) / N;
-            dst.Row(y)[x] = points::TruncatedByte(std::sqrt(Max(0.0, static_cast<double>(about) / N - r * r)));
+            dst.Row(y)[x] = TruncatedByte(std::sqrt(Max(0.0, static_cast<double>(about) / N - r * r)));
         });
 }
 
@@ -90,7 +90,7 @@ std::uint8_t Eigenvalue(const Products& sums, bool larger, double scale)
     const double m = (a + c) / 2;
     // Rounding may leave a little less than nothing of two equal eigenvalues.
     const double root = std::sqrt(Max(0.0, m * m - (a * c - b * b)));
-    return points::TruncatedByte((larger ? m + root : m - root) * scale);
+    return TruncatedByte((larger ? m + root : m - root) * scale);
 }
 
 void Corners(const Image& grad, int size, bool larger, Image& dst)
@@ -123,41 +123,41 @@ void Corners(const Image& grad, int size, bool larger, Image& dst)
 void Kernel::CorrelatedGradient(const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Kernel::CorrelatedGradient");
-    if (entry.Refuses(CheckSource(Src, {Gray}))) return;
-    Source source;
-    if (source.Hold(entry, Src, Dst, Gray, InPlace::Copied)) return;
+    if (entry.Refuses(CheckType(Src, {Gray}))) return;
+    Sources held;
+    if (Prepare(entry, Src, Dst, Gray, held, InPlace::Copied)) return;
     for (int y = 0; y < Dst.Height; y++)
         std::fill_n(Dst.Row(y), int(Dst.Width), std::uint8_t{0});
-    EachPlaneFit(*source, [&](int x, int y, const PlaneFit& fit) {
-        Dst.Row(y)[x] = points::TruncatedByte((fit.A * fit.A + fit.B * fit.B) * 5355.0 / fit.Spread());
+    EachPlaneFit(held.a, [&](int x, int y, const PlaneFit& fit) {
+        Dst.Row(y)[x] = TruncatedByte((fit.A * fit.A + fit.B * fit.B) * 5355.0 / fit.Spread());
     });
 }
 
 void Kernel::BoxDeviation(int FilterWidth, int FilterHeight, const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Kernel::BoxDeviation");
-    if (entry.Refuses(CheckSource(Src, {Gray})) || entry.Refuses(CheckSizes(FilterWidth, FilterHeight))) return;
-    Source source;
-    if (source.Hold(entry, Src, Dst, Gray, InPlace::Copied)) return;
+    if (entry.Refuses(CheckType(Src, {Gray})) || entry.Refuses(CheckSizes(FilterWidth, FilterHeight))) return;
+    Sources held;
+    if (Prepare(entry, Src, Dst, Gray, held, InPlace::Copied)) return;
     Guarded(entry, [&] {
         if (FilterWidth <= largestFastSize && FilterHeight <= largestFastSize)
-            Deviations(*source, FilterWidth, FilterHeight, Dst);
+            Deviations(held.a, FilterWidth, FilterHeight, Dst);
         else
-            WideDeviations(*source, FilterWidth, FilterHeight, Dst);
+            WideDeviations(held.a, FilterWidth, FilterHeight, Dst);
     });
 }
 
 void Kernel::Cornerness(int FilterSize, const Image& Src, Image& Dst, bool Edges)
 {
     const Entry entry("Tesk::Kernel::Cornerness");
-    if (entry.Refuses(CheckSource(Src, {Gray})) || entry.Refuses(CheckSize(L"size", FilterSize))) return;
-    Source source;
+    if (entry.Refuses(CheckType(Src, {Gray})) || entry.Refuses(CheckSize(L"size", FilterSize))) return;
+    Sources held;
     // Nothing of the source is read once its gradient stands.
-    if (source.Hold(entry, Src, Dst, Gray, InPlace::Served)) return;
+    if (Prepare(entry, Src, Dst, Gray, held)) return;
     Guarded(entry, [&] {
         Image grad;
-        if (!grad.TrySet(source->Width, source->Height, Grad)) throw std::bad_alloc();
-        gradients::Compute(*source, StandardGradient, grad);
+        MakeLike(held.a, Grad, grad);
+        gradients::Compute(held.a, StandardGradient, grad);
         Corners(grad, FilterSize, Edges, Dst);
     });
 }

@@ -1,7 +1,7 @@
 // Edge filters of 3 x 3 pixels: plain differences, Sobel's and Prewitt's masks.
 #include "image/Kernel.h"
 #include "image/filter/KernelFrame.h"
-#include "image/filter/KernelSquare.h"
+#include "image/filter/SquareFilters.h"
 
 #include <cstdlib>
 
@@ -17,15 +17,15 @@ template <typename F>
 void Differences(const char* context, const Image& src, Image& dst, Square3 bytes, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray, Gray16}))) return;
-    Source source;
-    if (source.Hold(entry, src, dst, src.Type, InPlace::Served)) return;
+    if (entry.Refuses(CheckType(src, {Gray, Gray16}))) return;
+    Sources held;
+    if (Prepare(entry, src, dst, src.Type, held)) return;
     Guarded(entry, [&] {
-        if (source->Type == Gray) {
-            FilterSquares(bytes, *source, dst);
+        if (held.a.Type == Gray) {
+            FilterSquares(bytes, held.a, dst);
             return;
         }
-        RowRing<Gray16Pixel> ring(*source, 1, 1);
+        RowRing<Gray16Pixel> ring(held.a, 1, 1);
         for (int y = 0; y < dst.Height; y++) {
             ring.MoveTo(y);
             const Gray16Pixel *above = ring.Row(y - 1), *here = ring.Row(y), *below = ring.Row(y + 1);

@@ -1,8 +1,8 @@
 // High-pass filters: sharpening, unsharp masking, and the differences from the low-pass filters.
 #include "image/Kernel.h"
 #include "image/filter/KernelFrame.h"
-#include "image/filter/KernelLowPass.h"
-#include "image/filter/KernelSquare.h"
+#include "image/filter/LocalMeans.h"
+#include "image/filter/SquareFilters.h"
 
 namespace Tesk {
 
@@ -84,28 +84,27 @@ void HighPass(const char* context, LowPass lowPass, int width, int height, const
               GrayClipping clip, double gain)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray, Gray16})) || entry.Refuses(CheckSizes(width, height)) ||
+    if (entry.Refuses(CheckType(src, {Gray, Gray16})) || entry.Refuses(CheckSizes(width, height)) ||
         entry.Refuses(CheckClip(clip, {Saturate, Absolute, Rescale})))
         return;
     const bool fractions = src.Type == Gray16 && gain != 1;
-    Source source;
+    Sources held;
     // Where a mean has been worked out, one pixel of the source is left to be read; but the sums of a box still take
     // out rows that have been passed.
-    if (source.Hold(entry, src, dst, src.Type,
-                    fractions && lowPass == LowPass::Box ? InPlace::Copied : InPlace::Served))
-        return;
+    const InPlace inPlace = fractions && lowPass == LowPass::Box ? InPlace::Copied : InPlace::Served;
+    if (Prepare(entry, src, dst, src.Type, held, inPlace)) return;
     Guarded(entry, [&] {
         if (fractions) {
-            FractionDifferences(lowPass, width, height, *source, dst, clip, gain);
+            FractionDifferences(lowPass, width, height, held.a, dst, clip, gain);
             return;
         }
         Image low;
-        if (!low.TrySet(source->Width, source->Height, source->Type)) throw std::bad_alloc();
-        (lowPass == LowPass::Box ? BoxMeans : GaussMeans)(*source, width, height, low);
-        if (source->Type == Gray16)
-            Differences<Gray16Pixel>(*source, low, dst, clip, gain, words);
+        MakeLike(held.a, held.a.Type, low);
+        (lowPass == LowPass::Box ? BoxMeans : GaussMeans)(held.a, width, height, low);
+        if (held.a.Type == Gray16)
+            Differences<Gray16Pixel>(held.a, low, dst, clip, gain, words);
         else
-            Differences<GrayPixel>(*source, low, dst, clip, gain, bytes);
+            Differences<GrayPixel>(held.a, low, dst, clip, gain, bytes);
     });
 }
 
@@ -124,17 +123,17 @@ void Kernel::Sharpen8(const Image& Src, Image& Dst, GrayClipping Clip)
 void Kernel::Unsharp(double Strength, const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Kernel::Unsharp");
-    if (entry.Refuses(CheckSource(Src, {Gray, Rgb}))) return;
-    Source source;
-    if (source.Hold(entry, Src, Dst, Src.Type, InPlace::Served)) return;
+    if (entry.Refuses(CheckType(Src, {Gray, Rgb}))) return;
+    Sources held;
+    if (Prepare(entry, Src, Dst, Src.Type, held)) return;
     // A factor of 512 drives any difference to an end; a strength that is no number adds nothing.
     constexpr int limit = 512 * 1024;
     const double factor = Strength * 1024;
     const int K = factor >= limit ? limit : factor <= -limit ? -limit : factor == factor ? static_cast<int>(factor) : 0;
     Guarded(entry, [&] {
-        const int step = ElementSize(source->Type);
-        RowRing<std::uint8_t> ring(*source, step, 1, step);
-        const auto n = static_cast<std::size_t>(source->Width * step);
+        const int step = ElementSize(held.a.Type);
+        RowRing<std::uint8_t> ring(held.a, step, 1, step);
+        const auto n = static_cast<std::size_t>(held.a.Width * step);
         for (int y = 0; y < Dst.Height; y++) {
             ring.MoveTo(y);
             kernels::UnsharpRow(ring.Row(y - 1), ring.Row(y), ring.Row(y + 1), Dst.Row(y), n, step, K);

@@ -1,11 +1,10 @@
 // Low-pass filters: the fixed 3 x 3 ones and their powers, boxes, Gaussians, and the sigma filter.
-#include "image/filter/KernelLowPass.h"
-
 #include "image/Kernel.h"
 #include "image/filter/FilterKernels.h"
 #include "image/filter/GaussKernels.h"
 #include "image/filter/KernelFrame.h"
-#include "image/filter/KernelSquare.h"
+#include "image/filter/LocalMeans.h"
+#include "image/filter/SquareFilters.h"
 #include "image/geometry/TurnKernels.h"
 
 #include <limits>
@@ -13,6 +12,15 @@
 namespace Tesk {
 
 namespace filters {
+
+int CheckSize(const wchar_t* name, int size)
+{
+    constexpr int largestSize = 32767;
+    if (size > 0 && size <= largestSize && size % 2 == 1) return NoError;
+    if (size <= largestSize || size % 2 == 0)
+        return Status::Format(OutOfRange, L"The filter %ls (%d) must be a positive odd number", name, size);
+    return Status::Format(OutOfRange, L"The filter %ls (%d) is out of the range 1 to %d", name, size, largestSize);
+}
 
 namespace {
 
@@ -242,16 +250,16 @@ void SmallGauss(const Image& src, const kernels::Mask& across, const kernels::Ma
 {
     const auto n = static_cast<std::size_t>(int(src.Width));
     const int height = src.Height, rows = 2 * down.radius + 1;
-    RowRing<GrayPixel> source(src, across.radius, 0);
+    RowRing<GrayPixel> extended(src, across.radius, 0);
     std::vector<std::vector<GrayPixel>> ring(static_cast<std::size_t>(rows), WorkingRow<GrayPixel>(n));
     const auto slot = [&](int y) { return ring[static_cast<std::size_t>(y % rows)].data(); };
     const GrayPixel* lines[2 * kernels::largestMaskRadius + 1];
     int ready = 0;
     for (int y = 0; y < height; y++) {
         for (; ready < height && ready <= y + down.radius; ready++) {
-            source.MoveTo(ready);
+            extended.MoveTo(ready);
             for (int k = 0; k <= 2 * across.radius; k++)
-                lines[k] = source.Row(ready) + k - across.radius;
+                lines[k] = extended.Row(ready) + k - across.radius;
             kernels::MaskRow(across, lines, slot(ready), n);
         }
         for (int k = 0; k < rows; k++)
@@ -266,7 +274,7 @@ void EachGauss(const Image& src, int width, int height, F f)
     Image rows;
     const Image* from = &src;
     if (width > 1) {
-        if (!rows.TrySet(src.Width, src.Height, src.Type)) throw std::bad_alloc();
+        MakeLike(src, src.Type, rows);
         AlongRows<T>(src, width, rows);
         from = &rows;
     }
@@ -329,24 +337,20 @@ template <typename F>
 void Mean(const char* context, int width, int height, const Image& src, Image& dst, InPlace inPlace, F means)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray, Gray16})) || entry.Refuses(CheckSizes(width, height))) return;
-    Source source;
-    if (source.Hold(entry, src, dst, src.Type, inPlace)) return;
-    Guarded(entry, [&] { means(*source, width, height, dst); });
+    if (entry.Refuses(CheckType(src, {Gray, Gray16})) || entry.Refuses(CheckSizes(width, height))) return;
+    Sources held;
+    if (Prepare(entry, src, dst, src.Type, held, inPlace)) return;
+    Guarded(entry, [&] { means(held.a, width, height, dst); });
 }
 
-/// The binomial mask and its powers: every pass but the first stays in the destination.
-void Binomials(const char* context, int passes, const Image& src, Image& dst)
+/// A whole method: the binomial mask, or one of its powers.
+void BinomialFilter(const char* context, int passes, const Image& src, Image& dst)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray}))) return;
-    Source source;
-    if (source.Hold(entry, src, dst, Gray, InPlace::Served)) return;
-    Guarded(entry, [&] {
-        FilterSquares(kernels::Square3::Binomial, *source, dst);
-        for (int pass = 1; pass < passes; pass++)
-            FilterSquares(kernels::Square3::Binomial, dst, dst);
-    });
+    if (entry.Refuses(CheckType(src, {Gray}))) return;
+    Sources held;
+    if (Prepare(entry, src, dst, Gray, held)) return;
+    Guarded(entry, [&] { FilterBinomially(passes, held.a, dst); });
 }
 
 } // namespace
@@ -361,22 +365,29 @@ void FilterSquares(kernels::Square3 filter, const Image& src, Image& dst)
     }
 }
 
+void FilterBinomially(int passes, const Image& src, Image& dst)
+{
+    FilterSquares(kernels::Square3::Binomial, src, dst);
+    for (int pass = 1; pass < passes; pass++)
+        FilterSquares(kernels::Square3::Binomial, dst, dst);
+}
+
 void SquareFilter(const char* context, kernels::Square3 filter, const Image& src, Image& dst)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray}))) return;
-    Source source;
-    if (source.Hold(entry, src, dst, Gray, InPlace::Served)) return;
-    Guarded(entry, [&] { FilterSquares(filter, *source, dst); });
+    if (entry.Refuses(CheckType(src, {Gray}))) return;
+    Sources held;
+    if (Prepare(entry, src, dst, Gray, held)) return;
+    Guarded(entry, [&] { FilterSquares(filter, held.a, dst); });
 }
 
 void SquareFilter(const char* context, const ClippedFilters& filters, GrayClipping clip, const Image& src, Image& dst)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckSource(src, {Gray})) || entry.Refuses(CheckClip(clip, {Saturate, filters.other}))) return;
-    Source source;
-    if (source.Hold(entry, src, dst, Gray, InPlace::Served)) return;
-    Guarded(entry, [&] { FilterSquares(clip == Saturate ? filters.saturated : filters.otherwise, *source, dst); });
+    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(CheckClip(clip, {Saturate, filters.other}))) return;
+    Sources held;
+    if (Prepare(entry, src, dst, Gray, held)) return;
+    Guarded(entry, [&] { FilterSquares(clip == Saturate ? filters.saturated : filters.otherwise, held.a, dst); });
 }
 
 } // namespace filters
@@ -396,22 +407,22 @@ void Kernel::Smooth8(const Image& Src, Image& Dst)
 
 void Kernel::Binomial(const Image& Src, Image& Dst)
 {
-    Binomials("Tesk::Kernel::Binomial", 1, Src, Dst);
+    BinomialFilter("Tesk::Kernel::Binomial", 1, Src, Dst);
 }
 
 void Kernel::Binomial5(const Image& Src, Image& Dst)
 {
-    Binomials("Tesk::Kernel::Binomial5", 2, Src, Dst);
+    BinomialFilter("Tesk::Kernel::Binomial5", 2, Src, Dst);
 }
 
 void Kernel::Binomial7(const Image& Src, Image& Dst)
 {
-    Binomials("Tesk::Kernel::Binomial7", 3, Src, Dst);
+    BinomialFilter("Tesk::Kernel::Binomial7", 3, Src, Dst);
 }
 
 void Kernel::Binomial9(const Image& Src, Image& Dst)
 {
-    Binomials("Tesk::Kernel::Binomial9", 4, Src, Dst);
+    BinomialFilter("Tesk::Kernel::Binomial9", 4, Src, Dst);
 }
 
 void Kernel::BoxLowPass(int FilterWidth, int FilterHeight, const Image& Src, Image& Dst)
@@ -427,16 +438,16 @@ void Kernel::GaussLowPass(int FilterWidth, int FilterHeight, const Image& Src, I
 void Kernel::Bilateral(int FilterSize, int GrayRange, const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Kernel::Bilateral");
-    if (entry.Refuses(CheckSource(Src, {Gray, Gray16})) || entry.Refuses(CheckSize(L"Size", FilterSize))) return;
-    Source source;
-    if (source.Hold(entry, Src, Dst, Src.Type, InPlace::Copied)) return;
+    if (entry.Refuses(CheckType(Src, {Gray, Gray16})) || entry.Refuses(CheckSize(L"Size", FilterSize))) return;
+    Sources held;
+    if (Prepare(entry, Src, Dst, Src.Type, held, InPlace::Copied)) return;
     // A negative range holds no pixel; beyond the gray scale nothing changes any more.
     const int range = Clamp(GrayRange, -1, 65535);
     Guarded(entry, [&] {
-        if (source->Type == Gray16)
-            SigmaFilter<Gray16Pixel>(*source, FilterSize, range, Dst);
+        if (held.a.Type == Gray16)
+            SigmaFilter<Gray16Pixel>(held.a, FilterSize, range, Dst);
         else
-            SigmaFilter<GrayPixel>(*source, FilterSize, range, Dst);
+            SigmaFilter<GrayPixel>(held.a, FilterSize, range, Dst);
     });
 }
 

@@ -99,19 +99,18 @@ void Kernel::Normalize(double Sum)
 void Kernel::Convolve(const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Kernel::Convolve");
-    if (entry.Refuses(CheckSource(Src, {Gray})) || entry.Refuses(CheckClip(Clip, {Saturate, Absolute, Negative})))
-        return;
+    if (entry.Refuses(CheckType(Src, {Gray})) || entry.Refuses(CheckClip(Clip, {Saturate, Absolute, Negative}))) return;
     if (!FitCoefficients()) {
         entry.Refuse(CannotAllocate, L"Cannot allocate the kernel Buffer");
         return;
     }
-    Source source;
+    Sources held;
     // The rows that are still needed are kept as doubles.
-    if (source.Hold(entry, Src, Dst, Gray, InPlace::Served)) return;
+    if (Prepare(entry, Src, Dst, Gray, held)) return;
     Guarded(entry, [&] {
         // A mask without coefficients reaches nowhere, however long its one side.
         const int maskWidth = Coefficients.empty() ? 0 : Width, maskHeight = Coefficients.empty() ? 0 : Height;
-        const int width = source->Width, height = source->Height, up = maskHeight / 2;
+        const int width = held.a.Width, height = held.a.Height, up = maskHeight / 2;
         const std::size_t rowCount = static_cast<std::size_t>(Min(Max(maskHeight, 1), height));
         std::vector<std::vector<double>> ring(rowCount);
         std::vector<double> sums(static_cast<std::size_t>(width));
@@ -120,7 +119,7 @@ void Kernel::Convolve(const Image& Src, Image& Dst)
             const std::int64_t last = Min<std::int64_t>(std::int64_t{y} - up + maskHeight - 1, height - 1);
             for (; taken <= Max<std::int64_t>(last, 0) && taken < height; taken++)
                 ring[static_cast<std::size_t>(taken) % rowCount] =
-                    Extended(*source, taken, maskWidth / 2, maskWidth - maskWidth / 2);
+                    Extended(held.a, taken, maskWidth / 2, maskWidth - maskWidth / 2);
             std::fill(sums.begin(), sums.end(), Offset);
             const double* coefficient = Coefficients.data();
             for (int j = 0; j < maskHeight; j++) {
@@ -134,7 +133,7 @@ void Kernel::Convolve(const Image& Src, Image& Dst)
             for (int x = 0; x < width; x++) {
                 const double sum = sums[static_cast<std::size_t>(x)];
                 const double value = Clip == Absolute ? std::abs(sum) : Clip == Negative ? -sum : sum;
-                d[x] = points::TruncatedByte(value + 0.5);
+                d[x] = TruncatedByte(value + 0.5);
             }
         }
     });

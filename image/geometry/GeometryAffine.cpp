@@ -1,10 +1,10 @@
 // Affine warps, and the anchors by which they are told.
+#include "foundation/Angles.h"
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
 #include "image/geometry/WarpFrame.h"
 
 #include <array>
-#include <numbers>
 
 namespace Tesk {
 
@@ -131,7 +131,7 @@ bool Warp(const Entry& entry, const AffineMap& m, const Image& Src, Image& Dst, 
 {
     if (entry.Refuses(warps::RefuseFar(m, Dst.Width, Dst.Height))) return false;
     Image src;
-    if (warps::Prepare(Src, Dst, false, src)) return false;
+    if (entry.Refuses(warps::HoldSource(Src, Dst, false, src))) return false;
     return warps::FillAffine(m, src, Dst, interpolate);
 }
 
@@ -186,7 +186,7 @@ bool Geometry::Rotate(const XY& SrcAnchor, const XY& DstAnchor, double Angle, do
 {
     const Entry entry("Tesk::Geometry::Rotate");
     if (entry.Refuses(warps::RefuseImages(Src, Dst, true))) return false;
-    const double a = Angle * (std::numbers::pi / 180);
+    const double a = ToRadians(Angle);
     return Warp(entry, TurnAbout(SrcAnchor, DstAnchor, std::cos(a) / Scale, std::sin(a) / Scale), Src, Dst,
                 Interpolate);
 }

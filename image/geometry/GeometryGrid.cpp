@@ -2,7 +2,6 @@
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
 #include "image/geometry/WarpFrame.h"
-#include "image/operator/OperatorFrame.h"
 
 #include <vector>
 
@@ -177,17 +176,14 @@ void Geometry::GridDeform(XY* F, int N, int NX, int NY, Image& Src, int X0, int 
     const Entry entry("Tesk::Geometry::GridDeform");
     if (entry.Refuses(warps::RefuseImages(Src, Dst, false)) || entry.Refuses(RefuseGrid(F, N, NX, NY, TX, TY))) return;
     Image src;
-    if (warps::Prepare(Src, Dst, true, src)) return;
+    if (entry.Refuses(warps::HoldSource(Src, Dst, true, src))) return;
     const Grid grid{F, static_cast<std::size_t>(N), {X0, TX, NX}, {Y0, TY, NY}};
     entry.Guards(L"Cannot allocate the splines of the grid", [&] {
         if (Dst.Type == GeoMap)
             RecordDeformation(grid, src, Dst);
-        else if (src.Type == Gray)
-            Deform<1, std::uint8_t>(grid, src, Dst);
-        else if (src.Type == Gray16)
-            Deform<1, std::uint16_t>(grid, src, Dst);
         else
-            Deform<3, std::uint8_t>(grid, src, Dst);
+            images::VisitSamples<Gray, Gray16, Rgb>(
+                src.Type, [&]<int channels, typename T>() { Deform<channels, T>(grid, src, Dst); });
     });
 }
 

@@ -1,7 +1,8 @@
 // Resampling to a given size: block means, single pixels, bilinear enlargement.
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
-#include "image/core/SizingFrame.h"
+#include "image/core/Destination.h"
+#include "image/core/PixelTypes.h"
 #include "image/geometry/ResampleKernels.h"
 #include "image/geometry/WarpFrame.h"
 #include "image/pyramid/PyramidScale.h"
@@ -141,10 +142,10 @@ void Enlarge(const Image& src, Image& dst)
     }
 }
 
-bool RefusesSize(const Entry& entry, int width, int height)
+int CheckSize(int width, int height)
 {
-    return (width < 1 || height < 1) &&
-           entry.Refuse(OutOfRange, L"The size (%d, %d) of the result must be positive", width, height);
+    if (width > 0 && height > 0) return NoError;
+    return Status::Format(OutOfRange, L"The size (%d, %d) of the result must be positive", width, height);
 }
 
 } // namespace
@@ -152,40 +153,36 @@ bool RefusesSize(const Entry& entry, int width, int height)
 void Geometry::DownSample(int Width, int Height, const Image& Src, Image& Dst, bool Filter)
 {
     const Entry entry("Tesk::Geometry::DownSample");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Rgba && entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
-    if (RefusesSize(entry, Width, Height)) return;
-    sizing::FillSized(entry, Src, Dst, Width, Height, [Filter](const Image& s, Image& d) {
-        const bool halves = s.Width == 2 * d.Width && s.Height == 2 * d.Height;
+    if (entry.Refuses(images::CheckType(Src, {Gray, Gray16, Rgb, Rgba})) || entry.Refuses(CheckSize(Width, Height)))
+        return;
+    images::Sources held;
+    if (Prepare(entry, Src, Dst, Width, Height, held)) return;
+    entry.Guards(images::noImage, [&] {
+        const Image& s = held.a;
+        const bool halves = s.Width == 2 * Dst.Width && s.Height == 2 * Dst.Height;
         if (!Filter)
-            PickPixels(s, d, Spread(s.Width, d.Width), Spread(s.Height, d.Height));
+            PickPixels(s, Dst, Spread(s.Width, Dst.Width), Spread(s.Height, Dst.Height));
         else if (halves && s.Type != Rgba)
-            pyramid::Reduce(s, d, true);
-        else if (s.Type == Gray)
-            MeanBlocks<1, std::uint8_t>(s, d);
-        else if (s.Type == Gray16)
-            MeanBlocks<1, std::uint16_t>(s, d);
-        else if (s.Type == Rgb)
-            MeanBlocks<3, std::uint8_t>(s, d);
+            pyramid::Reduce(s, Dst, true);
         else
-            MeanBlocks<4, std::uint8_t>(s, d);
+            images::VisitSamples<Gray, Gray16, Rgb, Rgba>(
+                s.Type, [&]<int channels, typename T>() { MeanBlocks<channels, T>(s, Dst); });
     });
 }
 
 void Geometry::UpSample(int Width, int Height, const Image& Src, Image& Dst, bool Interpolate)
 {
     const Entry entry("Tesk::Geometry::UpSample");
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
-    if (RefusesSize(entry, Width, Height)) return;
-    sizing::FillSized(entry, Src, Dst, Width, Height, [Interpolate](const Image& s, Image& d) {
-        if (!Interpolate)
-            PickPixels(s, d, Nearest(s.Width, d.Width), Nearest(s.Height, d.Height));
-        else if (s.Type == Gray)
-            Enlarge<1, std::uint8_t>(s, d);
-        else if (s.Type == Gray16)
-            Enlarge<1, std::uint16_t>(s, d);
+    if (entry.Refuses(images::CheckType(Src, warps::sampledTypes)) || entry.Refuses(CheckSize(Width, Height))) return;
+    images::Sources held;
+    if (Prepare(entry, Src, Dst, Width, Height, held)) return;
+    entry.Guards(images::noImage, [&] {
+        const Image& s = held.a;
+        if (Interpolate)
+            images::VisitSamples<Gray, Gray16, Rgb>(s.Type,
+                                                    [&]<int channels, typename T>() { Enlarge<channels, T>(s, Dst); });
         else
-            Enlarge<3, std::uint8_t>(s, d);
+            PickPixels(s, Dst, Nearest(s.Width, Dst.Width), Nearest(s.Height, Dst.Height));
     });
 }
 

@@ -1,11 +1,11 @@
 // Exact transforms: flip, mirror, quarter turns.
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
-#include "image/core/SizingFrame.h"
+#include "image/core/Destination.h"
 #include "image/geometry/TurnKernels.h"
 #include "image/geometry/WarpFrame.h"
-#include "image/operator/OperatorFrame.h"
 
+#include <cstring>
 #include <vector>
 
 namespace Tesk {
@@ -14,7 +14,7 @@ namespace {
 
 std::size_t RowSize(const Image& image)
 {
-    return static_cast<std::size_t>(points::ByteCount(image));
+    return static_cast<std::size_t>(images::ByteCount(image));
 }
 
 /// Rows from the last to the first; source and destination may be one.
@@ -54,48 +54,47 @@ void MirrorRows(const Image& src, Image& dst, bool flipped)
 
 /// The frame of the two that keep the size.
 template <typename F>
-void InPlace(const char* context, const Image& Src, Image& Dst, F f)
+void KeepSize(const char* context, const Image& Src, Image& Dst, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
-    points::Sources held;
-    if (points::Prepare(entry, Src, Dst, Undefined, held)) return;
-    entry.Guards(L"Cannot allocate an image buffer", [&] { f(held.a, Dst); });
+    if (entry.Refuses(images::CheckType(Src, warps::sampledTypes))) return;
+    images::Sources held;
+    if (Prepare(entry, Src, Dst, Undefined, held)) return;
+    entry.Guards(images::noImage, [&] { f(held.a, Dst); });
 }
 
 } // namespace
 
 void Geometry::Flip(const Image& Src, Image& Dst)
 {
-    InPlace("Tesk::Geometry::Flip", Src, Dst, FlipRows);
+    KeepSize("Tesk::Geometry::Flip", Src, Dst, FlipRows);
 }
 
 void Geometry::Mirror(const Image& Src, Image& Dst)
 {
-    InPlace("Tesk::Geometry::Mirror", Src, Dst, [](const Image& s, Image& d) { MirrorRows(s, d, false); });
+    KeepSize("Tesk::Geometry::Mirror", Src, Dst, [](const Image& s, Image& d) { MirrorRows(s, d, false); });
 }
 
 void Geometry::Turn(int Quadrant, const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Geometry::Turn");
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(warps::RefuseUnlessSampled(Src.Type))) return;
+    if (entry.Refuses(images::CheckType(Src, warps::sampledTypes))) return;
     const int quarters = Quadrant & 3;
     const bool swaps = quarters & 1;
-    sizing::FillSized(
-        entry, Src, Dst, swaps ? Src.Height : Src.Width, swaps ? Src.Width : Src.Height,
-        [quarters](const Image& s, Image& d) {
-            const auto elementSize = static_cast<std::size_t>(ElementSize(s.Type));
-            const auto width = static_cast<std::size_t>(int(s.Width)), height = static_cast<std::size_t>(int(s.Height));
-            if (quarters == 0)
-                points::CopyRows(s, d);
-            else if (quarters == 2)
-                MirrorRows(s, d, true);
-            else if (quarters == 1)
-                // Column x from the bottom up becomes row x.
-                kernels::Transpose(s.Row(s.Height - 1), -s.Pitch, width, height, d.FirstPixel, d.Pitch, elementSize);
-            else
-                kernels::Transpose(s.FirstPixel, s.Pitch, width, height, d.Row(d.Height - 1), -d.Pitch, elementSize);
-        });
+    images::Sources held;
+    if (Prepare(entry, Src, Dst, swaps ? Src.Height : Src.Width, swaps ? Src.Width : Src.Height, held)) return;
+    const Image& s = held.a;
+    const auto elementSize = static_cast<std::size_t>(ElementSize(s.Type));
+    const auto width = static_cast<std::size_t>(int(s.Width)), height = static_cast<std::size_t>(int(s.Height));
+    if (quarters == 0)
+        images::CopyRows(s, Dst);
+    else if (quarters == 2)
+        entry.Guards(images::noImage, [&] { MirrorRows(s, Dst, true); });
+    else if (quarters == 1)
+        // Column x from the bottom up becomes row x.
+        kernels::Transpose(s.Row(s.Height - 1), -s.Pitch, width, height, Dst.FirstPixel, Dst.Pitch, elementSize);
+    else
+        kernels::Transpose(s.FirstPixel, s.Pitch, width, height, Dst.Row(Dst.Height - 1), -Dst.Pitch, elementSize);
 }
 
 } // namespace Tesk

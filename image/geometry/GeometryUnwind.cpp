@@ -1,9 +1,9 @@
 // The polar unwinding of a ring.
+#include "foundation/Angles.h"
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
 #include "image/geometry/WarpFrame.h"
 
-#include <numbers>
 #include <vector>
 
 namespace Tesk {
@@ -30,7 +30,7 @@ void warps::FillRing(const Ring& ring, const Image& src, Image& dst, bool interp
         const double column = static_cast<double>(i);
         const double angle =
             lastColumn ? ((lastColumn - column) * ring.begAngle + column * ring.endAngle) / lastColumn : ring.begAngle;
-        const double radians = angle * (std::numbers::pi / 180);
+        const double radians = ToRadians(angle);
         directions[i] = {std::cos(radians), std::sin(radians)};
     }
     const double half = interpolate ? 0 : 0.5;
@@ -54,8 +54,8 @@ void Geometry::Unwind(XY& Center, double BegAngle, double EndAngle, double BegRa
     const Ring ring{Center, BegAngle, EndAngle, BegRadius, EndRadius};
     if (entry.Refuses(warps::RefuseRing(ring))) return;
     Image src;
-    if (warps::Prepare(Src, Dst, false, src)) return;
-    entry.Guards(L"Cannot allocate an image buffer", [&] { warps::FillRing(ring, src, Dst, Interpolate); });
+    if (entry.Refuses(warps::HoldSource(Src, Dst, false, src))) return;
+    entry.Guards(images::noImage, [&] { warps::FillRing(ring, src, Dst, Interpolate); });
 }
 
 } // namespace Tesk

@@ -1,17 +1,9 @@
+// The checks that the warps share, and the source that they hold.
 #include "image/geometry/WarpFrame.h"
-
-#include "image/core/SizingFrame.h"
-#include "image/operator/OperatorFrame.h"
 
 #include <limits>
 
 namespace Tesk::warps {
-
-int RefuseUnlessSampled(PixelTypes type)
-{
-    constexpr points::Types sampled = {Gray, Gray16, Rgb};
-    return sampled.Has(type) ? NoError : points::RefuseType(type);
-}
 
 namespace {
 
@@ -30,6 +22,12 @@ bool HasOffsets(const Image& src)
     return src.Pitch > 0 && std::int64_t{src.Pitch} * src.Height <= std::numeric_limits<std::uint32_t>::max();
 }
 
+/// Makes a view of a source a copy where writes would reach it, or where the offsets of a map cannot address its rows.
+int KeepAddressed(Image& held, const Image& dst)
+{
+    return HasOffsets(held) ? KeepApart(held, dst, InPlace::Copied) : CopyWindow(held);
+}
+
 } // namespace
 
 int RefuseExtent(const Image& src)
@@ -44,24 +42,18 @@ int RefuseImages(const Image& Src, const Image& Dst, bool withRgba)
     if (const int code = CheckImage(Src)) return code;
     if (const int code = RefuseDestination(Src, Dst)) return code;
     const bool mapped = withRgba && Dst.Type == GeoMap && Src.Type == Rgba;
-    if (const int code = mapped ? NoError : RefuseUnlessSampled(Src.Type)) return code;
+    if (!mapped && !sampledTypes.Has(Src.Type)) return RefuseType(Src.Type);
     return Dst.Type == GeoMap ? RefuseExtent(Src) : NoError;
 }
 
-bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held)
+int HoldSource(const Image& Src, Image& Dst, bool keeps, Image& held)
 {
     held.ShallowCopy(Src, true);
     Dst.DetachIfShared(keeps);
-    // A map only measures the source.
-    if (Dst.Type != GeoMap && (sizing::Reaches(Dst, held) || !HasOffsets(held))) {
-        Image copy;
-        if (sizing::RefuseSize(copy, Src.Width, Src.Height, Src.Type)) return true;
-        points::CopyRows(held, copy);
-        held.ShallowCopy(copy, true);
-    }
     Dst.GradGain = 1;
-    Status::Error().Code = NoError;
-    return false;
+    // A map only measures the source.
+    if (Dst.Type == GeoMap) return NoError;
+    return KeepAddressed(held, Dst);
 }
 
 void BilinearWideRow(const kernels::Surface& s, const GeoMapPixel* entries, std::int32_t* d, std::size_t n)
@@ -92,41 +84,27 @@ namespace {
 template <typename F>
 int FillSized(const Image& Src, Image& Dst, std::int64_t width, std::int64_t height, F fill)
 {
-    constexpr const wchar_t* noMemory = L"Cannot allocate the image buffer";
-    constexpr std::int64_t largest = std::numeric_limits<int>::max();
-    if (width < 1 || height < 1 || width > largest || height > largest) return Status::Format(CannotAllocate, noMemory);
-    return WithMemory(noMemory, [&] {
+    return WithMemory(L"Cannot allocate the image buffer", [&]() -> int {
         Image src;
         src.ShallowCopy(Src, true);
-        const auto w = static_cast<int>(width), h = static_cast<int>(height);
-        if (sizing::Reaches(Dst, src) || !HasOffsets(src)) {
-            Image copy;
-            if (!sizing::SizeWindow(copy, src.Width, src.Height, src.Type))
-                return Status::Format(CannotAllocate, noMemory);
-            points::CopyRows(src, copy);
-            src.ShallowCopy(copy, true);
-        }
-        if (!sizing::SizeWindow(Dst, w, h, src.Type)) return Status::Format(CannotAllocate, noMemory);
+        if (const int code = Dst.Fit(width, height, src.Type)) return code;
         Dst.DetachIfShared(false);
-        fill(src, Dst);
         Dst.GradGain = 1;
-        return int(NoError);
+        if (const int code = KeepAddressed(src, Dst)) return code;
+        fill(src, Dst);
+        return NoError;
     });
 }
 
-int RefuseSource(const Image& src)
-{
-    constexpr points::Types sampled = {Gray, Gray16, Gray32, Rgb};
-    if (const int code = CheckImage(src)) return code;
-    return sampled.Has(src.Type) ? NoError : points::RefuseType(src.Type);
-}
+/// What other families sample.
+constexpr Types anySampled = {Gray, Gray16, Gray32, Rgb};
 
 } // namespace
 
 int SampleAffine(const AffineMap& map, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
                  bool interpolate)
 {
-    if (const int code = RefuseSource(src)) return code;
+    if (const int code = CheckType(src, anySampled)) return code;
     if (const int code = RefuseFar(map, width, height)) return code;
     return FillSized(src, dst, width, height,
                      [&](const Image& from, Image& to) { FillAffine(map, from, to, interpolate); });
@@ -135,7 +113,7 @@ int SampleAffine(const AffineMap& map, const Image& src, Image& dst, std::int64_
 int SampleRing(const Ring& ring, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
                bool interpolate)
 {
-    if (const int code = RefuseSource(src)) return code;
+    if (const int code = CheckType(src, anySampled)) return code;
     if (const int code = RefuseRing(ring)) return code;
     return FillSized(src, dst, width, height,
                      [&](const Image& from, Image& to) { FillRing(ring, from, to, interpolate); });

@@ -2,12 +2,17 @@
 #pragma once
 
 #include "foundation/Entry.h"
+#include "image/core/Destination.h"
+#include "image/core/PixelTypes.h"
+#include "image/core/Refusals.h"
 #include "image/geometry/WarpKernels.h"
 #include "image/geometry/Warps.h"
 
 #include <cmath>
 
 namespace Tesk::warps {
+
+using namespace images;
 
 inline constexpr int fractionBits = 16;
 inline constexpr std::int64_t one = 1 << fractionBits;
@@ -16,12 +21,12 @@ inline constexpr std::int64_t one = 1 << fractionBits;
 int RefuseImages(const Image& Src, const Image& Dst, bool withRgba);
 
 /// Holds a checked source (a view, or a copy where the destination shares its memory or the offsets of a map
-/// cannot address the rows) and detaches the destination, with its pixels if it `keeps` some of them. True, and
-/// reported, if there is no memory.
-bool Prepare(const Image& Src, Image& Dst, bool keeps, Image& held);
+/// cannot address the rows) and detaches the destination, with its pixels if it `keeps` some of them. An `ErrorCodes`
+/// value.
+int HoldSource(const Image& Src, Image& Dst, bool keeps, Image& held);
 
-/// Refuses pixel types that no warp samples.
-int RefuseUnlessSampled(PixelTypes type);
+/// The types of pixels that warps sample.
+inline constexpr images::Types sampledTypes = {Gray, Gray16, Rgb};
 
 /// Refuses sources that the offsets of a map cannot address.
 int RefuseExtent(const Image& src);

@@ -5,7 +5,6 @@
 #include "image/histogram/HistogramFrame.h"
 #include "image/histogram/MaskedCounts.h"
 #include "measure/Region.h"
-#include "measure/profile/ProfileFrame.h"
 
 #include <cstring>
 
@@ -29,7 +28,7 @@ template <typename Count>
 void AddCounts(const Count* counts, int size, std::int32_t* samples, int stride)
 {
     for (int i = 0; i < size; i++, samples += stride)
-        *samples = Held(*samples + static_cast<std::int64_t>(counts[i]));
+        *samples = CountSample(*samples + static_cast<std::int64_t>(counts[i]));
 }
 
 } // namespace
@@ -61,12 +60,12 @@ void Histogram::Compute(const Image& Src, bool Clear)
     const Entry entry("Tesk::Histogram::Compute");
     if (entry.Refuses(CheckImage(Src))) return;
     if (!IsCounted(Src.Type)) {
-        entry.Refuses(RefuseImage(Src.Type));
+        entry.Refuses(RefuseType(Src.Type));
         return;
     }
     const int entries = EntriesOf(Src.Type);
     if (!SetUp(entry, Src.Type, entries, Clear)) return;
-    profiles::Guarded(entry, [&] {
+    Guarded(entry, [&] {
         if (Src.Type == Gray) {
             AddCounts(CountGray(Src).data(), entries, Samples(), 1);
         } else if (Src.Type == Gray16) {
@@ -84,11 +83,11 @@ void Histogram::Compute(const Image& Src, const Region& Mask, bool Clear)
     const Entry entry("Tesk::Histogram::Compute");
     if (entry.Refuses(CheckImage(Src))) return;
     if (!IsCounted(Src.Type)) {
-        entry.Refuses(RefuseImage(Src.Type));
+        entry.Refuses(RefuseType(Src.Type));
         return;
     }
     const int entries = EntriesOf(Src.Type), numbers = Src.Type == Rgb ? 3 * entries : entries;
-    profiles::Guarded(entry, [&] {
+    Guarded(entry, [&] {
         const std::vector<std::uint64_t> counts = CountMasked(Src, Mask.Runs(), entries);
         if (SetUp(entry, Src.Type, entries, Clear)) AddCounts(counts.data(), numbers, Samples(), 1);
     });
@@ -103,7 +102,7 @@ void Histogram::Compute(const Profile& Src, bool Clear)
                      PixelTypeName(Src.Type));
         return;
     }
-    const int entries = EntriesOf(Src.Type), channels = profiles::Channels(Src.Type);
+    const int entries = EntriesOf(Src.Type), channels = Channels(Src.Type);
     const std::ptrdiff_t numbers = static_cast<std::ptrdiff_t>(Src.Length) * channels;
     for (std::ptrdiff_t i = 0; i < numbers; i++)
         if (Src.Samples()[i] < 0 || Src.Samples()[i] >= entries) {
@@ -117,13 +116,13 @@ void Histogram::Compute(const Profile& Src, bool Clear)
     if (!SetUp(entry, held.Type, entries, Clear)) return;
     for (std::ptrdiff_t i = 0; i < numbers; i++) {
         std::int32_t& count = Samples()[std::ptrdiff_t{held.Samples()[i]} * channels + i % channels];
-        count = Held(std::int64_t{count} + 1);
+        count = CountSample(std::int64_t{count} + 1);
     }
 }
 
 /// Stands ready for the sums of the counts of a window, at the same levels: elsewhere than in place, in a copy of the
 /// whole store. False without memory.
-bool Histogram::PrepareSums(const Histogram& Src, Profile& held)
+bool Histogram::SetUpSums(const Histogram& Src, Profile& held)
 {
     if (First == Src.First && Length == Src.Length && Type == Src.Type) return Prepare(Src, *this, Src.Type, held);
     held.ShallowCopy(Src, true);
@@ -143,21 +142,21 @@ void Histogram::Cumulate(const Histogram& Src)
         entry.Refuse(VoidObject, L"Void histogram");
         return;
     }
-    if (!profiles::IsGray(Src.Type) && Src.Type != Rgb) {
+    if (!IsGray(Src.Type) && Src.Type != Rgb) {
         entry.Refuse(UnsupportedType, L"Histogram pixel Type (%ls) not supported for this operation",
                      PixelTypeName(Src.Type));
         return;
     }
     Profile held;
-    if (!PrepareSums(Src, held)) {
+    if (!SetUpSums(Src, held)) {
         entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
         return;
     }
-    const int channels = profiles::Channels(Type);
+    const int channels = Channels(Type);
     for (int c = 0; c < channels; c++) {
         std::int64_t sum = 0;
         for (std::ptrdiff_t i = c; i < static_cast<std::ptrdiff_t>(Length) * channels; i += channels)
-            Samples()[i] = profiles::Saturated(sum += held.Samples()[i]);
+            Samples()[i] = Saturated(sum += held.Samples()[i]);
     }
 }
 
@@ -167,7 +166,7 @@ int& Histogram::Bin(int Index) const
     thread_local int dummy = 0;
     if (Length < 1)
         entry.Refuse(VoidObject, L"Void histogram");
-    else if (!profiles::IsGray(Type))
+    else if (!IsGray(Type))
         entry.Refuse(UnsupportedType, L"Histogram pixel Type (%ls) not supported for this operation",
                      PixelTypeName(Type));
     else if (Index < 0 || Index >= Length)
@@ -190,8 +189,8 @@ const char* Histogram::ToAsciiString(int Index) const
         return "";
     }
     const int end = Index == -1 ? int(Length) : static_cast<int>(from) + 1;
-    const int channels = profiles::Channels(Type);
-    profiles::Guarded(entry, [&] {
+    const int channels = Channels(Type);
+    Guarded(entry, [&] {
         text_ = channels == 1 ? "Level\tCount\n" : "Level\tRed\tGreen\tBlue\n";
         for (int i = static_cast<int>(from); i < end; i++) {
             text_ += std::to_string(I + i);

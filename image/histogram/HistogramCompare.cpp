@@ -1,10 +1,9 @@
 // Differences between two images, and bringing one to the mean and variance of another.
 #include "image/Histogram.h"
 
-#include "image/Operator.h"
-#include "image/core/SizingFrame.h"
+#include "image/core/PixelLoops.h"
 #include "image/histogram/HistogramFrame.h"
-#include "image/operator/OperatorFrame.h"
+#include "image/operator/PixelSteps.h"
 
 #include <array>
 #include <cmath>
@@ -15,13 +14,13 @@ using namespace levels;
 
 namespace {
 
-int CheckPair(const Image& src, const Image& srcB, points::Types types)
+int CheckPair(const Image& src, const Image& srcB, Types types)
 {
     if (const int code = CheckImages(src, srcB)) return code;
-    return types.Has(src.Type) ? NoError : RefuseImage(src.Type);
+    return types.Has(src.Type) ? NoError : RefuseType(src.Type);
 }
 
-constexpr points::Types comparedTypes = {Gray, Gray16, Rgb};
+constexpr Types comparedTypes = {Gray, Gray16, Rgb};
 
 /// Calls `f(a, b, n)` for pairs of rows, of numbers of the width of a channel.
 template <typename F>
@@ -34,11 +33,6 @@ void EachRowPair(const Image& a, const Image& b, F f)
             f(a.Row<Gray16Pixel>(y), b.Row<Gray16Pixel>(y), numbers);
         else
             f(a.Row(y), b.Row(y), numbers);
-}
-
-double PixelCount(const Image& image)
-{
-    return static_cast<double>(image.Width) * image.Height;
 }
 
 /// The differences of a row fit into 32 bits in pieces of this many numbers.
@@ -57,36 +51,28 @@ Fit FitTo(const Moments& source, double mean, double variance)
     return {gain, (mean < 0 ? source.mean : mean) - gain * source.mean};
 }
 
-int CheckGray(const Image& src)
+/// Scales the three channels, red first. True, and reported, if it was refused.
+bool ScaleColors(const Entry& entry, const Image& src, Image& dst, double gain, const std::array<double, 3>& offsets)
 {
-    if (const int code = CheckImage(src)) return code;
-    if (src.Type == Gray) return NoError;
-    return Status::Format(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation",
-                          PixelTypeName(src.Type));
-}
-
-/// Scales the three channels, red first.
-void ScaleColors(const Entry& entry, const Image& src, Image& dst, double gain, const std::array<double, 3>& offsets)
-{
-    points::Sources held;
-    if (points::Prepare(entry, src, dst, Undefined, held)) return;
+    Sources held;
+    if (Prepare(entry, src, dst, Undefined, held)) return true;
     std::uint8_t tables[3][byteLevels];
     for (std::size_t c = 0; c < 3; c++)
         for (int v = 0; v < byteLevels; v++)
-            tables[c][v] = points::TruncatedByte(gain * v + offsets[c]);
-    points::EachPixel<RgbPixel, RgbPixel>(
+            tables[c][v] = TruncatedByte(gain * v + offsets[c]);
+    EachPixel<RgbPixel, RgbPixel>(
         held.a, dst, [&](RgbPixel p) { return RgbPixel(tables[0][p.Red], tables[1][p.Green], tables[2][p.Blue]); });
+    return false;
 }
 
-/// A copy of an image as `Gray`; a view of it where it is that and no write into `dst` reaches it. False if there is no
-/// memory.
-bool AsGrayApart(const Image& src, const Image& dst, Image& gray)
+/// A copy of an image as `Gray`; a view of it where it is that and no write into `dst`, in its window as it stands or
+/// as its size will make it, reaches it. True, and reported, if there is no memory.
+bool RefusesGrayApart(const Entry& entry, const Image& src, const Image& dst, Image& gray)
 {
-    if (src.Type == Gray && !sizing::Reaches(dst, src))
-        gray.ShallowCopy(src, true);
-    else
-        Operator::Copy(src, gray, Gray);
-    return Status::Error().Code == NoError;
+    const bool reached = src.Buffer == dst.Buffer || Overlap(src, dst);
+    if (src.Type != Gray || reached) return points::CopyPixels(entry, src, gray, Gray);
+    gray.ShallowCopy(src, true);
+    return false;
 }
 
 } // namespace
@@ -110,7 +96,7 @@ int Histogram::CountDifferences(const Image& Src, const Image& SrcB)
             count += row;
         });
     }
-    return Held(count);
+    return CountSample(count);
 }
 
 double Histogram::SumAbsoluteDifferences(const Image& Src, const Image& SrcB, bool Average)
@@ -193,10 +179,9 @@ double Histogram::NormalizedCorrelation(const Image& Src, const Image& SrcB)
 void Histogram::Normalize(double Mean, double Variance, const Image& Src, Image& Dst, double& Gain, double& Offset)
 {
     const Entry entry("Tesk::Histogram::Normalize");
-    if (entry.Refuses(CheckGray(Src))) return;
+    if (entry.Refuses(CheckOnly(Src, Gray))) return;
     const Fit fit = FitTo(MomentsOf(Src), Mean, Variance);
-    Operator::GainOffset(fit.gain, fit.offset, Src, Dst);
-    if (Status::Error().Code != NoError) return;
+    if (points::ScalePixels(entry, fit.gain, fit.offset, Src, Dst)) return;
     Gain = fit.gain;
     Offset = fit.offset;
 }
@@ -205,12 +190,7 @@ void Histogram::Normalize(double MeanR, double MeanG, double MeanB, double Varia
                           double& Gain, double& OffsetR, double& OffsetG, double& OffsetB)
 {
     const Entry entry("Tesk::Histogram::Normalize");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Rgb) {
-        entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
-                     PixelTypeName(Src.Type));
-        return;
-    }
+    if (entry.Refuses(CheckOnly(Src, Rgb))) return;
     std::array<double, 3> means{}, offsets = {MeanR, MeanG, MeanB};
     const double variance = Histogram::Variance(Src, means[0], means[1], means[2]);
     double gain = 0;
@@ -219,8 +199,7 @@ void Histogram::Normalize(double MeanR, double MeanG, double MeanB, double Varia
         gain = fit.gain;
         offsets[c] = fit.offset;
     }
-    ScaleColors(entry, Src, Dst, gain, offsets);
-    if (Status::Error().Code != NoError) return;
+    if (ScaleColors(entry, Src, Dst, gain, offsets)) return;
     Gain = gain;
     OffsetR = offsets[0];
     OffsetG = offsets[1];
@@ -231,7 +210,7 @@ void Histogram::Normalize(const Image& Src, const Image& SrcB, Image& Dst, doubl
 {
     {
         const Entry entry("Tesk::Histogram::Normalize");
-        if (entry.Refuses(CheckGray(Src)) || entry.Refuses(CheckGray(SrcB))) return;
+        if (entry.Refuses(CheckOnly(Src, Gray)) || entry.Refuses(CheckOnly(SrcB, Gray))) return;
     }
     const Moments wanted = MomentsOf(SrcB);
     Normalize(wanted.mean, wanted.variance, Src, Dst, Gain, Offset);
@@ -241,17 +220,15 @@ void Histogram::ShowDifferences(const Image& Src, const Image& SrcB, Image& Dst,
 {
     const Entry entry("Tesk::Histogram::ShowDifferences");
     if (entry.Refuses(CheckPair(Src, SrcB, {Gray, Gray16, Gray32, Rgb, Rgba, Grad, Gray1}))) return;
-    // From here on only memory can be lacking, which the operation that lacks it reports.
     Image a, b;
-    if (!AsGrayApart(Src, Dst, a) || !AsGrayApart(SrcB, Dst, b)) return;
+    if (RefusesGrayApart(entry, Src, Dst, a) || RefusesGrayApart(entry, SrcB, Dst, b)) return;
     double gain = 1, offset = 0;
     if (Normalize) {
         const Moments momentsA = MomentsOf(a), momentsB = MomentsOf(b);
         gain = momentsB.variance > 0 ? momentsA.variance / momentsB.variance : 0;
         offset = momentsA.mean - gain * momentsB.mean;
     }
-    Operator::Copy(Src.Type == Rgb || Src.Type == Rgba ? Src : a, Dst, Rgb);
-    if (Status::Error().Code != NoError) return;
+    if (points::CopyPixels(entry, Src.Type == Rgb || Src.Type == Rgba ? Src : a, Dst, Rgb)) return;
     // A colour image over itself is not copied, and may be shared still.
     Dst.DetachIfShared(true);
     const double threshold = Threshold;

@@ -1,11 +1,10 @@
 // Measures of the quality of an image: noise and saturation; the moments of its colours.
 #include "image/Histogram.h"
 
-#include "image/Operator.h"
-#include "image/core/SizingFrame.h"
+#include "image/core/PixelLoops.h"
 #include "image/histogram/HistogramFrame.h"
-#include "image/operator/OperatorFrame.h"
-#include "measure/profile/ProfileFrame.h"
+#include "image/histogram/NoiseEstimate.h"
+#include "image/operator/PixelSteps.h"
 
 #include <array>
 #include <vector>
@@ -62,21 +61,14 @@ bool EachAnswer(const Image& src, int channels, const std::array<int, size>& mas
 template <typename F>
 bool EachAnswer(const Image& src, bool large, F row)
 {
-    const int channels = src.Type == Rgb ? 3 : 1;
-    if (src.Type == Gray16)
-        return large ? EachAnswer<Gray16Pixel>(src, channels, largeMask, row)
-                     : EachAnswer<Gray16Pixel>(src, channels, plainMask, row);
-    return large ? EachAnswer<GrayPixel>(src, channels, largeMask, row)
-                 : EachAnswer<GrayPixel>(src, channels, plainMask, row);
+    bool any = false;
+    VisitSamples<Gray, Gray16, Rgb>(src.Type, [&]<int channels, typename T>() {
+        any = large ? EachAnswer<T>(src, channels, largeMask, row) : EachAnswer<T>(src, channels, plainMask, row);
+    });
+    return any;
 }
 
-int CheckSource(const Image& src, points::Types types)
-{
-    if (const int code = CheckImage(src)) return code;
-    return types.Has(src.Type) ? NoError : RefuseImage(src.Type);
-}
-
-constexpr points::Types noiseTypes = {Gray, Gray16, Rgb};
+constexpr Types noiseTypes = {Gray, Gray16, Rgb};
 
 /// The extreme levels of each channel of a `Gray` or `Rgb` image, in memory order.
 struct Extremes
@@ -125,43 +117,36 @@ void LevelsOf(const Image& src, const Extremes& extremes, int& darkest, int& lig
 
 } // namespace
 
+double levels::NoiseOf(const Image& src, bool large)
+{
+    std::int64_t sum = 0, inner = 0;
+    EachAnswer(src, large, [&](int, const std::vector<std::int32_t>& answers) {
+        inner += static_cast<std::int64_t>(answers.size());
+        for (const std::int32_t answer : answers)
+            sum += answer;
+    });
+    return inner > 0 ? static_cast<double>(sum) * noiseScale / static_cast<double>(inner) : 0;
+}
+
 double Histogram::Noise(const Image& Src, bool Large)
 {
     const Entry entry("Tesk::Histogram::Noise");
-    if (entry.Refuses(CheckSource(Src, noiseTypes))) return 0;
+    if (entry.Refuses(CheckType(Src, noiseTypes))) return 0;
     double result = 0;
-    profiles::Guarded(entry, [&] {
-        std::int64_t sum = 0, inner = 0;
-        EachAnswer(Src, Large, [&](int, const std::vector<std::int32_t>& answers) {
-            inner += static_cast<std::int64_t>(answers.size());
-            for (const std::int32_t answer : answers)
-                sum += answer;
-        });
-        if (inner > 0) result = static_cast<double>(sum) * noiseScale / static_cast<double>(inner);
-    });
+    Guarded(entry, [&] { result = NoiseOf(Src, Large); });
     return result;
 }
 
 void Histogram::ShowNoise(const Image& Src, Image& Dst, bool Large)
 {
     const Entry entry("Tesk::Histogram::ShowNoise");
-    if (entry.Refuses(CheckSource(Src, noiseTypes))) return;
-    // The answers need pixels that an operation in place has already written.
-    Image copy;
-    const bool sharing = sizing::Reaches(Dst, Src);
-    if (sharing) {
-        Operator::Copy(Src, copy);
-        if (Status::Error().Code != NoError) return;
-    }
-    const Image& source = sharing ? copy : Src;
-    points::Sources held;
-    if (points::Prepare(entry, source, Dst, source.Type == Rgb ? Rgb : Gray, held)) return;
-    const auto bytes = static_cast<std::size_t>(points::ByteCount(Dst));
-    for (int y = 0; y < Dst.Height; y++)
-        std::memset(Dst.Row(y), 0, bytes);
+    if (entry.Refuses(CheckType(Src, noiseTypes))) return;
+    Sources held;
+    if (images::Prepare(entry, Src, Dst, Src.Type == Rgb ? Rgb : Gray, held, InPlace::Copied)) return;
+    FillRows(Dst, 0);
     const int border = (Large ? 2 : 1) * (Dst.Type == Rgb ? 3 : 1);
-    profiles::Guarded(entry, [&] {
-        EachAnswer(source, Large, [&](int y, const std::vector<std::int32_t>& answers) {
+    Guarded(entry, [&] {
+        EachAnswer(held.a, Large, [&](int y, const std::vector<std::int32_t>& answers) {
             std::uint8_t* d = Dst.Row(y) + border;
             for (const std::int32_t answer : answers)
                 *d++ = static_cast<std::uint8_t>(Min(answer, 255));
@@ -172,9 +157,9 @@ void Histogram::ShowNoise(const Image& Src, Image& Dst, bool Large)
 void Histogram::Saturation(const Image& Src, int& Darkest, int& Lightest, double& BlackFraction, double& WhiteFraction)
 {
     const Entry entry("Tesk::Histogram::Saturation");
-    if (entry.Refuses(CheckSource(Src, {Gray, Rgb}))) return;
+    if (entry.Refuses(CheckType(Src, {Gray, Rgb}))) return;
     const Extremes extremes = ExtremesOf(Src);
-    const double pixels = static_cast<double>(Src.Width) * Src.Height;
+    const double pixels = PixelCount(Src);
     LevelsOf(Src, extremes, Darkest, Lightest);
     if (Src.Type == Gray) {
         BlackFraction = extremes.firstCount[0] / pixels;
@@ -198,7 +183,7 @@ void Histogram::Saturation(const Image& Src, int& Darkest, int& Lightest, double
 void Histogram::ShowSaturation(const Image& Src, Image& Dst, int Dark, int Light)
 {
     const Entry entry("Tesk::Histogram::ShowSaturation");
-    if (entry.Refuses(CheckSource(Src, {Gray, Rgb}))) return;
+    if (entry.Refuses(CheckType(Src, {Gray, Rgb}))) return;
     int dark = Dark, light = Light;
     if (Dark == NotInitialized || Light == NotInitialized) {
         int darkest = 0, lightest = 0;
@@ -206,12 +191,11 @@ void Histogram::ShowSaturation(const Image& Src, Image& Dst, int Dark, int Light
         if (Dark == NotInitialized) dark = darkest;
         if (Light == NotInitialized) light = lightest;
     }
-    Operator::Copy(Src, Dst, Rgb);
-    if (Status::Error().Code != NoError) return;
+    if (points::CopyPixels(entry, Src, Dst, Rgb)) return;
     // A colour image over itself is not copied, and may be shared still.
     Dst.DetachIfShared(true);
     constexpr RgbPixel darkMark(0, 0, 255), lightMark(255, 0, 0);
-    points::EachPixel<RgbPixel, RgbPixel>(Dst, Dst, [=](RgbPixel p) {
+    EachPixel<RgbPixel, RgbPixel>(Dst, Dst, [=](RgbPixel p) {
         if (Min(p.Red, Min(p.Green, p.Blue)) <= dark) return darkMark;
         return Max(p.Red, Max(p.Green, p.Blue)) >= light ? lightMark : p;
     });
@@ -220,12 +204,7 @@ void Histogram::ShowSaturation(const Image& Src, Image& Dst, int Dark, int Light
 void Histogram::Covariance(const Image& Src, double& RR, double& GG, double& BB, double& RG, double& GB, double& BR)
 {
     const Entry entry("Tesk::Histogram::Covariance");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Rgb) {
-        entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
-                     PixelTypeName(Src.Type));
-        return;
-    }
+    if (entry.Refuses(CheckOnly(Src, Rgb))) return;
     std::int64_t r = 0, g = 0, b = 0, rr = 0, gg = 0, bb = 0, rg = 0, gb = 0, br = 0;
     for (int y = 0; y < Src.Height; y++)
         for (int x = 0; x < Src.Width; x++) {
@@ -240,7 +219,7 @@ void Histogram::Covariance(const Image& Src, double& RR, double& GG, double& BB,
             gb += p.Green * p.Blue;
             br += p.Blue * p.Red;
         }
-    const double n = static_cast<double>(Src.Width) * Src.Height;
+    const double n = PixelCount(Src);
     const auto moment = [n](std::int64_t product, std::int64_t s, std::int64_t t) {
         return static_cast<double>(product) / n - static_cast<double>(s) / n * (static_cast<double>(t) / n);
     };

@@ -1,7 +1,6 @@
 // The statistics and thresholds of counts, on histograms and on images.
 #include "image/core/GrayDepth.h"
 #include "image/histogram/HistogramFrame.h"
-#include "measure/profile/ProfileFrame.h"
 
 #include <cfloat>
 #include <cmath>
@@ -206,7 +205,7 @@ template <typename T, typename F>
 T OnHistogram(const char* context, const Histogram& histogram, T neutral, F f)
 {
     const Entry entry(context);
-    if (histogram.Length >= 1 && !profiles::IsGray(histogram.Type)) {
+    if (histogram.Length >= 1 && !IsGray(histogram.Type)) {
         entry.Refuse(UnsupportedType, L"Histogram pixel Type (%ls) not supported for this operation",
                      PixelTypeName(histogram.Type));
         return neutral;
@@ -216,7 +215,7 @@ T OnHistogram(const char* context, const Histogram& histogram, T neutral, F f)
         entry.Refuse(VoidObject, L"Void histogram");
         return neutral;
     }
-    profiles::Guarded(entry, [&] { neutral = f(counts); });
+    Guarded(entry, [&] { neutral = f(counts); });
     return neutral;
 }
 
@@ -231,12 +230,12 @@ T OnImage(const char* context, const Image& src, T neutral, F f)
                      PixelTypeName(src.Type));
         return neutral;
     }
-    profiles::Guarded(entry, [&] {
+    Guarded(entry, [&] {
         std::vector<std::int32_t> counts;
         const auto take = [&](const auto& counted) {
             counts.reserve(counted.size());
             for (const std::uint32_t count : counted)
-                counts.push_back(Held(count));
+                counts.push_back(CountSample(count));
         };
         if (src.Type == Gray)
             take(CountGray(src));
@@ -268,16 +267,13 @@ template <typename F>
 bool OnColors(const char* context, const Image& src, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckImage(src))) return false;
-    if (src.Type != Rgb)
-        return !entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
-                             PixelTypeName(src.Type));
+    if (entry.Refuses(CheckOnly(src, Rgb))) return false;
     const auto counted = CountRgb(src);
     std::int32_t held[3][byteLevels];
     Counts counts[3];
     for (std::size_t c = 0; c < 3; c++) {
         for (std::size_t v = 0; v < byteLevels; v++)
-            held[c][v] = Held(counted[c][v]);
+            held[c][v] = CountSample(counted[c][v]);
         counts[c] = Summed(held[c], byteLevels, 0, 1);
     }
     f(counts);
@@ -298,20 +294,12 @@ double ColorVariance(const Counts (&counts)[3], double& r, double& g, double& b)
     return (VarianceOf(counts[0], r) + VarianceOf(counts[1], g) + VarianceOf(counts[2], b)) / 3;
 }
 
-double PixelCount(const Image& image)
-{
-    return static_cast<double>(image.Width) * image.Height;
-}
-
 /// Runs `f` on the sums of the channels of a colour image; false on a refusal.
 template <typename F>
 bool OnColorSums(const char* context, const Image& src, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckImage(src))) return false;
-    if (src.Type != Rgb)
-        return !entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation, use Rgb",
-                             PixelTypeName(src.Type));
+    if (entry.Refuses(CheckOnly(src, Rgb))) return false;
     f(SumRgb(src));
     return true;
 }
@@ -337,13 +325,13 @@ using namespace levels;
 int Histogram::Count(int Threshold, bool Above) const
 {
     return OnHistogram("Tesk::Histogram::Count", *this, 0,
-                       [=](const Counts& h) { return Held(CountOf(h, Threshold, Above)); });
+                       [=](const Counts& h) { return CountSample(CountOf(h, Threshold, Above)); });
 }
 
 int Histogram::Count(int Threshold, bool Above, const Image& Src)
 {
     return OnImage("Tesk::Histogram::Count", Src, 0,
-                   [=](const Counts& h) { return Held(CountOf(h, Threshold, Above)); });
+                   [=](const Counts& h) { return CountSample(CountOf(h, Threshold, Above)); });
 }
 
 double Histogram::Mean() const

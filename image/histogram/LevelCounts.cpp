@@ -1,8 +1,9 @@
 #include "image/histogram/LevelCounts.h"
 
+#include "image/core/PixelLoops.h"
 #include "image/kernels/RowKernels.h"
-#include "image/operator/OperatorFrame.h"
 
+#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
@@ -111,7 +112,7 @@ void AddTables(const Tables& tables, Levels& counts)
 std::array<std::uint32_t, byteLevels> CountGray(const Image& src)
 {
     Tables tables{};
-    const auto [rows, n] = points::RunOver(src.Width, {&src});
+    const auto [rows, n] = images::RunOver(src.Width, {&src});
     std::uint32_t* pairs = PairTable<pairValues>(src);
     for (int y = 0; y < rows; y++) {
         const std::uint8_t* row = src.Row(y);
@@ -127,7 +128,7 @@ std::array<std::uint32_t, byteLevels> CountGray(const Image& src)
 std::array<std::array<std::uint32_t, byteLevels>, 3> CountRgb(const Image& src)
 {
     Tables red{}, green{}, blue{};
-    const auto [rows, n] = points::RunOver(src.Width, {&src});
+    const auto [rows, n] = images::RunOver(src.Width, {&src});
     const auto count = [&](const std::uint8_t* pixel, std::size_t table) {
         blue[table][pixel[0]]++;
         green[table][pixel[1]]++;
@@ -160,7 +161,7 @@ std::array<std::array<std::uint32_t, byteLevels>, 3> CountRgb(const Image& src)
 ByteSums SumGray(const Image& src)
 {
     ByteSums sums{};
-    const auto [rows, n] = points::RunOver(src.Width, {&src});
+    const auto [rows, n] = images::RunOver(src.Width, {&src});
     for (int y = 0; y < rows; y++)
         kernels::MomentsRow(src.Row(y), n, sums.sum, sums.squares);
     return sums;
@@ -171,7 +172,7 @@ std::array<ByteSums, 3> SumRgb(const Image& src)
     // Lanes are added up side by side, so that the compiler can do many at once; their number is a whole one of pixels.
     constexpr std::size_t lanes = 48, blocks = 65536; // squares of so many bytes fit into 32 bits
     std::array<ByteSums, 3> sums{};
-    const auto [rows, n] = points::RunOver(points::ByteCount(src), {&src});
+    const auto [rows, n] = images::RunOver(images::ByteCount(src), {&src});
     for (int y = 0; y < rows; y++) {
         const std::uint8_t* row = src.Row(y);
         std::size_t i = 0;
@@ -206,7 +207,7 @@ std::vector<std::uint32_t> CountGray16(const Image& src, int entries)
     const std::size_t tables = size <= smallTable ? 4 : 2;
     std::vector<std::uint32_t> counts(tables * size);
     const auto last = static_cast<std::uint16_t>(entries - 1);
-    const auto [rows, n] = points::RunOver(src.Width, {&src});
+    const auto [rows, n] = images::RunOver(src.Width, {&src});
     for (int y = 0; y < rows; y++) {
         const auto* row = src.Row<std::uint16_t>(y);
         std::uint32_t* table[] = {counts.data(), counts.data() + size, counts.data() + (tables == 4 ? 2 * size : 0),

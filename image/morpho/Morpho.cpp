@@ -2,8 +2,12 @@
 #include "image/Morpho.h"
 
 #include "image/Operator.h"
+#include "image/core/PixelLoops.h"
+#include "image/filter/GradientVector.h"
 #include "image/morpho/MorphoExtremum.h"
 #include "image/morpho/MorphoFrame.h"
+
+#include <cstring>
 
 namespace Tesk {
 
@@ -11,22 +15,11 @@ namespace {
 
 using namespace morpho;
 
-const wchar_t* GradientName(GradientTypes type)
-{
-    static constexpr const wchar_t* names[] = {L"StandardGradient",   L"PrewittGradient",  L"SobelGradient",
-                                               L"CorrelatedGradient", L"Canny1Gradient",   L"Canny15Gradient",
-                                               L"Canny2Gradient",     L"ExternalGradient", L"InternalGradient"};
-    return type >= StandardGradient && type <= InternalGradient ? names[type] : L"?";
-}
-
 /// `dst = f(a, b)`, pixel by pixel, in either type.
 template <typename F>
 void Combine(const Image& a, const Image& b, Image& dst, F f)
 {
-    if (dst.Type == Gray)
-        points::EachPixelPair<GrayPixel>(a, b, dst, f);
-    else
-        points::EachPixelPair<Gray16Pixel>(a, b, dst, f);
+    VisitPixels<Gray, Gray16>(dst.Type, [&]<typename T>() { EachPixelPair<T>(a, b, dst, f); });
 }
 
 /// The largest difference that a `Gray16` image takes.
@@ -35,7 +28,7 @@ constexpr int largestDifference = 32767;
 void Difference(const Image& a, const Image& b, Image& dst)
 {
     if (dst.Type == Gray)
-        points::EachBytePair(a, b, dst, kernels::BytePair::SubtractSaturated);
+        EachBytePair(a, b, dst, kernels::BytePair::SubtractSaturated);
     else
         Combine(a, b, dst, [](int p, int q) { return Clamp(p - q, 0, largestDifference); });
 }
@@ -43,7 +36,7 @@ void Difference(const Image& a, const Image& b, Image& dst)
 void HalfWay(const Image& a, const Image& b, Image& dst)
 {
     if (dst.Type == Gray)
-        points::EachBytePair(a, b, dst, kernels::BytePair::AddHalved);
+        EachBytePair(a, b, dst, kernels::BytePair::AddHalved);
     else
         Combine(a, b, dst, [](int p, int q) { return (p + q) >> 1; });
 }
@@ -54,42 +47,39 @@ class Run
 public:
     Run(const Entry& entry, const Morpho& morpho, const Image& src, Image& dst)
         : entry_(entry), refused_(Prepare(entry, src, grayTypes, dst, held_)),
-          element_(morpho.Width, morpho.Height, morpho.Diagonal, held_), dst_(dst)
+          element_(morpho.Width, morpho.Height, morpho.Diagonal, held_.a), dst_(dst)
     {}
 
     /// Does the work, unless the source was refused; true if it was done.
     template <typename F>
     bool Do(F work)
     {
-        return !refused_ && WithMemory(entry_, [&] { work(*this); });
+        return !refused_ && Guarded(entry_, [&] { work(*this); });
     }
 
-    const Image& Src() const { return held_; }
+    const Image& Src() const { return held_.a; }
     Image& Dst() const { return dst_; }
 
     void Apply(Extremum extremum, const Image& src, Image& dst) const { morpho::Apply(extremum, element_, src, dst); }
-    void Dilate(Image& dst) const { Apply(Extremum::Maximum, held_, dst); }
-    void Erode(Image& dst) const { Apply(Extremum::Minimum, held_, dst); }
+    void Dilate(Image& dst) const { Apply(Extremum::Maximum, held_.a, dst); }
+    void Erode(Image& dst) const { Apply(Extremum::Minimum, held_.a, dst); }
     void Open(Image& dst) const { Twice(Extremum::Minimum, Extremum::Maximum, dst); }
     void Close(Image& dst) const { Twice(Extremum::Maximum, Extremum::Minimum, dst); }
 
     /// An image like the source to work in.
-    void Like(Image& work) const
-    {
-        if (!work.TrySet(held_.Width, held_.Height, held_.Type)) throw std::bad_alloc();
-    }
+    void Like(Image& work) const { MakeLike(held_.a, held_.a.Type, work); }
 
 private:
     void Twice(Extremum first, Extremum second, Image& dst) const
     {
         Image work;
         Like(work);
-        Apply(first, held_, work);
+        Apply(first, held_.a, work);
         Apply(second, work, dst);
     }
 
     const Entry& entry_;
-    Image held_;
+    Sources held_;
     bool refused_;
     Element element_;
     Image& dst_;
@@ -152,7 +142,7 @@ void Morpho::Vertical(int Height)
 
 void Morpho::ShallowCopy(const Morpho& Src, bool KeepView)
 {
-    Status::Error().Code = NoError;
+    const Entry entry("Tesk::Morpho::ShallowCopy");
     if (KeepView) *this = Src;
 }
 
@@ -210,7 +200,7 @@ void Morpho::Gradient(const Image& Src, Image& Dst, GradientTypes Type) const
         entry.Refuse(
             UnsupportedType,
             L"The gradient Type (%ls) is not supported for this operation; use one of Standard/External/Internal",
-            GradientName(Type));
+            gradients::TypeName(Type));
         return;
     }
     Run(entry, *this, Src, Dst).Do([Type](const Run& run) {
@@ -277,14 +267,18 @@ void RenderMorpho(const Morpho& Element, Image& Dst)
     // Cells of one pixel have no inside; larger ones bound the working image by the destination.
     Image shape;
     if (cell > 1) {
-        shape.Set(n, n, Gray);
-        if (Status::Error().Code != NoError) return;
-        Operator::Copy(255, shape);
-        shape.Row(n / 2)[n / 2] = 0;
-        Element.Erode(shape, shape);
-        if (Status::Error().Code != NoError) return;
+        const bool drawn = Guarded(entry, [&] {
+            Image seed;
+            if (seed.TrySet(n, n, Gray) != NoError) throw std::bad_alloc();
+            FillRows(seed, 255);
+            seed.Row(n / 2)[n / 2] = 0;
+            MakeLike(seed, Gray, shape);
+            Apply(Extremum::Minimum, morpho::Element(Element.Width, Element.Height, Element.Diagonal, seed), seed,
+                  shape);
+        });
+        if (!drawn) return;
     }
-    Operator::Copy(255, Dst);
+    FillRows(Dst, 255);
     for (int j = 0; j < shape.Height; j++)
         for (int i = 0; i < shape.Width; i++) {
             if (shape.Row(j)[i] != 0) continue;

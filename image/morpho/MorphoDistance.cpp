@@ -285,14 +285,12 @@ void Measure(const Image& src, Image& dst, GrayPixel feature, bool euclidean, bo
 void Morpho::Distance(const Image& Src, Image& Dst, bool Above, bool Euclidean, bool Connexity8, bool Large)
 {
     const Entry entry("Tesk::Morpho::Distance");
-    Image held;
+    Sources held;
     if (Prepare(entry, Src, {Gray}, Dst, held, Large ? Gray16 : Gray, L", Gray required")) return;
     const GrayPixel feature = Above ? 0 : 255;
-    WithMemory(entry, [&] {
-        if (Large)
-            Measure<Gray16Pixel>(held, Dst, feature, Euclidean, Connexity8);
-        else
-            Measure<GrayPixel>(held, Dst, feature, Euclidean, Connexity8);
+    Guarded(entry, [&] {
+        VisitPixels<Gray, Gray16>(Dst.Type,
+                                  [&]<typename T>() { Measure<T>(held.a, Dst, feature, Euclidean, Connexity8); });
     });
 }
 

@@ -89,7 +89,7 @@ public:
         if (radius_ <= mostDirect) {
             const T* rows[kernels::mostRows];
             for (int k = 0; k < length_; k++)
-                rows[k] = Source(Clamp(y - radius_ + k, 0, src_.Height - 1));
+                rows[k] = RowOf(Clamp(y - radius_ + k, 0, src_.Height - 1));
             kernels::ExtremumRow(extremum_, rows, length_, d, width_);
             return;
         }
@@ -100,7 +100,7 @@ public:
         if (k == 0)
             std::copy_n(Upwards(0), width_, d);
         else if (entering < src_.Height)
-            kernels::RunExtremumRow(extremum_, Source(entering), downwards_.data(), Upwards(k), d, width_);
+            kernels::RunExtremumRow(extremum_, RowOf(entering), downwards_.data(), Upwards(k), d, width_);
         else
             Of(Upwards(k), downwards_.data(), d);
     }
@@ -109,7 +109,7 @@ private:
     /// Up to here the rows themselves are as fast.
     static constexpr int mostDirect = 2;
 
-    const T* Source(int y) const { return src_.Row<T>(y); }
+    const T* RowOf(int y) const { return src_.Row<T>(y); }
     T* Upwards(int k) { return upwards_.data() + static_cast<std::size_t>(k) * width_; }
 
     void Of(const T* a, const T* b, T* d)
@@ -125,7 +125,7 @@ private:
         for (int k = length_ - 1; k >= 0; k--) {
             const int y = top + k;
             if (y >= 0 && y < src_.Height)
-                Of(Source(y), below, Upwards(k));
+                Of(RowOf(y), below, Upwards(k));
             else
                 std::copy_n(below, width_, Upwards(k));
             below = Upwards(k);
@@ -271,7 +271,7 @@ void ApplyTo(Extremum extremum, const Element& element, const Image& src, Image&
     }
     const bool box = element.boxX > 0 || element.boxY > 0;
     Image work;
-    if (box && !work.TrySet(src.Width, src.Height, src.Type)) throw std::bad_alloc();
+    if (box) MakeLike(src, src.Type, work);
     Image& out = box ? work : dst;
     if (element.diamond == 1)
         ApplyCross<T>(extremum, src, out);
@@ -296,10 +296,7 @@ Element::Element(int width, int height, int diagonal, const Image& window)
 
 void Apply(Extremum extremum, const Element& element, const Image& src, Image& dst)
 {
-    if (src.Type == Gray)
-        ApplyTo<std::uint8_t>(extremum, element, src, dst);
-    else
-        ApplyTo<std::uint16_t>(extremum, element, src, dst);
+    VisitPixels<Gray, Gray16>(src.Type, [&]<typename T>() { ApplyTo<T>(extremum, element, src, dst); });
 }
 
 } // namespace Tesk::morpho

@@ -1,38 +1,31 @@
-// The frame of operations that read the neighbours of a pixel: check, hold the source apart from the destination, size.
+// The frame of operations that read the neighbours of a pixel: check, size and detach the destination, hold the source
+// apart from it.
 #pragma once
 
-#include "foundation/Entry.h"
-#include "image/operator/OperatorFrame.h"
+#include "image/core/Destination.h"
+#include "image/core/PixelTypes.h"
+#include "image/core/Refusals.h"
 
 namespace Tesk::morpho {
 
-using points::CopyRows;
-using points::Types;
+using namespace images;
 
 inline constexpr Types grayTypes = {Gray, Gray16};
 
-/// A void image, or a type that is not listed; `required` ends the message, as in ", Gray required".
-int CheckType(const Image& image, Types types, const wchar_t* required = L"");
-
-/// Holds a view of the source, or a copy of its window where the destination's writes would reach it. True, and
-/// reported, if there is no memory.
-bool Hold(const Entry& entry, const Image& src, const Image& dst, Image& held);
-
-/// Sizes and detaches the destination. True if that failed.
-bool Size(const Image& src, Image& dst, PixelTypes type);
-
-/// The three steps for an operation with one source.
-bool Prepare(const Entry& entry, const Image& src, Types types, Image& dst, Image& held, PixelTypes dstType = Undefined,
-             const wchar_t* required = L"");
-
-/// A working image; true, and reported, if there is no memory.
-bool MakeWork(const Entry& entry, const Image& like, PixelTypes type, Image& work);
+/// Checks the source, and holds it apart from the destination that is sized and detached. True, and reported, if the
+/// operation must end.
+inline bool Prepare(const Entry& entry, const Image& src, Types types, Image& dst, Sources& held,
+                    PixelTypes dstType = Undefined, const wchar_t* required = L"")
+{
+    return entry.Refuses(CheckType(src, types, required)) ||
+           images::Prepare(entry, src, dst, dstType, held, InPlace::Copied);
+}
 
 /// Runs the part of an operation that allocates working memory; false, and reported, if there is none.
 template <typename F>
-bool WithMemory(const Entry& entry, F work)
+bool Guarded(const Entry& entry, F work)
 {
-    return entry.Guards(L"Cannot allocate the working memory", work);
+    return entry.Guards(noWorkingMemory, work);
 }
 
 } // namespace Tesk::morpho

@@ -1,7 +1,7 @@
 // Graph segmentation: neighbours unite into sets, the most alike first (Felzenszwalb and Huttenlocher 2004).
 #include "image/Morpho.h"
 
-#include "image/Kernel.h"
+#include "image/filter/SquareFilters.h"
 #include "image/morpho/MorphoFrame.h"
 
 #include <algorithm>
@@ -147,10 +147,8 @@ Forest Segment(const Image& image, double step, int minArea, bool connexity8)
     return forest;
 }
 
-using Smoothing = void (*)(const Image&, Image&);
-
-/// What the filters 1 to 4 are.
-constexpr Smoothing smoothings[] = {Kernel::Binomial, Kernel::Binomial5, Kernel::Binomial7, Kernel::Binomial9};
+/// The filters 1 to so many are powers of the binomial mask.
+constexpr int mostSmoothing = 4;
 
 } // namespace
 
@@ -159,16 +157,15 @@ void Morpho::GraphSegment(const Image& Src, Image& Dst, int Filter, double Step,
     const Entry entry("Tesk::Morpho::GraphSegment");
     if (entry.Refuses(CheckType(Src, {Gray, Grad}))) return;
     const bool filtered = Src.Type == Gray && Filter != 0;
-    if (filtered && (Filter < 0 || Filter > static_cast<int>(std::size(smoothings)))) {
+    if (filtered && (Filter < 0 || Filter > mostSmoothing)) {
         Status::Raise(Status::Format(OutOfRange, L"The Filter value (%d) must be in range [0..4]", Filter), "");
         return;
     }
-    Image held;
-    if (Hold(entry, Src, Dst, held) || Size(held, Dst, Gray)) return;
-    WithMemory(entry, [&] {
-        if (filtered) smoothings[Filter - 1](held, Dst);
-        if (Status::Error().Code != NoError) return;
-        Forest forest = Segment(filtered ? Dst : held, Step, MinArea, Connexity8);
+    Sources held;
+    if (Prepare(entry, Src, {Gray, Grad}, Dst, held, Gray)) return;
+    Guarded(entry, [&] {
+        if (filtered) filters::FilterBinomially(Filter, held.a, Dst);
+        Forest forest = Segment(filtered ? Dst : held.a, Step, MinArea, Connexity8);
         std::uint32_t pixel = 0;
         for (int y = 0; y < Dst.Height; y++)
             for (int x = 0; x < Dst.Width; x++)

@@ -200,19 +200,17 @@ void RankInto(const Entry& entry, const Morpho& morpho, double percent, const Im
         entry.Refuse(OutOfRange, L"The Percent (%g) must be in range [0..1)", percent);
         return;
     }
-    Image held;
+    Sources held;
     if (Prepare(entry, src, grayTypes, dst, held)) return;
     Box box{morpho.Width / 2, morpho.Height / 2, 0};
     box.rank = Min(static_cast<std::int64_t>(static_cast<double>(box.Area()) * percent), box.Area() - 1);
-    WithMemory(entry, [&] {
+    Guarded(entry, [&] {
         // The ends of the order are the extrema: edge pixels repeated change none.
         if (box.rank == 0 || box.rank == box.Area() - 1)
-            Apply(box.rank == 0 ? Extremum::Minimum : Extremum::Maximum, Element(morpho.Width, morpho.Height, 1, held),
-                  held, dst);
-        else if (held.Type == Gray)
-            RankBox<GrayPixel>(box, held, dst);
+            Apply(box.rank == 0 ? Extremum::Minimum : Extremum::Maximum,
+                  Element(morpho.Width, morpho.Height, 1, held.a), held.a, dst);
         else
-            RankBox<Gray16Pixel>(box, held, dst);
+            VisitPixels<Gray, Gray16>(held.a.Type, [&]<typename T>() { RankBox<T>(box, held.a, dst); });
     });
 }
 

@@ -3,7 +3,7 @@
 
 #include "image/morpho/MorphoExtremum.h"
 #include "image/morpho/MorphoFrame.h"
-#include "measure/path/PathFrame.h"
+#include "measure/Path.h"
 
 #include <algorithm>
 #include <utility>
@@ -21,15 +21,15 @@ struct Peak
     int height; ///< gray level, or its complement for minima
 };
 
-/// The first pixel, in row order, of each connected patch of pixels that are at least `least` high and that no
-/// neighbour surpasses.
+/// Connected components by flood fill: the first pixel, in row order, of each connected patch of pixels that are at
+/// least `least` high and that no neighbour surpasses.
 class Peaks
 {
 public:
     Peaks(Extremum extremum, int least, const Image& src, bool connexity8)
         : extremum_(extremum), least_(least), connexity8_(connexity8), src_(src)
     {
-        if (!outer_.TrySet(src.Width, src.Height, Gray)) throw std::bad_alloc();
+        MakeLike(src, Gray, outer_);
         Apply(extremum, Element(3, 3, connexity8 ? 1 : 3, src), src, outer_);
         open_.resize(static_cast<std::size_t>(int(src.Width)) * static_cast<std::size_t>(int(src.Height)));
         for (int y = 0; y < src.Height; y++)
@@ -102,9 +102,9 @@ void Insert(std::vector<Peak>& peaks, std::size_t most, const Peak& peak)
 void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, const Image& src, Path& dst,
                bool connexity8)
 {
-    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(paths::CheckReach(src))) return;
+    if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(CheckReach(src))) return;
     std::vector<Peak> peaks;
-    const bool done = WithMemory(entry, [&] {
+    const bool done = Guarded(entry, [&] {
         Peaks(extremum, least, src, connexity8).Each([&](const Peak& peak) {
             if (maxCount < 1)
                 peaks.push_back(peak);
@@ -116,9 +116,11 @@ void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, c
     dst.Clear();
     dst.OrgX = src.X;
     dst.OrgY = src.Y;
+    // A site that is not appended, for lack of memory, was reported as such.
+    int length = 0;
     for (const Peak& peak : peaks) {
         dst.Append(peak.x, peak.y);
-        if (Status::Error().Code != NoError) return;
+        if (dst.Length != ++length) return;
     }
 }
 

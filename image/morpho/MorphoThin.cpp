@@ -102,11 +102,11 @@ private:
 
 int Thin(const Entry& entry, GrayPixel foreground, const Image& src, Image& dst, int maxLayers, bool keepEnds)
 {
-    Image held;
+    Sources held;
     if (Prepare(entry, src, {Gray}, dst, held)) return 0;
-    CopyRows(held, dst);
+    CopyRows(held.a, dst);
     int layers = 0;
-    WithMemory(entry, [&] { layers = Thinning(dst, foreground, keepEnds ? thinToLines : thinToCore).Run(maxLayers); });
+    Guarded(entry, [&] { layers = Thinning(dst, foreground, keepEnds ? thinToLines : thinToCore).Run(maxLayers); });
     return layers;
 }
 

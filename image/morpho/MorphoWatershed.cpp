@@ -1,9 +1,10 @@
 // Watershed by immersion: basins grow from the darkest level up, and dams stand where two meet.
 #include "image/Morpho.h"
 
-#include "image/Histogram.h"
-#include "image/Operator.h"
+#include "image/core/PixelLoops.h"
+#include "image/histogram/NoiseEstimate.h"
 #include "image/morpho/MorphoFrame.h"
+#include "image/operator/PixelSteps.h"
 
 #include <array>
 #include <utility>
@@ -121,16 +122,16 @@ private:
 /// Makes the relief of an image: gray, and raised to the noise. True if there is none, and that was reported.
 bool MakeRelief(const Entry& entry, const Image& grd, int& noise, Image& relief)
 {
-    if (MakeWork(entry, grd, Gray, relief)) return true;
+    if (entry.Refuses(relief.TrySet(grd.Width, grd.Height, Gray))) return true;
     // A gradient whose gain has no conversion writes nothing.
-    Operator::Copy(0, relief);
-    Operator::Copy(grd, relief, Gray);
-    if (Status::Error().Code != NoError) return true;
+    FillRows(relief, 0);
+    if (points::CopyPixels(entry, grd, relief, Gray)) return true;
     // Images too small for the estimate have no noise.
-    if (noise == Auto) noise = static_cast<int>(1.3 * Histogram::Noise(relief));
+    if (noise == Auto && !Guarded(entry, [&] { noise = static_cast<int>(1.3 * levels::NoiseOf(relief, false)); }))
+        return true;
     noise = Clamp(noise, 0, 255);
-    Operator::Maximize(noise, relief, relief);
-    return Status::Error().Code != NoError;
+    ThroughTable(relief, relief, [=](int v) { return Max(v, noise); });
+    return false;
 }
 
 int CheckRelief(const Image& grd)
@@ -138,22 +139,23 @@ int CheckRelief(const Image& grd)
     return CheckType(grd, {Gray, Grad}, L", Gray or Grad required");
 }
 
-/// The frame of all forms: `write` gets the flooded labels once the destination is sized.
+/// The frame of all forms: `write` gets the flooded labels once the destination is sized, and says whether it wrote.
 template <typename F>
 int Flood(const Entry& entry, bool connexity8, const Image& grd, Image& dst, PixelTypes type, int noise, F write)
 {
     Image relief;
     if (MakeRelief(entry, grd, noise, relief)) return 0;
-    const bool done = WithMemory(entry, [&] {
+    bool done = false;
+    Guarded(entry, [&] {
         Immersion immersion(relief, connexity8);
         immersion.Flood();
-        if (!Size(relief, dst, type)) write(immersion);
+        done = !RefusesLike(relief, dst, type) && write(immersion);
     });
-    return done && Status::Error().Code == NoError ? noise : 0;
+    return done ? noise : 0;
 }
 
 template <typename T, typename F>
-void EachLabel(const Immersion& immersion, Image& dst, F f)
+bool EachLabel(const Immersion& immersion, Image& dst, F f)
 {
     for (int y = 0; y < dst.Height; y++) {
         const Label* labels = immersion.Row(y);
@@ -161,6 +163,7 @@ void EachLabel(const Immersion& immersion, Image& dst, F f)
         for (int x = 0; x < dst.Width; x++)
             d[x] = static_cast<T>(f(labels[x]));
     }
+    return true;
 }
 
 int LowByte(Label label)
@@ -190,8 +193,8 @@ int Morpho::Watershed(bool Connexity8, const Image& Grd, Image& Dst, int Noise, 
     const Entry entry("Tesk::Morpho::Watershed");
     if (entry.Refuses(CheckRelief(Grd))) return 0;
     return Flood(entry, Connexity8, Grd, Dst, Gray, Noise, [&](const Immersion& immersion) {
-        EachLabel<GrayPixel>(immersion, Dst,
-                             [&](Label label) { return Binarize ? (label == dam ? 255 : 0) : LowByte(label); });
+        return EachLabel<GrayPixel>(immersion, Dst,
+                                    [&](Label label) { return Binarize ? (label == dam ? 255 : 0) : LowByte(label); });
     });
 }
 
@@ -200,22 +203,19 @@ int Morpho::Watershed(bool Connexity8, const Image& Grd, const Image& Src, Image
     const Entry entry("Tesk::Morpho::Watershed");
     if (entry.Refuses(CheckRelief(Grd)) || entry.Refuses(CheckType(Src, {Gray}, L", Gray required"))) return 0;
     if (Grd.Width != Src.Width || Grd.Height != Src.Height) {
-        entry.Refuse(IncompatibleSize, L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)",
-                     int(Grd.Width), int(Grd.Height), int(Src.Width), int(Src.Height));
+        entry.Refuses(RefuseSizes(Grd, Src));
         return 0;
     }
     Image held;
-    if (Hold(entry, Src, Dst, held)) return 0;
+    held.ShallowCopy(Src, true);
     return Flood(entry, Connexity8, Grd, Dst, Gray, Noise, [&](const Immersion& immersion) {
-        if (!Average) {
-            EachLabel<GrayPixel>(immersion, Dst, LowByte);
-            return;
-        }
+        if (!Average) return EachLabel<GrayPixel>(immersion, Dst, LowByte);
+        if (entry.Refuses(KeepApart(held, Dst, InPlace::Copied))) return false;
         RegionMeans means(static_cast<std::size_t>(immersion.End()));
         for (int y = 0; y < held.Height; y++)
             for (int x = 0; x < held.Width; x++)
                 means.Add(static_cast<std::size_t>(immersion.Row(y)[x]), held.Row(y)[x]);
-        EachLabel<GrayPixel>(immersion, Dst, [&](Label label) {
+        return EachLabel<GrayPixel>(immersion, Dst, [&](Label label) {
             return label == dam ? 255 : means.Of(static_cast<std::size_t>(label));
         });
     });
@@ -226,7 +226,7 @@ int Morpho::_WatershedMap(bool Connexity8, const Image& Grd, Image& Dst, int Noi
     const Entry entry("Tesk::Morpho::_WatershedMap");
     if (entry.Refuses(CheckRelief(Grd))) return 0;
     return Flood(entry, Connexity8, Grd, Dst, Gray32, Noise, [&](const Immersion& immersion) {
-        EachLabel<Gray32Pixel>(immersion, Dst, [](Label label) { return label; });
+        return EachLabel<Gray32Pixel>(immersion, Dst, [](Label label) { return label; });
     });
 }
 
@@ -236,9 +236,10 @@ void Morpho::AverageRegions(const Image& Msk, const Image& Src, Image& Dst)
     if (entry.Refuses(CheckType(Msk, {Gray})) || entry.Refuses(CheckType(Src, {Gray})) ||
         entry.Refuses(CheckImages(Msk, Src)))
         return;
-    Image mask, source;
-    if (Hold(entry, Msk, Dst, mask) || Hold(entry, Src, Dst, source)) return;
-    WithMemory(entry, [&] {
+    Sources held;
+    if (Prepare(entry, Msk, Src, Dst, Gray, held, InPlace::Copied)) return;
+    Guarded(entry, [&] {
+        const Image &mask = held.a, &source = held.b;
         const int width = mask.Width, height = mask.Height;
         std::vector<std::pair<int, int>> area;
         std::vector<bool> done(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
@@ -250,7 +251,6 @@ void Morpho::AverageRegions(const Image& Msk, const Image& Src, Image& Dst)
             seen = true;
             area.emplace_back(x, y);
         };
-        if (Size(mask, Dst, Gray)) return;
         CopyRows(mask, Dst);
         for (int y = 0; y < height; y++)
             for (int x = 0; x < width; x++) {

@@ -1,11 +1,13 @@
 // Thresholds: given, automatic, adaptive, and by colour.
 #include "image/Operator.h"
 
-#include "image/filter/KernelFrame.h"
-#include "image/filter/KernelLowPass.h"
+#include "image/filter/LocalMeans.h"
 #include "image/histogram/LevelCounts.h"
+#include "image/operator/OperatorFrame.h"
 
 #include <array>
+#include <cmath>
+#include <cstring>
 #include <utility>
 
 namespace Tesk {
@@ -85,11 +87,7 @@ int RefuseMode(PixelTypes type)
 /// What the thresholds by given colours take.
 int CheckColors(const Image& src, Binarization mode)
 {
-    if (const int code = CheckImage(src)) return code;
-    if (src.Type != Rgb)
-        return Status::Format(UnsupportedType,
-                              L"The image type (%ls) is not supported for this operation, Rgb required",
-                              PixelTypeName(src.Type));
+    if (const int code = CheckType(src, {Rgb}, L", Rgb required")) return code;
     return mode == Binary || mode == Soft ? NoError : RefuseMode(src.Type);
 }
 
@@ -191,11 +189,7 @@ int Operator::Binarize(int Threshold, const Image& Src, Image& Dst, bool Above, 
 {
     if (Threshold == Auto) return Binarize(Src, Dst, Above, Mode);
     const Entry entry("Tesk::Operator::Binarize");
-    if (entry.Refuses(CheckImage(Src))) return 0;
-    if (Src.Type != Gray) {
-        entry.Refuses(RefuseType(Src.Type));
-        return 0;
-    }
+    if (entry.Refuses(CheckType(Src, {Gray}))) return 0;
     Sources held;
     if (Prepare(entry, Src, Dst, ResultType(Mode), held)) return 0;
     Split split;
@@ -208,11 +202,7 @@ int Operator::Binarize(int Threshold, const Image& Src, Image& Dst, bool Above, 
 int Operator::Binarize(const Image& Src, Image& Dst, bool Above, Binarization Mode)
 {
     const Entry entry("Tesk::Operator::Binarize");
-    if (entry.Refuses(CheckImage(Src))) return 0;
-    if (Src.Type != Gray && Src.Type != Rgb) {
-        entry.Refuses(RefuseType(Src.Type));
-        return 0;
-    }
+    if (entry.Refuses(CheckType(Src, {Gray, Rgb}))) return 0;
     if (Src.Type == Rgb && Mode != Binary && Mode != Soft) {
         entry.Refuses(RefuseMode(Src.Type));
         return 0;
@@ -233,19 +223,14 @@ int Operator::Binarize(const Image& Src, Image& Dst, bool Above, Binarization Mo
 void Operator::Binarize(int Size, int Noise, const Image& Src, Image& Dst, bool Above)
 {
     const Entry entry("Tesk::Operator::Binarize");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (entry.Refuses(filters::CheckSize(L"size", Size))) return;
-    if (Src.Type != Gray && Src.Type != Gray16) {
-        entry.Refuses(RefuseType(Src.Type));
+    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(filters::CheckSize(L"size", Size)) ||
+        entry.Refuses(CheckType(Src, {Gray, Gray16})))
         return;
-    }
-    filters::Source source;
-    if (source.Hold(entry, Src, Dst, Gray, InPlace::Copied)) return;
-    filters::Guarded(entry, [&] {
-        if (source->Type == Gray)
-            WriteAdaptive<GrayPixel>(*source, Dst, Size, Noise, Above);
-        else
-            WriteAdaptive<Gray16Pixel>(*source, Dst, Size, Noise, Above);
+    Sources held;
+    if (Prepare(entry, Src, Dst, Gray, held, InPlace::Copied)) return;
+    entry.Guards(noFilterBuffers, [&] {
+        VisitPixels<Gray, Gray16>(held.a.Type,
+                                  [&]<typename T>() { WriteAdaptive<T>(held.a, Dst, Size, Noise, Above); });
     });
 }
 
@@ -253,11 +238,7 @@ void Operator::Binarize(GrayPixel Background, GrayPixel Foreground, const Image&
                         Binarization Mode)
 {
     const Entry entry("Tesk::Operator::Binarize");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Gray) {
-        entry.Refuses(RefuseType(Src.Type));
-        return;
-    }
+    if (entry.Refuses(CheckType(Src, {Gray}))) return;
     Sources held;
     if (Prepare(entry, Src, Dst, ResultType(Mode), held)) return;
     Split split;

@@ -3,6 +3,8 @@
 
 #include "image/operator/OperatorFrame.h"
 
+#include <cstring>
+
 namespace Tesk {
 
 namespace {
@@ -25,14 +27,14 @@ int RefuseComponent(ColorComponents component, PixelTypes type)
                           ComponentName(component), PixelTypeName(type));
 }
 
-struct Channels
+struct Color
 {
     int R, G, B;
     int Largest() const { return Max(R, Max(G, B)); }
     int Smallest() const { return Min(R, Min(G, B)); }
 };
 
-int Hue(const Channels& c)
+int Hue(const Color& c)
 {
     const int M = c.Largest(), d = M - c.Smallest();
     if (d == 0) return 0;
@@ -46,14 +48,14 @@ int Hue(const Channels& c)
     return hue & 255;
 }
 
-int SaturationHls(const Channels& c)
+int SaturationHls(const Color& c)
 {
     const int M = c.Largest(), m = c.Smallest();
     if (M == m) return 0;
     return M + m < 256 ? (M - m) * 255 / (M + m) : (M - m) * 255 / (510 - M - m);
 }
 
-int Xyz(const Channels& c, int which)
+int Xyz(const Color& c, int which)
 {
     switch (which) {
     case 0:
@@ -66,13 +68,13 @@ int Xyz(const Channels& c, int which)
 }
 
 /// A chromaticity: the share of one of X, Y, Z in their sum, which comes from the channels at full precision.
-int Chromaticity(const Channels& c, int which)
+int Chromaticity(const Color& c, int which)
 {
     const int sum = 1159 * c.G + 1229 * c.R + 682 * c.B;
     return sum < 1024 ? 0 : Min(255, Xyz(c, which) * 255 / (sum >> 10));
 }
 
-int ComponentOf(const Channels& c, ColorComponents component)
+int ComponentOf(const Color& c, ColorComponents component)
 {
     switch (component) {
     case Red_RGB:
@@ -135,7 +137,7 @@ void Correction(const char* context, const Image& src, Image& dst, F f)
                      PixelTypeName(held.a.Type));
         return;
     }
-    EachPixel<RgbPixel, RgbPixel>(held.a, dst, [=](RgbPixel p) { return f(Channels{p.Red, p.Green, p.Blue}); });
+    EachPixel<RgbPixel, RgbPixel>(held.a, dst, [=](RgbPixel p) { return f(Color{p.Red, p.Green, p.Blue}); });
 }
 
 } // namespace
@@ -164,7 +166,7 @@ void Operator::Convert(const Image& Src, Image& Dst, ColorComponents Component)
             TakeByte(held.a, Dst, ByteOf(Component));
         else
             EachPixel<RgbPixel, GrayPixel>(held.a, Dst, [=](RgbPixel p) {
-                return ComponentOf(Channels{p.Red, p.Green, p.Blue}, Component);
+                return ComponentOf(Color{p.Red, p.Green, p.Blue}, Component);
             });
         return;
     }
@@ -172,11 +174,10 @@ void Operator::Convert(const Image& Src, Image& Dst, ColorComponents Component)
     // block, which is taken before the former is let go and so never at the same place, begins as black.
     held.a.ShallowCopy(Src, true);
     const std::uint8_t* former = Dst.Buffer;
-    Dst.Set(held.a, Rgb);
-    if (Status::Error().Code != NoError) return;
+    if (RefusesSize(Dst, held.a.Width, held.a.Height, Rgb)) return;
     const bool fresh = Dst.Buffer != former;
     Dst.DetachIfShared(true);
-    if (KeepApart(entry, held.a, Dst)) return;
+    if (entry.Refuses(KeepApart(held.a, Dst))) return;
     if (fresh)
         for (int y = 0; y < Dst.Height; y++)
             std::memset(Dst.Row(y), 0, static_cast<std::size_t>(ByteCount(Dst)));
@@ -189,7 +190,7 @@ void Operator::Convert(const Image& Src, Image& Dst, ColorComponents Component)
 
 void Operator::ColorsLighten(const Image& Src, Image& Dst, int Black)
 {
-    Correction("Tesk::Operator::ColorsLighten", Src, Dst, [=](const Channels& c) {
+    Correction("Tesk::Operator::ColorsLighten", Src, Dst, [=](const Color& c) {
         const int k = 65535 / Max(Black, Max(c.Largest(), 1));
         return RgbPixel((c.R * k) >> 8, (c.G * k) >> 8, (c.B * k) >> 8);
     });
@@ -197,7 +198,7 @@ void Operator::ColorsLighten(const Image& Src, Image& Dst, int Black)
 
 void Operator::ColorsSaturate(const Image& Src, Image& Dst, int Black)
 {
-    Correction("Tesk::Operator::ColorsSaturate", Src, Dst, [=](const Channels& c) {
+    Correction("Tesk::Operator::ColorsSaturate", Src, Dst, [=](const Color& c) {
         const int M = c.Largest(), m = c.Smallest(), d = Max(Black, Max(M - m, 1));
         // The largest keeps its value and the smallest becomes 0; equal channels follow the first of them in the order
         // red, green, blue.
@@ -221,7 +222,7 @@ void Operator::ColorsSaturate(const Image& Src, Image& Dst, int Black)
 void Operator::ColorsHueSet(int Hue, const Image& Src, Image& Dst)
 {
     const int position = (Hue & 255) * 6, sector = position >> 8, fraction = position & 255;
-    Correction("Tesk::Operator::ColorsHueSet", Src, Dst, [=](const Channels& c) {
+    Correction("Tesk::Operator::ColorsHueSet", Src, Dst, [=](const Color& c) {
         const int M = c.Largest(), m = c.Smallest(), d = ((M - m) * fraction) >> 8;
         switch (sector) {
         case 0:

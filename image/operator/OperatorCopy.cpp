@@ -3,6 +3,9 @@
 
 #include "image/core/GrayDepth.h"
 #include "image/operator/OperatorFrame.h"
+#include "image/operator/PixelSteps.h"
+
+#include <cstring>
 
 namespace Tesk {
 
@@ -152,8 +155,8 @@ void ConvertPixels(const Image& src, Image& dst)
     }
 }
 
-/// Checks and detaches the destination of a constant.
-bool PrepareConstant(const Entry& entry, Image& dst, std::initializer_list<PixelTypes> types)
+/// Checks and detaches the destination of a constant. True, and reported, if it takes none.
+bool RefusesConstant(const Entry& entry, Image& dst, std::initializer_list<PixelTypes> types)
 {
     if (entry.Refuses(CheckImage(dst))) return true;
     if (!Types(types).Has(dst.Type)) return entry.Refuses(RefuseDestination(dst.Type));
@@ -166,7 +169,7 @@ bool PrepareConstant(const Entry& entry, Image& dst, std::initializer_list<Pixel
 void Operator::Copy(int Const, Image& Dst)
 {
     const Entry entry("Tesk::Operator::Copy");
-    if (PrepareConstant(entry, Dst, {Gray, Gray16, Gray32, Rgb, Float})) return;
+    if (RefusesConstant(entry, Dst, {Gray, Gray16, Gray32, Rgb, Float})) return;
     const auto byte = static_cast<std::uint8_t>(Const);
     switch (Dst.Type) {
     case Gray:
@@ -186,35 +189,40 @@ void Operator::Copy(int Const, Image& Dst)
 void Operator::Copy(RgbPixel Const, Image& Dst)
 {
     const Entry entry("Tesk::Operator::Copy");
-    if (!PrepareConstant(entry, Dst, {Rgb})) FillWindow(Dst, Const);
+    if (!RefusesConstant(entry, Dst, {Rgb})) FillWindow(Dst, Const);
 }
 
 void Operator::Copy(RgbaPixel Const, Image& Dst)
 {
     const Entry entry("Tesk::Operator::Copy");
-    if (!PrepareConstant(entry, Dst, {Rgba})) FillWindow(Dst, Const);
+    if (!RefusesConstant(entry, Dst, {Rgba})) FillWindow(Dst, Const);
+}
+
+bool points::CopyPixels(const Entry& entry, const Image& src, Image& dst, PixelTypes type)
+{
+    if (entry.Refuses(CheckImage(src))) return true;
+    if (type == Undefined) type = src.Type;
+    const bool same = type == src.Type;
+    if (!same && entry.Refuses(CheckConversion(src.Type, type))) return true;
+    const bool samePixels = src.FirstPixel == dst.FirstPixel && src.Pitch == dst.Pitch && src.Type == dst.Type;
+    if (same && samePixels && src.Width == dst.Width && src.Height == dst.Height) return false;
+    Sources held;
+    if (Prepare(entry, src, dst, type, held)) return true;
+    if (!same) {
+        ConvertPixels(held.a, dst);
+        return false;
+    }
+    const RowEnd end(dst);
+    for (int y = 0; y < dst.Height; y++) {
+        std::memcpy(dst.Row(y), held.a.Row(y), end.whole);
+        if (end.Shared()) end.Put(dst.Row(y), held.a.Row(y)[end.whole]);
+    }
+    return false;
 }
 
 void Operator::Copy(const Image& Src, Image& Dst, PixelTypes DstType)
 {
-    const Entry entry("Tesk::Operator::Copy");
-    if (entry.Refuses(CheckImage(Src))) return;
-    const PixelTypes type = DstType == Undefined ? PixelTypes(Src.Type) : DstType;
-    const bool same = type == Src.Type;
-    if (!same && entry.Refuses(CheckConversion(Src.Type, type))) return;
-    const bool samePixels = Src.FirstPixel == Dst.FirstPixel && Src.Pitch == Dst.Pitch && Src.Type == Dst.Type;
-    if (same && samePixels && Src.Width == Dst.Width && Src.Height == Dst.Height) return;
-    Sources held;
-    if (Prepare(entry, Src, Dst, type, held)) return;
-    if (!same) {
-        ConvertPixels(held.a, Dst);
-        return;
-    }
-    const RowEnd end(Dst);
-    for (int y = 0; y < Dst.Height; y++) {
-        std::memcpy(Dst.Row(y), held.a.Row(y), end.whole);
-        if (end.Shared()) end.Put(Dst.Row(y), held.a.Row(y)[end.whole]);
-    }
+    points::CopyPixels(Entry("Tesk::Operator::Copy"), Src, Dst, DstType);
 }
 
 void Operator::RedBlueSwap(const Image& Src, Image& Dst)

@@ -33,11 +33,7 @@ int CheckReference(const Image& src, const Image& reference, const wchar_t* whic
     const PixelTypes wanted = src.Type == Gray16 ? Gray16 : Gray;
     if (reference.Type != wanted)
         return Status::Format(IncompatibleType, L"The %ls must be of type %ls", which, PixelTypeName(wanted));
-    if (reference.Width != src.Width || reference.Height != src.Height)
-        return Status::Format(IncompatibleSize,
-                              L"Incompatible source or destination image sizes, (%d, %d) vs. (%d, %d)", int(src.Width),
-                              int(src.Height), int(reference.Width), int(reference.Height));
-    return NoError;
+    return reference.Width == src.Width && reference.Height == src.Height ? NoError : RefuseSizes(src, reference);
 }
 
 int CheckSource(const Image& src)
@@ -71,7 +67,8 @@ void Apply(const Entry& entry, const Image& Src, const Image& SrcBlack, const Im
     black.ShallowCopy(SrcBlack, true);
     white.ShallowCopy(SrcWhite, true);
     Sources held;
-    if (Prepare(entry, Src, Dst, Undefined, held) || KeepApart(entry, black, Dst) || KeepApart(entry, white, Dst))
+    if (Prepare(entry, Src, Dst, Undefined, held) || entry.Refuses(KeepApart(black, Dst)) ||
+        entry.Refuses(KeepApart(white, Dst)))
         return;
     if (held.a.Type == Gray16)
         EachValue<Gray16Pixel>(held.a, black, white, Dst, 1, largestGray16, f);

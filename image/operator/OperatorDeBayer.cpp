@@ -1,12 +1,14 @@
 // Colours from the mosaic of a single-sensor camera.
 #include "image/Operator.h"
-#include "image/filter/KernelFrame.h"
-#include "image/filter/KernelSquare.h"
+#include "image/filter/RowRing.h"
+#include "image/filter/SquareFilters.h"
+#include "image/operator/OperatorFrame.h"
 
 namespace Tesk {
 
 namespace {
 
+using namespace points;
 using namespace filters;
 using kernels::Square3;
 
@@ -106,8 +108,8 @@ void MultiplyBack(const Image& brightness, Image& dst)
 void FromRatios(const Image& mosaic, Phase phase, bool sharp, Image& dst)
 {
     Image brightness, ratios;
-    if (!brightness.TrySet(mosaic.Width, mosaic.Height, Gray) || !ratios.TrySet(mosaic.Width, mosaic.Height, Gray))
-        throw std::bad_alloc();
+    MakeLike(mosaic, Gray, brightness);
+    MakeLike(mosaic, Gray, ratios);
     FilterSquares(Square3::Binomial, mosaic, brightness);
     Ratios(mosaic, brightness, ratios);
     Demosaic(ratios, phase, dst);
@@ -134,16 +136,16 @@ void Operator::DeBayer(const Image& Src, Image& Dst, BayerAlignments TopLeft, Ba
     const bool gray = Quality == SmoothGray || Quality == SharpGray;
     // A window keeps the phase of the whole mosaic.
     const Phase phase{((TopLeft ^ Src.X) & 1) != 0, ((TopLeft >> 1 ^ Src.Y) & 1) != 0};
-    Source source;
-    if (source.Hold(entry, Src, Dst, gray ? Gray : Rgb, InPlace::Served)) return;
-    Guarded(entry, [&] {
+    Sources held;
+    if (Prepare(entry, Src, Dst, gray ? Gray : Rgb, held)) return;
+    entry.Guards(noFilterBuffers, [&] {
         if (gray) {
-            FilterSquares(Square3::Binomial, *source, Dst);
+            FilterSquares(Square3::Binomial, held.a, Dst);
             if (Quality == SharpGray) FilterSquares(Square3::Sharpen4, Dst, Dst);
         } else if (Quality == FastRgb) {
-            Demosaic(*source, phase, Dst);
+            Demosaic(held.a, phase, Dst);
         } else {
-            FromRatios(*source, phase, Quality == SharpRgb, Dst);
+            FromRatios(held.a, phase, Quality == SharpRgb, Dst);
         }
     });
 }

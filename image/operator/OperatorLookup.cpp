@@ -3,7 +3,7 @@
 
 #include "image/core/GrayDepth.h"
 #include "image/operator/OperatorFrame.h"
-#include "measure/profile/ProfileFrame.h"
+#include "measure/Profile.h"
 
 #include <array>
 #include <vector>
@@ -59,7 +59,7 @@ void Operator::Transform(Profile& LookupTable, const Image& Src, Image& Dst)
     const PixelTypes type = LookupTable.Type == Rgb ? Rgb : PixelTypes(Src.Type);
     if (Prepare(entry, Src, Dst, type, held)) return;
     if (held.a.Type == Gray16) {
-        profiles::Guarded(entry, [&] { LookUpGray16(LookupTable, held.a, Dst); });
+        entry.Guards(noInternalBuffer, [&] { LookUpGray16(LookupTable, held.a, Dst); });
     } else if (LookupTable.Type == Gray) {
         // An entry is cut to its low byte, so that ~0 is white.
         const std::int32_t* samples = LookupTable.Samples();

@@ -1,7 +1,10 @@
 // Arithmetic on profiles: a constant or a second profile, sample by sample, in the arithmetic of the element type.
 #include "image/Operator.h"
 
-#include "measure/profile/ProfileFrame.h"
+#include "foundation/Entry.h"
+#include "image/core/PixelTypes.h"
+#include "image/core/Saturation.h"
+#include "measure/Profile.h"
 
 #include <algorithm>
 
@@ -9,16 +12,14 @@ namespace Tesk {
 
 namespace {
 
-using namespace profiles;
-
-bool IsCalculated(PixelTypes type)
-{
-    return IsWhole(type) || type == Float || type == Dble;
-}
+using images::IsGray;
+using images::Truncated;
 
 int CheckType(const Profile& profile)
 {
-    return IsCalculated(profile.Type) ? NoError : RefuseType(profile.Type);
+    const PixelTypes type = profile.Type;
+    if (IsGray(type) || type == Int || type == Float || type == Dble) return NoError;
+    return Status::Format(UnsupportedType, L"Profile Type (%ls) not supported for this operation", PixelTypeName(type));
 }
 
 /// Calls `f` with a null pointer to the samples' type.

@@ -2,11 +2,14 @@
 #include "image/Operator.h"
 
 #include "image/core/GrayDepth.h"
-#include "image/filter/KernelFrame.h"
-#include "image/filter/KernelLowPass.h"
+#include "image/filter/LocalMeans.h"
 #include "image/histogram/LevelCounts.h"
+#include "image/operator/OperatorFrame.h"
+#include "image/operator/PixelSteps.h"
 
 #include <array>
+#include <cmath>
+#include <cstring>
 #include <numeric>
 #include <vector>
 
@@ -90,30 +93,29 @@ void EqualizeAdaptive(const Image& src, Image& dst, int size)
 
 } // namespace
 
+bool points::ScalePixels(const Entry& entry, double gain, double offset, const Image& src, Image& dst)
+{
+    Sources held;
+    if (Prepare(entry, src, bytePixels, dst, held)) return true;
+    ThroughTable(held.a, dst, [=](int v) { return TruncatedByte(gain * v + offset); });
+    return false;
+}
+
 void Operator::GainOffset(double Gain, double Offset, const Image& Src, Image& Dst)
 {
-    const Entry entry("Tesk::Operator::GainOffset");
-    Sources held;
-    if (Prepare(entry, Src, bytePixels, Dst, held)) return;
-    ThroughTable(held.a, Dst, [=](int v) { return TruncatedByte(Gain * v + Offset); });
+    points::ScalePixels(Entry("Tesk::Operator::GainOffset"), Gain, Offset, Src, Dst);
 }
 
 void Operator::Normalize(double Mean, double Variance, const Image& Src, Image& Dst)
 {
-    {
-        const Entry entry("Tesk::Operator::Normalize");
-        if (entry.Refuses(CheckImage(Src))) return;
-        if (Src.Type != Gray) {
-            entry.Refuses(RefuseType(Src.Type));
-            return;
-        }
-    }
+    const Entry entry("Tesk::Operator::Normalize");
+    if (entry.Refuses(CheckType(Src, {Gray}))) return;
     const levels::ByteSums sums = levels::SumGray(Src);
     const double n = static_cast<double>(Src.Width) * Src.Height, mean = sums.Mean(n), variance = sums.Variance(n);
     const double wantedMean = Mean < 0 ? 128 : Mean, wantedVariance = Variance < 0 ? 16384 : Variance;
     // A constant image has no contrast to scale: it takes the mean.
     const double gain = variance > 0 ? std::sqrt(wantedVariance / variance) : 0;
-    GainOffset(gain, wantedMean - gain * mean, Src, Dst);
+    points::ScalePixels(entry, gain, wantedMean - gain * mean, Src, Dst);
 }
 
 void Operator::Equalize(const Image& Src, Image& Dst)
@@ -131,7 +133,7 @@ void Operator::Equalize(const Image& Src, Image& Dst)
     } else if (type == Gray) {
         EqualizeGray(held.a, Dst);
     } else if (type == Gray16) {
-        filters::Guarded(entry, [&] { EqualizeGray16(held.a, Dst); });
+        entry.Guards(noFilterBuffers, [&] { EqualizeGray16(held.a, Dst); });
     } else {
         EqualizeRgb(held.a, Dst);
     }
@@ -140,15 +142,12 @@ void Operator::Equalize(const Image& Src, Image& Dst)
 void Operator::Equalize(int FilterSize, const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Operator::Equalize");
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (entry.Refuses(filters::CheckSize(L"size", FilterSize))) return;
-    if (Src.Type != Gray) {
-        entry.Refuses(RefuseType(Src.Type));
+    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(filters::CheckSize(L"size", FilterSize)) ||
+        entry.Refuses(CheckType(Src, {Gray})))
         return;
-    }
-    filters::Source source;
-    if (source.Hold(entry, Src, Dst, Gray, InPlace::Copied)) return;
-    filters::Guarded(entry, [&] { EqualizeAdaptive(*source, Dst, FilterSize); });
+    Sources held;
+    if (Prepare(entry, Src, Dst, Gray, held, InPlace::Copied)) return;
+    entry.Guards(noFilterBuffers, [&] { EqualizeAdaptive(held.a, Dst, FilterSize); });
 }
 
 } // namespace Tesk

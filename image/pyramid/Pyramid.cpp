@@ -3,7 +3,8 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
-#include "image/core/SizingFrame.h"
+#include "image/core/Destination.h"
+#include "image/core/Refusals.h"
 #include "image/pyramid/PyramidScale.h"
 
 namespace Tesk {
@@ -19,7 +20,7 @@ bool SizeLevel(Image& level, int width, int height, PixelTypes type)
     }
     // Pixels that a view of an earlier build still holds are left to it.
     level.DetachIfShared(false);
-    return sizing::SizeWindow(level, width, height, type);
+    return level.Fit(width, height, type) == NoError;
 }
 
 } // namespace
@@ -27,7 +28,7 @@ bool SizeLevel(Image& level, int width, int height, PixelTypes type)
 void Pyramid::Build(const Image& Src, int MinSize, int MaxLevels, bool BaseApart, bool Dyadic)
 {
     const Entry entry("Tesk::Pyramid::Build");
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(pyramid::CheckScalable(Src))) return;
+    if (entry.Refuses(pyramid::CheckScalable(Src))) return;
     if (MaxLevels == 0) MaxLevels = MaximumLevels;
     if (MaxLevels < 1 || MaxLevels > MaximumLevels) {
         entry.Refuse(OutOfRange, L"The maximum number of levels (%d) must be in range [1..%d]", MaxLevels,
@@ -39,10 +40,10 @@ void Pyramid::Build(const Image& Src, int MinSize, int MaxLevels, bool BaseApart
     base.ShallowCopy(Src, true);
     if (!BaseApart) {
         if (!SizeLevel(levels_[0], base.Width, base.Height, base.Type)) {
-            entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
+            entry.Refuse(CannotAllocate, images::noImage);
             return;
         }
-        points::CopyRows(base, levels_[0]);
+        images::CopyRows(base, levels_[0]);
     }
     this->BaseApart = BaseApart;
     NumLevels = 1;
@@ -53,14 +54,13 @@ void Pyramid::Build(const Image& Src, int MinSize, int MaxLevels, bool BaseApart
         if (Min(width, height) < MinSize) break;
         Image& level = levels_[static_cast<std::size_t>(int(NumLevels))];
         if (!SizeLevel(level, width, height, base.Type)) {
-            entry.Refuse(CannotAllocate, L"Cannot allocate an image buffer");
+            entry.Refuse(CannotAllocate, images::noImage);
             return;
         }
         if (level.Type != Undefined) pyramid::Reduce(*former, level, Dyadic);
         NumLevels += 1;
         former = &level;
     }
-    Status::Error().Code = NoError;
 }
 
 int Pyramid::RefuseLevel(int level) const

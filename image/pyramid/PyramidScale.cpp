@@ -3,8 +3,9 @@
 
 #include "foundation/Entry.h"
 #include "image/Pyramid.h"
-#include "image/core/SizingFrame.h"
-#include "image/operator/OperatorFrame.h"
+#include "image/core/Destination.h"
+#include "image/core/PixelTypes.h"
+#include "image/core/Refusals.h"
 #include "image/pyramid/PyramidKernels.h"
 
 #include <vector>
@@ -15,10 +16,7 @@ namespace pyramid {
 
 int CheckScalable(const Image& src)
 {
-    if (src.Type == Gray || src.Type == Gray16 || src.Type == Rgb) return NoError;
-    return Status::Format(UnsupportedType,
-                          L"The image type (%ls) is not supported for this operation, use Gray, Gray16 or Rgb",
-                          PixelTypeName(src.Type));
+    return images::CheckType(src, {Gray, Gray16, Rgb}, L", use Gray, Gray16 or Rgb");
 }
 
 namespace {
@@ -87,27 +85,26 @@ void DoubleRows(const Image& src, Image& dst)
 
 void Reduce(const Image& src, Image& dst, bool dyadic)
 {
-    if (src.Type == Gray)
-        ReduceRows<1, std::uint8_t>(src, dst, dyadic);
-    else if (src.Type == Gray16)
-        ReduceRows<1, std::uint16_t>(src, dst, dyadic);
-    else
-        ReduceRows<3, std::uint8_t>(src, dst, dyadic);
+    images::VisitSamples<Gray, Gray16, Rgb>(
+        src.Type, [&]<int channels, typename T>() { ReduceRows<channels, T>(src, dst, dyadic); });
 }
 
 } // namespace pyramid
 
 namespace {
 
-/// Fills the destination as `sizing::FillSized` does; an image without pixels is refused.
+/// Fills a destination of a size of its own by `compute(source, destination)`; one without pixels is refused.
 template <typename F>
 void ScaleInto(const Entry& entry, const Image& src, Image& dst, std::int64_t width, std::int64_t height, F compute)
 {
-    if (width < 1 || height < 1)
+    if (width < 1 || height < 1) {
         entry.Refuse(IncompatibleSize, L"The image (%d, %d) is too small for this operation", int(src.Width),
                      int(src.Height));
-    else
-        sizing::FillSized(entry, src, dst, width, height, compute);
+        return;
+    }
+    images::Sources held;
+    if (Prepare(entry, src, dst, width, height, held)) return;
+    entry.Guards(images::noImage, [&] { compute(held.a, dst); });
 }
 
 /// What the pixels of one tile amount to.
@@ -122,11 +119,7 @@ template <typename F>
 void Tiles(const char* context, int tile, const Image& Src, Image& Dst, bool partial, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckImage(Src))) return;
-    if (Src.Type != Gray) {
-        entry.Refuses(points::RefuseType(Src.Type));
-        return;
-    }
+    if (entry.Refuses(images::CheckType(Src, {Gray}))) return;
     if (tile < 1) {
         entry.Refuse(OutOfRange, L"The tile size (%d) must be positive", tile);
         return;
@@ -182,21 +175,17 @@ void Tiles(const char* context, int tile, const Image& Src, Image& Dst, bool par
 void Pyramid::Double(const Image& Src, Image& Dst)
 {
     const Entry entry("Tesk::Pyramid::Double");
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(pyramid::CheckScalable(Src))) return;
+    if (entry.Refuses(pyramid::CheckScalable(Src))) return;
     ScaleInto(entry, Src, Dst, std::int64_t{2} * Src.Width, std::int64_t{2} * Src.Height, [](const Image& s, Image& d) {
-        if (s.Type == Gray)
-            pyramid::DoubleRows<1, std::uint8_t>(s, d);
-        else if (s.Type == Gray16)
-            pyramid::DoubleRows<1, std::uint16_t>(s, d);
-        else
-            pyramid::DoubleRows<3, std::uint8_t>(s, d);
+        images::VisitSamples<Gray, Gray16, Rgb>(
+            s.Type, [&]<int channels, typename T>() { pyramid::DoubleRows<channels, T>(s, d); });
     });
 }
 
 void Pyramid::Halve(const Image& Src, Image& Dst, bool Dyadic)
 {
     const Entry entry("Tesk::Pyramid::Halve");
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(pyramid::CheckScalable(Src))) return;
+    if (entry.Refuses(pyramid::CheckScalable(Src))) return;
     const auto reduced = [Dyadic](int v) { return Dyadic ? v >> 1 : v / 3 * 2; };
     ScaleInto(entry, Src, Dst, reduced(Src.Width), reduced(Src.Height),
               [Dyadic](const Image& s, Image& d) { pyramid::Reduce(s, d, Dyadic); });

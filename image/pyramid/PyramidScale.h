@@ -5,7 +5,7 @@
 
 namespace Tesk::pyramid {
 
-/// Refuses pixel types other than `Gray`, `Gray16` and `Rgb`.
+/// Refuses void images, and pixel types other than `Gray`, `Gray16` and `Rgb`.
 int CheckScalable(const Image& src);
 /// Fills `dst` with half (dyadic) or two thirds of `src`.
 void Reduce(const Image& src, Image& dst, bool dyadic);

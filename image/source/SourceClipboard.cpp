@@ -3,9 +3,9 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Services.h"
+#include "image/core/Refusals.h"
 #include "image/files/ImageFile.h"
 #include "measure/Profile.h"
-#include "measure/profile/ProfileFrame.h"
 
 #include <array>
 #include <cstdio>
@@ -18,7 +18,13 @@ namespace Tesk {
 namespace {
 
 using namespace files;
-using profiles::Guarded;
+
+/// Runs the part of a method that allocates memory.
+template <typename F>
+void Guarded(const Entry& entry, F work)
+{
+    entry.Guards(images::noInternalBuffer, work);
+}
 
 using Block = std::vector<std::uint8_t>;
 
@@ -197,8 +203,8 @@ void Source::PasteFromClipboard(Image& Dst)
         Bitmap bitmap{};
         Services::Clipboard().Get(IClipboard::Dib, block);
         if (entry.Refuses(ReadHeader(block, bitmap))) return;
-        Dst.Set(static_cast<int>(bitmap.width), static_cast<int>(bitmap.height), bitmap.type);
-        if (Status::Error().Code != NoError) return;
+        const int width = static_cast<int>(bitmap.width), height = static_cast<int>(bitmap.height);
+        if (Status::Raise(Dst.TrySet(width, height, bitmap.type), "Tesk::Image::Set")) return;
         Dst.DetachIfShared(false);
         TakePixels(block, bitmap, Dst);
     });

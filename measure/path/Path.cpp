@@ -105,4 +105,12 @@ void Path::Detach(bool CopySites)
     }
 }
 
+int CheckReach(const Image& Src)
+{
+    constexpr int largestSize = INT16_MAX + 1;
+    if (Src.Width <= largestSize && Src.Height <= largestSize) return NoError;
+    return Status::Format(OutOfRange, L"The image size (%d, %d) is larger than the coordinates of a path reach (%d)",
+                          int(Src.Width), int(Src.Height), INT16_MAX);
+}
+
 } // namespace Tesk

@@ -3,6 +3,7 @@
 
 #include "foundation/Entry.h"
 #include "image/Image.h"
+#include "image/core/Saturation.h"
 #include "measure/Path.h"
 
 #include <cmath>
@@ -11,6 +12,8 @@
 #include <stdexcept>
 
 namespace Tesk::paths {
+
+using images::Saturated;
 
 inline constexpr double degreesPerRadian = 180 / std::numbers::pi;
 
@@ -27,15 +30,6 @@ bool Guarded(const Entry& entry, F f)
     return !entry.Refuse(CannotAllocate, L"Cannot (re)allocate the path Buffer");
 }
 
-/// An image in which every pixel can be a site.
-inline int CheckReach(const Image& src)
-{
-    constexpr int largestSize = INT16_MAX + 1;
-    if (src.Width <= largestSize && src.Height <= largestSize) return NoError;
-    return Status::Format(OutOfRange, L"The image size (%d, %d) is larger than the coordinates of a path reach (%d)",
-                          int(src.Width), int(src.Height), INT16_MAX);
-}
-
 inline bool Same(Site a, Site b)
 {
     return a.X == b.X && a.Y == b.Y;
@@ -50,11 +44,6 @@ inline std::int64_t Cross(Site a, Site p, Site q)
 inline std::int64_t SquaredDistance(Site a, Site b)
 {
     return std::int64_t{b.X - a.X} * (b.X - a.X) + std::int64_t{b.Y - a.Y} * (b.Y - a.Y);
-}
-
-inline int Saturated(std::int64_t value)
-{
-    return static_cast<int>(Clamp<std::int64_t>(value, INT32_MIN, INT32_MAX));
 }
 
 } // namespace Tesk::paths

@@ -3,26 +3,21 @@
 
 #include "foundation/Entry.h"
 #include "image/Image.h"
+#include "image/core/PixelTypes.h"
+#include "image/core/Saturation.h"
 #include "measure/Profile.h"
 
 namespace Tesk::profiles {
 
-/// Types whose samples statistics and edges are taken of.
-constexpr bool IsGray(PixelTypes type)
-{
-    return type == Gray || type == Gray16 || type == Gray32;
-}
+using images::Channels;
+using images::IsGray;
+using images::Saturated;
+using images::Truncated;
 
 /// Types whose samples are single 32-bit numbers.
 constexpr bool IsWhole(PixelTypes type)
 {
     return IsGray(type) || type == Int;
-}
-
-/// Numbers in a sample of those types that hold 32-bit numbers.
-constexpr int Channels(PixelTypes type)
-{
-    return type == Rgb ? 3 : type == Rgba ? 4 : 1;
 }
 
 inline int RefuseType(PixelTypes type)
@@ -48,20 +43,6 @@ template <typename F>
 void Guarded(const Entry& entry, F f)
 {
     entry.Guards(L"Cannot allocate an internal buffer", f);
-}
-
-inline int Saturated(std::int64_t value)
-{
-    return static_cast<int>(Clamp<std::int64_t>(value, INT32_MIN, INT32_MAX));
-}
-
-/// Truncates, with what an `int` cannot hold held at its ends; not a number counts as 0.
-inline int Truncated(double value)
-{
-    return value >= 2147483647.0    ? INT32_MAX
-           : value <= -2147483648.0 ? INT32_MIN
-           : value == value         ? static_cast<int>(value)
-                                    : 0;
 }
 
 } // namespace Tesk::profiles

@@ -1,8 +1,9 @@
 // The pixels of images that a region covers: filling, copying, mean and variance.
 #include "foundation/Entry.h"
 #include "image/Image.h"
+#include "image/core/Destination.h"
+#include "image/core/PixelTypes.h"
 #include "image/kernels/RowKernels.h"
-#include "image/operator/OperatorFrame.h"
 #include "measure/Region.h"
 #include "measure/region/RegionFrame.h"
 
@@ -35,7 +36,7 @@ RgbaPixel OpaqueColorOf(int value)
     return {value >> 16 & 0xff, value >> 8 & 0xff, value & 0xff, value >> 24 & 0xff};
 }
 
-constexpr points::Types copied = {Gray, Gray16, Rgb, Rgba};
+constexpr images::Types copied = {Gray, Gray16, Rgb, Rgba};
 
 int CheckCopy(const Image& src, const Image& dst)
 {
@@ -102,7 +103,7 @@ void Region::Fill(const Image& Src, Image& Dst, int SrcX, int SrcY) const
     Image held;
     held.ShallowCopy(Src, true);
     Dst.DetachIfShared(true);
-    if (points::KeepApart(entry, held, Dst, points::InPlace::Copied)) return;
+    if (entry.Refuses(images::KeepApart(held, Dst, images::InPlace::Copied))) return;
     const auto size = static_cast<std::size_t>(ElementSize(Dst.Type));
     EachClipped(Runs(), Dst.Width, Dst.Height, [&](int x, std::size_t n, int y) {
         const std::int64_t from = Max<std::int64_t>(x, SrcX),

@@ -20,5 +20,7 @@ void SquareFilter(const char* context, const ClippedFilters& filters, GrayClippi
 
 /// The rows alone; `dst` has the size of `src`, and may be the same pixels. Throws `std::bad_alloc`.
 void FilterSquares(kernels::Square3 filter, const Image& src, Image& dst);
+/// The binomial mask 1 2 1 so many times; every pass but the first stays in the destination.
+void FilterBinomially(int passes, const Image& src, Image& dst);
 
 } // namespace Tesk::filters

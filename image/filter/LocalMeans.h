@@ -1,4 +1,4 @@
-// The means that the low-pass filters, the high-pass filters and other classes share.
+// Means, sums and histograms of the boxes around pixels: what the filters and other classes share.
 #pragma once
 
 #include "image/Image.h"
@@ -10,6 +10,10 @@
 #include <vector>
 
 namespace Tesk::filters {
+
+/// Refuses a size that is not odd, or beyond 32767, where sums of 16-bit pixels over a square would not fit in 64 bits.
+/// `name` is "Width", "Height", "Size" or "size", as the message has it. An `ErrorCodes` value.
+int CheckSize(const wchar_t* name, int size);
 
 /// The truncated mean of a box around each pixel of a `Gray` or `Gray16` window, rows and columns replicated. `dst` has
 /// the size and type of `src` and shares no pixel with it; sizes are odd, 1 to 32767. Throws `std::bad_alloc`.
