@@ -12,7 +12,7 @@ namespace Tesk::files {
 
 namespace {
 
-constexpr int fileHeaderSize = 14, infoHeaderSize = 40, coreHeaderSize = 12;
+constexpr int fileHeaderSize = 14, infoHeaderSize = bitmapHeaderSize, coreHeaderSize = 12;
 
 /// What the headers tell.
 struct Bitmap
@@ -160,8 +160,6 @@ int NativeType(int bitCount, PixelTypes& type)
     }
 }
 
-} // namespace
-
 int ReadBmp(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     Bitmap bitmap;
@@ -175,7 +173,7 @@ int ReadBmp(ImageFile& file, Image& dst, PixelTypes wanted)
     if (!convert) return RefuseConversion(native, wanted);
     if (std::fseek(file.stream, static_cast<long>(bitmap.dataOffset), SEEK_SET) != 0)
         return Status::Format(CannotRead, L"Cannot read image bitmap from file \"%ls\"", file.Name());
-    const std::int64_t rowBytes = (bitmap.width * bitmap.bitCount + 31) / 32 * 4;
+    const std::int64_t rowBytes = BitmapRowBytes(bitmap.width, bitmap.bitCount);
     const auto shortRow = [&] {
         return Status::Format(CannotRead, L"Cannot read image row from the BMP file \"%ls\"", file.Name());
     };
@@ -221,7 +219,8 @@ int WriteBmp(ImageFile& file, const Image& src)
     default:
         break;
     }
-    const int rowBytes = RowBytes(src.Width, src.Type), paddedBytes = (rowBytes + 3) & ~3;
+    const int rowBytes = RowBytes(src.Width, src.Type),
+              paddedBytes = static_cast<int>(BitmapRowBytes(src.Width, bitCount));
     const int dataOffset = fileHeaderSize + infoHeaderSize + 4 * paletteEntries;
     std::array<std::uint8_t, fileHeaderSize> header{'B', 'M'};
     PutLittle(&header[2],
@@ -231,15 +230,8 @@ int WriteBmp(ImageFile& file, const Image& src)
     PutLittle(&header[10], static_cast<std::uint32_t>(dataOffset), 4);
     if (std::fwrite(header.data(), 1, header.size(), file.stream) != header.size())
         return Status::Format(CannotWrite, L"Cannot write to file \"%ls\"", file.Name());
-    const auto density = static_cast<std::uint32_t>(dotsPerInch * dotsPerMetre + 0.5);
     std::array<std::uint8_t, infoHeaderSize> info{};
-    PutLittle(&info[0], infoHeaderSize, 4);
-    PutLittle(&info[4], static_cast<std::uint32_t>(int(src.Width)), 4);
-    PutLittle(&info[8], static_cast<std::uint32_t>(int(src.Height)), 4);
-    PutLittle(&info[12], 1, 2);
-    PutLittle(&info[14], static_cast<std::uint32_t>(bitCount), 2);
-    PutLittle(&info[24], density, 4);
-    PutLittle(&info[28], density, 4);
+    PutBitmapHeader(info.data(), src.Width, src.Height, bitCount, 0);
     if (std::fwrite(info.data(), 1, info.size(), file.stream) != info.size())
         return Status::Format(CannotWrite, L"Cannot write header to BMP file \"%ls\"", file.Name());
     for (int i = 0; i < paletteEntries; i++) {
@@ -258,5 +250,10 @@ int WriteBmp(ImageFile& file, const Image& src)
     }
     return NoError;
 }
+
+} // namespace
+
+extern const Format bmp;
+const Format bmp = {{L".bmp"}, ReadBmp, CheckBmpType, WriteBmp};
 
 } // namespace Tesk::files

@@ -40,20 +40,6 @@ int RefuseConversion(PixelTypes native, PixelTypes wanted)
                           PixelTypeName(native), PixelTypeName(wanted));
 }
 
-std::uint32_t GetLittle(const std::uint8_t* p, int bytes)
-{
-    std::uint32_t value = 0;
-    for (int i = 0; i < bytes; i++)
-        value |= static_cast<std::uint32_t>(p[i]) << 8 * i;
-    return value;
-}
-
-void PutLittle(std::uint8_t* p, std::uint32_t value, int bytes)
-{
-    for (int i = 0; i < bytes; i++)
-        p[i] = static_cast<std::uint8_t>(value >> 8 * i);
-}
-
 void SwapRedBlue(const std::uint8_t* src, std::uint8_t* dst, int width)
 {
     for (int x = 0; x < width; x++, src += 3, dst += 3) {
@@ -119,25 +105,28 @@ bool EndsWith(const std::wstring& name, const wchar_t* ending)
     return true;
 }
 
-struct Format
-{
-    const wchar_t* ending;
-    int (*read)(ImageFile&, Image&, PixelTypes);
-    int (*check)(PixelTypes);
-    int (*write)(ImageFile&, const Image&);
-};
+// A format is a row here and a source that defines it. The first one is written where the ending of a name tells none.
+#define TESK_IMAGE_FORMATS(Row) Row(bmp) Row(jpeg) Row(png) Row(tiff) Row(pbm) Row(pgm) Row(ppm)
 
-constexpr Format formats[] = {
-    {L".bmp", ReadBmp, CheckBmpType, WriteBmp},     {L".jpg", ReadJpeg, CheckJpegType, WriteJpeg},
-    {L".jpeg", ReadJpeg, CheckJpegType, WriteJpeg}, {L".png", ReadPng, CheckPngType, WritePng},
-    {L".tif", ReadTiff, CheckTiffType, WriteTiff},  {L".tiff", ReadTiff, CheckTiffType, WriteTiff},
-    {L".pbm", ReadPbm, CheckPbmType, WritePbm},     {L".pgm", ReadPgm, CheckPgmType, WritePgm},
-    {L".ppm", ReadPpm, CheckPpmType, WritePpm}};
+} // namespace
+
+namespace files {
+#define TESK_DECLARE(name) extern const Format name;
+TESK_IMAGE_FORMATS(TESK_DECLARE)
+#undef TESK_DECLARE
+} // namespace files
+
+namespace {
+
+#define TESK_LIST(name) &files::name,
+constexpr const Format* formats[] = {TESK_IMAGE_FORMATS(TESK_LIST)};
+#undef TESK_LIST
 
 const Format* FormatOf(const std::wstring& name)
 {
-    for (const Format& format : formats)
-        if (EndsWith(name, format.ending)) return &format;
+    for (const Format* format : formats)
+        for (const wchar_t* ending : format->endings)
+            if (ending && EndsWith(name, ending)) return format;
     return nullptr;
 }
 
@@ -179,10 +168,10 @@ int WithFile(ImageFile& file, F run)
 int ReadFile(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     const Format* format = FormatOf(file.name);
-    if (format && format->read == ReadTiff) {
+    if (format && format->opensItself) {
         struct stat about = {};
         if (stat(file.path.c_str(), &about) == 0) file.size = about.st_size;
-        return ReadTiff(file, dst, wanted);
+        return format->read(file, dst, wanted);
     }
     if (const int code = Open(file, "rb")) return code;
     return format ? format->read(file, dst, wanted)
@@ -192,9 +181,9 @@ int ReadFile(ImageFile& file, Image& dst, PixelTypes wanted)
 int WriteFile(ImageFile& file, const Image& src)
 {
     const Format* format = FormatOf(file.name);
-    if (!format) format = &formats[0];
+    if (!format) format = formats[0];
     if (const int code = format->check(src.Type)) return code;
-    if (format->write == WriteTiff) return WriteTiff(file, src);
+    if (format->opensItself) return format->write(file, src);
     if (const int code = Open(file, "wb")) return code;
     if (const int code = format->write(file, src)) return code;
     // What the buffer held may fail only here.

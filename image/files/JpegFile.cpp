@@ -19,6 +19,8 @@ namespace {
 /// A progressive file of one colour shrinks this far at the most that matters.
 constexpr std::int64_t largestRatio = 2000;
 
+constexpr int jpegQuality = 85;
+
 struct ErrorManager
 {
     jpeg_error_mgr base;
@@ -154,8 +156,6 @@ int WriteRows(WriteState& s, const ImageFile& file, const Image& src, std::uint8
     return NoError;
 }
 
-} // namespace
-
 int ReadJpeg(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     ReadState state;
@@ -183,5 +183,10 @@ int WriteJpeg(ImageFile& file, const Image& src)
     std::vector<std::uint8_t> buffer(static_cast<std::size_t>(RowBytes(src.Width, src.Type)));
     return WriteRows(state, file, src, buffer.data());
 }
+
+} // namespace
+
+extern const Format jpeg;
+const Format jpeg = {{L".jpg", L".jpeg"}, ReadJpeg, CheckJpegType, WriteJpeg};
 
 } // namespace Tesk::files

@@ -186,8 +186,6 @@ int WriteRows(WriteState& s, const ImageFile& file, const Image& src)
     return NoError;
 }
 
-} // namespace
-
 int ReadPng(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     png_byte signature[8] = {};
@@ -230,5 +228,10 @@ int WritePng(ImageFile& file, const Image& src)
     WriteState state;
     return state.info ? WriteRows(state, file, src) : LibraryWriteError(file);
 }
+
+} // namespace
+
+extern const Format png;
+const Format png = {{L".png"}, ReadPng, CheckPngType, WritePng};
 
 } // namespace Tesk::files

@@ -21,7 +21,7 @@ struct Pnm
     int numbers;
 };
 
-constexpr Pnm pbm{L"PBM", '1', '4', 2}, pgm{L"PGM", '2', '5', 3}, ppm{L"PPM", '3', '6', 3};
+constexpr Pnm pbmKind{L"PBM", '1', '4', 2}, pgmKind{L"PGM", '2', '5', 3}, ppmKind{L"PPM", '3', '6', 3};
 
 struct Header
 {
@@ -35,8 +35,8 @@ struct Header
 /// The bytes of a row in the binary form.
 std::int64_t RowSize(const Pnm& format, const Header& header)
 {
-    if (format.text == pbm.text) return (std::int64_t{header.Width()} + 7) >> 3;
-    return std::int64_t{header.Width()} * (format.text == ppm.text ? 3 : 1) * (header.Maximum() > 255 ? 2 : 1);
+    if (format.text == pbmKind.text) return WideRowBytes(header.Width(), Gray1);
+    return std::int64_t{header.Width()} * (format.text == ppmKind.text ? 3 : 1) * (header.Maximum() > 255 ? 2 : 1);
 }
 
 /// Goes to the samples, when the header's last number ends at `rest` in the line and at `end` in the file.
@@ -92,7 +92,7 @@ int ReadHeader(ImageFile& file, const Pnm& format, Header& header)
 
 int ShortPixel(const ImageFile& file, const Pnm& format)
 {
-    if (format.text == ppm.text)
+    if (format.text == ppmKind.text)
         return Status::Format(CannotRead, L"Cannot read a pixel value from the file \"%ls\"", file.Name());
     return Status::Format(CannotRead, L"Cannot read a pixel value from the %ls file \"%ls\"", format.name, file.Name());
 }
@@ -104,11 +104,11 @@ int CheckRows(ImageFile& file, const Pnm& format, const Header& header)
     const std::int64_t left = file.Left();
     if (!header.binary) {
         // A text sample takes a character at least.
-        const std::int64_t samples = std::int64_t{header.Width()} * (format.text == ppm.text ? 3 : 1);
+        const std::int64_t samples = std::int64_t{header.Width()} * (format.text == ppmKind.text ? 3 : 1);
         return samples > left / header.Height() ? ShortPixel(file, format) : NoError;
     }
     if (rowBytes <= left / header.Height()) return NoError;
-    if (format.text == ppm.text)
+    if (format.text == ppmKind.text)
         return Status::Format(CannotRead, L"Cannot read an image row from the file \"%ls\"", file.Name());
     if (std::FILE* out = TextOutput())
         std::fprintf(out, "%d/%d bytes @%d\n", static_cast<int>(left % rowBytes), static_cast<int>(rowBytes),
@@ -133,7 +133,7 @@ int ReadTextBit(ImageFile& file, bool& black)
     while (c == ' ' || c == '\t' || c == '\n' || c == '\r')
         c = std::fgetc(file.stream);
     black = c == '1';
-    return c == '0' || c == '1' ? NoError : ShortPixel(file, pbm);
+    return c == '0' || c == '1' ? NoError : ShortPixel(file, pbmKind);
 }
 
 int WriteHeader(ImageFile& file, const Image& src, char digit, int maximum)
@@ -163,22 +163,20 @@ void SwapBytes(std::uint16_t* row, int width)
         row[x] = static_cast<std::uint16_t>(row[x] << 8 | row[x] >> 8);
 }
 
-} // namespace
-
 int ReadPbm(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     Header header;
-    if (const int code = ReadHeader(file, pbm, header)) return code;
+    if (const int code = ReadHeader(file, pbmKind, header)) return code;
     if (wanted == Undefined) wanted = Gray1;
     if (wanted != Gray1 && wanted != Gray && wanted != Gray16) return RefuseConversion(Gray1, wanted);
     const int width = header.Width(), rowBytes = (width + 7) >> 3;
-    if (const int code = CheckRows(file, pbm, header)) return code;
+    if (const int code = CheckRows(file, pbmKind, header)) return code;
     if (const int code = Allocate(file, dst, width, header.Height(), wanted, 1)) return code;
     std::vector<std::uint8_t> bits(static_cast<std::size_t>(rowBytes));
     const auto white = static_cast<std::uint16_t>((256 << levels::GrayShift()) - 1);
     for (int y = 0; y < header.Height(); y++) {
         if (header.binary) {
-            if (const int code = ReadRow(file, pbm, bits.data(), bits.size())) return code;
+            if (const int code = ReadRow(file, pbmKind, bits.data(), bits.size())) return code;
         } else {
             std::fill(bits.begin(), bits.end(), std::uint8_t{0});
             for (int x = 0; x < width; x++) {
@@ -204,24 +202,24 @@ int ReadPbm(ImageFile& file, Image& dst, PixelTypes wanted)
 int ReadPgm(ImageFile& file, Image& dst, PixelTypes)
 {
     Header header;
-    if (const int code = ReadHeader(file, pgm, header)) return code;
+    if (const int code = ReadHeader(file, pgmKind, header)) return code;
     if (header.Maximum() > 65535)
         return Status::Format(UnsupportedFormat,
                               L"Unsupported PGM image format, the maximum gray value (%d) is larger than 65535",
                               header.Maximum());
     const bool wide = header.Maximum() > 255;
     const int width = header.Width(), rowBytes = wide ? 2 * width : width;
-    if (const int code = CheckRows(file, pgm, header)) return code;
+    if (const int code = CheckRows(file, pgmKind, header)) return code;
     if (const int code = Allocate(file, dst, width, header.Height(), wide ? Gray16 : Gray, wide ? 16 : 8)) return code;
     for (int y = 0; y < header.Height(); y++) {
         if (header.binary) {
-            if (const int code = ReadRow(file, pgm, dst.Row(y), static_cast<std::size_t>(rowBytes))) return code;
+            if (const int code = ReadRow(file, pgmKind, dst.Row(y), static_cast<std::size_t>(rowBytes))) return code;
             if (wide) SwapBytes(dst.Row<std::uint16_t>(y), width);
             continue;
         }
         for (int x = 0; x < width; x++) {
             int value = 0;
-            if (!ReadNumber(file, value)) return ShortPixel(file, pgm);
+            if (!ReadNumber(file, value)) return ShortPixel(file, pgmKind);
             if (wide)
                 dst.Row<std::uint16_t>(y)[x] = static_cast<std::uint16_t>(value);
             else
@@ -234,13 +232,13 @@ int ReadPgm(ImageFile& file, Image& dst, PixelTypes)
 int ReadPpm(ImageFile& file, Image& dst, PixelTypes)
 {
     Header header;
-    if (const int code = ReadHeader(file, ppm, header)) return code;
+    if (const int code = ReadHeader(file, ppmKind, header)) return code;
     if (header.Maximum() >= 256)
         return Status::Format(UnsupportedFormat,
                               L"Unsupported PPM image format, the maximum gray value (%d) is larger than 255",
                               header.Maximum());
     const int width = header.Width();
-    if (const int code = CheckRows(file, ppm, header)) return code;
+    if (const int code = CheckRows(file, ppmKind, header)) return code;
     if (const int code = Allocate(file, dst, width, header.Height(), Rgb, 24)) return code;
     for (int y = 0; y < header.Height(); y++) {
         std::uint8_t* row = dst.Row(y);
@@ -251,7 +249,7 @@ int ReadPpm(ImageFile& file, Image& dst, PixelTypes)
         } else {
             for (int x = 0; x < 3 * width; x++) {
                 int value = 0;
-                if (!ReadNumber(file, value)) return ShortPixel(file, ppm);
+                if (!ReadNumber(file, value)) return ShortPixel(file, ppmKind);
                 row[x] = static_cast<std::uint8_t>(value);
             }
         }
@@ -333,5 +331,14 @@ int WritePpm(ImageFile& file, const Image& src)
     }
     return NoError;
 }
+
+} // namespace
+
+extern const Format pbm;
+const Format pbm = {{L".pbm"}, ReadPbm, CheckPbmType, WritePbm};
+extern const Format pgm;
+const Format pgm = {{L".pgm"}, ReadPgm, CheckPgmType, WritePgm};
+extern const Format ppm;
+const Format ppm = {{L".ppm"}, ReadPpm, CheckPpmType, WritePpm};
 
 } // namespace Tesk::files

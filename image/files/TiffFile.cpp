@@ -121,8 +121,6 @@ int ReadRows(TiffRows& rows, const TiffLayout& layout, RowConverter convert, con
     return NoError;
 }
 
-} // namespace
-
 int ReadTiff(ImageFile& file, Image& dst, PixelTypes wanted)
 {
     SilenceLibrary();
@@ -195,5 +193,10 @@ int WriteTiff(ImageFile& file, const Image& src)
     if (!TIFFFlush(tiff.get())) return failed();
     return NoError;
 }
+
+} // namespace
+
+extern const Format tiff;
+const Format tiff = {{L".tif", L".tiff"}, ReadTiff, CheckTiffType, WriteTiff, true};
 
 } // namespace Tesk::files

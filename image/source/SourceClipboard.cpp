@@ -4,7 +4,7 @@
 #include "foundation/Entry.h"
 #include "foundation/Services.h"
 #include "image/core/Refusals.h"
-#include "image/files/ImageFile.h"
+#include "image/files/BitmapHeader.h"
 #include "measure/Profile.h"
 
 #include <array>
@@ -28,22 +28,8 @@ void Guarded(const Entry& entry, F work)
 
 using Block = std::vector<std::uint8_t>;
 
-constexpr std::size_t headerSize = 40, paletteSize = 1024;
+constexpr std::size_t headerSize = bitmapHeaderSize, paletteSize = 1024;
 constexpr int uncompressed = 0, bitFields = 3;
-
-/// The header of a bitmap whose rows stand bottom first.
-void PutHeader(Block& block, int width, int height, int bitCount, int colorsUsed)
-{
-    const auto density = static_cast<std::uint32_t>(dotsPerInch * dotsPerMetre + 0.5);
-    PutLittle(&block[0], headerSize, 4);
-    PutLittle(&block[4], static_cast<std::uint32_t>(width), 4);
-    PutLittle(&block[8], static_cast<std::uint32_t>(height), 4);
-    PutLittle(&block[12], 1, 2);
-    PutLittle(&block[14], static_cast<std::uint32_t>(bitCount), 2);
-    PutLittle(&block[24], density, 4);
-    PutLittle(&block[28], density, 4);
-    PutLittle(&block[32], static_cast<std::uint32_t>(colorsUsed), 4);
-}
 
 /// What the header of a bitmap tells, and where its rows are.
 struct Bitmap
@@ -75,7 +61,7 @@ int ReadHeader(const Block& block, Bitmap& bitmap)
     bitmap.colors = bitCount != 8 ? 0 : GetLittle(&block[32], 4) == 0 ? 256 : GetLittle(&block[32], 4);
     const std::int64_t masks = bitCount != 8 && compression == bitFields ? 12 : 0;
     bitmap.offset = std::int64_t{GetLittle(&block[0], 4)} + 4 * bitmap.colors + masks;
-    bitmap.rowBytes = (bitmap.width * bitCount + 31) / 32 * 4;
+    bitmap.rowBytes = BitmapRowBytes(bitmap.width, bitCount);
     const std::int64_t left = static_cast<std::int64_t>(block.size()) - bitmap.offset;
     const bool fits = bitmap.width > 0 && bitmap.height > 0 && left > 0 && bitmap.rowBytes <= left / bitmap.height;
     return fits ? NoError : refuse();
@@ -84,12 +70,13 @@ int ReadHeader(const Block& block, Bitmap& bitmap)
 /// The window of an image as a bitmap.
 Block BitmapOf(const Image& src)
 {
-    const auto rowBytes = static_cast<std::size_t>(RowBytes(src.Width, src.Type));
-    const std::size_t paddedBytes = (rowBytes + 3) & ~std::size_t{3};
+    const int bitCount = 8 * ElementSize(src.Type);
+    const auto rowBytes = static_cast<std::size_t>(RowBytes(src.Width, src.Type)),
+               paddedBytes = static_cast<std::size_t>(BitmapRowBytes(src.Width, bitCount));
     const auto height = static_cast<std::size_t>(int(src.Height));
     const auto pitch = Max(paddedBytes, static_cast<std::size_t>(Max(int(src.Pitch), 0)));
     Block block(pitch * height + headerSize + paletteSize);
-    PutHeader(block, src.Width, src.Height, 8 * ElementSize(src.Type), src.Type == Gray ? 256 : 0);
+    PutBitmapHeader(block.data(), src.Width, src.Height, bitCount, src.Type == Gray ? 256 : 0);
     std::size_t at = headerSize;
     if (src.Type == Gray) {
         for (std::size_t i = 0; i < 256; i++)
@@ -106,7 +93,7 @@ Block BitmapOf(const std::vector<std::uint8_t>& pixels, int width, int height)
 {
     const std::size_t rowBytes = 4 * static_cast<std::size_t>(width), rows = static_cast<std::size_t>(height);
     Block block(headerSize + rowBytes * rows);
-    PutHeader(block, width, height, 32, 0);
+    PutBitmapHeader(block.data(), width, height, 32, 0);
     for (std::size_t y = 0; y < rows; y++)
         std::memcpy(&block[headerSize + rowBytes * (rows - 1 - y)], &pixels[rowBytes * y], rowBytes);
     return block;
