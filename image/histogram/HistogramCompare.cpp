@@ -26,13 +26,10 @@ constexpr Types comparedTypes = {Gray, Gray16, Rgb};
 template <typename F>
 void EachRowPair(const Image& a, const Image& b, F f)
 {
-    const bool wide = a.Type == Gray16;
-    const int numbers = a.Width * (a.Type == Rgb ? 3 : 1);
-    for (int y = 0; y < a.Height; y++)
-        if (wide)
-            f(a.Row<Gray16Pixel>(y), b.Row<Gray16Pixel>(y), numbers);
-        else
-            f(a.Row(y), b.Row(y), numbers);
+    VisitSamples<Gray, Gray16, Rgb>(a.Type, [&]<int channels, typename T>() {
+        for (int y = 0; y < a.Height; y++)
+            f(a.Row<T>(y), b.Row<T>(y), a.Width * channels);
+    });
 }
 
 /// The differences of a row fit into 32 bits in pieces of this many numbers.

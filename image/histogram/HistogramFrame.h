@@ -1,4 +1,4 @@
-// The counts that statistics work on, wherever they come from, and the refusals of histograms.
+// What the methods of histograms share: refusals, and the moments of an image.
 #pragma once
 
 #include "foundation/Entry.h"
@@ -12,20 +12,6 @@
 namespace Tesk::levels {
 
 using namespace images;
-
-/// The counts of the levels `offset` to `offset + size - 1`.
-struct Counts
-{
-    const std::int32_t* counts = nullptr;
-    int size = 0, offset = 0, stride = 1;
-    std::int64_t total = 0;
-
-    /// A count below 0 can only have been written there; it counts as none.
-    std::int64_t operator[](int i) const { return Max(counts[static_cast<std::ptrdiff_t>(i) * stride], 0); }
-};
-
-/// Counts with their sum.
-Counts Summed(const std::int32_t* counts, int size, int offset, int stride);
 
 /// A count as a sample holds it.
 inline std::int32_t CountSample(std::int64_t count)

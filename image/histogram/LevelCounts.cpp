@@ -1,3 +1,4 @@
+// The loops that count levels, by several tables and by pairs of pixels, and those that add pixels and squares up.
 #include "image/histogram/LevelCounts.h"
 
 #include "image/core/PixelLoops.h"

@@ -1,3 +1,4 @@
+// The loop over the pixels under the runs of a region.
 #include "image/histogram/MaskedCounts.h"
 
 #include "image/Image.h"
