@@ -1,3 +1,4 @@
+// The row kernels of the neighbourhood filters, in vectors.
 #include "image/filter/FilterKernels.h"
 
 #include "image/kernels/ByLevel.h"

@@ -1,3 +1,4 @@
+// The row kernels of Gaussians: weighted masks, and cascades of running sums.
 #include "image/filter/GaussKernels.h"
 
 #include "image/kernels/ByLevel.h"

@@ -101,10 +101,9 @@ void HighPass(const char* context, LowPass lowPass, int width, int height, const
         Image low;
         MakeLike(held.a, held.a.Type, low);
         (lowPass == LowPass::Box ? BoxMeans : GaussMeans)(held.a, width, height, low);
-        if (held.a.Type == Gray16)
-            Differences<Gray16Pixel>(held.a, low, dst, clip, gain, words);
-        else
-            Differences<GrayPixel>(held.a, low, dst, clip, gain, bytes);
+        VisitPixels<Gray, Gray16>(held.a.Type, [&]<typename T>() {
+            Differences<T>(held.a, low, dst, clip, gain, sizeof(T) == 1 ? bytes : words);
+        });
     });
 }
 

@@ -444,10 +444,7 @@ void Kernel::Bilateral(int FilterSize, int GrayRange, const Image& Src, Image& D
     // A negative range holds no pixel; beyond the gray scale nothing changes any more.
     const int range = Clamp(GrayRange, -1, 65535);
     Guarded(entry, [&] {
-        if (held.a.Type == Gray16)
-            SigmaFilter<Gray16Pixel>(held.a, FilterSize, range, Dst);
-        else
-            SigmaFilter<GrayPixel>(held.a, FilterSize, range, Dst);
+        VisitPixels<Gray, Gray16>(held.a.Type, [&]<typename T>() { SigmaFilter<T>(held.a, FilterSize, range, Dst); });
     });
 }
 

@@ -1,3 +1,4 @@
+// The row kernels of resampling: mixing two rows, spreading one, picking pixels.
 #include "image/geometry/ResampleKernels.h"
 
 #include "foundation/Status.h"

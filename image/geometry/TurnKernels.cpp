@@ -1,3 +1,4 @@
+// The kernels of exact transforms: reversed rows, and transposition by blocks.
 #include "image/geometry/TurnKernels.h"
 
 #include "image/kernels/ByLevel.h"

@@ -1,3 +1,4 @@
+// The row kernels of warps: the pixels along a line, and those at the entries of a map.
 #include "image/geometry/WarpKernels.h"
 
 #include "foundation/Status.h"

@@ -1,3 +1,4 @@
+// The row kernels on bytes, in vectors.
 #include "image/kernels/RowKernels.h"
 
 #include "image/kernels/ByLevel.h"

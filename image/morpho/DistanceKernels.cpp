@@ -1,3 +1,4 @@
+// The row kernels of distance maps, in vectors.
 #include "image/morpho/DistanceKernels.h"
 
 #include "image/morpho/MorphoKernels.h"

@@ -1,3 +1,4 @@
+// The row kernels of extrema, in vectors.
 #include "image/morpho/MorphoKernels.h"
 
 #include "image/kernels/ByLevel.h"

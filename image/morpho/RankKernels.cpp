@@ -1,3 +1,4 @@
+// The kernels of rank filters: sorting networks across vectors, and histograms of columns.
 #include "image/morpho/RankKernels.h"
 
 #include "image/morpho/MorphoKernels.h"

@@ -1,3 +1,4 @@
+// The row kernels of halving and doubling, in vectors.
 #include "image/pyramid/PyramidKernels.h"
 
 #include "image/kernels/ByLevel.h"
