@@ -1,9 +1,11 @@
 // Drawing into an image: its pixels go to a raster target and back.
-#include "foundation/CairoTarget.h"
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
 #include "image/Image.h"
+#include "image/core/TiledTarget.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -18,7 +20,7 @@ namespace {
 struct Drawing
 {
     GraphTarget* before;
-    std::unique_ptr<CairoTarget> surface;
+    std::unique_ptr<TiledTarget> surface;
 };
 
 std::vector<Drawing>& Drawings()
@@ -29,16 +31,15 @@ std::vector<Drawing>& Drawings()
 
 bool CanBeDrawnOn(const Image& image)
 {
-    return (image.Type == Gray || image.Type == Rgb || image.Type == Rgba || image.Type == Gray1) &&
-           image.Width <= CairoTarget::LargestSide && image.Height <= CairoTarget::LargestSide;
+    return image.Type == Gray || image.Type == Rgb || image.Type == Rgba || image.Type == Gray1;
 }
 
-/// One row onto the surface, or back from it.
-void ToSurface(const Image& image, int y, std::uint8_t* dst)
+/// The pixels from `from` up to but not including `to` of one row onto the surface, or back from it.
+void ToSurface(const Image& image, int y, int from, int to, std::uint8_t* dst)
 {
     const std::uint8_t* src = image.Row(y);
     const int step = ElementSize(image.Type);
-    for (int x = 0; x < image.Width; x++, dst += 4) {
+    for (int x = from; x < to; x++, dst += 4) {
         if (image.Type == Gray1)
             std::memset(dst, src[x >> 3] & 0x80 >> (x & 7) ? 255 : 0, 3);
         else if (image.Type == Gray)
@@ -48,11 +49,11 @@ void ToSurface(const Image& image, int y, std::uint8_t* dst)
     }
 }
 
-void FromSurface(const std::uint8_t* src, Image& image, int y)
+void FromSurface(const std::uint8_t* src, Image& image, int y, int from, int to)
 {
     std::uint8_t* dst = image.Row(y);
     const int step = ElementSize(image.Type);
-    for (int x = 0; x < image.Width; x++, src += 4) {
+    for (int x = from; x < to; x++, src += 4) {
         const std::uint8_t gray = Max(src[0], Max(src[1], src[2]));
         if (image.Type == Gray) {
             dst[x] = gray;
@@ -62,6 +63,18 @@ void FromSurface(const std::uint8_t* src, Image& image, int y)
         } else {
             std::memcpy(dst + step * x, src, 3);
         }
+    }
+}
+
+/// For each row of each tile: its first pixel on the surface, and where in the image it lies.
+template <typename F>
+void ForTileRows(const TiledTarget& surface, F work)
+{
+    for (const TiledTarget::Tile& tile : surface.Tiles()) {
+        std::uint8_t* pixels = tile.Surface->Pixels();
+        for (int y = 0; y < tile.Surface->Height(); y++)
+            work(pixels + static_cast<std::ptrdiff_t>(tile.Surface->Stride()) * y, tile.Y + y, tile.X,
+                 tile.X + tile.Surface->Width());
     }
 }
 
@@ -75,11 +88,10 @@ void Graph::BeginImageTarget(Image& Target)
         Drawings().push_back({DrawTo(), nullptr});
         DrawTo(nullptr);
         if (CanBeDrawnOn(Target)) {
-            auto surface = std::make_unique<CairoTarget>(Target.Width, Target.Height);
-            hasMemory = surface->Height() == Target.Height;
-            std::uint8_t* pixels = surface->Pixels();
-            for (int y = 0; y < surface->Height(); y++)
-                ToSurface(Target, y, pixels + static_cast<std::ptrdiff_t>(surface->Stride()) * y);
+            auto surface = std::make_unique<TiledTarget>(Target.Width, Target.Height);
+            hasMemory = surface->IsWhole();
+            ForTileRows(*surface,
+                        [&](std::uint8_t* pixels, int y, int from, int to) { ToSurface(Target, y, from, to, pixels); });
             DrawTo(surface.get());
             Drawings().back().surface = std::move(surface);
         }
@@ -96,12 +108,11 @@ void Graph::EndImageTarget(Image& Target)
     Drawings().pop_back();
     DrawTo(drawing.before);
     if (!drawing.surface || !CanBeDrawnOn(Target) || drawing.surface->Width() != Target.Width ||
-        drawing.surface->Height() != Target.Height)
+        drawing.surface->Height() != Target.Height || !drawing.surface->IsWhole())
         return;
     Target.DetachIfShared(true);
-    const std::uint8_t* pixels = drawing.surface->Pixels();
-    for (int y = 0; y < Target.Height; y++)
-        FromSurface(pixels + static_cast<std::ptrdiff_t>(drawing.surface->Stride()) * y, Target, y);
+    ForTileRows(*drawing.surface,
+                [&](const std::uint8_t* pixels, int y, int from, int to) { FromSurface(pixels, Target, y, from, to); });
 }
 
 } // namespace Tesk

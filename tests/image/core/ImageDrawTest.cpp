@@ -3,6 +3,9 @@
 #include "image/Image.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -173,4 +176,67 @@ TEST_F(ImageDrawTest, AnImageLargerThanARectangleRecordCanTellIsDrawn)
     strip.Set(70000, 2048, Gray1);
     strip.Draw(false);
     EXPECT_EQ(target.Calls, (std::vector<std::string>{"Blit 70000 2048 1 0 0 68 2"}));
+}
+
+TEST_F(ImageDrawTest, AnImageWiderOrHigherThanASurfaceIsDrawnOverItsSeams)
+{
+    // The same scene stands alone in a small image, and over the place where two tiles meet.
+    Graph::Zoom = 1;
+    const auto scene = [] {
+        const GraphSettings settings;
+        Graph::LineColor = Graph::PointColor = Graph::TextColor = Yellow;
+        Graph::FillColor = Red;
+        Graph::Line(3, 5, 90, 62);
+        Graph::Circle(50, 40, 20);
+        Graph::FillRectangle(Limits(35, 60, 30, 9));
+        Graph::Text(30, 45, "seam");
+        Graph::LineWidth = 5;
+        Graph::Line(60, 8, 40, 90);
+        Image stamp;
+        stamp.Set(20, 20, Gray16);
+        for (int y = 0; y < 20; y++)
+            for (int x = 0; x < 20; x++)
+                stamp.PixelGray16(x, y) = static_cast<std::uint16_t>(3000 * y + 150 * x);
+        Graph::Zoom = 2;
+        stamp.Draw(false);
+    };
+    constexpr int side = 100, seam = 32767, corner = seam - side / 2;
+    Image alone;
+    alone.Set(side, side, Rgb);
+    for (int y = 0; y < side; y++)
+        std::fill_n(alone.Row(y), 3 * side, std::uint8_t{9});
+    Image wide, high;
+    wide.Set(seam + 5000, side, Rgb);
+    high.Set(side, seam + 5000, Rgb);
+    for (Image* image : {&wide, &high})
+        for (int y = 0; y < image->Height; y++)
+            std::fill_n(image->Row(y), 3 * image->Width, std::uint8_t{9});
+    Graph::BeginImageTarget(alone);
+    scene();
+    Graph::EndImageTarget(alone);
+    Graph::BeginImageTarget(wide);
+    Graph::SetOrigin(corner, 0);
+    scene();
+    Graph::EndImageTarget(wide);
+    Graph::BeginImageTarget(high);
+    Graph::SetOrigin(0, corner);
+    scene();
+    Graph::EndImageTarget(high);
+    int drawn = 0;
+    for (int y = 0; y < side; y++)
+        for (int x = 0; x < side; x++) {
+            const RgbPixel expected = alone.PixelRgb(x, y);
+            drawn += expected != RgbPixel(9, 9, 9);
+            ASSERT_EQ(wide.PixelRgb(corner + x, y), expected) << x << ' ' << y;
+            ASSERT_EQ(high.PixelRgb(x, corner + y), expected) << x << ' ' << y;
+        }
+    EXPECT_GT(drawn, 2000);
+    // And the last pixels, far beyond.
+    Graph::BeginImageTarget(wide);
+    Graph::LineColor = Yellow;
+    Graph::Line(0, 7, 40000, 7);
+    Graph::EndImageTarget(wide);
+    for (const int x : {0, seam - 1, seam, seam + 1, seam + 4999})
+        EXPECT_EQ(wide.PixelRgb(x, 7), RgbPixel(255, 255, 0)) << x;
+    Graph::LineColor = Blue;
 }
