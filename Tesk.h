@@ -14,6 +14,7 @@
 #include "image/Operator.h"
 #include "image/Pyramid.h"
 #include "image/Source.h"
+#include "measure/Blobs.h"
 #include "measure/FeatureTable.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"

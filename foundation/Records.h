@@ -16,6 +16,7 @@ class Archive;
 inline constexpr int Auto = static_cast<int>(0x80000000u);
 inline constexpr int MinInt = static_cast<int>(0x80000001u);
 inline constexpr int MaxInt = 0x7fffffff;
+inline constexpr float MinFloat = std::numeric_limits<float>::lowest(), MaxFloat = std::numeric_limits<float>::max();
 /// An argument that was not given, where `Auto` would be a choice.
 inline constexpr int NotInitialized = MinInt;
 

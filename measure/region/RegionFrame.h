@@ -1,10 +1,11 @@
-// What the methods of regions share: the words of their refusals, writing over pixels, drawing, taking a result.
+// What the methods of regions share: the words of their refusals, taking a result.
 #pragma once
 
 #include "foundation/Entry.h"
 #include "image/Image.h"
 #include "measure/Region.h"
 #include "measure/region/RunLists.h"
+#include "measure/region/RunPixels.h"
 #include "measure/region/RunSets.h"
 
 namespace Tesk::regions {
@@ -19,11 +20,6 @@ inline int RefuseType(PixelTypes type, const wchar_t* wanted)
     return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation, use %ls",
                           PixelTypeName(type), wanted);
 }
-
-/// Writes a value over the pixels of the runs, of any type but gradients and bits (`UnsupportedType`).
-int PutRuns(RunSpan runs, int value, Image& dst);
-/// Draws runs in the filling colour. `OutOfRange` without one.
-int DrawRuns(RunSpan runs);
 
 } // namespace Tesk::regions
 
