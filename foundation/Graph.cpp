@@ -1,3 +1,4 @@
+// The drawing operations: positions and colours turned into calls of the current target.
 #include "foundation/Graph.h"
 
 #include "foundation/Status.h"
@@ -143,13 +144,13 @@ GraphTarget* Graph::Prepared()
     return Prepare() ? target : nullptr;
 }
 
-bool Graph::PrepareText()
+bool Graph::PrepareText(bool toDraw)
 {
     if (!target) return false;
     const int text = IndexOf(TextColor, last.text), background = IndexOf(FillColor, last.background);
     last.text = text;
     last.background = background;
-    if (text < 0) return false;
+    if (toDraw && text < 0) return false;
     if (text == told.text && background == told.background && FontSize == told.fontSize && FontName == told.font)
         return true;
     const RgbPixel color = PaletteColor(background);
@@ -330,7 +331,7 @@ void Graph::TargetRectangle(int left, int top, int right, int bottom, bool cross
 
 void Graph::Text(double x, double y, const wchar_t* string)
 {
-    if (!string || !PrepareText()) return;
+    if (!string || !PrepareText(true)) return;
     const TargetPoint size = target->TextExtent(string);
     const auto shift = [](int align, int extent) { return (Clamp(align, -1, 1) + 1) * extent / 2; };
     target->Text({ToTarget(x) - shift(TextAlignX, size.X), ToTarget(y) - shift(TextAlignY, size.Y)}, string);
@@ -344,7 +345,7 @@ void Graph::Text(double x, double y, const char* string)
 
 TargetPoint Graph::TextSize(const wchar_t* string)
 {
-    if (!string || !PrepareText()) return {0, 0};
+    if (!string || !PrepareText(false)) return {0, 0};
     return target->TextExtent(string);
 }
 

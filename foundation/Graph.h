@@ -38,6 +38,13 @@ struct LookupTableView
 
 /// A point is turned into target pixels by trunc((v + 0.5) * Zoom); marks that are centred on a pixel by
 /// trunc((v + 1) * Zoom). Without a target all drawing is ignored. For one thread at a time.
+///
+///     CairoTarget target(640, 480);
+///     Graph::DrawTo(&target);
+///     Graph::LineColor = Green;
+///     Graph::Line(10, 20, 200, 120, 1); // with an arrow at its end
+///     Graph::Text(10, 5, "25.4 mm");
+///     Graph::DrawTo(nullptr);
 class Graph
 {
 public:
@@ -110,9 +117,10 @@ public:
     /// its middle.
     static void AngleMark(XY center, double r, double fromDegrees, double toDegrees, double value);
 
-    /// The box of a text stands at the point by `TextAlignX` and `TextAlignY`.
+    /// The box of a text stands at the point by `TextAlignX` and `TextAlignY`. Narrow texts are UTF-8.
     static void Text(double x, double y, const wchar_t* string);
     static void Text(double x, double y, const char* string);
+    /// In target pixels, whatever the colour; 0, 0 without a target.
     static TargetPoint TextSize(const wchar_t* string);
     static TargetPoint TextSize(const char* string);
     static void SetOrigin(double x, double y);
@@ -148,7 +156,8 @@ private:
     static bool Prepare();
     /// The current target, told pen and fill; null if there is none.
     static GraphTarget* Prepared();
-    static bool PrepareText();
+    /// Tells the target font and colours of texts; false without a target, or where a text would not be seen.
+    static bool PrepareText(bool toDraw);
     static void Render(const ImageView& View, const LookupTableView* Table);
     static int PointIndex();
     static void ArrowHead(TargetPoint from, TargetPoint tip);

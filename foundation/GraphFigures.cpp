@@ -1,22 +1,19 @@
 // Turned and curved figures, and the marks of measured distances and angles.
+#include "foundation/Angles.h"
 #include "foundation/Graph.h"
 #include "foundation/Status.h"
 
-#include <cwchar>
+#include <cmath>
+#include <iterator>
+#include <numbers>
 
 namespace Tesk {
 
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
 /// Three points make an arc if their chord is at least this long, the middle one stands off it by more than this, and
 /// the circle is no larger than this; all in image pixels.
 constexpr double smallestChord = 10, smallestSagitta = 0.5, largestRadius = 2048;
-
-double Radians(double degrees)
-{
-    return degrees * pi / 180;
-}
 
 /// Truncates within what a target can hold.
 int Length(double v)
@@ -33,7 +30,7 @@ TargetPoint OnTarget(XY point)
 
 void Graph::RotatedRectangle(double cx, double cy, double w, double h, double degrees, bool cross)
 {
-    RotatedRectangleRadians(cx, cy, w, h, Radians(degrees), cross);
+    RotatedRectangleRadians(cx, cy, w, h, ToRadians(degrees), cross);
 }
 
 void Graph::RotatedRectangleRadians(double cx, double cy, double w, double h, double radians, bool cross)
@@ -60,7 +57,7 @@ void Graph::Circle(double x, double y, double r)
 
 void Graph::Ellipse(double cx, double cy, double a, double b, double degrees)
 {
-    EllipseRadians(cx, cy, a, b, Radians(degrees));
+    EllipseRadians(cx, cy, a, b, ToRadians(degrees));
 }
 
 void Graph::EllipseRadians(double cx, double cy, double a, double b, double radians)
@@ -75,7 +72,7 @@ void Graph::EllipseRadians(double cx, double cy, double a, double b, double radi
 
 void Graph::EllipseArc(double cx, double cy, double a, double b, double degrees, double from, double to, int marks)
 {
-    EllipseArcRadians(cx, cy, a, b, Radians(degrees), Radians(from), Radians(to), marks);
+    EllipseArcRadians(cx, cy, a, b, ToRadians(degrees), ToRadians(from), ToRadians(to), marks);
 }
 
 void Graph::EllipseArcRadians(double cx, double cy, double a, double b, double radians, double from, double to,
@@ -122,8 +119,8 @@ void Graph::ArcThrough(XY p0, XY p1, XY p2, int thickness)
     const double from = std::atan2(p0.Y - y, p0.X - x);
     double to = std::atan2(p2.Y - y, p2.X - x);
     // Of the two sweeps, the one on which the middle point lies.
-    if (cross < 0 && to < from) to += 2 * pi;
-    if (cross > 0 && to > from) to -= 2 * pi;
+    if (cross < 0 && to < from) to += 2 * std::numbers::pi;
+    if (cross > 0 && to > from) to -= 2 * std::numbers::pi;
     target->Arc(ToTarget(x - r), ToTarget(y - r), ToTarget(x + r), ToTarget(y + r), from, to);
 }
 
@@ -162,7 +159,7 @@ void Graph::DistanceMark(XY p0, XY p1, double value, double offset)
 void Graph::AngleMark(XY center, double r, double fromDegrees, double toDegrees, double value)
 {
     EllipseArc(center.X, center.Y, r, r, 0, fromDegrees, toDegrees);
-    const double middle = Radians((fromDegrees + toDegrees) / 2);
+    const double middle = ToRadians((fromDegrees + toDegrees) / 2);
     Label(center.X + r * std::cos(middle), center.Y + r * std::sin(middle), value);
 }
 

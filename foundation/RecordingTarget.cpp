@@ -1,5 +1,7 @@
+// Each call as a line of text.
 #include "foundation/RecordingTarget.h"
 
+#include "foundation/Angles.h"
 #include "foundation/Status.h"
 
 #include <cmath>
@@ -27,7 +29,7 @@ std::string ColorText(const RgbPixel* color)
 double Degrees(double radians)
 {
     constexpr double steps = 1000;
-    return std::round(radians * 180 / 3.14159265358979323846 * steps) / steps;
+    return std::round(ToDegrees(radians) * steps) / steps;
 }
 
 } // namespace

@@ -1,8 +1,9 @@
+// The services that need no screen, and those in force.
 #include "foundation/Services.h"
 
 #include "foundation/Status.h"
+#include "foundation/text/ErrorStream.h"
 
-#include <cstdio>
 #include <utility>
 
 namespace Tesk {
@@ -14,7 +15,7 @@ class ErrorStreamMessageBox final : public IMessageBox
 public:
     void Show(const wchar_t* Title, const wchar_t* Text) override
     {
-        std::fprintf(stderr, "%s: %s\n", Narrow(Title).c_str(), Narrow(Text).c_str());
+        ToErrorStream(Narrow(Title) + ": " + Narrow(Text) + '\n');
     }
 };
 

@@ -1,9 +1,10 @@
+// The record of failures and what they do, the stopwatches, and the level of vector instructions.
 #include "foundation/Status.h"
 
 #include "foundation/Services.h"
+#include "foundation/text/ErrorStream.h"
 
 #include <hwy/targets.h>
-#include <locale.h>
 
 #include <array>
 #include <cassert>
@@ -11,11 +12,10 @@
 #include <cpuid.h>
 #include <cstdarg>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <cwchar>
-#include <new>
-#include <vector>
+#include <exception>
+#include <string>
 
 namespace Tesk {
 
@@ -89,8 +89,7 @@ void Show(const Status&)
 
 void Print(const Status& Record)
 {
-    // The stream may be narrow-oriented already, so the line is converted here rather than by a wide print.
-    std::fprintf(stderr, "Error calling %s() - %s\n", Record.Function(), Narrow(Record.Message()).c_str());
+    ToErrorStream("Error calling " + std::string(Record.Function()) + "() - " + Narrow(Record.Message()) + '\n');
 }
 
 void Assert(const Status&)
@@ -156,36 +155,20 @@ const wchar_t* Status::UnicodeFunction()
 
 int Status::Format(int Code, const wchar_t* Message, ...)
 {
-    // An overflow is reported without a promise of what was written, so a message that the stack cannot take is made in
-    // a larger buffer first, and then cut.
-    const auto keep = [&](const wchar_t* text) {
-        Status& record = Error();
-        std::wcsncpy(record.message_, text, textSize - 1);
-        record.message_[textSize - 1] = 0;
-        return Code;
-    };
-    const auto make = [&](wchar_t* text, std::size_t size, va_list arguments) {
-        const bool made = FormatArguments(text, size, Message, arguments) >= 0;
-        if (made) keep(text);
-        return made;
-    };
-    constexpr std::size_t usual = 1024, longest = 1u << 20;
-    wchar_t text[usual];
+    Status& record = Error();
     va_list arguments;
     va_start(arguments, Message);
-    bool made = make(text, usual, arguments);
-    va_end(arguments);
     try {
-        for (std::size_t size = 4 * usual; !made && size <= longest; size *= 4) {
-            std::vector<wchar_t> large(size);
-            va_start(arguments, Message);
-            made = make(large.data(), size, arguments);
-            va_end(arguments);
-        }
-    } catch (const std::bad_alloc&) {
-        // The format itself is all that can be told.
+        const std::wstring text = FormattedText(Message, arguments);
+        record.message_[text.copy(record.message_, textSize - 1)] = 0;
+    } catch (const std::exception&) {
+        // Without memory the format itself is all that can be told. It may be the message that stands.
+        const std::size_t length = wcsnlen(Message, textSize - 1);
+        std::wmemmove(record.message_, Message, length);
+        record.message_[length] = 0;
     }
-    return made ? Code : keep(Message);
+    va_end(arguments);
+    return Code;
 }
 
 bool Status::Raise(int Code, const char* Context)
@@ -193,8 +176,10 @@ bool Status::Raise(int Code, const char* Context)
     if (Code == NoError) return false;
     Status& record = Error();
     if (Context) {
-        std::strncpy(record.function_, Context, textSize - 1);
-        record.function_[textSize - 1] = 0;
+        // The context that stands may be handed in again.
+        const std::size_t length = strnlen(Context, textSize - 1);
+        std::memmove(record.function_, Context, length);
+        record.function_[length] = 0;
     }
     record.Code = Code;
     behavior(record);
@@ -285,77 +270,6 @@ const wchar_t* Status::SIMDLevelName(SIMDLevels Level)
     static constexpr const wchar_t* names[] = {L"Scalar", L"MMX",  L"SSE",    L"SSE2",   L"SSE3",  L"SSE4",
                                                L"AVX",    L"AVX2", L"AVX512", L"NEONv7", L"NEONv8"};
     return Level >= NoSIMD && Level <= SIMDNEONv8 ? names[Level] : L"";
-}
-
-int FormatArguments(wchar_t* Text, std::size_t Size, const wchar_t* Format, va_list Arguments)
-{
-    static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
-    const locale_t former = plain ? uselocale(plain) : nullptr;
-    const int length = std::vswprintf(Text, Size, Format, Arguments);
-    if (plain) uselocale(former);
-    return length;
-}
-
-int FormatText(wchar_t* Text, std::size_t Size, const wchar_t* Format, ...)
-{
-    va_list arguments;
-    va_start(arguments, Format);
-    const int length = FormatArguments(Text, Size, Format, arguments);
-    va_end(arguments);
-    return length;
-}
-
-std::wstring Widen(const char* Text)
-{
-    std::wstring wide;
-    for (const char* c = Text; c && *c; c++)
-        wide.push_back(static_cast<unsigned char>(*c));
-    return wide;
-}
-
-std::wstring WidenPath(const char* Path)
-{
-    std::wstring wide;
-    for (const auto* c = reinterpret_cast<const unsigned char*>(Path); c && *c;) {
-        const int more = *c < 0x80 ? 0 : *c < 0xc2 ? -1 : *c < 0xe0 ? 1 : *c < 0xf0 ? 2 : *c < 0xf5 ? 3 : -1;
-        if (more < 0) return Widen(Path);
-        std::uint32_t code = more == 0 ? *c : *c & (0x3fu >> more);
-        c++;
-        for (int i = 0; i < more; i++, c++) {
-            if ((*c & 0xc0) != 0x80) return Widen(Path);
-            code = code << 6 | (*c & 0x3fu);
-        }
-        constexpr std::uint32_t smallest[] = {0, 0x80, 0x800, 0x10000};
-        if (code < smallest[more] || (code >= 0xd800 && code < 0xe000) || code > 0x10ffff) return Widen(Path);
-        wide.push_back(static_cast<wchar_t>(code));
-    }
-    return wide;
-}
-
-std::string Narrow(const wchar_t* Text)
-{
-    std::string narrow;
-    for (const wchar_t* c = Text; c && *c; c++) {
-        auto code = static_cast<std::uint32_t>(*c);
-        // What no encoding may hold is shown as such.
-        if ((code >= 0xd800 && code < 0xe000) || code > 0x10ffff) code = 0xfffd;
-        if (code < 0x80) {
-            narrow.push_back(static_cast<char>(code));
-        } else if (code < 0x800) {
-            narrow.push_back(static_cast<char>(0xc0 | code >> 6));
-            narrow.push_back(static_cast<char>(0x80 | (code & 0x3f)));
-        } else if (code < 0x10000) {
-            narrow.push_back(static_cast<char>(0xe0 | code >> 12));
-            narrow.push_back(static_cast<char>(0x80 | (code >> 6 & 0x3f)));
-            narrow.push_back(static_cast<char>(0x80 | (code & 0x3f)));
-        } else {
-            narrow.push_back(static_cast<char>(0xf0 | (code >> 18 & 0x07)));
-            narrow.push_back(static_cast<char>(0x80 | (code >> 12 & 0x3f)));
-            narrow.push_back(static_cast<char>(0x80 | (code >> 6 & 0x3f)));
-            narrow.push_back(static_cast<char>(0x80 | (code & 0x3f)));
-        }
-    }
-    return narrow;
 }
 
 } // namespace Tesk

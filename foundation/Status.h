@@ -14,6 +14,11 @@ namespace Tesk {
 ///
 /// Every public method of the library clears the calling thread's `Code` on entry, validates, and on a refusal stores
 /// a message, a context and a code here and runs the chosen behaviour. An object of this type is what `ThrowIt` throws.
+///
+///     Status::ErrorBehavior(IgnoreIt); // or ThrowIt, ShowIt, PrintIt
+///     image.Read("part.png");
+///     if (Status::Error().Code != NoError)
+///         std::fprintf(stderr, "%s: %s\n", Status::AsciiFunction(), Status::AsciiError());
 class Status
 {
 public:
@@ -87,13 +92,18 @@ private:
 };
 
 /// Formats wide text (printf-style) with a decimal point, whatever the locale: a program that sets one for its
-/// interface must not change what messages and exported programs say. The length, or below 0 if the text does not fit.
+/// interface must not change what messages and exported programs say. "%s" and "%hs" take UTF-8. The length, or below 0
+/// if the text does not fit and is cut.
 int FormatText(wchar_t* Text, std::size_t Size, const wchar_t* Format, ...);
 int FormatArguments(wchar_t* Text, std::size_t Size, const wchar_t* Format, va_list Arguments);
-/// Narrow text widened byte by byte, without regard to the locale, so that any path can stand in a message.
+std::wstring FormattedText(const wchar_t* Format, va_list Arguments);
+/// Narrow text widened without regard to the locale: decoded where it is UTF-8, else byte by byte, so that any path can
+/// stand in a message.
 std::wstring Widen(const char* Text);
-/// A path widened for a message: decoded where it is UTF-8, else byte by byte.
-std::wstring WidenPath(const char* Path);
+inline std::wstring WidenPath(const char* Path)
+{
+    return Widen(Path);
+}
 /// Wide text narrowed for the file system (UTF-8 where a character is above 127; U+FFFD for what is no character).
 std::string Narrow(const wchar_t* Text);
 

@@ -5,6 +5,7 @@
 #include "foundation/cairo/CairoState.h"
 
 #include <algorithm>
+#include <numbers>
 
 namespace Tesk {
 
@@ -15,7 +16,7 @@ constexpr double farthest = 4e6;
 /// Chords of a flattened curve stay this near to it, in pixels.
 constexpr double flatness = 0.05;
 constexpr int fewestChords = 16, mostChords = 4096;
-constexpr double pi = 3.14159265358979323846;
+constexpr double pi = std::numbers::pi;
 
 std::uint32_t Word(RgbPixel color)
 {

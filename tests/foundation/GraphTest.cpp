@@ -110,6 +110,20 @@ TEST_F(GraphTest, PointsGrowWithTheZoomAndTextIsAligned)
     EXPECT_EQ(Drawn(), (Calls{"Text 36 24 abcd"}));
 }
 
+TEST_F(GraphTest, NarrowTextsAreDecodedAndHaveASizeWhateverTheirColor)
+{
+    Graph::Text(0, 0, "caf\xc3\xa9");
+    EXPECT_EQ(Drawn(), (Calls{"Text 0 0 caf\xc3\xa9"}));
+    EXPECT_EQ(Graph::TextSize("caf\xc3\xa9").X, 4 * 7);
+    Graph::TextColor = NoColor;
+    EXPECT_EQ(Graph::TextSize(L"abc").X, 3 * 7);
+    EXPECT_EQ(Graph::TextSize(L"abc").Y, 16);
+    Graph::TextColor = Blue;
+    target_.Calls.clear();
+    Graph::Text(0, 0, L"x");
+    EXPECT_EQ(target_.Calls.front(), "SetText 0 0 255 none System 16") << "the color is told again";
+}
+
 TEST_F(GraphTest, FiguresCloseOrStayOpen)
 {
     const std::vector<XY> corner = {{0, 0}, {4, 0}, {4, 4}};

@@ -6,6 +6,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cwchar>
+#include <iterator>
+#include <limits>
 #include <new>
 #include <string>
 #include <thread>
@@ -192,4 +199,62 @@ TEST_F(StatusTest, PathsAreDecodedWhereTheyCanBe)
     const wchar_t broken[] = {L'a', static_cast<wchar_t>(0xd800), static_cast<wchar_t>(0x110000), L'b', 0};
     EXPECT_EQ(Narrow(broken), "a\xef\xbf\xbd\xef\xbf\xbd"
                               "b");
+}
+
+TEST_F(StatusTest, AFailureIsPrintedAlsoWhereTheErrorStreamTookWideText)
+{
+    const auto print = [](PredefinedBehaviors behavior) {
+        // Opened again, the stream has no orientation from what other tests printed.
+        if (!std::freopen("/dev/stderr", "a", stderr) || std::fputws(L"wide\n", stderr) < 0) std::_Exit(1);
+        Status::ErrorBehavior(behavior);
+        Status::Raise(Status::Format(CannotRead, L"No line"), "Tesk::Test::Read");
+        std::fputws(L"wide again\n", stderr);
+        std::fflush(stderr);
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(print(PrintIt), ::testing::ExitedWithCode(0),
+                "wide\nError calling Tesk::Test::Read\\(\\) - No line\nwide again");
+    EXPECT_EXIT(print(ShowIt), ::testing::ExitedWithCode(0), "wide\nTesk::Test::Read: No line\nwide again");
+}
+
+TEST_F(StatusTest, WhatStandsInTheRecordCanBeHandedInAgain)
+{
+    Status::Raise(Status::Format(CannotRead, L"No line"), "Tesk::Test::Read");
+    Status::Raise(Status::Format(CannotWrite, Status::UnicodeError()), Status::AsciiFunction());
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Test::Read");
+    EXPECT_STREQ(Status::UnicodeError(), L"No line");
+    Status::Raise(Status::Format(CannotWrite, L"%ls, again", Status::UnicodeError()), Status::AsciiFunction() + 6);
+    EXPECT_STREQ(Status::AsciiFunction(), "Test::Read");
+    EXPECT_STREQ(Status::UnicodeError(), L"No line, again");
+}
+
+TEST_F(StatusTest, NarrowTextInAMessageIsDecoded)
+{
+    for (const char* path : {"caf\xc3\xa9", "caf\xe9"}) {
+        Status::Format(CannotOpen, L"File \"%hs\" (%d)", path, 5);
+        EXPECT_STREQ(Status::UnicodeError(), L"File \"caf\u00e9\" (5)");
+    }
+    Status::Format(CannotOpen, L"[%6.3s|%-6hs|%ls|%.2ls]", "caf\xc3\xa9", "\xc3\xa9", L"\u4e2d", L"\u4e2d\u4e2dx");
+    EXPECT_STREQ(Status::UnicodeError(), L"[   caf|\u00e9     |\u4e2d|\u4e2d\u4e2d]");
+    const char* none = nullptr;
+    Status::Format(CannotOpen, L"%hs%c%lc", none, 'a', static_cast<wint_t>(L'\u4e2d'));
+    EXPECT_STREQ(Status::UnicodeError(), L"(null)a\u4e2d");
+}
+
+TEST_F(StatusTest, NumbersAreFormattedAsTheStandardLibraryDoes)
+{
+    wchar_t text[400], expected[400];
+    const auto compare = [&](const wchar_t* format, auto... values) {
+        const int length = std::swprintf(expected, std::size(expected), format, values...);
+        EXPECT_EQ(FormatText(text, std::size(text), format, values...), length) << Narrow(format);
+        EXPECT_STREQ(text, expected);
+    };
+    compare(L"%d%%|%5i|%-5d|%05d|%+d|% d|%.3d", -7, 42, 42, 42, 42, 42, 5);
+    compare(L"%u|%x|%#X|%o", 4000000000u, 0xfeu, 0xfeu, 8u);
+    compare(L"%ld|%lld|%zu|%hhd|%hd", -5000000000L, INT64_MIN, SIZE_MAX, 300, 70000);
+    compare(L"%f|%.2f|%8.3e|%g|%-10.1f|%.*f|%*d", 1.5, -2.345, 12345.678, 1e-5, 3.14, 3, 2.0, -6, 9);
+    compare(L"%.3f|%f|%f", 1e300, std::numeric_limits<double>::infinity(), std::nan(""));
+    compare(L"%Lf|%p", 2.5L, static_cast<void*>(text));
+    EXPECT_LT(FormatText(text, 5, L"%d", 123456), 0);
+    EXPECT_STREQ(text, L"1234") << "cut";
 }
