@@ -1,3 +1,4 @@
+// Fields in files and in memory, and the frame of reading and writing a model.
 #include "foundation/Archive.h"
 
 #include <algorithm>
@@ -178,22 +179,34 @@ int Archive::Close()
     return code_;
 }
 
+int LoadModel(const PathNames& Names, ShortFile Short, const std::function<void(Archive&)>& Body)
+{
+    Archive archive = Archive::Reader(Names, Short);
+    if (archive.Good()) Run(Body, archive);
+    return archive.Close();
+}
+
+int SaveModel(const PathNames& Names, const std::function<void(Archive&)>& Body)
+{
+    Archive archive = Archive::Writer(Names);
+    if (archive.Good()) Run(Body, archive);
+    return archive.Close();
+}
+
 bool ReadModel(const char* Context, const PathNames& Names, ShortFile Short, const std::function<void(Archive&)>& Body)
 {
     const Entry entry(Context);
-    Archive archive = Archive::Reader(Names, Short);
-    if (archive.Good()) Run(Body, archive);
+    const int code = LoadModel(Names, Short, Body);
     Status::Error().Code = NoError; // whatever the body called and took care of itself
-    return !entry.Refuses(archive.Close());
+    return !entry.Refuses(code);
 }
 
 bool WriteModel(const char* Context, const PathNames& Names, const std::function<void(Archive&)>& Body)
 {
     const Entry entry(Context);
-    Archive archive = Archive::Writer(Names);
-    if (archive.Good()) Run(Body, archive);
+    const int code = SaveModel(Names, Body);
     Status::Error().Code = NoError; // whatever the body called and took care of itself
-    return !entry.Refuses(archive.Close());
+    return !entry.Refuses(code);
 }
 
 } // namespace Tesk

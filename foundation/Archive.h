@@ -194,6 +194,11 @@ private:
     std::vector<std::uint8_t>* sink_ = nullptr;
 };
 
+/// Runs `Body` on a file. The code of its first failure, whose message is stored: for methods that report under a name
+/// of their own.
+[[nodiscard]] int LoadModel(const PathNames& Names, ShortFile Short, const std::function<void(Archive&)>& Body);
+[[nodiscard]] int SaveModel(const PathNames& Names, const std::function<void(Archive&)>& Body);
+
 /// Runs `Body` on a file and reports its failures under `Context`; false after one.
 bool ReadModel(const char* Context, const PathNames& Names, ShortFile Short, const std::function<void(Archive&)>& Body);
 bool WriteModel(const char* Context, const PathNames& Names, const std::function<void(Archive&)>& Body);

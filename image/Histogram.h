@@ -6,6 +6,7 @@
 
 namespace Tesk {
 
+class Entry;
 class Region;
 
 /// A profile whose samples are counts: 256 for `Gray` and `Rgb` images, `1 << GrayDepth` for `Gray16`; three counts a
@@ -13,6 +14,12 @@ class Region;
 ///
 /// Each statistic has a form on the histogram, which refuses an empty one (`VoidObject`), and a static form on the
 /// window of a `Gray` or `Gray16` image; the colour forms are for `Rgb`. Other types are refused (`UnsupportedType`).
+///
+///     Histogram histogram;
+///     histogram.Compute(image);
+///     const int threshold = histogram.BestThreshold();
+///     const int bright = histogram.Count(threshold);
+///     const double mean = Histogram::Mean(image); // without a histogram of one's own
 class Histogram : public Profile
 {
 public:

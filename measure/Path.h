@@ -12,7 +12,6 @@
 namespace Tesk {
 
 class Archive;
-class Entry;
 class Histogram;
 class Image;
 
@@ -21,6 +20,13 @@ class Image;
 /// Lengths are in pixels and angles in degrees, from the x axis towards the y axis unless stated. Every method that
 /// needs a site refuses an empty path (`VoidObject`), and one that cannot get its memory reports `CannotAllocate`; both
 /// leave all results as they were. A destination may be the path itself; it takes over the origin.
+///
+///     Path contour, corners;
+///     contour.Follow(Site(120, 80), 128, image); // the blob of pixels from 128 up
+///     contour.Vectorize(corners, 1.5);
+///     XY center;
+///     double radius;
+///     if (contour.CircleFit(center, radius)) center.Draw(false);
 class Path
 {
     template <typename T>
@@ -177,7 +183,8 @@ public:
     void Detach(bool CopySites);
 
 private:
-    bool RefuseEmpty(const Entry& entry) const;
+    int CheckSites() const;
+    void Share(const Path& src);
     std::span<const Site> View() const { return {Sites(), static_cast<std::size_t>(int(Length))}; }
     void Take(std::vector<Site>&& sites, bool closed, int orgX, int orgY);
     std::vector<XY> Hull(bool simple) const;

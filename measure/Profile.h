@@ -15,7 +15,6 @@
 namespace Tesk {
 
 class Archive;
-class Entry;
 class Image;
 class Path;
 struct PathNames;
@@ -47,6 +46,12 @@ struct ProfileSource
 ///
 /// Operations work on the window, samples `I` to `I + Length - 1` of the store, unless they say otherwise. Statistics
 /// and filters refuse an empty profile (`VoidObject`) and types that are not listed (`UnsupportedType`).
+///
+///     Profile profile;
+///     profile.LineAdd(XY(10, 40), XY(300, 55), 5, image); // a band 5 pixels wide
+///     Profile::GaussLowPass(5, profile, profile);
+///     double x;
+///     if (profile.EdgeDetect(20, 4, Raising, 0, x)) profile.Plot(0, 0, 256, 100);
 class Profile
 {
     template <typename T>
@@ -254,20 +259,24 @@ private:
 
     void ResetWindow();
     void PlaceFirst();
-    bool Grow(const Entry& entry);
-    void AppendSample(const Entry& entry, const std::int32_t* values);
-    template <typename F>
-    void Define(const Entry& entry, PixelTypes type, F f);
-    template <typename Fetch>
-    void SampleBand(const Entry& entry, const Image& src, int length, const ProfileSource& source, int across,
-                    Fetch fetch);
-    template <typename F>
-    static void Filter(const Entry& entry, const Profile& Src, Profile& Dst, F filter);
-    void SampleRows(const char* context, int y, int breadth, const Image& src, int across);
-    void SampleColumns(const char* context, int x, int breadth, const Image& src, int across);
-    void SampleLines(const char* context, const XY& beg, const XY& end, int breadth, const Image& src, int across,
-                     bool interpolate);
+    void Share(const Profile& src, bool keepWindow);
     void Write(const PathNames& names) const;
+
+    // Inner forms: the code of what was refused, with its message stored.
+    int Size(int length, PixelTypes type);
+    int Grow();
+    int AppendSample(const std::int32_t* values, PixelTypes typeOfNew);
+    template <typename F>
+    int Define(PixelTypes type, F f);
+    template <typename Fetch>
+    int SampleBand(const Image& src, int length, const ProfileSource& source, int across, Fetch fetch);
+    template <typename F>
+    static int Filter(const Profile& src, Profile& dst, F filter);
+    int SampleRows(int y, int breadth, const Image& src, int across);
+    int SampleColumns(int x, int breadth, const Image& src, int across);
+    int SampleLines(const XY& beg, const XY& end, int breadth, const Image& src, int across, bool interpolate);
+    int SampleCurve(const Path& pathway, const Image& src);
+    int Rank(double percent, int& sample) const;
 
     SharedBytes block_; ///< the store, held by all that share it
 };

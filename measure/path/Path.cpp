@@ -15,7 +15,7 @@ Path::Path(const Path& Other)
 Path& Path::operator=(const Path& Other)
 {
     if (this == &Other) return *this;
-    ShallowCopy(Other, true);
+    Share(Other);
     Detach(true);
     return *this;
 }
@@ -37,9 +37,9 @@ Path& Path::operator=(Path&& Other) noexcept
     return *this;
 }
 
-bool Path::RefuseEmpty(const Entry& entry) const
+int Path::CheckSites() const
 {
-    return Length < 1 && entry.Refuse(VoidObject, L"This path is void");
+    return Length < 1 ? Status::Format(VoidObject, L"This path is void") : NoError;
 }
 
 /// Lets go of the former sites, which others may still share.
@@ -55,10 +55,10 @@ void Path::Take(std::vector<Site>&& sites, bool closed, int orgX, int orgY)
 void Path::Append(Site Vertex)
 {
     const Entry entry("Tesk::Path::Append");
-    entry.Guards(L"Cannot (re)allocate the path Buffer", [&] {
+    entry.Refuses(paths::Allocating([&] {
         sites_.Write().push_back(Vertex);
         Length += 1;
-    });
+    }));
 }
 
 void Path::Clear()
@@ -76,7 +76,7 @@ Site& Path::Vertex(int Index) const
 {
     const Entry entry("Tesk::Path::Vertex");
     thread_local Site dummy(0, 0);
-    if (RefuseEmpty(entry)) return dummy;
+    if (entry.Refuses(CheckSites())) return dummy;
     if (Index < 0 || Index >= Length)
         entry.Refuse(OutOfRange, L"The element index (%d) is out of the path range [0..%d]", Index, Length - 1);
     else
@@ -87,12 +87,17 @@ Site& Path::Vertex(int Index) const
 void Path::ShallowCopy(const Path& Src, bool)
 {
     Status::Error().Code = NoError;
-    if (&Src == this) return;
-    sites_ = Src.sites_;
-    Length = Src.Length;
-    Closed = Src.Closed;
-    OrgX = Src.OrgX;
-    OrgY = Src.OrgY;
+    Share(Src);
+}
+
+void Path::Share(const Path& src)
+{
+    if (&src == this) return;
+    sites_ = src.sites_;
+    Length = src.Length;
+    Closed = src.Closed;
+    OrgX = src.OrgX;
+    OrgY = src.OrgY;
 }
 
 void Path::Detach(bool CopySites)

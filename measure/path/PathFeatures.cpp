@@ -1,6 +1,7 @@
 // The size of a path, the moments of its inside, and the gray values along it.
 #include "measure/Path.h"
 
+#include "foundation/Angles.h"
 #include "image/Histogram.h"
 #include "image/Image.h"
 #include "measure/path/PathMoments.h"
@@ -30,13 +31,13 @@ void EachPixel(std::span<const Site> sites, int orgX, int orgY, const Image& src
 int Path::Area() const
 {
     const Entry entry("Tesk::Path::Area");
-    return RefuseEmpty(entry) ? 0 : Saturated(TwiceArea(View()) >> 1);
+    return entry.Refuses(CheckSites()) ? 0 : Saturated(TwiceArea(View()) >> 1);
 }
 
 double Path::Perimeter(bool Euclidean) const
 {
     const Entry entry("Tesk::Path::Perimeter");
-    if (RefuseEmpty(entry)) return 0;
+    if (entry.Refuses(CheckSites())) return 0;
     const std::span<const Site> sites = View();
     std::int64_t sum = 0;
     Site from = sites.back();
@@ -52,7 +53,7 @@ double Path::Perimeter(bool Euclidean) const
 void Path::Center(double& X, double& Y) const
 {
     const Entry entry("Tesk::Path::Center");
-    if (RefuseEmpty(entry)) return;
+    if (entry.Refuses(CheckSites())) return;
     std::int64_t x = 0, y = 0;
     for (const Site site : View()) {
         x += site.X;
@@ -65,7 +66,7 @@ void Path::Center(double& X, double& Y) const
 bool Path::FilledCenter(int& Area, double& X, double& Y) const
 {
     const Entry entry("Tesk::Path::FilledCenter");
-    if (RefuseEmpty(entry)) return false;
+    if (entry.Refuses(CheckSites())) return false;
     const PolygonMoments moments = MomentsOf(View());
     Area = Saturated(std::abs(moments.Twice) / 2);
     if (moments.IsFlat()) return false;
@@ -78,7 +79,7 @@ bool Path::FilledEllipse(int& Area, double& X, double& Y, double& Width, double&
                          double& Eccentricity) const
 {
     const Entry entry("Tesk::Path::FilledEllipse");
-    if (RefuseEmpty(entry)) return false;
+    if (entry.Refuses(CheckSites())) return false;
     const PolygonMoments m = MomentsOf(View());
     Area = Saturated(std::abs(m.Twice) / 2);
     if (m.IsFlat()) return false;
@@ -91,7 +92,7 @@ bool Path::FilledEllipse(int& Area, double& X, double& Y, double& Width, double&
     Y = m.Center().Y;
     Width = 4 * std::sqrt(major) / n;
     Height = 4 * std::sqrt(minor) / n;
-    Angle = half > 0 ? 0 - std::atan2(2 * b, a - c) / 2 * degreesPerRadian : 0;
+    Angle = half > 0 ? 0 - ToDegrees(std::atan2(2 * b, a - c) / 2) : 0;
     Eccentricity = major > 0 ? std::sqrt(1 - Sqr(minor / major)) : 0;
     return true;
 }
@@ -99,7 +100,7 @@ bool Path::FilledEllipse(int& Area, double& X, double& Y, double& Width, double&
 int Path::Mass(const Image& Src) const
 {
     const Entry entry("Tesk::Path::Mass");
-    if (RefuseEmpty(entry) || entry.Refuses(CheckImage(Src, Gray))) return 0;
+    if (entry.Refuses(CheckSites()) || entry.Refuses(CheckImage(Src, Gray))) return 0;
     std::int64_t mass = 0;
     EachPixel(View(), OrgX, OrgY, Src, [&](Site, int value) { mass += value; });
     return Saturated(mass);
@@ -108,7 +109,7 @@ int Path::Mass(const Image& Src) const
 bool Path::Centroid(const Image& Src, int& Mass, double& X, double& Y) const
 {
     const Entry entry("Tesk::Path::Centroid");
-    if (RefuseEmpty(entry) || entry.Refuses(CheckImage(Src, Gray))) return false;
+    if (entry.Refuses(CheckSites()) || entry.Refuses(CheckImage(Src, Gray))) return false;
     std::int64_t mass = 0, x = 0, y = 0;
     EachPixel(View(), OrgX, OrgY, Src, [&](Site site, int value) {
         mass += value;
@@ -125,7 +126,7 @@ bool Path::Centroid(const Image& Src, int& Mass, double& X, double& Y) const
 void Path::GrayHistogram(const Image& Src, Histogram& Dst, bool Clear) const
 {
     const Entry entry("Tesk::Path::GrayHistogram");
-    if (RefuseEmpty(entry) || entry.Refuses(CheckImage(Src, Gray))) return;
+    if (entry.Refuses(CheckSites()) || entry.Refuses(CheckImage(Src, Gray))) return;
     constexpr int levels = 256;
     if (!Dst.SetUp(entry, Gray, levels, Clear)) return;
     std::int32_t* counts = Dst.Samples();

@@ -33,11 +33,11 @@ const char* Path::ToAsciiString(int Index) const
         return "";
     }
     const std::size_t count = Index == -1 ? static_cast<std::size_t>(int(Length)) : 1;
-    const bool made = Guarded(entry, [&] {
+    const bool made = !entry.Refuses(Allocating([&] {
         text_ = "X\tY\n";
         for (const Site site : View().subspan(static_cast<std::size_t>(from), count))
             text_ += std::to_string(site.X) + '\t' + std::to_string(site.Y) + '\n';
-    });
+    }));
     return made ? text_.c_str() : "";
 }
 

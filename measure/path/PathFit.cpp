@@ -1,6 +1,7 @@
 // Lines, circles and ellipses fitted to paths, and how far the sites lie from ideal shapes.
 #include "measure/Path.h"
 
+#include "foundation/Angles.h"
 #include "measure/fit/PointFit.h"
 #include "measure/fit/PointShape.h"
 #include "measure/path/PathFrame.h"
@@ -26,7 +27,8 @@ double Tolerance(std::span<const Site> sites)
 
 XY Direction(double degrees)
 {
-    return {std::cos(degrees / degreesPerRadian), std::sin(degrees / degreesPerRadian)};
+    const double radians = ToRadians(degrees);
+    return {std::cos(radians), std::sin(radians)};
 }
 
 /// A site in the frame of a shape.
@@ -93,7 +95,7 @@ bool FitEllipse(std::span<const Site> sites, FittingModes mode, fits::Ellipse& e
 bool Path::LineFit(XY& Center, double& Angle, FittingModes Mode) const
 {
     const Entry entry("Tesk::Path::LineFit");
-    if (RefuseEmpty(entry)) return false;
+    if (entry.Refuses(CheckSites())) return false;
     const std::span<const Site> sites = View();
     fits::Line line;
     if (Length == 2) {
@@ -104,14 +106,14 @@ bool Path::LineFit(XY& Center, double& Angle, FittingModes Mode) const
         return false;
     }
     Center = line.Center;
-    Angle = std::atan2(line.Direction.Y, line.Direction.X) * degreesPerRadian;
+    Angle = ToDegrees(std::atan2(line.Direction.Y, line.Direction.X));
     return true;
 }
 
 bool Path::CircleFit(XY& Center, double& Radius, FittingModes Mode) const
 {
     const Entry entry("Tesk::Path::CircleFit");
-    if (RefuseEmpty(entry)) return false;
+    if (entry.Refuses(CheckSites())) return false;
     fits::Circle circle;
     if (!FitCircle(View(), Mode, circle)) return false;
     Center = circle.Center;
@@ -122,7 +124,7 @@ bool Path::CircleFit(XY& Center, double& Radius, FittingModes Mode) const
 bool Path::EllipseFit(XY& Center, XY& Axis, double& Angle, FittingModes Mode) const
 {
     const Entry entry("Tesk::Path::EllipseFit");
-    if (RefuseEmpty(entry)) return false;
+    if (entry.Refuses(CheckSites())) return false;
     fits::Ellipse ellipse;
     if (!FitEllipse(View(), Mode, ellipse)) return false;
     if (ellipse.FirstAxis < ellipse.SecondAxis) {
@@ -131,14 +133,14 @@ bool Path::EllipseFit(XY& Center, XY& Axis, double& Angle, FittingModes Mode) co
     }
     Center = ellipse.Center;
     Axis = {ellipse.FirstAxis, ellipse.SecondAxis};
-    Angle = ellipse.Angle * degreesPerRadian;
+    Angle = ToDegrees(ellipse.Angle);
     return true;
 }
 
 double Path::LineDeviation(XY Center, double Angle, bool RMS) const
 {
     const Entry entry("Tesk::Path::LineDeviation");
-    if (RefuseEmpty(entry)) return 0;
+    if (entry.Refuses(CheckSites())) return 0;
     const XY direction = Direction(Angle);
     return MeanDistance(View(), RMS, [&](Site site) { return Sqr(InFrame(site, Center, direction).Y); });
 }
@@ -146,7 +148,7 @@ double Path::LineDeviation(XY Center, double Angle, bool RMS) const
 double Path::CircleDeviation(XY Center, double Radius, bool RMS) const
 {
     const Entry entry("Tesk::Path::CircleDeviation");
-    if (RefuseEmpty(entry)) return 0;
+    if (entry.Refuses(CheckSites())) return 0;
     return MeanDistance(View(), RMS,
                         [&](Site site) { return Sqr(std::hypot(site.X - Center.X, site.Y - Center.Y) - Radius); });
 }
@@ -154,7 +156,7 @@ double Path::CircleDeviation(XY Center, double Radius, bool RMS) const
 double Path::RectangleDeviation(XY Center, XY Sides, double Angle, bool RMS) const
 {
     const Entry entry("Tesk::Path::RectangleDeviation");
-    if (RefuseEmpty(entry)) return 0;
+    if (entry.Refuses(CheckSites())) return 0;
     const XY direction = Direction(Angle), half(Sides.X / 2, Sides.Y / 2);
     return MeanDistance(View(), RMS, [&](Site site) {
         return Sqr(shapes::DistanceToRectangle(InFrame(site, Center, direction), half));
@@ -164,7 +166,7 @@ double Path::RectangleDeviation(XY Center, XY Sides, double Angle, bool RMS) con
 double Path::EllipseDeviation(XY Center, XY Axis, double Angle, bool RMS, int NumIterations) const
 {
     const Entry entry("Tesk::Path::EllipseDeviation");
-    if (RefuseEmpty(entry)) return 0;
+    if (entry.Refuses(CheckSites())) return 0;
     const XY direction = Direction(Angle);
     const int iterations = Clamp(NumIterations, 0, mostIterations);
     return MeanDistance(View(), RMS, [&](Site site) {

@@ -91,7 +91,7 @@ void Path::Follow(const Site& Seed, int Threshold, const Image& Src, bool Above,
     if (entry.Refuses(CheckImage(Src, Gray)) || entry.Refuses(CheckReach(Src))) return;
     const Place seed{Seed.X - Src.X, Seed.Y - Src.Y};
     const int orgX = Src.X, orgY = Src.Y;
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         std::vector<Site> sites;
         bool closed = false;
         if (seed.x >= 0 && seed.y >= 0 && seed.x < Src.Width && seed.y < Src.Height) {
@@ -114,7 +114,7 @@ void Path::Follow(const Site& Seed, int Threshold, const Image& Src, bool Above,
             }
         }
         Take(std::move(sites), closed, orgX, orgY);
-    });
+    }));
 }
 
 } // namespace Tesk

@@ -1,4 +1,4 @@
-// What the methods of paths share: the lack of memory, products of differences of sites, the unit of angles.
+// What the methods of paths share: the lack of memory, products of differences of sites.
 #pragma once
 
 #include "foundation/Entry.h"
@@ -7,27 +7,16 @@
 #include "measure/Path.h"
 
 #include <cmath>
-#include <new>
-#include <numbers>
-#include <stdexcept>
 
 namespace Tesk::paths {
 
 using images::Saturated;
 
-inline constexpr double degreesPerRadian = 180 / std::numbers::pi;
-
-/// Runs `f`, in which containers may be without memory; false without it.
+/// Runs `work`, in which containers may be without memory. The code of what was refused.
 template <typename F>
-bool Guarded(const Entry& entry, F f)
+int Allocating(F work)
 {
-    try {
-        f();
-        return true;
-    } catch (const std::bad_alloc&) {
-    } catch (const std::length_error&) {
-    }
-    return !entry.Refuse(CannotAllocate, L"Cannot (re)allocate the path Buffer");
+    return WithMemory(L"Cannot (re)allocate the path Buffer", work);
 }
 
 inline bool Same(Site a, Site b)

@@ -187,8 +187,8 @@ void AppendSegment(Site from, Site to, std::vector<Site>& pixels)
 void Path::Smooth(Path& Dst, double Deviation) const
 {
     const Entry entry("Tesk::Path::Smooth");
-    if (RefuseEmpty(entry)) return;
-    Guarded(entry, [&] {
+    if (entry.Refuses(CheckSites())) return;
+    entry.Refuses(Allocating([&] {
         const Round sites(View());
         if (Length < 3) {
             Dst.Take({Sites(), Sites() + Length}, Closed, OrgX, OrgY);
@@ -204,17 +204,17 @@ void Path::Smooth(Path& Dst, double Deviation) const
             kept.push_back(Length - 1);
         }
         Dst.Take(SitesAt(kept, sites), Closed, OrgX, OrgY);
-    });
+    }));
 }
 
 void Path::Vectorize(Path& Dst, double Deviation) const
 {
     const Entry entry("Tesk::Path::Vectorize");
-    if (RefuseEmpty(entry)) return;
-    Guarded(entry, [&] {
+    if (entry.Refuses(CheckSites())) return;
+    entry.Refuses(Allocating([&] {
         const Round sites(View());
         Dst.Take(SitesAt(PolygonVertices(sites, Deviation * Deviation), sites), true, OrgX, OrgY);
-    });
+    }));
 }
 
 void Path::PolygonToRaster(Path& Dst) const
@@ -224,7 +224,7 @@ void Path::PolygonToRaster(Path& Dst) const
         entry.Refuse(VoidObject, L"The source path is void");
         return;
     }
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         const std::span<const Site> sites = View();
         std::int64_t steps = 0;
         for (std::size_t i = 0; i < sites.size(); i++)
@@ -237,7 +237,7 @@ void Path::PolygonToRaster(Path& Dst) const
         // A polygon without extent is one pixel.
         if (pixels.empty()) pixels.push_back(sites.front());
         Dst.Take(std::move(pixels), true, OrgX, OrgY);
-    });
+    }));
 }
 
 } // namespace Tesk

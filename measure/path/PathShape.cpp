@@ -1,6 +1,7 @@
 // The smallest shapes around a path.
 #include "measure/Path.h"
 
+#include "foundation/Angles.h"
 #include "measure/fit/PointShape.h"
 #include "measure/path/PathFrame.h"
 
@@ -133,9 +134,9 @@ std::vector<Site> HullOf(std::span<const Site> sites, bool simple)
     return HullOfAny(sites);
 }
 
-bool RefuseVoid(const Entry& entry, int length)
+int CheckLength(int length)
 {
-    return length < 1 && entry.Refuse(VoidObject, L"This Path is void");
+    return length < 1 ? Status::Format(VoidObject, L"This Path is void") : NoError;
 }
 
 } // namespace
@@ -151,7 +152,7 @@ std::vector<XY> Path::Hull(bool simple) const
 void Path::Box(int& X, int& Y, int& Width, int& Height) const
 {
     const Entry entry("Tesk::Path::Box");
-    if (RefuseEmpty(entry)) return;
+    if (entry.Refuses(CheckSites())) return;
     const std::span<const Site> sites = View();
     int left = sites[0].X, right = left, top = sites[0].Y, bottom = top;
     for (const Site site : sites) {
@@ -169,46 +170,46 @@ void Path::Box(int& X, int& Y, int& Width, int& Height) const
 void Path::Rectangle(double& Xc, double& Yc, double& Width, double& Height, double& Angle, bool Simple) const
 {
     const Entry entry("Tesk::Path::Rectangle");
-    if (RefuseVoid(entry, Length)) return;
-    Guarded(entry, [&] {
+    if (entry.Refuses(CheckLength(Length))) return;
+    entry.Refuses(Allocating([&] {
         const shapes::Rectangle found = shapes::SmallestRectangle(Hull(Simple));
         Xc = found.Center.X;
         Yc = found.Center.Y;
         Width = found.Width;
         Height = found.Height;
-        Angle = found.Angle * degreesPerRadian;
-    });
+        Angle = ToDegrees(found.Angle);
+    }));
 }
 
 void Path::Parallelogram(XY& P, XY& Q, XY& R, bool Simple) const
 {
     const Entry entry("Tesk::Path::Parallelogram");
-    if (RefuseVoid(entry, Length)) return;
-    Guarded(entry, [&] {
+    if (entry.Refuses(CheckLength(Length))) return;
+    entry.Refuses(Allocating([&] {
         const shapes::Parallelogram found = shapes::SmallestParallelogram(Hull(Simple));
         P = found.P;
         Q = found.Q;
         R = found.R;
-    });
+    }));
 }
 
 void Path::Circle(double& Xc, double& Yc, double& Radius, bool Simple) const
 {
     const Entry entry("Tesk::Path::Circle");
-    if (RefuseVoid(entry, Length)) return;
-    Guarded(entry, [&] {
+    if (entry.Refuses(CheckLength(Length))) return;
+    entry.Refuses(Allocating([&] {
         const shapes::Circle found = shapes::SmallestCircle(Hull(Simple));
         Xc = found.Center.X;
         Yc = found.Center.Y;
         Radius = found.Radius;
-    });
+    }));
 }
 
 void Path::ConvexHull(Path& Dst, bool Simple) const
 {
     const Entry entry("Tesk::Path::ConvexHull");
-    if (RefuseEmpty(entry)) return;
-    Guarded(entry, [&] { Dst.Take(HullOf(View(), Simple), true, OrgX, OrgY); });
+    if (entry.Refuses(CheckSites())) return;
+    entry.Refuses(Allocating([&] { Dst.Take(HullOf(View(), Simple), true, OrgX, OrgY); }));
 }
 
 } // namespace Tesk

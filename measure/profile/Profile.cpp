@@ -79,7 +79,7 @@ Profile::Profile(const Profile& Other)
 Profile& Profile::operator=(const Profile& Other)
 {
     if (this == &Other) return *this;
-    ShallowCopy(Other, true);
+    Share(Other, true);
     Detach(true);
     // Without memory for a copy the samples are shared still; a write then moves them first.
     return *this;
@@ -147,14 +147,21 @@ bool Profile::Prepare(const Profile& src, Profile& dst, PixelTypes type, Profile
                          dst.Type == src.Type && type == src.Type;
     if (inPlace) {
         const bool detached = dst.DetachIfShared();
-        held.ShallowCopy(src, true);
+        held.Share(src, true);
         return detached;
     }
-    held.ShallowCopy(src, true);
+    held.Share(src, true);
     if (!dst.TrySet(held.Length, type)) return false;
     dst.Scale = held.Scale;
     dst.Source = held.Source;
     return true;
+}
+
+int Profile::Size(int length, PixelTypes type)
+{
+    if (SampleSize(type) == 0) return profiles::RefuseType(type);
+    if (length < 0) return Status::Format(OutOfRange, L"The profile length (%d) must not be negative", length);
+    return TrySet(length, type) ? NoError : profiles::RefuseMemory();
 }
 
 void Profile::Set(const Profile& Src, PixelTypes Type)
@@ -162,22 +169,13 @@ void Profile::Set(const Profile& Src, PixelTypes Type)
     const Entry entry("Tesk::Profile::Set");
     const PixelTypes type = Type == Undefined ? PixelTypes(Src.Type) : Type;
     if (entry.Refuses(CheckProfile(Src))) return;
-    if (SampleSize(type) == 0) {
-        entry.Refuses(profiles::RefuseType(type));
-        return;
-    }
-    if (!TrySet(Src.Length, type)) entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
+    entry.Refuses(Size(Src.Length, type));
 }
 
 void Profile::Set(int Length, PixelTypes Type)
 {
     const Entry entry("Tesk::Profile::Set");
-    if (SampleSize(Type) == 0)
-        entry.Refuses(profiles::RefuseType(Type));
-    else if (Length < 0)
-        entry.Refuse(OutOfRange, L"The profile length (%d) must not be negative", Length);
-    else if (!TrySet(Length, Type))
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
+    entry.Refuses(Size(Length, Type));
 }
 
 void Profile::Clear()
@@ -189,29 +187,33 @@ void Profile::Clear()
     ResetWindow();
 }
 
-bool Profile::Grow(const Entry& entry)
+int Profile::Grow()
 {
     const std::size_t size = static_cast<std::size_t>(int(ElementSize));
     const std::size_t used = size * static_cast<std::size_t>(int(StoreLength)), needed = used + size;
-    if (needed <= block_.Size() && !block_.IsShared()) return true;
+    if (needed <= block_.Size() && !block_.IsShared()) return NoError;
     SharedBytes larger;
     if (needed > static_cast<std::size_t>(largestStore) ||
         !larger.Allocate(Max(2 * block_.Size(), Max(needed, 16 * size))))
-        return !entry.Refuse(CannotAllocate, L"Cannot (re)allocate the profile Buffer");
+        return Status::Format(CannotAllocate, L"Cannot (re)allocate the profile Buffer");
     if (used > 0) std::memcpy(larger.Data(), block_.Data(), used);
     block_ = std::move(larger);
     PlaceFirst();
-    return true;
+    return NoError;
 }
 
-void Profile::AppendSample(const Entry& entry, const std::int32_t* values)
+/// Adds a sample; a profile without a type takes the one of it.
+int Profile::AppendSample(const std::int32_t* values, PixelTypes typeOfNew)
 {
-    if (!Grow(entry)) return;
+    if (Type == Undefined)
+        if (const int code = Size(0, typeOfNew)) return code;
+    if (const int code = Grow()) return code;
     const auto size = static_cast<std::size_t>(int(ElementSize));
     std::memcpy(block_.Data() + size * static_cast<std::size_t>(int(StoreLength)), values, size);
     // A window that ends with the store goes on to do so.
     if (I + Length == StoreLength) Length += 1;
     StoreLength += 1;
+    return NoError;
 }
 
 void Profile::Append(int Value)
@@ -221,11 +223,8 @@ void Profile::Append(int Value)
         entry.Refuse(IncompatibleType, L"Cannot append a grayscale element to a %ls profile", PixelTypeName(Type));
         return;
     }
-    if (Type == Undefined && !TrySet(0, Gray)) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
-    AppendSample(entry, &Value);
+    const std::int32_t sample = Value;
+    entry.Refuses(AppendSample(&sample, Gray));
 }
 
 void Profile::Append(int R, int G, int B)
@@ -235,12 +234,8 @@ void Profile::Append(int R, int G, int B)
         entry.Refuse(IncompatibleType, L"Cannot append a color element to a %ls profile", PixelTypeName(Type));
         return;
     }
-    if (Type == Undefined && !TrySet(0, Rgb)) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
     const std::int32_t values[] = {R, G, B};
-    AppendSample(entry, values);
+    entry.Refuses(AppendSample(values, Rgb));
 }
 
 int& Profile::Sample(int Index) const
@@ -307,27 +302,32 @@ bool Profile::Window(int I, int Length)
 void Profile::ShallowCopy(const Profile& Src, bool KeepWindow)
 {
     Status::Error().Code = NoError;
-    if (&Src == this) return;
+    Share(Src, KeepWindow);
+}
+
+void Profile::Share(const Profile& src, bool keepWindow)
+{
+    if (&src == this) return;
     if (StoreLength > 0) {
         const auto scaled = [&](int value) {
-            return static_cast<int>(std::int64_t{Src.StoreLength} * value / StoreLength);
+            return static_cast<int>(std::int64_t{src.StoreLength} * value / StoreLength);
         };
         I = scaled(I);
         // A window scaled down to nothing would be no window: at least one sample stays.
-        Length = Max(scaled(Length), Src.StoreLength > 0 ? 1 : 0);
+        Length = Max(scaled(Length), src.StoreLength > 0 ? 1 : 0);
     } else {
         I = 0;
-        Length = Src.Length;
+        Length = src.Length;
     }
-    block_ = Src.block_;
-    Type = Src.Type;
-    ElementSize = Src.ElementSize;
-    Scale = Src.Scale;
-    StoreLength = Src.StoreLength;
-    Source = Src.Source;
-    if (KeepWindow) {
-        I = Src.I;
-        Length = Src.Length;
+    block_ = src.block_;
+    Type = src.Type;
+    ElementSize = src.ElementSize;
+    Scale = src.Scale;
+    StoreLength = src.StoreLength;
+    Source = src.Source;
+    if (keepWindow) {
+        I = src.I;
+        Length = src.Length;
     }
     PlaceFirst();
 }

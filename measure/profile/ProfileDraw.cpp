@@ -325,7 +325,7 @@ void Profile::Plot(int X, int Y, int Width, int Height, bool Vertical, int Minim
     const int channels = Channels(Type), curves = Min(channels, 3);
     double low = Minimum, high = Maximum;
     if (Minimum == Maximum) ValueRange(*this, curves, low, high);
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         constexpr PredefinedColors colors[] = {Red, Green, Blue};
         for (int c = 0; c < curves; c++) {
             const auto points = PointsOf(Curve{*this, c, channels}, across, [&](double along, double value) {
@@ -335,7 +335,7 @@ void Profile::Plot(int X, int Y, int Width, int Height, bool Vertical, int Minim
             if (curves > 1 && Graph::AutoColors) Graph::LineColor = colors[c];
             Graph::Polyline(points, false);
         }
-    });
+    }));
 }
 
 } // namespace Tesk

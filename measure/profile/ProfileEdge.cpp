@@ -13,15 +13,13 @@ using namespace profiles;
 
 namespace {
 
-/// Makes `dst` the list; it may be the profile in which the indexes were found.
-void List(const Entry& entry, const std::vector<std::int32_t>& indexes, Profile& dst, bool sized)
+/// Fills the list that `dst` was sized for; it may be the profile in which the indexes were found.
+int List(const std::vector<std::int32_t>& indexes, Profile& dst, bool sized)
 {
-    if (!sized) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
+    if (!sized) return RefuseMemory();
     dst.Source = {};
     if (!indexes.empty()) std::memcpy(dst.Samples(), indexes.data(), indexes.size() * sizeof(indexes[0]));
+    return NoError;
 }
 
 } // namespace
@@ -30,13 +28,13 @@ void Profile::EdgeDetect(int MinimumStep, int Noise, enum Polarities Polarity, P
 {
     const Entry entry("Tesk::Profile::EdgeDetect");
     if (entry.Refuses(CheckSamples(*this, IsGray))) return;
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         std::vector<std::int32_t> indexes;
         const std::int32_t* samples = Samples();
         WalkEdges(samples, Length, MinimumStep, Noise, Polarity,
                   [&](const EdgeStep& edge) { indexes.push_back(edge.Crossing(samples)); });
-        List(entry, indexes, Dst, Dst.TrySet(static_cast<int>(indexes.size()), Int));
-    });
+        return List(indexes, Dst, Dst.TrySet(static_cast<int>(indexes.size()), Int));
+    }));
 }
 
 bool Profile::EdgeDetect(int MinimumStep, int Noise, enum Polarities Polarity, int Selection, double& X) const
@@ -53,7 +51,7 @@ void Profile::LocalExtrema(enum Polarities Polarity, Profile& Dst) const
 {
     const Entry entry("Tesk::Profile::LocalExtrema");
     if (entry.Refuses(CheckSamples(*this, IsGray))) return;
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         std::vector<std::int32_t> indexes;
         const std::int32_t* v = Samples();
         for (int i = 1; i < Length - 1; i++) {
@@ -61,8 +59,8 @@ void Profile::LocalExtrema(enum Polarities Polarity, Profile& Dst) const
             const bool minimum = (Polarity & Falling) && v[i - 1] > v[i] && v[i] <= v[i + 1];
             if (maximum || minimum) indexes.push_back(i);
         }
-        List(entry, indexes, Dst, Dst.TrySet(static_cast<int>(indexes.size()), Int));
-    });
+        return List(indexes, Dst, Dst.TrySet(static_cast<int>(indexes.size()), Int));
+    }));
 }
 
 } // namespace Tesk

@@ -97,14 +97,13 @@ void EachChannel(const Profile& src, const Profile& dst, F filter)
 } // namespace
 
 template <typename F>
-void Profile::Filter(const Entry& entry, const Profile& Src, Profile& Dst, F filter)
+int Profile::Filter(const Profile& src, Profile& dst, F filter)
 {
-    Guarded(entry, [&] {
+    return Allocating([&] {
         Profile held;
-        if (!Prepare(Src, Dst, Src.Type, held))
-            entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        else
-            EachChannel(held, Dst, filter);
+        if (!Prepare(src, dst, src.Type, held)) return RefuseMemory();
+        EachChannel(held, dst, filter);
+        return int{NoError};
     });
 }
 
@@ -112,48 +111,48 @@ void Profile::BoxLowPass(int FilterLength, const Profile& Src, Profile& Dst)
 {
     const Entry entry("Tesk::Profile::BoxLowPass");
     if (entry.Refuses(CheckSamples(Src, IsFiltered)) || entry.Refuses(CheckLength(FilterLength))) return;
-    Filter(entry, Src, Dst, [=](Signal& signal) { RunningMean(signal, FilterLength / 2); });
+    entry.Refuses(Filter(Src, Dst, [=](Signal& signal) { RunningMean(signal, FilterLength / 2); }));
 }
 
 void Profile::BoxHighPass(int FilterLength, const Profile& Src, Profile& Dst)
 {
     const Entry entry("Tesk::Profile::BoxHighPass");
     if (entry.Refuses(CheckSamples(Src, IsFiltered)) || entry.Refuses(CheckLength(FilterLength))) return;
-    Filter(entry, Src, Dst, [=](Signal& signal) {
+    entry.Refuses(Filter(Src, Dst, [=](Signal& signal) {
         const Signal source = signal;
         RunningMean(signal, FilterLength / 2);
         Subtract(source, signal);
-    });
+    }));
 }
 
 void Profile::GaussLowPass(int FilterLength, const Profile& Src, Profile& Dst)
 {
     const Entry entry("Tesk::Profile::GaussLowPass");
     if (entry.Refuses(CheckSamples(Src, IsGray)) || entry.Refuses(CheckLength(FilterLength))) return;
-    Filter(entry, Src, Dst, [=](Signal& signal) { GaussMean(signal, FilterLength / 2); });
+    entry.Refuses(Filter(Src, Dst, [=](Signal& signal) { GaussMean(signal, FilterLength / 2); }));
 }
 
 void Profile::GaussHighPass(int FilterLength, const Profile& Src, Profile& Dst)
 {
     const Entry entry("Tesk::Profile::GaussHighPass");
     if (entry.Refuses(CheckSamples(Src, IsGray)) || entry.Refuses(CheckLength(FilterLength))) return;
-    Filter(entry, Src, Dst, [=](Signal& signal) {
+    entry.Refuses(Filter(Src, Dst, [=](Signal& signal) {
         const Signal source = signal;
         GaussMean(signal, FilterLength / 2);
         Subtract(source, signal);
-    });
+    }));
 }
 
 void Profile::Integrate(const Profile& Src, Profile& Dst)
 {
     const Entry entry("Tesk::Profile::Integrate");
-    if (!entry.Refuses(CheckSamples(Src, IsFiltered))) Filter(entry, Src, Dst, RunningSum);
+    if (!entry.Refuses(CheckSamples(Src, IsFiltered))) entry.Refuses(Filter(Src, Dst, RunningSum));
 }
 
 void Profile::Derive(const Profile& Src, Profile& Dst)
 {
     const Entry entry("Tesk::Profile::Derive");
-    if (!entry.Refuses(CheckSamples(Src, IsFiltered))) Filter(entry, Src, Dst, Difference);
+    if (!entry.Refuses(CheckSamples(Src, IsFiltered))) entry.Refuses(Filter(Src, Dst, Difference));
 }
 
 } // namespace Tesk

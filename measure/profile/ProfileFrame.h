@@ -38,7 +38,19 @@ int CheckSamples(const Profile& profile, F supports)
     return supports(profile.Type) ? NoError : RefuseType(profile.Type);
 }
 
-/// Runs `f`, in which containers may be without memory.
+inline int RefuseMemory()
+{
+    return Status::Format(CannotAllocate, L"Cannot allocate the profile Buffer");
+}
+
+/// Runs `work`, in which containers may be without memory. The code of what was refused.
+template <typename F>
+int Allocating(F work)
+{
+    return WithMemory(L"Cannot allocate an internal buffer", work);
+}
+
+/// The same for a public method.
 template <typename F>
 void Guarded(const Entry& entry, F f)
 {

@@ -53,6 +53,13 @@ int CheckLineBreadth(int breadth)
     return Status::Format(OutOfRange, L"The breadth (%d) must be in the range [1..%d]", breadth, largestBreadth);
 }
 
+/// The source, and the breadth where there is one.
+int CheckBand(const Image& src, int breadth, int across, int (*checkBreadth)(int))
+{
+    if (const int code = CheckSource(src)) return code;
+    return across == Single ? NoError : checkBreadth(breadth);
+}
+
 /// Rows `y` to `y + breadth - 1` must lie in the window; `breadth` 0 stands for a single row.
 int CheckRows(const Image& src, int y, int breadth)
 {
@@ -285,27 +292,20 @@ private:
 
 /// Samples the lines that `fetch(k, out)` gives, one for each unit of the breadth, and combines them.
 template <typename Fetch>
-void Profile::SampleBand(const Entry& entry, const Image& src, int length, const ProfileSource& source, int across,
-                         Fetch fetch)
+int Profile::SampleBand(const Image& src, int length, const ProfileSource& source, int across, Fetch fetch)
 {
     // Before any memory is asked for.
-    if (std::int64_t{length} * SampleSize(src.Type) > INT32_MAX) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
-    Guarded(entry, [&] {
+    if (std::int64_t{length} * SampleSize(src.Type) > INT32_MAX) return RefuseMemory();
+    return Allocating([&]() -> int {
         const int breadth = Max(source.Breadth, 1);
         const std::size_t count = static_cast<std::size_t>(length) * static_cast<std::size_t>(Channels(src.Type));
         Gathered gathered(across == Single ? 0 : count, across);
-        if (!TrySet(length, src.Type)) {
-            entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-            return;
-        }
+        if (!TrySet(length, src.Type)) return RefuseMemory();
         Source = source;
-        if (length == 0) return;
+        if (length == 0) return NoError;
         if (across == Single) {
             fetch(0, Samples());
-            return;
+            return NoError;
         }
         if (across == Sum) Scale = breadth;
         for (int k = 0; k < breadth; k++) {
@@ -313,163 +313,176 @@ void Profile::SampleBand(const Entry& entry, const Image& src, int length, const
             gathered.Add();
         }
         gathered.Finish(breadth, Samples());
+        return NoError;
     });
 }
 
-void Profile::SampleRows(const char* context, int y, int breadth, const Image& src, int across)
+int Profile::SampleRows(int y, int breadth, const Image& src, int across)
 {
-    const Entry entry(context);
-    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckBreadth(breadth))) ||
-        entry.Refuses(CheckRows(src, y, breadth)))
-        return;
+    if (const int code = CheckBand(src, breadth, across, CheckBreadth)) return code;
+    if (const int code = CheckRows(src, y, breadth)) return code;
     ProfileSource source = SourceIn(src, ProfileSource::OfRow, NHandle, breadth);
     source.Row = y;
-    SampleBand(entry, src, src.Width, source, across, [&](int k, std::int32_t* out) { FetchRow(src, y + k, out); });
+    return SampleBand(src, src.Width, source, across, [&](int k, std::int32_t* out) { FetchRow(src, y + k, out); });
 }
 
-void Profile::SampleColumns(const char* context, int x, int breadth, const Image& src, int across)
+int Profile::SampleColumns(int x, int breadth, const Image& src, int across)
 {
-    const Entry entry(context);
-    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckBreadth(breadth))) ||
-        entry.Refuses(CheckColumns(src, x, breadth)))
-        return;
+    if (const int code = CheckBand(src, breadth, across, CheckBreadth)) return code;
+    if (const int code = CheckColumns(src, x, breadth)) return code;
     ProfileSource source = SourceIn(src, ProfileSource::OfColumn, WHandle, breadth);
     source.Column = x;
-    SampleBand(entry, src, src.Height, source, across, [&](int k, std::int32_t* out) { FetchColumn(src, x + k, out); });
+    return SampleBand(src, src.Height, source, across, [&](int k, std::int32_t* out) { FetchColumn(src, x + k, out); });
 }
 
-void Profile::SampleLines(const char* context, const XY& beg, const XY& end, int breadth, const Image& src, int across,
-                          bool interpolate)
+int Profile::SampleLines(const XY& beg, const XY& end, int breadth, const Image& src, int across, bool interpolate)
 {
-    const Entry entry(context);
-    if (entry.Refuses(CheckSource(src)) || (across != Single && entry.Refuses(CheckLineBreadth(breadth)))) return;
+    if (const int code = CheckBand(src, breadth, across, CheckLineBreadth)) return code;
     ProfileSource source = SourceIn(src, ProfileSource::OfLine, AllHandle, breadth);
     source.Beg = beg;
     source.End = end;
     const Direction u = DirectionOf(beg, end);
-    if (u.length >= INT32_MAX) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
+    if (u.length >= INT32_MAX) return RefuseMemory();
     const bool longEnough = u.length >= 1.0;
     const int length = longEnough ? static_cast<int>(u.length) : 0;
-    SampleBand(entry, src, length, source, across, [&](int k, std::int32_t* out) {
+    const int code = SampleBand(src, length, source, across, [&](int k, std::int32_t* out) {
         const double aside = k - (Max(breadth, 1) - 1) / 2.0;
         FetchLine(src, XY(source.Beg.X - aside * u.y, source.Beg.Y + aside * u.x), u, length, interpolate, out);
     });
-    if (!longEnough) entry.Refuse(OutOfRange, L"This profile is too short (%.3f pixels)", u.length);
+    if (!longEnough) return Status::Format(OutOfRange, L"This profile is too short (%.3f pixels)", u.length);
+    return code;
 }
 
 void Profile::RowGet(int Y, const Image& Src)
 {
-    SampleRows("Tesk::Profile::RowGet", Y, 0, Src, Single);
+    const Entry entry("Tesk::Profile::RowGet");
+    entry.Refuses(SampleRows(Y, 0, Src, Single));
 }
 
 void Profile::RowAdd(int Y, int Breadth, const Image& Src, bool Average)
 {
-    SampleRows("Tesk::Profile::RowAdd", Y, Breadth, Src, Average ? Across::Average : Sum);
+    const Entry entry("Tesk::Profile::RowAdd");
+    entry.Refuses(SampleRows(Y, Breadth, Src, Average ? Across::Average : Sum));
 }
 
 void Profile::RowVariance(int Y, int Breadth, const Image& Src, bool RMS)
 {
-    SampleRows("Tesk::Profile::RowVariance", Y, Breadth, Src, RMS ? Deviation : Across::Variance);
+    const Entry entry("Tesk::Profile::RowVariance");
+    entry.Refuses(SampleRows(Y, Breadth, Src, RMS ? Deviation : Across::Variance));
 }
 
 void Profile::RowMaximize(int Y, int Breadth, const Image& Src)
 {
-    SampleRows("Tesk::Profile::RowMaximize", Y, Breadth, Src, Largest);
+    const Entry entry("Tesk::Profile::RowMaximize");
+    entry.Refuses(SampleRows(Y, Breadth, Src, Largest));
 }
 
 void Profile::RowMinimize(int Y, int Breadth, const Image& Src)
 {
-    SampleRows("Tesk::Profile::RowMinimize", Y, Breadth, Src, Smallest);
+    const Entry entry("Tesk::Profile::RowMinimize");
+    entry.Refuses(SampleRows(Y, Breadth, Src, Smallest));
 }
 
 void Profile::RowRange(int Y, int Breadth, const Image& Src)
 {
-    SampleRows("Tesk::Profile::RowRange", Y, Breadth, Src, Spread);
+    const Entry entry("Tesk::Profile::RowRange");
+    entry.Refuses(SampleRows(Y, Breadth, Src, Spread));
 }
 
 void Profile::ColumnGet(int X, const Image& Src)
 {
-    SampleColumns("Tesk::Profile::ColumnGet", X, 0, Src, Single);
+    const Entry entry("Tesk::Profile::ColumnGet");
+    entry.Refuses(SampleColumns(X, 0, Src, Single));
 }
 
 void Profile::ColumnAdd(int X, int Breadth, const Image& Src, bool Average)
 {
-    SampleColumns("Tesk::Profile::ColumnAdd", X, Breadth, Src, Average ? Across::Average : Sum);
+    const Entry entry("Tesk::Profile::ColumnAdd");
+    entry.Refuses(SampleColumns(X, Breadth, Src, Average ? Across::Average : Sum));
 }
 
 void Profile::ColumnVariance(int X, int Breadth, const Image& Src, bool RMS)
 {
-    SampleColumns("Tesk::Profile::ColumnVariance", X, Breadth, Src, RMS ? Deviation : Across::Variance);
+    const Entry entry("Tesk::Profile::ColumnVariance");
+    entry.Refuses(SampleColumns(X, Breadth, Src, RMS ? Deviation : Across::Variance));
 }
 
 void Profile::ColumnMaximize(int X, int Breadth, const Image& Src)
 {
-    SampleColumns("Tesk::Profile::ColumnMaximize", X, Breadth, Src, Largest);
+    const Entry entry("Tesk::Profile::ColumnMaximize");
+    entry.Refuses(SampleColumns(X, Breadth, Src, Largest));
 }
 
 void Profile::ColumnMinimize(int X, int Breadth, const Image& Src)
 {
-    SampleColumns("Tesk::Profile::ColumnMinimize", X, Breadth, Src, Smallest);
+    const Entry entry("Tesk::Profile::ColumnMinimize");
+    entry.Refuses(SampleColumns(X, Breadth, Src, Smallest));
 }
 
 void Profile::ColumnRange(int X, int Breadth, const Image& Src)
 {
-    SampleColumns("Tesk::Profile::ColumnRange", X, Breadth, Src, Spread);
+    const Entry entry("Tesk::Profile::ColumnRange");
+    entry.Refuses(SampleColumns(X, Breadth, Src, Spread));
 }
 
 void Profile::LineGet(const XY& Beg, const XY& End, const Image& Src, bool Interpolate)
 {
-    SampleLines("Tesk::Profile::LineGet", Beg, End, 0, Src, Single, Interpolate);
+    const Entry entry("Tesk::Profile::LineGet");
+    entry.Refuses(SampleLines(Beg, End, 0, Src, Single, Interpolate));
 }
 
 void Profile::LineAdd(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Average, bool Interpolate)
 {
-    SampleLines("Tesk::Profile::LineAdd", Beg, End, Breadth, Src, Average ? Across::Average : Sum, Interpolate);
+    const Entry entry("Tesk::Profile::LineAdd");
+    entry.Refuses(SampleLines(Beg, End, Breadth, Src, Average ? Across::Average : Sum, Interpolate));
 }
 
 void Profile::LineVariance(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool RMS, bool Interpolate)
 {
-    SampleLines("Tesk::Profile::LineVariance", Beg, End, Breadth, Src, RMS ? Deviation : Across::Variance, Interpolate);
+    const Entry entry("Tesk::Profile::LineVariance");
+    entry.Refuses(SampleLines(Beg, End, Breadth, Src, RMS ? Deviation : Across::Variance, Interpolate));
 }
 
 void Profile::LineMaximize(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Interpolate)
 {
-    SampleLines("Tesk::Profile::LineMaximize", Beg, End, Breadth, Src, Largest, Interpolate);
+    const Entry entry("Tesk::Profile::LineMaximize");
+    entry.Refuses(SampleLines(Beg, End, Breadth, Src, Largest, Interpolate));
 }
 
 void Profile::LineMinimize(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Interpolate)
 {
-    SampleLines("Tesk::Profile::LineMinimize", Beg, End, Breadth, Src, Smallest, Interpolate);
+    const Entry entry("Tesk::Profile::LineMinimize");
+    entry.Refuses(SampleLines(Beg, End, Breadth, Src, Smallest, Interpolate));
 }
 
 void Profile::LineRange(const XY& Beg, const XY& End, int Breadth, const Image& Src, bool Interpolate)
 {
-    SampleLines("Tesk::Profile::LineRange", Beg, End, Breadth, Src, Spread, Interpolate);
+    const Entry entry("Tesk::Profile::LineRange");
+    entry.Refuses(SampleLines(Beg, End, Breadth, Src, Spread, Interpolate));
+}
+
+int Profile::SampleCurve(const Path& pathway, const Image& src)
+{
+    if (const int code = CheckSource(src)) return code;
+    if (pathway.Length < 1) return Status::Format(VoidObject, L"This path is void");
+    return Allocating([&] {
+        const Site* sites = pathway.Sites();
+        ProfileSource source = SourceIn(src, ProfileSource::OfCurve, NoHandle, 0);
+        source.Curve = std::make_shared<const std::vector<Site>>(sites, sites + pathway.Length);
+        return SampleBand(src, pathway.Length, source, Single, [&](int, std::int32_t* out) {
+            ByPixel(src.Type, [&]<typename T>(T*) {
+                for (int i = 0; i < pathway.Length; i++, out += Channels(src.Type))
+                    Put(src.Row<T>(Clamp<int>(sites[i].Y, 0, src.Height - 1))[Clamp<int>(sites[i].X, 0, src.Width - 1)],
+                        out);
+            });
+        });
+    });
 }
 
 void Profile::CurveGet(const Path& Pathway, const Image& Src)
 {
     const Entry entry("Tesk::Profile::CurveGet");
-    if (entry.Refuses(CheckSource(Src))) return;
-    if (Pathway.Length < 1) {
-        entry.Refuse(VoidObject, L"This path is void");
-        return;
-    }
-    Guarded(entry, [&] {
-        const Site* sites = Pathway.Sites();
-        ProfileSource source = SourceIn(Src, ProfileSource::OfCurve, NoHandle, 0);
-        source.Curve = std::make_shared<const std::vector<Site>>(sites, sites + Pathway.Length);
-        SampleBand(entry, Src, Pathway.Length, source, Single, [&](int, std::int32_t* out) {
-            ByPixel(Src.Type, [&]<typename T>(T*) {
-                for (int i = 0; i < Pathway.Length; i++, out += Channels(Src.Type))
-                    Put(Src.Row<T>(Clamp<int>(sites[i].Y, 0, Src.Height - 1))[Clamp<int>(sites[i].X, 0, Src.Width - 1)],
-                        out);
-            });
-        });
-    });
+    entry.Refuses(SampleCurve(Pathway, Src));
 }
 
 } // namespace Tesk

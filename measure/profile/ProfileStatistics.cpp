@@ -28,25 +28,31 @@ double MeanOf(const std::int32_t* samples, int count)
 
 } // namespace
 
+int Profile::Rank(double percent, int& sample) const
+{
+    if (const int code = CheckSamples(*this, IsGray)) return code;
+    return Allocating([&] {
+        auto sorted = Copied(*this);
+        const auto kth = sorted.begin() + Clamp(Truncated(Length * percent), 0, Length - 1);
+        std::nth_element(sorted.begin(), kth, sorted.end());
+        sample = *kth;
+    });
+}
+
 int Profile::Quantile(double Percent) const
 {
     const Entry entry("Tesk::Profile::Quantile");
-    if (entry.Refuses(CheckSamples(*this, IsGray))) return 0;
-    int result = 0;
-    Guarded(entry, [&] {
-        auto sorted = Copied(*this);
-        const auto kth = sorted.begin() + Clamp(Truncated(Length * Percent), 0, Length - 1);
-        std::nth_element(sorted.begin(), kth, sorted.end());
-        result = *kth;
-    });
-    return result;
+    int sample = 0;
+    entry.Refuses(Rank(Percent, sample));
+    return sample;
 }
 
 int Profile::Median() const
 {
     const Entry entry("Tesk::Profile::Median");
-    if (entry.Refuses(CheckSamples(*this, IsGray))) return 0;
-    return Quantile(0.5);
+    int sample = 0;
+    entry.Refuses(Rank(0.5, sample));
+    return sample;
 }
 
 double Profile::Mean() const
@@ -61,14 +67,14 @@ double Profile::TrimmedMean(double Percent) const
     const Entry entry("Tesk::Profile::TrimmedMean");
     if (entry.Refuses(CheckSamples(*this, IsGray))) return 0;
     double result = 0;
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         const std::int64_t cut = Max(Truncated(Percent * 0.5 * Length), 0);
         const std::int64_t count = Length - 2 * cut - 1;
         if (count < 1) return;
         auto sorted = Copied(*this);
         std::sort(sorted.begin(), sorted.end());
         result = MeanOf(sorted.data() + cut, static_cast<int>(count));
-    });
+    }));
     return result;
 }
 

@@ -46,28 +46,14 @@ void RampColor(int index, std::int32_t* rgb)
 
 /// Sizes the table for `type`, and gives every component of each sample the value `f(index)`.
 template <typename F>
-void Profile::Define(const Entry& entry, PixelTypes type, F f)
+int Profile::Define(PixelTypes type, F f)
 {
     const PixelTypes wanted = type == Undefined ? PixelTypes(Type) : type;
     const bool fixed = wanted == Gray || wanted == Gray16 || wanted == Rgb;
-    if (type == Undefined && Length < 1) {
-        entry.Refuses(RefuseEmpty());
-        return;
-    }
-    if (!fixed && !(type == Undefined && (IsWhole(wanted) || wanted == Rgba))) {
-        entry.Refuses(RefuseType(wanted));
-        return;
-    }
+    if (type == Undefined && Length < 1) return RefuseEmpty();
+    if (!fixed && !(type == Undefined && (IsWhole(wanted) || wanted == Rgba))) return RefuseType(wanted);
     const int length = wanted == Gray16 ? levels::Gray16Levels() : tableLength;
-    if (type == Undefined) {
-        if (!DetachIfShared()) {
-            entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-            return;
-        }
-    } else if (!TrySet(length, type)) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
+    if (!(type == Undefined ? DetachIfShared() : TrySet(length, type))) return RefuseMemory();
     Source = {};
     const int channels = Channels(Type);
     std::int32_t* samples = Samples();
@@ -76,6 +62,7 @@ void Profile::Define(const Entry& entry, PixelTypes type, F f)
         for (int c = 0; c < channels; c++)
             *samples++ = value;
     }
+    return NoError;
 }
 
 void Profile::GainOffset(double Gain, double Offset, PixelTypes Type)
@@ -86,13 +73,14 @@ void Profile::GainOffset(double Gain, double Offset, PixelTypes Type)
     // Types without a range of pixels are held to what a sample can store alone.
     const bool ranged = bytes || type == Gray16;
     const int largest = bytes ? 255 : type == Gray16 ? largestGray16 : INT32_MAX;
-    Define(entry, Type, [=](int i) { return Clamp(Truncated(i * Gain + Offset), ranged ? 0 : INT32_MIN, largest); });
+    entry.Refuses(
+        Define(Type, [=](int i) { return Clamp(Truncated(i * Gain + Offset), ranged ? 0 : INT32_MIN, largest); }));
 }
 
 void Profile::Threshold(int Threshold, int Black, int White, PixelTypes Type)
 {
     const Entry entry("Tesk::Profile::Threshold");
-    Define(entry, Type, [=](int i) { return i < Threshold ? Black : White; });
+    entry.Refuses(Define(Type, [=](int i) { return i < Threshold ? Black : White; }));
 }
 
 void Profile::BiThreshold(int Threshold, int Delta, int Black, int MidGray, int White, PixelTypes Type)
@@ -102,7 +90,7 @@ void Profile::BiThreshold(int Threshold, int Delta, int Black, int MidGray, int 
     const int half = type != Gray16 ? 128 : Type == Undefined ? Length / 2 : levels::Gray16Levels() / 2;
     const int middle = MidGray == NotInitialized ? half : MidGray;
     const std::int64_t upper = std::int64_t{Threshold} + Delta;
-    Define(entry, Type, [=](int i) { return i < Threshold ? Black : i < upper ? middle : White; });
+    entry.Refuses(Define(Type, [=](int i) { return i < Threshold ? Black : i < upper ? middle : White; }));
 }
 
 void Profile::Quantize(int Resolution, PixelTypes Type)
@@ -112,33 +100,30 @@ void Profile::Quantize(int Resolution, PixelTypes Type)
         entry.Refuse(OutOfRange, L"The resolution (%d) must be positive", Resolution);
         return;
     }
-    Define(entry, Type, [=](int i) { return i - i % Resolution; });
+    entry.Refuses(Define(Type, [=](int i) { return i - i % Resolution; }));
 }
 
 void Profile::Logarithm(bool Inverse, PixelTypes Type)
 {
     const Entry entry("Tesk::Profile::Logarithm");
     const double n = RangeOf(Type == Undefined ? PixelTypes(this->Type) : Type), logN = std::log(n);
-    Define(entry, Type, [=](int i) {
+    entry.Refuses(Define(Type, [=](int i) {
         if (i == 0) return 0;
         return Truncated(Inverse ? std::exp(i * logN / n) : std::log(static_cast<double>(i)) * n / logN);
-    });
+    }));
 }
 
 void Profile::Gamma(double Exponent, PixelTypes Type)
 {
     const Entry entry("Tesk::Profile::Gamma");
     const double n = RangeOf(Type == Undefined ? PixelTypes(this->Type) : Type), factor = std::pow(n, 1 - Exponent);
-    Define(entry, Type, [=](int i) { return i == 0 ? 0 : Truncated(std::pow(i, Exponent) * factor); });
+    entry.Refuses(Define(Type, [=](int i) { return i == 0 ? 0 : Truncated(std::pow(i, Exponent) * factor); }));
 }
 
 void Profile::PseudoColor(bool Inverse)
 {
     const Entry entry("Tesk::Profile::PseudoColor");
-    if (!TrySet(tableLength, Rgb)) {
-        entry.Refuse(CannotAllocate, L"Cannot allocate the profile Buffer");
-        return;
-    }
+    if (entry.Refuses(Size(tableLength, Rgb))) return;
     Source = {};
     for (int i = 0; i < tableLength; i++)
         RampColor(Inverse ? tableLength - 1 - i : i, Samples() + 3 * i);

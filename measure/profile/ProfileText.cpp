@@ -82,11 +82,11 @@ const char* Profile::ToAsciiString(int Index) const
         return "";
     }
     const int end = Index == -1 ? int(Length) : static_cast<int>(from) + 1;
-    Guarded(entry, [&] {
+    entry.Refuses(Allocating([&] {
         text_ = Header(Type);
         for (int i = static_cast<int>(from); i < end; i++)
             AppendLine(text_, *this, i);
-    });
+    }));
     return text_.c_str();
 }
 

@@ -205,3 +205,27 @@ TEST_F(ArchiveFile, FilesThatCannotBeOpenedOrWrittenAreRefused)
     EXPECT_FALSE(WriteModel("Tesk::Sample::Write", "/dev/full", sample));
     EXPECT_EQ(Status::Error().Code, CannotWrite);
 }
+
+TEST(ModelFrame, ItsInnerFormReturnsTheFailureAndReportsNothing)
+{
+    Status::ErrorBehavior(ThrowIt); // nothing is thrown
+    const auto fail = [](Archive& archive) { archive.Refuse(OutOfRange, L"Too %hs", "far"); };
+    EXPECT_EQ(LoadModel("/no such folder/a.mod", ShortFile::Refused, fail), CannotOpen);
+    EXPECT_EQ(Status::Error().Code, NoError);
+    const std::string path =
+        (std::filesystem::temp_directory_path() / ("tesk_frame_" + std::to_string(getpid()))).string();
+    EXPECT_EQ(SaveModel(path.c_str(), fail), OutOfRange);
+    EXPECT_STREQ(Status::UnicodeError(), L"Too far");
+    EXPECT_EQ(SaveModel(path.c_str(),
+                        [](Archive& archive) {
+                            int v = 7;
+                            archive(v);
+                        }),
+              NoError);
+    int read = 0;
+    EXPECT_EQ(LoadModel(path.c_str(), ShortFile::Refused, [&](Archive& archive) { archive(read); }), NoError);
+    EXPECT_EQ(read, 7);
+    EXPECT_EQ(Status::Error().Code, NoError);
+    std::filesystem::remove(path);
+    Status::ErrorBehavior(IgnoreIt);
+}

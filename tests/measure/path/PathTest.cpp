@@ -1,6 +1,7 @@
 #include "measure/Path.h"
 #include "foundation/Graph.h"
 #include "foundation/RecordingTarget.h"
+#include "foundation/Status.h"
 
 #include <gtest/gtest.h>
 
@@ -55,3 +56,16 @@ TEST_F(PathDrawing, StrokesRunBetweenTheSitesFromTheOriginOfThePicture)
 }
 
 } // namespace
+
+TEST(PathCopy, LeavesTheThreadsCodeAlone)
+{
+    Status::ErrorBehavior(IgnoreIt);
+    Path path;
+    path.Append(1, 2);
+    path.Vertex(7);
+    ASSERT_EQ(Status::Error().Code, OutOfRange);
+    const Path copy = path;
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+    EXPECT_NE(copy.Sites(), path.Sites());
+    EXPECT_EQ(copy.Sites()[0].Y, 2);
+}
