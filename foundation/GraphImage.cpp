@@ -1,5 +1,5 @@
 // Images on a target: into a displayable form, reduced, stretched, blended.
-#include "foundation/AreaDivider.h"
+#include "foundation/drawing/AreaDivider.h"
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
 

@@ -67,6 +67,10 @@ struct ArcSite
 };
 
 /// A rectangle of pixels.
+///
+///     Limits box(10, 20, 100, 50);
+///     box.Unite(Limits(80, 0, 60, 40)); // 10, 0, 130 x 70
+///     box.Write("part.win");
 struct Limits
 {
     std::int16_t X, Y, Width, Height;

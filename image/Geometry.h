@@ -27,6 +27,12 @@ static_assert(sizeof(GeoMapPixel) == 8, "an image row is an array of these");
 /// A `GeoMap` receives the positions, for `Transform` to apply later; its source may be `Rgba`, too, where told.
 /// Neither takes a source over an external buffer whose rows run from the bottom up (`UnsupportedType`): the offsets of
 /// a map have no sign.
+///
+///     Image small, turned;
+///     Geometry::DownSample(320, 240, image, small);
+///     turned.Set(image); // warps fill the window that is there
+///     const XY middle(image.Width / 2.0, image.Height / 2.0);
+///     Geometry::Rotate(middle, middle, 12.5, 1, image, turned);
 class Geometry
 {
 public:

@@ -30,6 +30,12 @@ std::int64_t WideRowBytes(std::int64_t Width, PixelTypes Type);
 const wchar_t* PixelTypeName(PixelTypes Type);
 
 /// Rows of pixels of one type in a store, which images may share, and the window of it that operations work on.
+///
+///     Image image;
+///     image.Read("part.png", Gray);
+///     image.Window(100, 80, 320, 240); // what follows works there alone
+///     Kernel::Smooth(image, image);
+///     image.Write("smooth.png"); // 320 x 240 pixels
 class Image
 {
     template <typename T>

@@ -15,6 +15,13 @@ namespace Tesk {
 /// they take `Gray` images. Refused: a void source (`VoidObject`), a pixel type that is not listed (`UnsupportedType`),
 /// a clip mode that is not listed (`OutOfRange`), a filter size that is not a positive odd number or is beyond 32767
 /// (`OutOfRange`), no memory (`CannotAllocate`).
+///
+///     Image smooth, edges;
+///     Kernel::GaussLowPass(9, 9, image, smooth);
+///     Kernel mask; // 3 x 3
+///     mask.Coefficient(0, 1) = -1;
+///     mask.Coefficient(2, 1) = 1;
+///     mask.Convolve(smooth, edges);
 class Kernel
 {
 public:

@@ -16,6 +16,12 @@ class Path;
 /// All operations read their sources and write `Dst` through their windows, size `Dst` themselves, and may run in
 /// place. Pixels outside the window take no part. Refused, unless told otherwise: a void source (`VoidObject`), a
 /// pixel type that is not listed (`UnsupportedType`), no memory (`CannotAllocate`).
+///
+///     Morpho element;
+///     element.Octagon(7);
+///     element.Open(image, image); // bright specks vanish
+///     element.Gradient(image, edges);
+///     Morpho::Distance(image, distances);
 class Morpho
 {
     template <typename T>

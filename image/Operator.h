@@ -13,6 +13,11 @@ class Profile;
 /// differ in type (`IncompatibleType`) or window size (`IncompatibleSize`), a pixel type that is not listed
 /// (`UnsupportedType`), a clip mode that is not listed (`OutOfRange`), no memory (`CannotAllocate`). A type or
 /// a clip mode may be refused when `Dst` has its new size already.
+///
+///     Image difference, mask;
+///     Operator::Subtract(image, reference, difference, Absolute);
+///     Operator::Binarize(24, difference, mask); // 255 from 24 up, else 0
+///     Operator::Invert(mask, mask);
 class Operator
 {
 public:

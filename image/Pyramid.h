@@ -9,6 +9,11 @@ namespace Tesk {
 
 /// Levels of `Gray`, `Gray16` or `Rgb` pixels, each half (dyadic) or two thirds of the size of the one before it. With
 /// the base apart, level 0 is the caller's source image and is not copied.
+///
+///     Pyramid pyramid;
+///     pyramid.Build(image, 32); // as long as the smaller side has 32 pixels
+///     const Image& coarse = pyramid.Bitmap(2);
+///     Pyramid::Halve(image, half);
 class Pyramid
 {
 public:

@@ -6,6 +6,10 @@
 namespace Tesk {
 
 /// Each operation refuses for want of memory with `CannotAllocate`.
+///
+///     Source::CopyToClipboard(image);
+///     Image pasted;
+///     Source::PasteFromClipboard(pasted);
 class Source
 {
 public:

@@ -1,5 +1,5 @@
 // The surface itself, its font, and bitmaps on it.
-#include "foundation/AreaDivider.h"
+#include "foundation/drawing/AreaDivider.h"
 #include "foundation/cairo/CairoState.h"
 
 #include <algorithm>
