@@ -1,6 +1,7 @@
 // Writes small valid files of every format into FOLDER/FORMAT, for the fuzzers to start from.
 #include "foundation/Archive.h"
 #include "foundation/Services.h"
+#include "image/Geometry.h"
 #include "image/Image.h"
 #include "image/Source.h"
 #include "measure/Path.h"
@@ -41,7 +42,8 @@ int main(int argc, char** argv)
     if (argc != 2) return 1;
     const fs::path root = argv[1];
     Status::ErrorBehavior(IgnoreIt);
-    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "path", "region"})
+    for (const char* format :
+         {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "geometry", "path", "region"})
         fs::create_directories(root / format);
     for (const PixelTypes type : {Gray, Gray16, Rgb, Rgba, Gray1}) {
         Image image;
@@ -64,6 +66,20 @@ int main(int argc, char** argv)
     Archive archive = Archive::IntoMemory(limits);
     Limits(1, 2, 3, 4).Transfer(archive);
     Put(root / "archive" / "limits", limits);
+    for (int model = Translation; model <= Rational; model++) {
+        Geometry geometry;
+        for (int i = 0; i < 16; i++) {
+            const double x = i % 4 * 3.0, y = i / 4 * 2.0, d = 1 + x / 99;
+            geometry.Append({x, y}, {(x + 0.01 * x * y) / d, (y - 0.02 * y * y) / d});
+        }
+        Image image;
+        image.Set(9, 5, Gray);
+        geometry.ModelFit(static_cast<RegistrationModels>(model), image);
+        std::vector<std::uint8_t> block;
+        Archive geometries = Archive::IntoMemory(block);
+        geometry.Transfer(geometries);
+        Put(root / "geometry" / std::to_string(model), block);
+    }
     Path path;
     for (int i = 0; i < 40; i++) {
         path.Append((i * 37) % 50, (i * i) % 41);

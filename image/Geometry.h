@@ -4,7 +4,23 @@
 
 #include "image/Image.h"
 
+#include <array>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
 namespace Tesk {
+
+class Archive;
+class Entry;
+class Region;
+
+/// A point of the source frame, and the point of the destination frame that belongs to it.
+struct AnchorPair
+{
+    XY Src, Dst;
+};
 
 /// One pixel of a `GeoMap` image: where a warp takes its value from, and how it mixes four source pixels.
 struct GeoMapPixel
@@ -15,7 +31,15 @@ struct GeoMapPixel
 };
 static_assert(sizeof(GeoMapPixel) == 8, "an image row is an array of these");
 
-/// Operations that move pixels, on `Gray`, `Gray16` and `Rgb` images unless told otherwise, from the window of `Src`
+/// A map between two frames of coordinates that is learnt from pairs of points, and the operations that move pixels.
+///
+///     Geometry camera;
+///     camera.Append({102.4, 87.1}, {0, 0});            // pixels, and true positions
+///     ...                                              // four pairs at least
+///     camera.ModelFit(Perspective, image);
+///     const XY position = camera.MapPoint({310.5, 200});
+///
+/// Those that move pixels work on `Gray`, `Gray16` and `Rgb` images unless told otherwise, from the window of `Src`
 /// into the window of `Dst`, in place too. Refused by all: a void source (`VoidObject`), other pixel types
 /// (`UnsupportedType`), no memory (`CannotAllocate`).
 ///
@@ -92,8 +116,98 @@ public:
     static ReadOnly<double, Geometry> ScaleToPixel;   ///< pixels to a unit of true length; process-wide, 1 at start
     static ReadOnly<double, Geometry> ScaleFromPixel; ///< true length of a pixel; process-wide, 1 at start
 
-    /// Takes the model of another geometry; there is no view of it to keep.
+    /// \name The model
+    /// A new geometry shifts by nothing, and has no anchors. A copy has anchors of its own.
+    /// @{
+
+    using Coefficients = std::array<double, 14>;
+
+    ReadOnly<RegistrationModels, Geometry> Model = Translation; ///< the model in force
+    ReadOnly<int, Geometry> NumAnchors;                         ///< pairs of anchors
+
+    Geometry() = default;
+    Geometry(const Geometry& Other);
+    Geometry& operator=(const Geometry& Other);
+    ~Geometry() = default;
+
+    /// Adds a pair of anchors behind the last one. Refused: `CannotAllocate`.
+    void Append(const XY& Src, const XY& Dst);
+    /// An anchor by its index. Refused: no anchors, an index out of range (`OutOfRange`); the reference is then to a
+    /// dummy point.
+    XY& Src(int Index);
+    XY& Dst(int Index);
+    const XY& Src(int Index) const;
+    const XY& Dst(int Index) const;
+
+    /// Fits a model from source to destination and, on its own, one back, by least squares. The centre of `Src` is that
+    /// of the radial models, `Quadratic` and `General`, which refuse a void image (`VoidObject`); the others do not
+    /// look at it. Refused, too: anchors too few for the model or in a degenerate configuration (`OutOfRange`). The
+    /// models with a denominator minimise the equations multiplied out by it.
+    void ModelFit(enum RegistrationModels Model, const Image& Src);
+    /// Sets a `Scaling` without anchors by which the length `X` along x becomes `Y`, and `U` along y becomes `V`; 0 for
+    /// one of these takes `X` or `Y`. Refused: `X` or `Y` of 0, scales that are no usable numbers (`OutOfRange`).
+    void PureScaling(double X, double Y, double U = 0, double V = 0);
+
+    /// Maps a point from the source frame to the destination frame. On the horizon of a view the result is infinite or
+    /// no number.
+    XY MapPoint(const XY& Point) const;
+    /// Maps a point from the destination frame to the source frame.
+    XY ReverseMapPoint(const XY& Point) const;
+
+    /// What the model says in numbers, from source to destination and back. With c0, c1, ... for the coefficients:
+    /// `Translation` gives (x + c2, y + c5), the models up to `Affinity` (c0 x + c1 y + c2, c3 x + c4 y + c5).
+    const Coefficients& Forward() const { return forward_; }
+    const Coefficients& Inverse() const { return inverse_; }
+    /// @}
+
+    /// \name Registration
+    /// As `Affine`, but for the types `Gray`, `Gray16` and `Rgb` alone.
+    /// @{
+
+    /// Brings an image of the source frame into the destination frame.
+    void Undistort(const Image& Src, Image& Dst, bool Interpolate = true) const;
+    /// The same. `Valid` receives the runs of pixels of the result whose positions lie between pixels of the source,
+    /// from the corner of the window of `Dst`; true if some positions lie outside the source.
+    bool Register(const Image& Src, Image& Dst, Region& Valid, bool Interpolate = true) const;
+    /// Brings an image of the destination frame into the source frame.
+    void ReverseRegister(const Image& Src, Image& Dst, bool Interpolate = true) const;
+    /// @}
+
+    /// ".cal" files: the model without the anchors, and the two scales. Refused: `CannotOpen`, `CannotRead`,
+    /// `CannotWrite`, `UnsupportedFormat` (another file), `OutOfRange` (another version, numbers that are not finite,
+    /// scales that cannot be). Nothing changes if a file is refused. A longer existing file is not cut.
+    void Read(const char* PathName);
+    void Read(const wchar_t* PathName);
+    void Write(const char* PathName) const;
+    void Write(const wchar_t* PathName) const;
+    /// The content of such a file, as a block of other model files.
+    void Transfer(Archive& Block);
+
+    /// Marks the anchors of one frame, displaced by an origin: circles for the source, squares for the destination, of
+    /// `Radius` target pixels.
+    void DrawAnchors(double OrgX = 0, double OrgY = 0, int Radius = 3, bool Source = true) const;
+    /// Whether the pointer is on the mark of an anchor of one frame: `SrcAnchorHandle`, `DstAnchorHandle` or
+    /// `NoHandle`; kept in `Handle` for `Drag`.
+    DraggingHandles HitHandle(int X, int Y, double OrgX = 0, double OrgY = 0, bool Source = true) const;
+    /// Moves the anchor last hit by as much as the pointer has moved since. Refused: `CannotAllocate`.
+    void Drag(int X, int Y);
+    static ReadOnly<DraggingHandles, Geometry> Handle; ///< the handle last hit
+
+    /// Takes the model and shares the anchors of another geometry; there is no view of it to keep.
     void ShallowCopy(const Geometry& Src, bool KeepView);
+
+private:
+    std::span<const AnchorPair> Anchors() const;
+    /// A pair that no other geometry shares; null, and reported, if there is none, or no memory.
+    AnchorPair* Reach(const Entry& entry, int index);
+    bool RefuseIndex(const Entry& entry, int index) const;
+    bool FitAnchors(const Entry& entry, enum RegistrationModels model, const Image& src);
+    /// Fills an image through one of the maps; false if it was refused.
+    bool Resample(const Entry& entry, const Coefficients& c, const Image& src, Image& dst, bool interpolate,
+                  bool& outside, const std::function<void(int, int, int)>& valid = {}) const;
+
+    Coefficients forward_{}, inverse_{};
+    std::shared_ptr<std::vector<AnchorPair>> anchors_;
 };
 
 } // namespace Tesk

@@ -1,7 +1,8 @@
-// The scale between pixels and true lengths.
+// The model of a geometry, and the scale between pixels and true lengths.
 #include "image/Geometry.h"
 
 #include "foundation/Entry.h"
+#include "image/geometry/GeometryModel.h"
 
 #include <cmath>
 
@@ -26,9 +27,93 @@ void Geometry::SimpleCalibration(double LengthInPixels, double TrueLength)
     ScaleFromPixel = fromPixel;
 }
 
-void Geometry::ShallowCopy(const Geometry&, bool)
+Geometry::Geometry(const Geometry& Other)
 {
-    // The class has no state of its own yet.
+    *this = Other;
+}
+
+Geometry& Geometry::operator=(const Geometry& Other)
+{
+    if (this == &Other) return *this;
+    ShallowCopy(Other, true);
+    try {
+        if (anchors_) anchors_ = std::make_shared<std::vector<AnchorPair>>(*anchors_);
+    } catch (const std::bad_alloc&) {
+        // The anchors stay shared.
+    }
+    return *this;
+}
+
+void Geometry::ShallowCopy(const Geometry& Src, bool)
+{
+    Status::Error().Code = NoError;
+    Model = Src.Model;
+    NumAnchors = Src.NumAnchors;
+    forward_ = Src.forward_;
+    inverse_ = Src.inverse_;
+    anchors_ = Src.anchors_;
+}
+
+bool Geometry::FitAnchors(const Entry& entry, enum RegistrationModels model, const Image& src)
+{
+    const std::span<const AnchorPair> anchors = Anchors();
+    if (const int code = models::RefuseCount(model, anchors.size())) {
+        Status::Raise(code, "Tesk::Failure");
+        return false;
+    }
+    const bool radial = model == Quadratic || model == General;
+    if (radial && entry.Refuses(CheckImage(src))) return false;
+    models::Fit fit;
+    if (entry.Refuses(models::FitModel(model, anchors, {(src.Width - 1) * 0.5, (src.Height - 1) * 0.5}, fit)))
+        return false;
+    Model = model;
+    forward_ = fit.forward;
+    inverse_ = fit.inverse;
+    return true;
+}
+
+void Geometry::ModelFit(enum RegistrationModels Model, const Image& Src)
+{
+    const Entry entry("Tesk::Geometry::ModelFit");
+    if (Model < Translation || Model > Rational)
+        this->Model = Model;
+    else
+        FitAnchors(entry, Model, Src);
+}
+
+void Geometry::PureScaling(double X, double Y, double U, double V)
+{
+    const Entry entry("Tesk::Geometry::PureScaling");
+    if (X == 0 || Y == 0) {
+        entry.Refuse(OutOfRange, L"Zero sizes are not allowed");
+        return;
+    }
+    const double u = U == 0 ? X : U, v = V == 0 ? Y : V;
+    Coefficients forward{}, inverse{};
+    forward[0] = Y / X;
+    forward[4] = v / u;
+    inverse[0] = X / Y;
+    inverse[4] = u / v;
+    for (const double scale : {forward[0], forward[4], inverse[0], inverse[4]})
+        if (!std::isnormal(scale)) {
+            entry.Refuse(OutOfRange, L"The sizes (%g, %g, %g, %g) give no usable scale", X, Y, u, v);
+            return;
+        }
+    Model = Scaling;
+    forward_ = forward;
+    inverse_ = inverse;
+}
+
+XY Geometry::MapPoint(const XY& Point) const
+{
+    const Entry entry("Tesk::Geometry::MapPoint");
+    return models::Map(Model, forward_, Point);
+}
+
+XY Geometry::ReverseMapPoint(const XY& Point) const
+{
+    const Entry entry("Tesk::Geometry::ReverseMapPoint");
+    return models::Map(Model, inverse_, Point);
 }
 
 } // namespace Tesk

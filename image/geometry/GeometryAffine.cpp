@@ -97,7 +97,7 @@ void FillPart(const FixedMap& map, const kernels::Surface& s, int elementSize, i
 }
 
 /// Fills the destination; true if some positions lie outside the source.
-bool Fill(const FixedMap& map, const Image& src, Image& dst, bool interpolate)
+bool Fill(const FixedMap& map, const Image& src, Image& dst, bool interpolate, const warps::RunSink& valid)
 {
     const kernels::Surface s = warps::SurfaceOf(src);
     const int elementSize = ElementSize(src.Type), width = dst.Width, height = dst.Height;
@@ -111,6 +111,10 @@ bool Fill(const FixedMap& map, const Image& src, Image& dst, bool interpolate)
         for (int j = top; j < bottom; j++) {
             const Span span = InsideOf(map, s, j, width, interpolate);
             outside = outside || span.last - span.first < width;
+            if (valid) {
+                const Span run = InsideOf(map, s, j, width, true);
+                if (run.first < run.last) valid(run.first, run.last, j);
+            }
             inside[static_cast<std::size_t>(j - top)] = narrow ? span : Span{0, 0};
         }
         if (dst.Type == GeoMap) {
@@ -166,11 +170,11 @@ int warps::RefuseFar(const AffineMap& m, std::int64_t width, std::int64_t height
     return Status::Format(OutOfRange, L"The transformation is not finite or leads too far from the source image");
 }
 
-bool warps::FillAffine(const AffineMap& m, const Image& src, Image& dst, bool interpolate)
+bool warps::FillAffine(const AffineMap& m, const Image& src, Image& dst, bool interpolate, const RunSink& valid)
 {
     const double half = interpolate ? 0 : 0.5;
     const FixedMap map{Fixed(m.xx), Fixed(m.xy), Fixed(m.x0 + half), Fixed(m.yx), Fixed(m.yy), Fixed(m.y0 + half)};
-    return Fill(map, src, dst, interpolate);
+    return Fill(map, src, dst, interpolate, valid);
 }
 
 bool Geometry::Affine(double TXx, double TXy, double TX, double TYx, double TYy, double TY, const Image& Src,

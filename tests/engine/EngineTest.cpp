@@ -1,6 +1,7 @@
 #include "engine/Engine.h"
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
+#include "image/Geometry.h"
 #include "image/Operator.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
@@ -317,6 +318,7 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     Tesk::Path contour;
     contour.Append(1, 2);
     contour.Write(Path("a.Path").c_str());
+    Geometry().Write(Path("a.Geometry").c_str());
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
     for (int node = 181; node < Engine::NumNodes; node++) {

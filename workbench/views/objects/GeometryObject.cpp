@@ -1,13 +1,21 @@
-// A geometry has no window, and no mark of its own: it carries the anchors that are drawn on it to its picture.
+// A geometry has no window: its anchors are marked on its picture.
 #include "workbench/views/objects/ObjectView.h"
 
 #include "engine/TypeNames.h"
+#include "image/Geometry.h"
 
 namespace TeskPlus {
 
 namespace {
-constexpr OverlayRow overlay{};
+
+void Draw(AnyVariable& Object, const IController&)
+{
+    static_cast<Var<Geometry>&>(Object).Value.DrawAnchors();
 }
+
+constexpr OverlayRow overlay{.Color = Green, .Draw = Draw};
+
+} // namespace
 
 extern const ObjectView viewGeometry{.Type = CodeOf(L"Geometry"), .Overlay = &overlay};
 
