@@ -4,6 +4,7 @@
 #include <charconv>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <type_traits>
 
 namespace Tesk::tables {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 #include <string>
 
 using namespace Tesk;
@@ -205,6 +206,59 @@ TEST_F(CairoTargetTest, EveryKindOfBitmapIsReducedToTheMeansOfItsParts)
                     << bits << " bits at " << x << ", " << y;
             }
     }
+}
+
+TEST_F(CairoTargetTest, RowsThatAreMadeOnDemandShowTheSameAndNoMoreThanIsSeenIsMade)
+{
+    constexpr int width = 64, height = 48;
+    checks::Noise noise{3};
+    std::vector<std::uint8_t> pixels(4 * width * height);
+    for (auto& pixel : pixels)
+        pixel = noise.Byte();
+    RgbPixel grays[256];
+    for (int v = 0; v < 256; v++)
+        grays[v] = RgbPixel(v, v, v);
+    struct Rows final : BitmapRows
+    {
+        const std::uint8_t* pixels;
+        int bits, pitch;
+        mutable int left = width, top = height, right = 0, bottom = 0, made = 0;
+
+        void Get(int y, int from, int to, std::uint8_t* dst) const override
+        {
+            EXPECT_TRUE(bits > 1 || from % 8 == 0);
+            std::memcpy(dst, pixels + pitch * y + from * bits / 8,
+                        static_cast<std::size_t>((to - from) * bits + 7) / 8);
+            left = Min(left, from);
+            right = Max(right, to);
+            top = Min(top, y);
+            bottom = Max(bottom, y + 1);
+            made++;
+        }
+    };
+    // Enlarged, as they are, and reduced; the surface of 9 x 7 sees a part from the middle.
+    for (const int bits : {1, 8, 32})
+        for (const double zoom : {3.0, 1.0, 0.5}) {
+            const int pitch = width * bits / 8, w = static_cast<int>(width * zoom), h = static_cast<int>(height * zoom);
+            TargetBitmap bitmap{width, height, bits, pitch, pixels.data(), grays, bits == 32};
+            target_.FillRectangle(0, 0, 9, 7, red);
+            target_.Blit(bitmap, -w / 2, -h / 2, w, h);
+            std::vector<std::uint8_t> expected(target_.Pixels(), target_.Pixels() + 7 * target_.Stride());
+            Rows rows;
+            rows.pixels = pixels.data();
+            rows.bits = bits;
+            rows.pitch = pitch;
+            bitmap.Pixels = nullptr;
+            target_.FillRectangle(0, 0, 9, 7, red);
+            target_.BlitRows(bitmap, rows, -w / 2, -h / 2, w, h);
+            EXPECT_EQ(expected, std::vector<std::uint8_t>(target_.Pixels(), target_.Pixels() + 7 * target_.Stride()))
+                << bits << ' ' << zoom;
+            EXPECT_GE(rows.left, width / 2 - 7) << "at 1 bit a pixel rows begin on whole bytes";
+            EXPECT_LE(rows.right, width / 2 + 9 / zoom + 1);
+            EXPECT_GE(rows.top, height / 2);
+            EXPECT_LE(rows.bottom, height / 2 + 7 / zoom + 1);
+            EXPECT_EQ(rows.made, rows.bottom - rows.top) << "each once";
+        }
 }
 
 TEST_F(CairoTargetTest, TextStandsInItsBox)
