@@ -83,7 +83,7 @@ bool Geometry::Resample(const Entry& entry, const Coefficients& c, const Image& 
     const warps::AffineMap map{shift ? 1 : c[0], shift ? 0 : c[1], c[2], shift ? 0 : c[3], shift ? 1 : c[4], c[5]};
     if (straight && entry.Refuses(warps::RefuseFar(map, dst.Width, dst.Height))) return false;
     Image held;
-    if (warps::Prepare(src, dst, false, held)) return false;
+    if (entry.Refuses(warps::HoldSource(src, dst, false, held))) return false;
     if (straight)
         outside = warps::FillAffine(map, held, dst, interpolate, valid);
     else
