@@ -52,13 +52,15 @@ public:
         Alone
     };
 
-    /// Appends the pixels behind the seed, turning by `sense`, 1 clockwise or -1, until the seed is met again, or with
-    /// `open` the border. From a pixel to the next goes a permutation of the pairs of neighbours in the blob, so the
-    /// walk comes back.
+    /// Appends the pixels behind the seed, turning by `sense`, 1 clockwise or -1, until the seed is met again. With
+    /// `open` the walk ends at the border, and goes through the seed, where the blob is thin, until it would leave it
+    /// as at first. From a pixel to the next goes a permutation of the pairs of neighbours in the blob, so the walk
+    /// comes back.
     Ends Walk(Place seed, int direction, int sense, bool open, std::vector<Site>& sites) const
     {
         Place at = seed;
         int d = direction;
+        std::optional<int> first;
         for (;;) {
             int tested = 0;
             for (; tested < neighbours; tested += step_, d = Turned(d, sense * step_)) {
@@ -67,11 +69,17 @@ public:
                 if (open && !InImage(next)) return AtBorder;
             }
             if (tested >= neighbours) return Alone;
+            if (!first)
+                first = d;
+            else if (at == seed && d == *first)
+                break;
             at = Neighbour(at, d);
-            if (at == seed) return AtSeed;
+            if (at == seed && !open) return AtSeed;
             sites.emplace_back(at.x, at.y);
             d = Turned(d, neighbours / 2 + sense * step_);
         }
+        sites.pop_back();
+        return AtSeed;
     }
 
 private:
@@ -106,7 +114,12 @@ void Path::Follow(const Site& Seed, int Threshold, const Image& Src, bool Above,
             if (background) {
                 sites.emplace_back(seed.x, seed.y);
                 closed = blob.Walk(seed, *background, 1, !AlwaysClosed, sites) != Blob::AtBorder;
-                if (!closed) {
+                if (closed) {
+                    // The border is nowhere: the contour is what a closed walk gives.
+                    const auto again = std::find_if(sites.begin() + 1, sites.end(),
+                                                    [&](Site site) { return Same(site, sites.front()); });
+                    sites.erase(again, sites.end());
+                } else {
                     std::vector<Site> before;
                     blob.Walk(seed, *background, -1, true, before);
                     sites.insert(sites.begin(), before.rbegin(), before.rend());

@@ -2,6 +2,8 @@
 #include "image/Operator.h"
 #include "tests/measure/path/PathShapes.h"
 
+#include <algorithm>
+#include <random>
 #include <set>
 
 using namespace Tesk;
@@ -164,19 +166,17 @@ std::vector<Crack> Cracks(const Image& image, int x, int y, bool connexity8)
     return cracks;
 }
 
-/// The pixels behind the seed, until it comes again or, with `open`, the border; true for the border.
+/// The pixels behind the seed, until it comes again or, for an `open` contour, until the border.
 template <typename Iterator>
-bool Pixels(Iterator from, Iterator to, std::pair<int, int> seed, bool open, Sites& sites)
+void Pixels(Iterator from, Iterator to, std::pair<int, int> seed, bool open, Sites& sites)
 {
     std::pair<int, int> last = seed;
-    for (; from != to; ++from) {
-        if (open && from->isBorder) return true;
+    for (; from != to && !(open && from->isBorder); ++from) {
         if (from->pixel == last) continue;
         last = from->pixel;
-        if (last == seed) return false;
+        if (last == seed && !open) return;
         sites.push_back(last);
     }
-    return false;
 }
 
 TEST_F(PathFollow, AgreesWithTheCracksBetweenPixelsOnRandomBlobs)
@@ -198,7 +198,9 @@ TEST_F(PathFollow, AgreesWithTheCracksBetweenPixelsOnRandomBlobs)
             const std::pair seed(x, y);
             const std::vector<Crack> cracks = Cracks(image, x, y, connexity8);
             Sites expected = {seed};
-            const bool border = Pixels(cracks.begin(), cracks.end(), seed, open, expected);
+            const bool border =
+                open && std::any_of(cracks.begin(), cracks.end(), [](const Crack& crack) { return crack.isBorder; });
+            Pixels(cracks.begin(), cracks.end(), seed, border, expected);
             if (border) {
                 Sites before;
                 Pixels(cracks.rbegin(), cracks.rend(), seed, true, before);
@@ -230,6 +232,48 @@ TEST_F(PathFollow, RefusesWhatIsNotGrayAndKeepsThePath)
     ExpectRefusal(OutOfRange, L"The image size (32769, 2) is larger than the coordinates of a path reach (32767)",
                   "Tesk::Path::Follow");
     EXPECT_EQ(SitesOf(path), (Sites{{1, 2}}));
+}
+
+TEST_F(PathFollow, AnOpenContourGoesThroughASeedOnALineOfOnePixel)
+{
+    Image image;
+    image.Set(30, 10, Gray);
+    for (int y = 0; y < 10; y++)
+        for (int x = 0; x < 30; x++)
+            image.Row(y)[x] = y == 5 && x <= 20 ? 200 : 10;
+    for (const bool connexity8 : {true, false}) {
+        const Path path = Followed(image, 10, 5, connexity8, false);
+        // Along the line and back.
+        EXPECT_FALSE(path.Closed);
+        ASSERT_EQ(path.Length, 41);
+        EXPECT_EQ(path.Vertex(0).X, 0);
+        EXPECT_EQ(path.Vertex(20).X, 20);
+        EXPECT_EQ(path.Vertex(40).X, 0);
+    }
+    // Without the border a thin blob is followed as a closed walk does it.
+    image.Row(5)[0] = 10;
+    EXPECT_EQ(SitesOf(Followed(image, 10, 5, true, false)), SitesOf(Followed(image, 10, 5, true, true)));
+}
+
+TEST_F(PathFollow, OpenContoursRunFromBorderToBorder)
+{
+    std::mt19937 random(4);
+    int opened = 0;
+    for (int round = 0; round < 400; round++) {
+        Image image;
+        image.Set(12, 9, Gray);
+        for (int y = 0; y < 9; y++)
+            for (int x = 0; x < 12; x++)
+                image.Row(y)[x] = random() % 5 < 3 ? 200 : 10;
+        const Path path = Followed(image, 1 + round % 10, 1 + round % 7, round % 2 == 0, false);
+        if (path.Closed || path.Length < 1) continue;
+        opened++;
+        for (const int end : {0, path.Length - 1}) {
+            const Site site = path.Vertex(end);
+            EXPECT_TRUE(site.X == 0 || site.Y == 0 || site.X == 11 || site.Y == 8) << round;
+        }
+    }
+    EXPECT_GT(opened, 50);
 }
 
 } // namespace
