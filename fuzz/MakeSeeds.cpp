@@ -5,6 +5,7 @@
 #include "image/Image.h"
 #include "image/Source.h"
 #include "measure/Path.h"
+#include "measure/Poly.h"
 #include "measure/Region.h"
 
 #include <filesystem>
@@ -42,8 +43,8 @@ int main(int argc, char** argv)
     if (argc != 2) return 1;
     const fs::path root = argv[1];
     Status::ErrorBehavior(IgnoreIt);
-    for (const char* format :
-         {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "geometry", "path", "region"})
+    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "geometry",
+                               "path", "poly", "region"})
         fs::create_directories(root / format);
     for (const PixelTypes type : {Gray, Gray16, Rgb, Rgba, Gray1}) {
         Image image;
@@ -81,14 +82,20 @@ int main(int argc, char** argv)
         Put(root / "geometry" / std::to_string(model), block);
     }
     Path path;
+    Poly poly;
     for (int i = 0; i < 40; i++) {
         path.Append((i * 37) % 50, (i * i) % 41);
+        poly.Append(i * 3.7, i * i / 41.0);
         if (i % 13 != 1) continue;
         path.Closed = !path.Closed;
         std::vector<std::uint8_t> block;
         Archive paths = Archive::IntoMemory(block);
         path.Transfer(paths);
         Put(root / "path" / std::to_string(i), block);
+        block.clear();
+        Archive polygons = Archive::IntoMemory(block);
+        poly.Transfer(polygons);
+        Put(root / "poly" / std::to_string(i), block);
     }
     Region region;
     for (int i = 0; i < 6; i++) {

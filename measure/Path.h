@@ -11,6 +11,7 @@
 
 namespace Tesk {
 
+class ArcPath;
 class Archive;
 class Histogram;
 class Image;
@@ -66,19 +67,21 @@ public:
     ///
     /// The path is empty if the seed lies outside the window or the blob, or has no neighbour outside it. It ends on
     /// the first return to the seed. Without `AlwaysClosed` a contour that meets the border of the window is open and
-    /// runs from border to border.
+    /// runs from border to border, past the seed as often as the blob is one pixel thick there.
     void Follow(const Site& Seed, int Threshold, const Image& Src, bool Above = true, bool Connexity8 = true,
                 bool AlwaysClosed = true);
 
     /// \name Reduction
     /// @{
 
-    /// Drops the sites in the hollows of the path that the segments across them leave by no more than `Deviation`, 0.1
-    /// to 16 pixels. Of a convex path the corners of its hull remain.
+    /// Drops sites in the hollows of the path: no dropped one is farther than `Deviation`, 0.1 to 16 pixels, from the
+    /// segment that remains in its place. Of a convex path the corners of its hull remain.
     void Smooth(Path& Dst, double Deviation = 3) const;
     /// The vertices of a polygon from which the middle site of each side is no farther than `Deviation` pixels. The
     /// path counts as closed.
     void Vectorize(Path& Dst, double Deviation) const;
+    /// Lines and circular arcs of less than half a turn from which no site is farther than `Deviation` pixels. Fewer than 4 sites leave nothing.
+    void Vectorize(ArcPath& Dst, double Deviation) const;
     /// The 8-connected chain of the pixels along a polygon's sides (Bresenham 1965). The path counts as closed.
     void PolygonToRaster(Path& Dst) const;
     /// @}

@@ -1,7 +1,7 @@
 // Paths with fewer sites, and the pixels of a polygon.
 #include "measure/Path.h"
 
-#include "measure/path/PathFrame.h"
+#include "measure/path/PathRound.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -13,31 +13,64 @@ using namespace paths;
 
 namespace {
 
-/// The sites of a path by an index that runs on round a closed one.
-class Round
+/// Where a segment from a site may lead that stays near the sites behind it: a sector of directions, and a distance.
+/// Each site is taken in once, so that a stretch costs no more than its length.
+class Reach
 {
 public:
-    explicit Round(std::span<const Site> sites) : sites_(sites), length_(static_cast<std::int64_t>(sites.size())) {}
-
-    /// Indexes go at most twice round, which is sooner brought back than divided.
-    Site operator[](std::int64_t i) const
+    void Take(Site from, Site site, double deviation)
     {
-        while (i >= length_)
-            i -= length_;
-        return sites_[static_cast<std::size_t>(i)];
+        const double dx = site.X - from.X, dy = site.Y - from.Y, distance = std::hypot(dx, dy);
+        if (!(distance > deviation)) return;
+        farthest_ = Max(farthest_, distance);
+        // The lines that touch the circle about the site.
+        const double s = deviation / distance, c = std::sqrt(1 - s * s);
+        const XY low(dx * c + dy * s, dy * c - dx * s), high(dx * c - dy * s, dy * c + dx * s);
+        if (free_) {
+            low_ = low;
+            high_ = high;
+            free_ = false;
+            return;
+        }
+        const XY formerLow = low_, formerHigh = high_;
+        if (IsWithin(low, formerLow, formerHigh))
+            low_ = low;
+        else if (!IsWithin(formerLow, low, high))
+            closed_ = true;
+        if (IsWithin(high, formerLow, formerHigh))
+            high_ = high;
+        else if (!IsWithin(formerHigh, low, high))
+            closed_ = true;
     }
-    std::int64_t Length() const { return length_; }
+
+    bool Holds(Site from, Site to, double deviation) const
+    {
+        if (free_) return deviation >= 0;
+        const XY d(to.X - from.X, to.Y - from.Y);
+        return !closed_ && IsWithin(d, low_, high_) && farthest_ <= std::hypot(d.X, d.Y) + deviation;
+    }
 
 private:
-    std::span<const Site> sites_;
-    std::int64_t length_;
+    static bool IsWithin(XY d, XY low, XY high)
+    {
+        // Directions less than half a turn apart; a hair wider, so that what lies on the border is held.
+        constexpr double hair = 1e-12;
+        const double length = std::hypot(d.X, d.Y), slackLow = hair * length * std::hypot(low.X, low.Y),
+                     slackHigh = hair * length * std::hypot(high.X, high.Y);
+        return low.X * d.Y - low.Y * d.X >= -slackLow && d.X * high.Y - d.Y * high.X >= -slackHigh &&
+               d.X * (low.X + high.X) + d.Y * (low.Y + high.Y) > 0;
+    }
+
+    bool free_ = true, closed_ = false;
+    XY low_{0, 0}, high_{0, 0};
+    double farthest_ = 0;
 };
 
 /// Keeps the sites of a one-sided hull from which the others lie no farther than a deviation.
 class Corridor
 {
 public:
-    Corridor(Round sites, double deviation) : sites_(sites), squaredDeviation_(deviation * deviation) {}
+    Corridor(Round sites, double deviation) : sites_(sites), deviation_(deviation) {}
 
     /// The kept indexes from `start` on, at most to `last`. Of the hulls to either side the one that reaches farther is
     /// taken; where both reach as far the stretch is as good as straight.
@@ -52,12 +85,12 @@ public:
     }
 
 private:
-    void Walk(std::int64_t start, std::int64_t last, int sense, std::vector<std::int64_t>& kept) const
+    void Walk(std::int64_t start, std::int64_t last, int sense, std::vector<std::int64_t>& kept)
     {
         kept = {start, start + 1};
-        std::vector<std::int64_t>& dropped = dropped_;
+        reaches_.assign(2, Reach());
         for (std::int64_t j = start + 2; j <= last; j++) {
-            dropped.clear();
+            dropped_.clear();
             bool folds = false;
             while (kept.size() > 1) {
                 const Site a = sites_[kept[kept.size() - 2]], b = sites_[kept.back()], c = sites_[j];
@@ -66,33 +99,57 @@ private:
                 // A path that turns back on itself has its end there, though it does not leave the line.
                 folds = turn == 0 && std::int64_t{b.X - a.X} * (c.X - b.X) + std::int64_t{b.Y - a.Y} * (c.Y - b.Y) < 0;
                 if (folds) break;
-                dropped.push_back(kept.back());
+                dropped_.push_back(kept.back());
                 kept.pop_back();
+                reaches_.pop_back();
+                // What stood behind the dropped site stands behind the one before it now.
+                for (std::int64_t i = dropped_.back(); i < j; i++)
+                    reaches_.back().Take(sites_[kept.back()], sites_[i], deviation_);
             }
-            if (folds || !IsNear(kept.back(), j)) {
-                kept.insert(kept.end(), dropped.rbegin(), dropped.rend());
+            if (folds || !reaches_.back().Holds(sites_[kept.back()], sites_[j], deviation_)) {
+                kept.insert(kept.end(), dropped_.rbegin(), dropped_.rend());
                 return;
             }
             kept.push_back(j);
+            reaches_.emplace_back();
         }
     }
 
-    /// Whether the sites between two indexes lie near the line through them.
-    bool IsNear(std::int64_t from, std::int64_t to) const
-    {
-        const Site a = sites_[from], b = sites_[to];
-        std::int64_t largest = 0;
-        for (std::int64_t i = from + 1; i < to; i++)
-            largest = Max(largest, std::abs(Cross(a, b, sites_[i])));
-        const auto excursion = static_cast<double>(largest);
-        return static_cast<double>(SquaredDistance(a, b)) * squaredDeviation_ >= excursion * excursion;
-    }
-
     Round sites_;
-    double squaredDeviation_;
-    std::vector<std::int64_t> clockwise_, counterclockwise_;
-    mutable std::vector<std::int64_t> dropped_;
+    double deviation_;
+    std::vector<std::int64_t> clockwise_, counterclockwise_, dropped_;
+    std::vector<Reach> reaches_; ///< of the kept indexes, over the sites before the next one
 };
+
+/// Adds what is missing between kept indexes: the farthest sites, until none is farther than the deviation from the
+/// segment in its place.
+std::vector<std::int64_t> Completed(const std::vector<std::int64_t>& kept, std::int64_t last, Round sites,
+                                    double deviation)
+{
+    constexpr double rounding = 1e-9;
+    std::vector<std::int64_t> complete, ahead;
+    for (std::size_t k = 0; k < kept.size(); k++) {
+        ahead.push_back(k + 1 < kept.size() ? kept[k + 1] : last);
+        for (std::int64_t from = kept[k]; !ahead.empty();) {
+            const std::int64_t to = ahead.back();
+            std::int64_t farthest = from;
+            double largest = Max(0.0, deviation) + rounding;
+            for (std::int64_t i = from + 1; i < to; i++)
+                if (const double distance = DistanceToSegment(sites[i], sites[from], sites[to]); distance > largest) {
+                    largest = distance;
+                    farthest = i;
+                }
+            if (farthest > from) {
+                ahead.push_back(farthest);
+                continue;
+            }
+            complete.push_back(from);
+            from = to;
+            ahead.pop_back();
+        }
+    }
+    return complete;
+}
 
 /// The kept indexes from `start` to `last`, that one excluded.
 std::vector<std::int64_t> KeptBetween(Corridor& corridor, std::int64_t start, std::int64_t last)
@@ -124,14 +181,6 @@ std::vector<Site> SitesAt(const std::vector<std::int64_t>& indexes, Round sites)
     for (const std::int64_t index : indexes)
         chosen.push_back(sites[index]);
     return chosen;
-}
-
-/// Whether the middle site between two indexes lies near the line through them.
-bool MiddleIsNear(Round sites, std::int64_t from, std::int64_t to, double squaredDeviation)
-{
-    const Site a = sites[from], b = sites[to];
-    const auto cross = static_cast<double>(Cross(a, b, sites[(from + to) / 2]));
-    return static_cast<double>(SquaredDistance(a, b)) * squaredDeviation >= cross * cross;
 }
 
 std::vector<std::int64_t> PolygonVertices(Round sites, double squaredDeviation)
@@ -198,9 +247,9 @@ void Path::Smooth(Path& Dst, double Deviation) const
         std::vector<std::int64_t> kept;
         if (Closed) {
             const std::int64_t start = LoopStart(corridor, Length);
-            kept = KeptBetween(corridor, start, start + Length);
+            kept = Completed(KeptBetween(corridor, start, start + Length), start + Length, sites, Deviation);
         } else {
-            kept = KeptBetween(corridor, 0, Length - 1);
+            kept = Completed(KeptBetween(corridor, 0, Length - 1), Length - 1, sites, Deviation);
             kept.push_back(Length - 1);
         }
         Dst.Take(SitesAt(kept, sites), Closed, OrgX, OrgY);
