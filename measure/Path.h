@@ -80,7 +80,8 @@ public:
     /// The vertices of a polygon from which the middle site of each side is no farther than `Deviation` pixels. The
     /// path counts as closed.
     void Vectorize(Path& Dst, double Deviation) const;
-    /// Lines and circular arcs of less than half a turn from which no site is farther than `Deviation` pixels. Fewer than 4 sites leave nothing.
+    /// Lines and circular arcs of less than half a turn from which no site is farther than `Deviation` pixels. Fewer
+    /// than 4 sites leave nothing.
     void Vectorize(ArcPath& Dst, double Deviation) const;
     /// The 8-connected chain of the pixels along a polygon's sides (Bresenham 1965). The path counts as closed.
     void PolygonToRaster(Path& Dst) const;
