@@ -43,7 +43,8 @@ set(shared
     image/histogram/NoiseEstimate.h  # for watersheds
     image/operator/PixelSteps.h      # copies and scales as steps of other operations
     image/pyramid/PyramidScale.h     # halving, which is a resampling too
-    measure/fit/EdgeWalk.h measure/fit/PointFit.h measure/fit/PointShape.h # edges, fits and shapes of sets of points
+    measure/fit/EdgeWalk.h measure/fit/PointFit.h measure/fit/PointHull.h measure/fit/PointMeasure.h
+    measure/fit/PointShape.h # edges, fits and shapes of sets of points
     measure/region/RunLists.h measure/region/RunPixels.h) # runs, of regions and of blobs
 set(strange "")
 foreach(layer IN LISTS layers)
