@@ -139,6 +139,7 @@ public:
     const char* ToAsciiString(int Index) const;
 
 private:
+    friend class Blobs;
     friend class Path;
 
     bool SetUp(const Entry& entry, PixelTypes type, int entries, bool clear);

@@ -5,12 +5,14 @@
 #include "measure/Region.h"
 
 #include <array>
+#include <initializer_list>
 #include <span>
 #include <string>
 #include <vector>
 
 namespace Tesk {
 
+class Entry;
 class Histogram;
 class Image;
 class Path;
@@ -248,42 +250,48 @@ private:
     CopyOnWrite<std::vector<std::int32_t>> parents_, classes_;
     std::int32_t numLabels_ = 0, prevBegin_ = 0, prevEnd_ = 0;
 
-    class Evaluator;
-    struct Cells;
-
     BlobRecord RecordOf(int row) const;
+    std::span<const LabeledRun> RunsOfRow(int row) const;
     void SetRecord(int row, const BlobRecord& record);
     const std::uint8_t* FeatureCell(int row, int feature) const;
     int ColumnOf(int feature) const { return featureColumn_[static_cast<std::size_t>(feature)]; }
     bool IsFeature(int feature) const { return feature >= 0 && feature < NumPredefinedFeatures + numUserFeatures_; }
     bool HasColumn(int feature) const { return IsFeature(feature) && ColumnOf(feature) != MinInt; }
     int CheckBlob(int blobIndex) const;
-    int CheckFeatureCell(int blobIndex, int feature, int type) const;
+    int CheckReading(int feature, int type) const;
     int AppendColumn(int feature, int type, const wchar_t* name);
     int TryAppend(std::span<const LabeledRun> runs, int blobClass, bool merge, int area);
     void InsertRuns(std::span<const LabeledRun> runs, const BlobRecord& record, int label);
     void ForgetFeatures(int row);
 
+    /// The inner form of `Evaluate`, but that a feature that is stored by others is taken as it stands.
+    int TryProvide(int feature, const Image& src, int blobIndex);
     int CheckSelecting(int selection) const;
-    int TryEvaluateFor(int feature, const Image& src, int selection);
+    /// For the blobs that a selection looks at.
+    int TryProvideFor(int feature, const Image& src, int selection);
     template <typename T>
     void SelectByFeature(int feature, const Image& src, T minimum, T maximum, int selection, int range);
     template <typename F>
     void SelectWhere(const Entry& entry, int selection, F matches);
-    int TrySelectInRegion(std::span<const LabeledRun> region, int selection, int range);
+    void SelectInRegion(const Entry& entry, std::span<const LabeledRun> region, int selection, int range);
 
-    int TryCollect(int feature, const Image& src, int index, bool setsOnly, std::vector<double>& values,
-                   std::vector<int>* positions = nullptr);
+    /// The values of features, a list for each, of the blobs that have all of them, and the positions of these.
+    int TryCollect(std::initializer_list<int> features, const Image& src, int index, bool setsOnly,
+                   std::vector<double>* values, std::vector<int>* positions);
     template <typename F>
     double Summarize(const char* context, int feature, const Image& src, int index, bool setsOnly, F f);
     int ExtremeIndex(const char* context, int feature, const Image& src, int index, bool largest);
+    double Measured(int row, int feature) const;
 
     int TryPrint(int feature, int blobIndex, std::wstring& text) const;
+    /// Calls `draw(position)` in the colours of each blob, until it is false.
     template <typename F>
-    void DrawEach(const Entry& entry, int blobIndex, F draw) const;
+    void DrawEach(int blobIndex, F draw) const;
+    /// Calls `draw(row)` for the blobs that have the features; with an image these are worked out first.
     template <typename F>
-    void DrawMeasured(const char* context, int feature, const Image* src, int blobIndex, F draw);
-    float Measured(int row, int feature) const;
+    void DrawMeasured(const char* context, std::initializer_list<int> features, const Image* src, int blobIndex,
+                      F draw);
+    void DrawPoint(const char* context, int feature, const Image* src, int blobIndex);
     void DrawInertia(const char* context, int center, int first, const Image* src, int blobIndex, bool cross);
     void DrawRotatedBox(const char* context, int first, int blobIndex, bool cross);
 

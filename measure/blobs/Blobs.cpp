@@ -6,9 +6,8 @@
 #include "measure/region/RunPixels.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
-#include <limits>
-#include <numeric>
 
 namespace Tesk {
 
@@ -84,7 +83,12 @@ int Blobs::RangeOf(int BlobIndex, int& Begin, int& End) const
 
 std::span<const LabeledRun> Blobs::RunsOf(int Position) const
 {
-    const BlobRecord record = RecordOf(Order[Position]);
+    return RunsOfRow(Order[Position]);
+}
+
+std::span<const LabeledRun> Blobs::RunsOfRow(int row) const
+{
+    const BlobRecord record = RecordOf(row);
     return Runs().subspan(static_cast<std::size_t>(record.First), static_cast<std::size_t>(record.Last - record.First));
 }
 

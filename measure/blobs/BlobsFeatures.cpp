@@ -138,12 +138,12 @@ bool Blobs::IsComputed(int BlobIndex, int Feature) const
     return std::memcmp(FeatureCell(Order[BlobIndex], Feature), &notComputed, sizeof notComputed) != 0;
 }
 
-int Blobs::CheckFeatureCell(int blobIndex, int feature, int type) const
+int Blobs::CheckReading(int feature, int type) const
 {
     if (!HasColumn(feature))
         return Status::Format(OutOfRange, L"This feature (%ls) has not been computed", UnicodeName(feature));
     const int actual = Type(feature);
-    if (actual == type) return CheckBlob(blobIndex);
+    if (actual == type) return NoError;
     return Status::Format(OutOfRange, L"%ls is a %ls feature, not %ls !", UnicodeName(feature),
                           PixelTypeName(static_cast<PixelTypes>(actual)), PixelTypeName(static_cast<PixelTypes>(type)));
 }
@@ -163,21 +163,21 @@ T& Dummy()
 const int& Blobs::IntFeature(int BlobIndex, int Feature) const
 {
     const Entry entry("Tesk::Blobs::IntFeature");
-    if (entry.Refuses(CheckFeatureCell(BlobIndex, Feature, Int))) return Dummy<int>();
+    if (RefusesIndex(CheckBlob(BlobIndex)) || entry.Refuses(CheckReading(Feature, Int))) return Dummy<int>();
     return *reinterpret_cast<const int*>(FeatureCell(Order[BlobIndex], Feature));
 }
 
 const float& Blobs::FloatFeature(int BlobIndex, int Feature) const
 {
     const Entry entry("Tesk::Blobs::FloatFeature");
-    if (entry.Refuses(CheckFeatureCell(BlobIndex, Feature, Float))) return Dummy<float>();
+    if (RefusesIndex(CheckBlob(BlobIndex)) || entry.Refuses(CheckReading(Feature, Float))) return Dummy<float>();
     return *reinterpret_cast<const float*>(FeatureCell(Order[BlobIndex], Feature));
 }
 
 int& Blobs::IntFeature(int BlobIndex, int Feature)
 {
     const Entry entry("Tesk::Blobs::IntFeature");
-    if (entry.Refuses(CheckFeatureCell(BlobIndex, Feature, Int))) return Dummy<int>();
+    if (RefusesIndex(CheckBlob(BlobIndex)) || entry.Refuses(CheckReading(Feature, Int))) return Dummy<int>();
     std::uint8_t* cell = nullptr;
     const bool own = entry.Guards(noTable, [&] { cell = WriteCell(ColumnOf(Feature), Order[BlobIndex]); });
     return own ? *reinterpret_cast<int*>(cell) : Dummy<int>();
@@ -186,7 +186,7 @@ int& Blobs::IntFeature(int BlobIndex, int Feature)
 float& Blobs::FloatFeature(int BlobIndex, int Feature)
 {
     const Entry entry("Tesk::Blobs::FloatFeature");
-    if (entry.Refuses(CheckFeatureCell(BlobIndex, Feature, Float))) return Dummy<float>();
+    if (RefusesIndex(CheckBlob(BlobIndex)) || entry.Refuses(CheckReading(Feature, Float))) return Dummy<float>();
     std::uint8_t* cell = nullptr;
     const bool own = entry.Guards(noTable, [&] { cell = WriteCell(ColumnOf(Feature), Order[BlobIndex]); });
     return own ? *reinterpret_cast<float*>(cell) : Dummy<float>();

@@ -27,8 +27,10 @@ bool Same(Site a, Site b)
 
 } // namespace
 
-RowChains::RowChains(std::span<const LabeledRun> runs)
+void RowChains::Assign(std::span<const LabeledRun> runs)
 {
+    left.clear();
+    right.clear();
     for (const LabeledRun& run : runs) {
         // An erosion may leave runs without a pixel.
         if (run.Start >= run.End) continue;
@@ -48,12 +50,18 @@ void RowChains::Convexify()
 
 std::vector<Site> RowChains::Hull() const
 {
-    std::vector<Site> hull = left;
-    if (hull.empty()) return hull;
+    std::vector<Site> hull;
+    Hull(hull);
+    return hull;
+}
+
+void RowChains::Hull(std::vector<Site>& hull) const
+{
+    hull.assign(left.begin(), left.end());
+    if (hull.empty()) return;
     for (auto site = right.rbegin(); site != right.rend(); ++site)
         if (!Same(*site, hull.back())) hull.push_back(*site);
     if (hull.size() > 1 && Same(hull.front(), hull.back())) hull.pop_back();
-    return hull;
 }
 
 } // namespace Tesk::regions

@@ -13,12 +13,16 @@ struct RowChains
 {
     std::vector<Site> left, right;
 
-    explicit RowChains(std::span<const LabeledRun> runs);
+    RowChains() = default;
+    explicit RowChains(std::span<const LabeledRun> runs) { Assign(runs); }
+    /// Takes other runs, in the memory that is there.
+    void Assign(std::span<const LabeledRun> runs);
 
     /// Leaves the corners of the convex hull.
     void Convexify();
     /// The corners of the convex hull, counterclockwise on the screen from the top left one; of convex chains.
     std::vector<Site> Hull() const;
+    void Hull(std::vector<Site>& hull) const;
     /// Calls `emit(left, right, y)` for each row of the hull, the ends being pixels; of convex chains.
     template <typename F>
     void EachRow(F emit) const
