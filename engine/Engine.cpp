@@ -339,12 +339,17 @@ bool Engine::Compatible(int A, int B) const
 
 bool Engine::GetProperty(AnyVariable* Out, int Node, AnyVariable* Object)
 {
-    return IsArgument(Node) && Out && Object && GetPropertyValue(VarNode(Node)->PropertyId, *Out, *Object);
+    if (!IsArgument(Node) || !Out) return false;
+    // A setting of the whole process is nobody's: whatever stands for its object is not read.
+    if (!Object && (VarNode(Node)->Flags & attributeValue::Static)) Object = Out;
+    return Object && GetPropertyValue(VarNode(Node)->PropertyId, *Out, *Object);
 }
 
 bool Engine::SetProperty(AnyVariable* In, int Node, AnyVariable* Object)
 {
-    return IsArgument(Node) && In && Object && SetPropertyValue(VarNode(Node)->PropertyId, *In, *Object);
+    if (!IsArgument(Node) || !In) return false;
+    if (!Object && (VarNode(Node)->Flags & attributeValue::Static)) Object = In;
+    return Object && SetPropertyValue(VarNode(Node)->PropertyId, *In, *Object);
 }
 
 } // namespace Tesk

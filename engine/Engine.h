@@ -73,6 +73,8 @@ public:
     AnyVariable* CreateVariable(int Node, int Operation);
     /// Whether a variable can pass from one argument to the other.
     bool Compatible(int A, int B) const;
+    /// Fetches a property of an object, or passes one on; false for what is no property, or may not be set. Only the
+    /// settings of the whole process go without an object.
     bool GetProperty(AnyVariable* Out, int Node, AnyVariable* Object);
     bool SetProperty(AnyVariable* In, int Node, AnyVariable* Object);
 

@@ -244,6 +244,7 @@ private:
             return FloatText(ValueOf<float>(variable));
         case CodeOf(L"int"): {
             const int value = ValueOf<int>(variable);
+            if (node.NamesNode >= 0) return Enumerator(node.NamesNode, value);
             return value == Auto     ? L"Auto"
                    : value == MaxInt ? L"MaxInt"
                    : value == MinInt ? L"MinInt"
@@ -304,6 +305,21 @@ private:
 
     static std::wstring NameOf(const Arg& argument) { return argument.Variable ? argument.Variable->NameText : L"?"; }
 
+    /// The object on which a method is called. Where it serves as an object of another class, a method of that class
+    /// that its own class hides is named with its class.
+    std::wstring Instance(const Arg& argument, const wchar_t* className, const MethodNode& method) const
+    {
+        const std::wstring name = NameOf(argument);
+        const int declared = argument.Variable ? TypeOf(argument) : 0;
+        const bool isHidden = declared != 0 && declared != Engine::VarNode(argument.Node)->Type &&
+                              Engine::FindMethod(typeString[declared], method.Identifier, nullptr) >= 0;
+        if (!isHidden) return name + words_.member;
+        const std::wstring scope = std::wstring(words_.prefix) + className;
+        if (language_ == CSharp) return L"((" + scope + L")" + name + L")" + words_.member;
+        if (language_ == VisualBasic) return L"DirectCast(" + name + L", " + scope + L")" + words_.member;
+        return name + words_.member + scope + words_.scope;
+    }
+
     void Call(const Operation& operation)
     {
         if (operation.Node < 0 || Engine::Tree[operation.Node]->Kind() != MethodKind) return;
@@ -323,7 +339,7 @@ private:
         if (isStatic)
             text_ += std::wstring(words_.prefix) + className + words_.scope;
         else if (!operation.Args.empty())
-            text_ += NameOf(operation.Args.front()) + words_.member;
+            text_ += Instance(operation.Args.front(), className, method);
         text_ += std::wstring(method.Identifier) + L'(';
         bool first = true;
         for (std::size_t k = isStatic ? 0 : 1; k < operation.Args.size(); k++) {

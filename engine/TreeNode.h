@@ -62,6 +62,37 @@ enum : std::uint32_t
 };
 }
 
+/// What a method does beside its call, for those who show it. The generator finds it by the label, once.
+enum class methodRole : std::uint8_t
+{
+    Plain,
+    Row,      ///< its values move a horizontal profile
+    Column,   ///< a vertical one
+    Line,     ///< one of any direction
+    Follow,   ///< a pixel of the picture tells where it starts, and at which threshold
+    SeedFill, ///< a pixel of the picture tells where it starts
+    Read,     ///< its path is asked for before it first runs
+    Write
+};
+
+/// The same of an argument.
+enum class argumentRole : std::uint8_t
+{
+    Plain,
+    Position,  ///< a coordinate
+    Beginning, ///< of a line
+    End,
+    Breadth,   ///< of a profile that the method moves
+    Threshold, ///< of an outline that the method follows
+    Above,
+    Width, ///< of an image
+    Height,
+    EdgeIndex,    ///< counts from both ends
+    MiddleAnchor, ///< a point that starts in the middle of its picture
+    RightAnchor,  ///< half way to the right from there
+    TopAnchor     ///< half way up
+};
+
 struct TreeNode
 {
     std::int32_t FirstChild, NextSibling;
@@ -130,13 +161,22 @@ struct MethodNode final : TreeNode
     std::int32_t MethodId;
     std::int32_t Spare = -1;
     const wchar_t* Signature;
+    methodRole Role;
 
     constexpr MethodNode(std::int32_t firstChild, std::int32_t nextSibling, const wchar_t* label,
                          const wchar_t* documentation, const wchar_t* identifier, const wchar_t* alias,
-                         std::uint32_t flags, std::int32_t methodId, const wchar_t* signature)
+                         std::uint32_t flags, std::int32_t methodId, const wchar_t* signature,
+                         methodRole role = methodRole::Plain)
         : TreeNode(firstChild, nextSibling, label, documentation, identifier, alias, flags), MethodId(methodId),
-          Signature(signature)
+          Signature(signature), Role(role)
     {}
+    /// Whether its values move a profile on the picture, or a pixel.
+    constexpr bool MovesProfile() const
+    {
+        return Role == methodRole::Row || Role == methodRole::Column || Role == methodRole::Line;
+    }
+    constexpr bool MovesSite() const { return Role == methodRole::Follow || Role == methodRole::SeedFill; }
+
     int Kind() const override { return MethodKind; }
 };
 
@@ -147,13 +187,16 @@ struct ArgumentNode : TreeNode
     std::int32_t Spare = -1;
     std::int32_t PropertyId;
     Mask128 Accepted;
+    argumentRole Role;
+    /// Index of the `EnumNode` whose cases name the values of a whole number; -1 where they are numbers.
+    std::int32_t NamesNode;
 
     constexpr ArgumentNode(std::int32_t firstChild, std::int32_t nextSibling, const wchar_t* label,
                            const wchar_t* documentation, const wchar_t* identifier, const wchar_t* alias,
                            std::uint32_t flags, std::int32_t type, std::int32_t mother, std::int32_t propertyId,
-                           Mask128 accepted)
+                           Mask128 accepted, argumentRole role = argumentRole::Plain, std::int32_t namesNode = -1)
         : TreeNode(firstChild, nextSibling, label, documentation, identifier, alias, flags), Type(type), Mother(mother),
-          PropertyId(propertyId), Accepted(accepted)
+          PropertyId(propertyId), Accepted(accepted), Role(role), NamesNode(namesNode)
     {}
     int Kind() const override { return ArgumentKind; }
 };

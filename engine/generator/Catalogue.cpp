@@ -34,8 +34,8 @@ const std::map<std::string, std::uint32_t> methodFlags = {{"Static", Tesk::Stati
                                                           {"ReturnsObject", Tesk::ReturnsObjectMethod},
                                                           {"Entry", Tesk::EntryMethod},
                                                           {"Deferred", Tesk::DeferredMethod}};
-const std::set<std::string> argumentKeys = {"alias",  "default", "range",       "step",     "cases", "mother",
-                                            "linked", "count",   "enumeration", "property", "get",   "set"};
+const std::set<std::string> argumentKeys = {"alias", "default",     "range", "step",     "cases", "mother", "linked",
+                                            "count", "enumeration", "names", "property", "get",   "set"};
 
 [[noreturn]] void Fail(const std::string& place, const std::string& what)
 {
@@ -87,18 +87,6 @@ std::string SpacedWords(const std::string& identifier)
     return text;
 }
 
-std::vector<std::string> SplitList(const std::string& text)
-{
-    std::vector<std::string> items;
-    std::size_t from = 0;
-    while (from <= text.size()) {
-        const std::size_t comma = std::min(text.find(',', from), text.size());
-        items.push_back(text.substr(from, comma - from));
-        from = comma + 1;
-    }
-    return items;
-}
-
 Variant VariantOf(const std::string& type, bool enumeration)
 {
     static const std::map<std::string, Variant> variants = {
@@ -135,25 +123,19 @@ std::vector<std::string> ExpandCases(const std::vector<std::string>& items, cons
     return names;
 }
 
-/// The names of a signature's parameters, in order.
-std::vector<std::string> SignatureNames(const std::string& signature)
-{
-    std::vector<std::string> names;
-    const std::size_t open = signature.find('('), close = signature.rfind(')');
-    if (open == std::string::npos || close == std::string::npos || close < open) return {"?"};
-    for (std::string part : SplitList(signature.substr(open + 1, close - open - 1))) {
-        part = part.substr(0, part.find('='));
-        while (!part.empty() && (part.back() == ' ' || part.back() == '[' || part.back() == ']'))
-            part.pop_back();
-        std::size_t at = part.size();
-        while (at > 0 && (std::isalnum(static_cast<unsigned char>(part[at - 1])) || part[at - 1] == '_'))
-            at--;
-        if (!part.empty() && part != "void") names.push_back(part.substr(at));
-    }
-    return names;
-}
-
 } // namespace
+
+std::vector<std::string> SplitList(const std::string& text)
+{
+    std::vector<std::string> items;
+    std::size_t from = 0;
+    while (from <= text.size()) {
+        const std::size_t comma = std::min(text.find(',', from), text.size());
+        items.push_back(text.substr(from, comma - from));
+        from = comma + 1;
+    }
+    return items;
+}
 
 std::string Node::Key(const std::string& key, const std::string& fallback) const
 {
@@ -461,6 +443,7 @@ void Catalogue::Resolve()
         // The workbench finds a page's sheet by the name of its class.
         if (node->kind == Kind::Page && ClassOf(*node)) node->identifier = ClassOf(*node)->identifier;
         MakeLabel(*node);
+        FindRole(*node);
     }
 }
 
@@ -495,6 +478,17 @@ void Catalogue::ResolveArgument(Node& node)
         node.countNode = target->index;
     }
     if (cases) ResolveCases(*cases, node);
+    if (node.Has("names")) ResolveNames(node);
+}
+
+/// A whole number whose values have names: its default may be one of them.
+void Catalogue::ResolveNames(Node& node) const
+{
+    const Node* names = Enumeration(node.Key("names"));
+    if (!names || node.variant != Variant::Int) Fail(node.place, "no names for this argument");
+    node.namesNode = names->index;
+    for (const auto& name : names->children)
+        if (name->identifier == node.Key("default")) node.keys["default"] = std::to_string(name->value);
 }
 
 void Catalogue::ResolveCases(const Node& cases, Node& node) const
@@ -545,47 +539,6 @@ void Catalogue::MakeLabel(Node& node) const
         }
     }
     node.label = SpacedWords(node.identifier);
-}
-
-std::vector<std::string> Catalogue::Faults() const
-{
-    std::vector<std::string> faults;
-    const auto fault = [&](const Node& node, const std::string& what) { faults.push_back(node.place + ": " + what); };
-    std::map<int, const Node*> methods, properties;
-    for (const Node* node : nodes_) {
-        if (node->help.empty() && node->index > 0) fault(*node, "no help text for " + node->identifier + node->label);
-        if (node->kind == Kind::Method) {
-            if (!methods.emplace(node->number, node).second) fault(*node, "the method number is taken");
-            std::vector<std::string> arguments;
-            for (const auto& child : node->children)
-                if (!(child->flags & (flag::Instance | flag::Preset | flag::Result)))
-                    arguments.push_back(child->identifier);
-            if (arguments != SignatureNames(node->signature)) fault(*node, "the signature and the arguments differ");
-            const bool instance = !node->children.empty() && (node->children.front()->flags & flag::Instance);
-            if (instance == ((node->flags & Tesk::StaticMethod) != 0))
-                fault(*node, "static methods have no instance, others have one");
-        }
-        if (node->kind != Kind::Argument) continue;
-        if ((node->parent->kind == Kind::Page) != (node->number >= 0))
-            fault(*node, "a property needs a number, others have none");
-        if (node->number >= 0 && !properties.emplace(node->number, node).second)
-            fault(*node, "the property number is taken");
-        const bool number =
-            node->variant == Variant::Int || node->variant == Variant::Float || node->variant == Variant::Dble;
-        if (number && node->countNode < 0 && node->Has("range") && node->Has("default") &&
-            node->Key("default") != "Auto") {
-            const std::string range = node->Key("range");
-            const std::size_t dots = range.find("..");
-            const auto low = Number(range.substr(0, dots)), value = Number(node->Key("default"));
-            const auto high = dots == std::string::npos ? std::nullopt : Number(range.substr(dots + 2));
-            if (!low || !high || !value)
-                fault(*node, "a bad number");
-            else if (node->Key("default") != "MaxInt" && node->Key("default") != "MinInt" &&
-                     (*value < *low || (*value > *high && !(node->flags & flag::DynamicRange))))
-                fault(*node, "the default is outside the range");
-        }
-    }
-    return faults;
 }
 
 } // namespace TeskGenerator

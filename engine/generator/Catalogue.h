@@ -65,9 +65,10 @@ struct Node
     int type = 0;           ///< of a class or an argument
     int number = -1;        ///< `MethodId` or `PropertyId`
     std::int32_t value = 0; ///< of an enumerator
-    int mother = -1, enumIndex = -1, countNode = -1;
+    int mother = -1, enumIndex = -1, countNode = -1, namesNode = -1;
     std::uint64_t casesLow = 0, casesHigh = 0;
     std::string signature;
+    std::string role = "Plain"; ///< an enumerator of `methodRole` or `argumentRole`
 
     bool Has(const std::string& key) const { return keys.count(key) != 0; }
     std::string Key(const std::string& key, const std::string& fallback = {}) const;
@@ -138,8 +139,10 @@ private:
     void NumberNodes(Node& node);
     void Resolve();
     void ResolveArgument(Node& node);
+    void ResolveNames(Node& node) const;
     void ResolveCases(const Node& cases, Node& node) const;
     void MakeLabel(Node& node) const;
+    static void FindRole(Node& node);
 
     std::filesystem::path folder_;
     std::unique_ptr<Node> root_;
@@ -150,6 +153,9 @@ private:
     std::map<std::string, Node*> enums_;
     std::map<std::string, std::vector<SettingLine>> settings_;
 };
+
+/// The items of a list parted by commas.
+std::vector<std::string> SplitList(const std::string& text);
 
 // Writers, one for each product.
 void WriteTree(const Catalogue& catalogue, std::ostream& out);

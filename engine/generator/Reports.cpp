@@ -44,6 +44,7 @@ void PrintNode(const Node& node, std::ostream& out, bool full)
     if (!node.alias.empty()) out << " alias=" << node.alias;
     if (node.mother >= 0) out << " mother=" << node.mother;
     if (node.countNode >= 0) out << " bound=" << node.countNode;
+    if (node.role != "Plain") out << " role=" << node.role;
     if (node.pending && node.kind == Kind::Method) out << " pending";
     out << '\n';
     if (!full) return;

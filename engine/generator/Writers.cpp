@@ -127,11 +127,13 @@ std::string Fields(const Node& node)
         std::string text = Base(node);
         if (node.kind == Kind::EnumCase) text += ", " + IntText(node.value);
         if (node.kind == Kind::Class) text += ", " + std::to_string(node.type);
-        if (node.kind == Kind::Method) text += ", " + std::to_string(node.number) + ", " + Literal(node.signature);
+        if (node.kind == Kind::Method)
+            text += ", " + std::to_string(node.number) + ", " + Literal(node.signature) + ", methodRole::" + node.role;
         return text;
     }
     const std::string own = Base(node) + ", " + std::to_string(node.type) + ", " + std::to_string(node.mother) + ", " +
-                            std::to_string(node.number) + ", " + Mask(node.Has("accepted") ? 0x3ffff : 0, 0);
+                            std::to_string(node.number) + ", " + Mask(node.Has("accepted") ? 0x3ffff : 0, 0) +
+                            ", argumentRole::" + node.role + ", " + std::to_string(node.namesNode);
     if (node.variant == Variant::Object) return own;
     std::string text = "ArgumentNode(" + own + "), ";
     switch (node.variant) {

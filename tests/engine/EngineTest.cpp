@@ -5,6 +5,7 @@
 #include "image/Operator.h"
 #include "measure/Path.h"
 #include "measure/Profile.h"
+#include "measure/Region.h"
 
 #include <gtest/gtest.h>
 
@@ -319,10 +320,10 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     contour.Append(1, 2);
     contour.Write(Path("a.Path").c_str());
     Geometry().Write(Path("a.Geometry").c_str());
-    Append(Engine::FindMethod(L"Region", L"Binarize", nullptr));
-    Region mask;
-    mask.AddRun(1, 5, 2);
-    mask.Write(Path("a.Region").c_str());
+    Append(FindMethod(L"ImageAppend", L"Image Window"));
+    Region region;
+    region.BoxAppend(Limits(1, 2, 4, 3));
+    region.Write(Path("a.Region").c_str());
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
     for (int node = 181; node < Engine::NumNodes; node++) {

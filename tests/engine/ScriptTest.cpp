@@ -1,6 +1,7 @@
 // What a program says of each type: declarations, literals, drawing.
 #include "engine/Sequence.h"
 
+#include <algorithm>
 #include <clocale>
 #include <utility>
 
@@ -84,4 +85,42 @@ TEST_F(SequenceTest, NumbersKeepTheirPointWhateverTheLocale)
     std::setlocale(LC_ALL, kept.c_str());
     EXPECT_NE(text.find(L"XY(1.5, -2.25)"), std::wstring::npos) << Narrow(text.c_str());
     EXPECT_STREQ(Status::UnicodeError(), L"0.5 of \u00e9\u4e2d");
+}
+
+TEST_F(SequenceTest, AHistogramReadAsAProfileCallsTheMethodOfTheProfile)
+{
+    AppendImage(200);
+    Append(L"Compute from Image");
+    Operation& mean = Append(Engine::FindMethod(L"Profile", L"Mean", nullptr));
+    ASSERT_EQ(Name(mean.Args[0]), L"Histogram0");
+    engine_.Execute();
+    // Of the counts, which is what a profile has, and not of the gray values.
+    EXPECT_EQ(ValueOf<double>(mean, 1), 64 * 64 / 256.0);
+    const wchar_t* const calls[] = {L"\tMean0= Histogram0.Profile::Mean();\n",
+                                    L"\tMean0= ((TeskNET.Profile)Histogram0).Mean();\n",
+                                    L"\tMean0= DirectCast(Histogram0, TeskNET.Profile).Mean()\n",
+                                    L"\tMean0= Histogram0->TeskNET::Profile::Mean();\n"};
+    for (int language = 0; language < 4; language++) {
+        const std::wstring text = ScriptText(engine_, language, 2);
+        EXPECT_NE(text.find(calls[language]), std::wstring::npos) << Narrow(text.c_str());
+    }
+    // What the histogram does not hide is called as it is.
+    Append(L"Integrate");
+    EXPECT_NE(ScriptText(engine_, 0, 3).find(L"\tHistogram0.Integrate("), std::wstring::npos)
+        << Narrow(ScriptText(engine_, 0, 3).c_str());
+}
+
+TEST_F(SequenceTest, WholeNumbersWithNamesArePrintedByThem)
+{
+    Operation& average = Append(L"Average");
+    const auto names = [](const Arg& argument) { return Engine::VarNode(argument.Node)->NamesNode >= 0; };
+    const auto index = std::find_if(average.Args.begin(), average.Args.end(), names);
+    ASSERT_NE(index, average.Args.end());
+    int& value = static_cast<Var<int>&>(*index->Variable).Value;
+    EXPECT_EQ(value, AllSelected);
+    for (const auto& [blobs, text] : {std::pair(AllSelected, L", AllSelected, "), std::pair(All, L", All, ")}) {
+        value = blobs;
+        EXPECT_NE(ScriptText(engine_, 0, 0).find(text), std::wstring::npos);
+    }
+    EXPECT_NE(ScriptText(engine_, 1, 0).find(L", TeskNET.BlobSelection.All, "), std::wstring::npos);
 }

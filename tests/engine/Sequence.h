@@ -32,11 +32,12 @@ protected:
     }
     ~SequenceTest() override { Status::Shallow = false; }
 
-    Operation& Append(const wchar_t* label)
+    Operation& Append(const wchar_t* label) { return Append(FindMethod(label)); }
+    Operation& Append(int method)
     {
         auto made = std::make_unique<Operation>();
         engine_.UnreserveVariables();
-        made->Set(engine_, FindMethod(label), false);
+        made->Set(engine_, method, false);
         Operation& operation = engine_.InsertOperation(std::move(made));
         engine_.FillOperation(engine_.NumOperations() - 1);
         for (Arg& argument : operation.Args)

@@ -6,6 +6,8 @@
 #include "image/Morpho.h"
 #include "image/Operator.h"
 
+#include <algorithm>
+#include <cwchar>
 #include <utility>
 
 using namespace TeskTests;
@@ -176,5 +178,52 @@ TEST_F(SequenceTest, NumbersOfNoArgumentAreRefused)
     value.Value = 40;
     EXPECT_TRUE(engine_.SetProperty(&value, depthNode, image));
     EXPECT_EQ(Operator::GrayDepth, 16) << "shifts by it stay defined";
+    Operator::GrayDepth = kept;
+}
+
+TEST_F(SequenceTest, AfterASwapInTheMiddleAllBehindItIsNew)
+{
+    AppendImage(100);
+    Operation& middle = Append(L"Const + Image");
+    ValueOf<int>(middle, 0) = 60;
+    Operation& last = Append(L"Invert");
+    engine_.Execute();
+    ASSERT_EQ(Pixel(last, 1), 255 - 160);
+    middle.Set(engine_, FindMethod(L"Image - Const"), true);
+    engine_.FillOperation(1);
+    for (Arg& argument : middle.Args)
+        argument.Visible = true;
+    const auto number = std::find_if(middle.Args.begin(), middle.Args.end(), [](const Arg& argument) {
+        return !std::wcscmp(Engine::VarNode(argument.Node)->Identifier, L"Const");
+    });
+    ASSERT_NE(number, middle.Args.end());
+    static_cast<Var<int>&>(*number->Variable).Value = 60;
+    engine_.ChangeOperation(1);
+    engine_.Execute();
+    EXPECT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    EXPECT_EQ(Pixel(last, 1), 255 - 40);
+    // The next run has nothing to do.
+    last.Duration = -1;
+    engine_.Execute();
+    EXPECT_EQ(last.Duration, -1);
+}
+
+TEST_F(SequenceTest, TheSettingsOfTheProcessNeedNoObject)
+{
+    const int depthNode = [] {
+        for (int i = 0; i < Engine::NumNodes; i++)
+            if (!std::wcscmp(Engine::Tree[i]->Identifier, L"GrayDepth")) return i;
+        return -1;
+    }();
+    ASSERT_GE(depthNode, 0);
+    const int kept = Operator::GrayDepth;
+    Var<int> value;
+    value.Value = 12;
+    EXPECT_TRUE(engine_.SetProperty(&value, depthNode, nullptr));
+    EXPECT_EQ(Operator::GrayDepth, 12);
+    value.Value = 0;
+    EXPECT_TRUE(engine_.GetProperty(&value, depthNode, nullptr));
+    EXPECT_EQ(value.Value, 12);
+    EXPECT_FALSE(engine_.GetProperty(nullptr, depthNode, nullptr));
     Operator::GrayDepth = kept;
 }

@@ -10,6 +10,7 @@
 #include "workbench/views/picture/GraphSurface.h"
 
 #include <QClipboard>
+#include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QLineEdit>
 #include <QMdiArea>
@@ -413,6 +414,29 @@ TEST_F(Sheets, ADescriptionIsAllThatAClassNeeds)
     made->UpdateControl(false, false);
     EXPECT_TRUE(plotWindow->isVisible());
     made->SetMotherController(nullptr);
+}
+
+TEST_F(Sheets, AWholeNumberWithNamesIsChosenByThem)
+{
+    Var<int> variable;
+    ControllerRequest request{form_.GetEngine(), {}};
+    for (int node = 0; node < Engine::NumNodes && request.Node < 0; node++)
+        if (Engine::Tree[node]->Kind() == ArgumentKind && Engine::VarNode(node)->NamesNode >= 0) request.Node = node;
+    ASSERT_GE(request.Node, 0);
+    request.Variable = &variable;
+    request.FromDefault = true;
+    const auto controller = form_.Handler().Factory().CreateController(request);
+    auto* box = static_cast<QWidget*>(controller->Control())->findChild<QComboBox*>();
+    ASSERT_TRUE(box);
+    EXPECT_EQ(box->count(), 3);
+    controller->UpdateProperty();
+    EXPECT_EQ(variable.Value, AllSelected);
+    variable.Value = AllDeselected;
+    controller->UpdateControl(false, false);
+    EXPECT_EQ(box->currentIndex(), 2);
+    box->setCurrentIndex(0);
+    controller->UpdateProperty();
+    EXPECT_EQ(variable.Value, All);
 }
 
 TEST(FeaturesModel, SortsByAColumnAndBack)

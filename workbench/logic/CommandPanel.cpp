@@ -31,14 +31,9 @@ Arg* FindArgument(Operation& operation, const std::wstring& name)
 /// The type of the object that the values of a method move on the picture; 0 for none.
 int ManipulatorOf(int method)
 {
-    if (MovesProfile(method)) return CodeOf(L"Profile");
-    const wchar_t* label = method >= 0 ? Engine::Tree[method]->Label : L"";
-    return !std::wcscmp(label, L"Follow") || !std::wcscmp(label, L"Seed Fill") ? CodeOf(L"Site") : 0;
-}
-
-bool IsOneOf(const wchar_t* text, std::initializer_list<const wchar_t*> others)
-{
-    return std::any_of(others.begin(), others.end(), [&](const wchar_t* other) { return !std::wcscmp(text, other); });
+    if (method < 0) return 0;
+    const MethodNode& node = *Engine::OpNode(method);
+    return node.MovesProfile() ? CodeOf(L"Profile") : node.MovesSite() ? CodeOf(L"Site") : 0;
 }
 
 } // namespace
@@ -238,11 +233,12 @@ void CommandPanel::UpdateMotherControllers()
     for (std::size_t row = 0; row < rows_.size() && row < operation_->Args.size(); row++) {
         if (!rows_[row].Controller) continue;
         const ArgumentNode& node = *Engine::VarNode(operation_->Args[row].Node);
+        const bool isEnd = node.Role == argumentRole::Beginning || node.Role == argumentRole::End;
         int mother = -1;
-        if (rows_[row].Selector && !IsOneOf(node.Identifier, {L"Beg", L"End"}))
+        if (rows_[row].Selector && !isEnd)
             mother = node.Mother;
         else if (manipulator_ == CodeOf(L"Profile"))
-            mother = IsOneOf(node.Identifier, {L"Y", L"X", L"Beg", L"End"}) ? node.Mother : -1;
+            mother = isEnd || node.Role == argumentRole::Position ? node.Mother : -1;
         else if (manipulator_ == CodeOf(L"Site"))
             mother = instanceMother;
         else if (node.Type == CodeOf(L"XY"))

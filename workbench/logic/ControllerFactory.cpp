@@ -4,19 +4,9 @@
 
 #include <cstdio>
 #include <initializer_list>
-#include <string_view>
 #include <utility>
 
 namespace TeskPlus {
-
-namespace {
-
-std::wstring_view LabelOf(int node)
-{
-    return node >= 0 && node < Engine::NumNodes ? Engine::Tree[node]->Label : L"";
-}
-
-} // namespace
 
 void ControllerFactory::Register(int Type, ControllerMaker Maker)
 {
@@ -39,23 +29,19 @@ std::unique_ptr<IController> ControllerFactory::CreateController(const Controlle
     return nullptr;
 }
 
-bool IsLineMethod(int Method)
+methodRole RoleOfMethod(int Method)
 {
-    return LabelOf(Method).ends_with(L"Line");
-}
-
-bool MovesProfile(int Method)
-{
-    for (const wchar_t* ending : {L"Line", L"Row", L"Rows", L"Column", L"Columns"})
-        if (LabelOf(Method).ends_with(ending)) return true;
-    return false;
+    const bool isMethod = Method >= 0 && Method < Engine::NumNodes && Engine::Tree[Method]->Kind() == MethodKind;
+    return isMethod ? Engine::OpNode(Method)->Role : methodRole::Plain;
 }
 
 integerKind IntegerKind(int Method, int Node)
 {
-    if (MovesProfile(Method)) return LabelOf(Node) == L"Breadth" ? integerKind::ProfileThickness : integerKind::Profile;
-    if (LabelOf(Method) == L"Follow" && LabelOf(Node) == L"Threshold") return integerKind::PathThreshold;
-    return integerKind::Plain;
+    if (Method < 0 || Engine::Tree[Method]->Kind() != MethodKind) return integerKind::Plain;
+    const argumentRole role = Engine::VarNode(Node)->Role;
+    if (Engine::OpNode(Method)->MovesProfile())
+        return role == argumentRole::Breadth ? integerKind::ProfileThickness : integerKind::Profile;
+    return role == argumentRole::Threshold ? integerKind::PathThreshold : integerKind::Plain;
 }
 
 } // namespace TeskPlus

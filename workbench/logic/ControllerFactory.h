@@ -64,9 +64,7 @@ enum class integerKind
 };
 integerKind IntegerKind(int Method, int Node);
 
-/// Whether a method's label ends in "Line", "Row", "Rows", "Column" or "Columns": its values move a profile.
-bool MovesProfile(int Method);
-/// Whether a method's label ends in "Line".
-bool IsLineMethod(int Method);
+/// The role of a method; `Plain` for a node that is none.
+methodRole RoleOfMethod(int Method);
 
 } // namespace TeskPlus

@@ -8,110 +8,94 @@ namespace TeskPlus {
 void MultiController::Add(std::unique_ptr<IController> Member)
 {
     if (!Member) return;
-    members_.push_back(Member.get());
-    owned_.push_back(std::move(Member));
-    members_.back()->SetControllerContainer(&members_);
+    members_.Add(std::move(Member)).SetControllerContainer(&Members());
 }
 
 void MultiController::UpdateProperty()
 {
-    for (IController* member : members_)
-        member->UpdateProperty();
+    members_.Tell(&IController::UpdateProperty);
 }
 
 void MultiController::UpdateControl(bool, bool Dragging)
 {
-    for (IController* member : members_)
-        member->UpdateControl(false, Dragging);
+    members_.Tell(&IController::UpdateControl, false, Dragging);
 }
 
 void MultiController::UpdateChildControl()
 {
-    for (IController* member : members_)
-        member->UpdateChildControl();
+    members_.Tell(&IController::UpdateChildControl);
 }
 
 void MultiController::AddChild(IController& Child)
 {
-    for (IController* member : members_)
-        member->AddChild(Child);
+    members_.Tell(&IController::AddChild, Child);
 }
 
 void MultiController::RemoveChild(IController& Child)
 {
-    for (IController* member : members_)
-        member->RemoveChild(Child);
+    members_.Tell(&IController::RemoveChild, Child);
 }
 
 void MultiController::SetMotherController(IController* Mother)
 {
     ControllerBase::SetMotherController(Mother);
-    for (IController* member : members_)
-        member->SetMotherController(Mother);
+    members_.Tell(&IController::SetMotherController, Mother);
 }
 
 void MultiController::ShowCtrl(bool BringToFront)
 {
-    for (IController* member : members_)
-        member->ShowCtrl(BringToFront);
+    members_.Tell(&IController::ShowCtrl, BringToFront);
 }
 
 bool MultiController::HideCtrl(bool Keep)
 {
-    return std::all_of(members_.begin(), members_.end(), [&](IController* member) { return member->HideCtrl(Keep); });
+    return std::all_of(Members().begin(), Members().end(), [&](IController* member) { return member->HideCtrl(Keep); });
 }
 
 void MultiController::SetWindowPossiblity(bool Possible)
 {
-    for (IController* member : members_)
-        member->SetWindowPossiblity(Possible);
+    members_.Tell(&IController::SetWindowPossiblity, Possible);
 }
 
 void MultiController::SetIsExternalWidget(bool External)
 {
     ControllerBase::SetIsExternalWidget(External);
-    for (IController* member : members_)
-        member->SetIsExternalWidget(External);
+    members_.Tell(&IController::SetIsExternalWidget, External);
 }
 
 void MultiController::SetCurrentOperation(Operation* Current)
 {
     ControllerBase::SetCurrentOperation(Current);
-    for (IController* member : members_)
-        member->SetCurrentOperation(Current);
+    members_.Tell(&IController::SetCurrentOperation, Current);
 }
 
 void MultiController::SetCurrentVariable(AnyVariable* Variable)
 {
     ControllerBase::SetCurrentVariable(Variable);
-    for (IController* member : members_)
-        member->SetCurrentVariable(Variable);
+    members_.Tell(&IController::SetCurrentVariable, Variable);
 }
 
 void MultiController::SetVariableIdentifier(const std::wstring& Name)
 {
     ControllerBase::SetVariableIdentifier(Name);
-    for (IController* member : members_)
-        member->SetVariableIdentifier(Name);
+    members_.Tell(&IController::SetVariableIdentifier, Name);
 }
 
 void MultiController::SetControllerState(controllerState State)
 {
     ControllerBase::SetControllerState(State);
-    for (IController* member : members_)
-        member->SetControllerState(State);
+    members_.Tell(&IController::SetControllerState, State);
 }
 
 void MultiController::SetManipulator(IController* Object)
 {
     ControllerBase::SetManipulator(Object);
-    for (IController* member : members_)
-        member->SetManipulator(Object);
+    members_.Tell(&IController::SetManipulator, Object);
 }
 
 ControlHandle MultiController::Control() const
 {
-    return members_.empty() ? nullptr : members_.front()->Control();
+    return Members().empty() ? nullptr : Members().front()->Control();
 }
 
 IController* SheetControllerOf(IController* Controller)

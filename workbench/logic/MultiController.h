@@ -2,6 +2,7 @@
 #pragma once
 
 #include "workbench/logic/ControllerBase.h"
+#include "workbench/logic/ControllerGroup.h"
 
 namespace TeskPlus {
 
@@ -13,7 +14,7 @@ public:
 
     /// Takes a member over, and makes itself its container.
     void Add(std::unique_ptr<IController> Member);
-    const std::vector<IController*>& Members() const { return members_; }
+    const std::vector<IController*>& Members() const { return members_.Members(); }
 
     void UpdateProperty() override;
     /// Passes mode false, whatever it is given.
@@ -36,8 +37,7 @@ public:
     ControlHandle Control() const override;
 
 private:
-    std::vector<std::unique_ptr<IController>> owned_;
-    std::vector<IController*> members_;
+    ControllerGroup members_;
 };
 
 /// The sheet of a controller: itself, or a member; null where there is none. Likewise the controller that is the sheet.

@@ -1,4 +1,4 @@
-// The road of an operation: created, selected, swapped, deleted.
+// The road of an operation: created, selected, swapped.
 #include "workbench/logic/OperationHandler.h"
 
 #include "engine/TypeNames.h"
@@ -44,10 +44,52 @@ std::wstring MissingText(int type)
     return std::wstring(L"Cannot find a suitable ") + typeString[type] + L" input variable, please create it";
 }
 
+/// What the former method made is no input of the next one: without that method nothing makes it.
+void UnbindOwnResults(Operation& operation)
+{
+    for (Arg& argument : operation.Args) {
+        const std::uint32_t flags = Engine::VarNode(argument.Node)->Flags;
+        const bool isInput = (flags & attributeValue::In) && !(flags & (attributeValue::Out | attributeValue::Value));
+        if (!isInput || !argument.Variable || argument.Variable->Source) continue;
+        argument.Variable->Uses--;
+        argument.Variable = nullptr;
+    }
+}
+
+/// A file that was read is not to be written over, nor the other way round: another kind of method starts with a path
+/// of its own, for which its dialog asks.
+void AskForNewFile(Engine& engine, Operation& operation, int id, int formerNode)
+{
+    if (!std::wcscmp(Engine::Tree[formerNode]->Identifier, Engine::Tree[operation.Node]->Identifier)) return;
+    for (Arg& argument : operation.Args) {
+        if (!argument.Variable || !IsPathType(Engine::VarNode(argument.Node)->Type)) continue;
+        argument.Variable->Uses--;
+        argument.Variable = engine.CreateVariable(argument.Node, id);
+        if (argument.Variable) argument.Variable->Uses++;
+    }
+}
+
+/// The inputs that an operation has already are not to be bound a second time.
+void ReserveBound(Engine& engine, const Operation& operation, int id)
+{
+    engine.UnreserveVariables();
+    if (id == 0) return;
+    for (AnyVariable* candidate : engine.GetVariables(id - 1, 0, false))
+        for (const Arg& argument : operation.Args)
+            if (argument.Variable && argument.Variable->NameText == candidate->NameText) candidate->Reserved = true;
+}
+
 } // namespace
 
 OperationHandler::OperationHandler(Tesk::Engine& Engine, IOperationViews& Views, const ControllerFactory& Factory)
-    : engine_(Engine), views_(Views), factory_(Factory), parametersPanel_(Engine, Views, Factory)
+    : engine_(Engine), views_(Views), factory_(Factory),
+      run_([this](Operation* op, AnyVariable* var, bool taken, bool mothers, bool dragging, bool fromParameters) {
+          DoRun(op, var, taken, mothers, dragging, fromParameters);
+      }),
+      keeper_(Engine), parametersPanel_(Engine, Views, Factory),
+      builder_(Engine, Views, Factory, keeper_, run_, [this](int id, int argument, AnyVariable* chosen, bool same) {
+          ReplaceController(id, argument, chosen, same);
+      })
 {
     engine_.BeforeRun = [this](const Operation& running) { views_.SetBusy(&running); };
 }
@@ -55,9 +97,6 @@ OperationHandler::OperationHandler(Tesk::Engine& Engine, IOperationViews& Views,
 OperationHandler::~OperationHandler()
 {
     engine_.BeforeRun = nullptr;
-    // A picture may go before what is drawn on it.
-    for (const auto& controller : controllers_)
-        controller->SetMotherController(nullptr);
 }
 
 Operation* OperationHandler::CurrentOperation() const
@@ -184,18 +223,17 @@ bool OperationHandler::CreateOperation(const operationItemInfo& item)
     Operation& operation = engine_.InsertOperation(std::move(made), id);
 
     ControllerList created;
-    int missingType = 0;
-    const int result = Engine::IsPending(item.OperationNode)
-                           ? noController
-                           : CreateControllers(created, operationType::New, item.ClassNode, missingType);
-    if (result == 0) {
+    const PanelOutcome outcome = Engine::IsPending(item.OperationNode)
+                                     ? PanelOutcome{PanelOutcome::NoController}
+                                     : CreateControllers(created, operationType::New, item.ClassNode);
+    if (outcome.IsComplete()) {
         RunPanel(false);
         // On another tab the window is the former one, and stays.
         WindowPoint place;
         const bool placed = formIsNew_;
         if (placed) place = spiral_.Next(views_.WorkAreaSize(), views_.OperationFormSize(), views_.IsHelp());
         ShowPanel(placed ? &place : nullptr, false);
-        Keep(created);
+        keeper_.Keep(created);
         StoreOperationFormLocation();
         currentIsNew_ = true;
         SetItem(operation, item);
@@ -204,7 +242,7 @@ bool OperationHandler::CreateOperation(const operationItemInfo& item)
         currentMenuNode_ = item.ChoiceNode;
         return true;
     }
-    if (result != dialogCancelled) Warn(result > 0 ? MissingText(missingType) : notIntegrated);
+    Explain(outcome, notIntegrated);
     TakeBackNew(id, created);
     return false;
 }
@@ -226,7 +264,7 @@ void OperationHandler::TakeBackNew(int id, ControllerList& created)
         changed.Variable->Uses--;
         changed.Variable = nullptr;
     }
-    Repoint(operation);
+    keeper_.RepointFrom(operation);
     DeleteUnusedControllers();
     ReclaimVariables();
     SelectBefore(id);
@@ -252,19 +290,21 @@ void OperationHandler::Warn(const std::wstring& text)
     views_.ShowMessage(message);
 }
 
+/// Tells why a panel is not complete; a dialog that the user has cancelled needs no words.
+void OperationHandler::Explain(const PanelOutcome& outcome, const wchar_t* notIntegrated)
+{
+    if (outcome.Outcome == PanelOutcome::NoController)
+        Warn(notIntegrated);
+    else if (outcome.Outcome == PanelOutcome::Built)
+        Warn(MissingText(outcome.MissingType));
+}
+
 void OperationHandler::ShowPanel(const WindowPoint* location, bool keepPlaces)
 {
     const Raised selecting(operationSelectMode_);
     views_.ShowOperationForm(location);
     formIsNew_ = false;
     currentCommandPanel_->ShowControllers(spiral_, keepPlaces, views_.WorkAreaSize());
-}
-
-void OperationHandler::Keep(ControllerList& created)
-{
-    for (auto& controller : created)
-        controllers_.push_back(std::move(controller));
-    created.clear();
 }
 
 void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
@@ -277,21 +317,21 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
     const Operation::Memo former = operation->Save();
     const bool isGroup = Item.ChoiceNode >= 0 && (Engine::Tree[Item.ChoiceNode]->Flags & GroupFlag);
     ControllerList created;
-    int missingType = 0, result = 0;
+    PanelOutcome outcome;
     if (isGroup && Engine::IsPending(Item.OperationNode)) {
-        result = noController;
+        outcome.Outcome = PanelOutcome::NoController;
     } else if (isGroup) {
         operation->Set(engine_, Item.OperationNode, true);
         UnbindOwnResults(*operation);
-        AskForNewFile(*operation, former.Node);
-        ReserveBound(*operation);
-        result = CreateControllers(created, operationType::Swap, Item.ClassNode, missingType);
+        AskForNewFile(engine_, *operation, currentOperationID_, former.Node);
+        ReserveBound(engine_, *operation, currentOperationID_);
+        outcome = CreateControllers(created, operationType::Swap, Item.ClassNode);
     } else {
         views_.LayOutPanel(*currentCommandPanel_);
     }
-    if (result != 0) {
+    if (!outcome.IsComplete()) {
         TakeBackSwap(*operation, former, Item.ClassNode, created);
-        if (result != dialogCancelled) Warn(result > 0 ? MissingText(missingType) : swapNotIntegrated);
+        Explain(outcome, swapNotIntegrated);
         return;
     }
     parametersPanel_.UpdateParametersPanel(*currentCommandPanel_,
@@ -302,7 +342,7 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
     if (!currentOperationRunningMutex_) engine_.ChangeOperation(currentOperationID_);
     RunPanel(false);
     ShowPanel(nullptr, false);
-    Keep(created);
+    keeper_.Keep(created);
     views_.CheckRadioButton(operation->Node);
     const operationItemInfo item{operation->Node, Item.ClassNode, Item.ChoiceNode, Item.IsMultiTab};
     SetItem(*operation, item);
@@ -310,41 +350,6 @@ void OperationHandler::SubstituteOperation(const operationItemInfo& Item)
     UpdateContextualHelpForm();
     currentMenuNode_ = Item.ChoiceNode;
     SetFormOrder();
-}
-
-/// What the former method made is no input of the next one: without that method nothing makes it.
-void OperationHandler::UnbindOwnResults(Operation& operation)
-{
-    for (Arg& argument : operation.Args) {
-        const std::uint32_t flags = Engine::VarNode(argument.Node)->Flags;
-        const bool isInput = (flags & attributeValue::In) && !(flags & (attributeValue::Out | attributeValue::Value));
-        if (!isInput || !argument.Variable || argument.Variable->Source) continue;
-        argument.Variable->Uses--;
-        argument.Variable = nullptr;
-    }
-}
-
-/// A file that was read is not to be written over, nor the other way round: another kind of method starts with a path
-/// of its own, for which its dialog asks.
-void OperationHandler::AskForNewFile(Operation& operation, int formerNode)
-{
-    if (!std::wcscmp(Engine::Tree[formerNode]->Identifier, Engine::Tree[operation.Node]->Identifier)) return;
-    for (Arg& argument : operation.Args) {
-        if (!argument.Variable || !IsPathType(Engine::VarNode(argument.Node)->Type)) continue;
-        argument.Variable->Uses--;
-        argument.Variable = engine_.CreateVariable(argument.Node, currentOperationID_);
-        if (argument.Variable) argument.Variable->Uses++;
-    }
-}
-
-/// The inputs that an operation has already are not to be bound a second time.
-void OperationHandler::ReserveBound(const Operation& operation)
-{
-    engine_.UnreserveVariables();
-    if (currentOperationID_ == 0) return;
-    for (AnyVariable* candidate : engine_.GetVariables(currentOperationID_ - 1, 0, false))
-        for (const Arg& argument : operation.Args)
-            if (argument.Variable && argument.Variable->NameText == candidate->NameText) candidate->Reserved = true;
 }
 
 void OperationHandler::TakeBackSwap(Operation& operation, const Operation::Memo& former, int classNode,
@@ -357,13 +362,12 @@ void OperationHandler::TakeBackSwap(Operation& operation, const Operation::Memo&
     for (Arg& argument : operation.Args)
         argument.Visible = false;
     DeleteUnusedControllers();
-    int missingType = 0;
-    CreateControllers(created, operationType::Select, classNode, missingType);
+    CreateControllers(created, operationType::Select, classNode);
     currentCommandPanel_->SetInitialized();
     currentCommandPanel_->UpdateMotherControllers();
     currentCommandPanel_->UpdateControls(false);
     ShowPanel(nullptr, true);
-    Keep(created);
+    keeper_.Keep(created);
     views_.CheckRadioButton(operation.Node);
     currentMenuNode_ = -2;
     SetFormOrder();
@@ -426,9 +430,8 @@ void OperationHandler::SelectOperation(int Id, int Class, int Choice)
         CreateOperationForm(operation.Node, Class, Choice, false);
         ShowRadioGroup({operation.Node, Class, Choice, false});
         ControllerList created;
-        int missingType = 0;
-        CreateControllers(created, operationType::Select, Class, missingType);
-        Keep(created);
+        CreateControllers(created, operationType::Select, Class);
+        keeper_.Keep(created);
         currentMenuNode_ = Choice;
         RunPanel(true);
         WindowPoint place;
@@ -457,86 +460,6 @@ void OperationHandler::SelectNone()
     previousOperationVisibleFlags_.clear();
     views_.HideContextualHelp();
     if (operationListSelectDelegate_) operationListSelectDelegate_(previous, -1, false);
-}
-
-bool OperationHandler::CheckOperationDeletion(int Id) const
-{
-    int argument, consumer;
-    return engine_.RemoveOperation(Id, argument, consumer, true);
-}
-
-/// Removes one operation with all that shows it; false if a later one reads an output of it.
-bool OperationHandler::DeleteOne(int id, bool keepWindow)
-{
-    if (!CheckOperationDeletion(id)) return false;
-    Operation* const operation = engine_.Operations[static_cast<std::size_t>(id)].get();
-    for (const Arg& argument : operation->Args)
-        if (argument.Visible && argument.Variable)
-            if (IController* controller = GetController(argument.Variable))
-                controller->SetControllerState(controllerState::Shown);
-    if (currentCommandPanel_ && &currentCommandPanel_->PanelOperation() == operation) {
-        currentCommandPanel_->HideControllers();
-        views_.ClearPanel();
-        if (!keepWindow) views_.HideOperationForm();
-        DropPanel();
-    } else {
-        for (const auto& controller : controllers_) {
-            if (controller->CurrentOperation() != operation) continue;
-            if (controller->ControllerState() <= controllerState::Shown)
-                controller->SetControllerState(controllerState::Hidden);
-            controller->HideCtrl(false);
-        }
-    }
-    std::erase_if(commandPanelLocations_, [&](const PanelLocation& place) { return place.Owner == operation; });
-    std::erase_if(items_, [&](const auto& entry) { return entry.first == operation; });
-    parametersPanel_.RemoveControllers(*operation);
-    int argument, consumer;
-    engine_.RemoveOperation(id, argument, consumer, false);
-    if (id == currentOperationID_) {
-        currentOperationID_ = -1;
-        currentOperationRunningMutex_ = false;
-    } else if (id < currentOperationID_) {
-        currentOperationID_--;
-    }
-    Repoint(operation);
-    DeleteUnusedControllers();
-    ReclaimVariables();
-    if (operationListRemoveDelegate_) operationListRemoveDelegate_(id);
-    return true;
-}
-
-void OperationHandler::DeleteOperation(int Id, bool KeepWindow)
-{
-    const Raised selecting(operationSelectMode_);
-    if (!DeleteOne(Id, KeepWindow)) return;
-    if (KeepWindow)
-        currentOperationID_ = Id - 1;
-    else
-        SelectBefore(Id);
-}
-
-void OperationHandler::DeleteToEnd(int Id)
-{
-    if (Id < 0 || Id >= engine_.NumOperations()) return;
-    const Raised selecting(operationSelectMode_);
-    for (int last = engine_.NumOperations() - 1; last > Id; last--)
-        if (!DeleteOne(last, false)) return;
-    DeleteOperation(Id, false);
-}
-
-void OperationHandler::DeleteButton_Click()
-{
-    if (!CurrentOperation()) return;
-    if (!currentIsNew_) {
-        MessageInfo question;
-        question.Text = L"Do you want to delete the current operation?";
-        question.Title = Title;
-        question.Icon = messageIcon::Question;
-        question.Buttons = {L"Yes", L"No"};
-        question.CancelButton = 1;
-        if (views_.ShowMessage(question) != 0) return;
-    }
-    DeleteOperation(false);
 }
 
 void OperationHandler::HideOperationAndControllerForms()
@@ -571,7 +494,7 @@ void OperationHandler::UpdateContextualHelpForm()
 
 bool OperationHandler::AddControllerToParametersPanel(Operation& Op, IController& Controller, int Node, bool IsProperty)
 {
-    return parametersPanel_.AddController(Op, Controller, Node, IsProperty, currentOperationID_, RunDelegate(),
+    return parametersPanel_.AddController(Op, Controller, Node, IsProperty, currentOperationID_, run_,
                                           currentCommandPanel_.get());
 }
 

@@ -2,7 +2,7 @@
 // views what to show.
 #pragma once
 
-#include "workbench/logic/IOperationViews.h"
+#include "workbench/logic/PanelBuilder.h"
 
 #include <utility>
 
@@ -58,8 +58,8 @@ public:
     bool CheckOperationDeletion(int Id) const;
     bool IsLastOperation(int Id) const { return Id == engine_.NumOperations() - 1; }
     /// By the variable's name; null for none.
-    IController* GetController(const AnyVariable* Variable) const;
-    IController* GetController(const std::wstring& Name) const;
+    IController* GetController(const AnyVariable* Variable) const { return keeper_.Find(Variable); }
+    IController* GetController(const std::wstring& Name) const { return keeper_.Find(Name); }
     /// Puts sizes and anchors back to those of the source image, and runs.
     void ResetButton_Click();
     /// Deletes the current operation; asks first, unless it has just been created.
@@ -87,7 +87,7 @@ public:
     /// The selected operation; null for none.
     Operation* CurrentOperation() const;
     int CurrentMenuNode() const { return currentMenuNode_; }
-    const std::vector<std::unique_ptr<IController>>& Controllers() const { return controllers_; }
+    const ControllerList& Controllers() const { return keeper_.All(); }
     CommandPanel* CurrentCommandPanel() const { return currentCommandPanel_.get(); }
     ParametersPanel& Parameters() { return parametersPanel_; }
     /// Views ignore their change events while a selection is being made.
@@ -97,18 +97,10 @@ public:
     operationItemInfo ItemOf(int Id) const;
 
 private:
-    using ControllerList = std::vector<std::unique_ptr<IController>>;
-
-    /// What `CreateControllers` answers beside a count of missing inputs.
-    static constexpr int noController = -1, dialogCancelled = -2;
-
     bool CreateOperation(const operationItemInfo& item);
     int PlaceOfNew();
     void TakeBackNew(int id, ControllerList& created);
     void TakeBackSwap(Operation& operation, const Operation::Memo& former, int classNode, ControllerList& created);
-    void ReserveBound(const Operation& operation);
-    void UnbindOwnResults(Operation& operation);
-    void AskForNewFile(Operation& operation, int formerNode);
     void UpdateNames();
     void SelectBefore(int id);
     bool DeleteOne(int id, bool keepWindow);
@@ -116,27 +108,16 @@ private:
     void RecordVisibleFlags();
     void SetItem(const Operation& operation, const operationItemInfo& item);
     void Warn(const std::wstring& text);
+    void Explain(const PanelOutcome& outcome, const wchar_t* notIntegrated);
 
-    int CreateControllers(ControllerList& created, operationType reason, int classNode, int& missingType);
-    int AddRow(int row, ControllerList& created, operationType reason, int& missingType);
-    void AddSelector(int row, AnyVariable* variable);
-    std::unique_ptr<IController> MakeController(Operation& operation, int row, bool fromDefault);
-    IController* FindController(const std::wstring& name, const ControllerList& created) const;
-    void TakeOver(IController& controller, Operation& operation, Arg& argument);
-    bool NeedsResetButton(const Operation& operation, int classNode) const;
-    AnyVariable* InitControllers();
+    PanelOutcome CreateControllers(ControllerList& created, operationType reason, int classNode);
     void ShowRadioGroup(const operationItemInfo& item);
     void ShowPanel(const WindowPoint* location, bool keepPlaces);
     void DropPanel();
 
-    void Keep(ControllerList& created);
-    void Repoint(const Operation* former);
-    void RepointOne(IController& controller);
-    void Detach(IController& controller);
     void DeleteUnusedControllers();
     void ReclaimVariables();
 
-    ControllerEventDelegate RunDelegate();
     void RunPanel(bool taken);
     void PullValues(Operation* op, AnyVariable* var, bool fromParameters);
     void PushValues(bool dragging);
@@ -144,9 +125,10 @@ private:
     Tesk::Engine& engine_;
     IOperationViews& views_;
     const ControllerFactory& factory_;
+    const ControllerEventDelegate run_; ///< `DoRun`, for the controls
     int currentOperationID_ = -1;
     int currentMenuNode_ = -1; ///< -2 when the last action did not end in a finished operation
-    ControllerList controllers_;
+    ControllerKeeper keeper_;
     std::unique_ptr<CommandPanel> currentCommandPanel_;
     bool currentOperationRunningMutex_ = false;
     bool operationSelectMode_ = false;
@@ -158,6 +140,7 @@ private:
     std::vector<std::pair<const Operation*, operationItemInfo>> items_;
     WindowSpiral spiral_;
     ParametersPanel parametersPanel_;
+    PanelBuilder builder_;
 };
 
 } // namespace TeskPlus

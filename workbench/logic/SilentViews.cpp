@@ -4,7 +4,6 @@
 #include "workbench/logic/ControllerBase.h"
 
 #include <cstring>
-#include <cwchar>
 #include <initializer_list>
 #include <utility>
 
@@ -27,7 +26,7 @@ std::unique_ptr<IController> MakePath(const ControllerRequest& request, IOperati
 {
     const auto* node = dynamic_cast<const StringArgumentNode*>(Engine::Tree[request.Node]);
     if (node && request.FromDefault && std::strchr(node->Default, '|')) {
-        const bool save = request.Method >= 0 && !std::wcscmp(Engine::Tree[request.Method]->Identifier, L"Write");
+        const bool save = RoleOfMethod(request.Method) == methodRole::Write;
         const auto path = views.ChooseFile({Widen(node->Default), save});
         if (!path) return nullptr;
         SetText(static_cast<Var<const char*>&>(*request.Variable), *path);

@@ -208,7 +208,7 @@ void KernelPropertyPageController::AddExtras(int)
     AddControlFromExternalController(static_cast<QWidget*>(Externals().front()->Control()));
 }
 
-void KernelPropertyPageController::PullRow(Row& row)
+void KernelPropertyPageController::PullRow(IController& row)
 {
     Kernel* kernel = ObjectOf<Kernel>(this);
     if (!kernel) return;

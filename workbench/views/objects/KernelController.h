@@ -97,7 +97,7 @@ public:
 protected:
     void AddExtras(int page) override;
     /// A size that stays leaves the coefficients alone.
-    void PullRow(Row& row) override;
+    void PullRow(IController& row) override;
 };
 
 } // namespace TeskPlus

@@ -92,14 +92,14 @@ void MorphoPropertyPageController::AddExtras(int)
 }
 
 /// What a row holds, which it gives away by the property that it sets; the element stays as it was.
-int MorphoPropertyPageController::ReadRow(Row& row, Morpho& element)
+int MorphoPropertyPageController::ReadRow(IController& row, Morpho& element)
 {
     const int width = element.Width, height = element.Height, diagonal = element.Diagonal;
     Status::Error().Code = NoError;
-    row.Controller->UpdateProperty();
-    if (Status::Error().Code != NoError) refused_ = row.Controller.get();
+    row.UpdateProperty();
+    if (Status::Error().Code != NoError) refused_ = &row;
     Var<int> value;
-    engine_.GetProperty(&value, row.Node, currentVariable_);
+    engine_.GetProperty(&value, row.ControllerNode(), currentVariable_);
     element.Set(width, height, diagonal);
     return value.Value;
 }
@@ -111,9 +111,10 @@ void MorphoPropertyPageController::UpdateProperty()
     const int width = element->Width, height = element->Height;
     Sizes sizes{width, height, element->Diagonal, width};
     refused_ = nullptr;
-    for (Row& row : Rows())
+    for (IController* row : Rows())
         for (const Field& field : fields)
-            if (!std::wcscmp(Engine::Tree[row.Node]->Label, field.Label)) sizes.*field.Value = ReadRow(row, *element);
+            if (!std::wcscmp(Engine::Tree[row->ControllerNode()]->Label, field.Label))
+                sizes.*field.Value = ReadRow(*row, *element);
     // A line hands its length on to the shape that follows it.
     if (width == 1 && height > 1) sizes.Width = sizes.Size = height;
     if (height == 1 && width > 1) sizes.Height = sizes.Size = width;

@@ -28,7 +28,7 @@ protected:
     void AddExtras(int page) override;
 
 private:
-    int ReadRow(Row& row, Morpho& element);
+    int ReadRow(IController& row, Morpho& element);
 
     QPointer<GraphWidget> picture_;
     IController* refused_ = nullptr; ///< a row whose value the element did not take, in this pull

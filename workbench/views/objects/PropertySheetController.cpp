@@ -49,16 +49,14 @@ PropertySheetController::PropertySheetController(const ControllerRequest& Reques
 PropertySheetController::~PropertySheetController()
 {
     // Controls go with their controllers, and before the window that shows them.
-    rows_.clear();
-    externals_.clear();
+    rows_.Clear();
+    externals_.Clear();
     delete window_;
 }
 
 void PropertySheetController::InsertExternalController(std::unique_ptr<IController> Controller)
 {
-    propertyControllers_.push_back(Controller.get());
-    externals_.push_back(std::move(Controller));
-    propertyControllers_.back()->SetControllerContainer(&propertyControllers_);
+    externals_.Add(std::move(Controller)).SetControllerContainer(&Externals());
 }
 
 void PropertySheetController::AddPage(const std::wstring& Title)
@@ -135,7 +133,7 @@ void PropertySheetController::ChangePage(int Page)
 void PropertySheetController::ResetPage()
 {
     if (grid_) TakeControlsOut(*grid_);
-    rows_.clear();
+    rows_.Clear();
     delete grid_;
     grid_ = nullptr;
 }
@@ -170,7 +168,7 @@ void PropertySheetController::AddProperties(int node)
         const int line = grid->rowCount();
         if (controller->Control()) PutControl(*grid, static_cast<QWidget*>(controller->Control()), line, 0);
         grid->addWidget(new HelpWidget(Qt16(Engine::Tree[child]->Documentation), helpStyle::Row), line, 1);
-        rows_.push_back({child, std::move(controller)});
+        rows_.Add(std::move(controller));
     }
 }
 
@@ -202,31 +200,26 @@ void PropertySheetController::DispatchEvent(bool taken, bool mothers, bool dragg
     Notify(taken, mothers, dragging);
 }
 
-void PropertySheetController::PullRow(Row& row)
+void PropertySheetController::PullRow(IController& row)
 {
-    row.Controller->UpdateProperty();
+    row.UpdateProperty();
 }
 
 void PropertySheetController::UpdateProperty()
 {
-    for (Row& row : rows_)
-        PullRow(row);
-    for (const auto& external : externals_)
-        external->UpdateProperty();
+    for (IController* row : Rows())
+        PullRow(*row);
+    externals_.Tell(&IController::UpdateProperty);
 }
 
 void PropertySheetController::UpdateControl(bool Mode, bool Dragging)
 {
-    for (Row& row : rows_)
-        row.Controller->UpdateControl(Mode, Dragging);
-    for (const auto& external : externals_)
-        external->UpdateControl(Mode, Dragging);
+    TellParts(&IController::UpdateControl, Mode, Dragging);
 }
 
 void PropertySheetController::ShowCtrl(bool BringToFront)
 {
-    for (const auto& external : externals_)
-        external->ShowCtrl(BringToFront);
+    externals_.Tell(&IController::ShowCtrl, BringToFront);
     Window().SetPinned(ShowsPinned());
     if (!isDisplayed_) {
         isDisplayed_ = true;
@@ -239,7 +232,7 @@ void PropertySheetController::ShowCtrl(bool BringToFront)
 bool PropertySheetController::HideCtrl(bool Keep)
 {
     bool hides = true;
-    for (const auto& external : externals_)
+    for (IController* external : Externals())
         hides = external->HideCtrl(Keep) && hides;
     hides = hides && argumentState_ < controllerState::Shown;
     if (hides) Window().hide();
@@ -260,52 +253,38 @@ void PropertySheetController::Fit()
 
 void PropertySheetController::SetWindowPossiblity(bool Possible)
 {
-    for (const auto& external : externals_)
-        external->SetWindowPossiblity(Possible);
+    externals_.Tell(&IController::SetWindowPossiblity, Possible);
 }
 
 void PropertySheetController::SetIsExternalWidget(bool External)
 {
     ControllerBase::SetIsExternalWidget(External);
-    for (Row& row : rows_)
-        row.Controller->SetIsExternalWidget(External);
-    for (const auto& external : externals_)
-        external->SetIsExternalWidget(External);
+    TellParts(&IController::SetIsExternalWidget, External);
 }
 
 void PropertySheetController::SetCurrentOperation(Operation* Current)
 {
     ControllerBase::SetCurrentOperation(Current);
-    for (Row& row : rows_)
-        row.Controller->SetCurrentOperation(Current);
-    for (const auto& external : externals_)
-        external->SetCurrentOperation(Current);
+    TellParts(&IController::SetCurrentOperation, Current);
 }
 
 void PropertySheetController::SetCurrentVariable(AnyVariable* Variable)
 {
     ControllerBase::SetCurrentVariable(Variable);
-    for (Row& row : rows_)
-        row.Controller->SetCurrentVariable(Variable);
-    for (const auto& external : externals_)
-        external->SetCurrentVariable(Variable);
+    TellParts(&IController::SetCurrentVariable, Variable);
 }
 
 void PropertySheetController::SetVariableIdentifier(const std::wstring& Name)
 {
     ControllerBase::SetVariableIdentifier(Name);
     Window().setWindowTitle(Qt16(Name));
-    for (Row& row : rows_)
-        row.Controller->SetVariableIdentifier(Name);
-    for (const auto& external : externals_)
-        external->SetVariableIdentifier(Name);
+    TellParts(&IController::SetVariableIdentifier, Name);
 }
 
 void PropertySheetController::SetControllerState(controllerState State)
 {
     ControllerBase::SetControllerState(State);
-    for (const auto& external : externals_)
-        external->SetControllerState(State);
+    externals_.Tell(&IController::SetControllerState, State);
 }
 
 ControlHandle PropertySheetController::Control() const

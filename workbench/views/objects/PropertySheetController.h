@@ -2,6 +2,7 @@
 #pragma once
 
 #include "workbench/logic/ControllerBase.h"
+#include "workbench/logic/ControllerGroup.h"
 #include "workbench/views/ToolWindow.h"
 #include "workbench/views/ViewContext.h"
 #include "workbench/views/values/HelpWidget.h"
@@ -60,11 +61,6 @@ public:
     ControlHandle Control() const override;
 
 protected:
-    struct Row
-    {
-        int Node;
-        std::unique_ptr<IController> Controller;
-    };
     struct Page
     {
         int Node; ///< -1 for a page of the class's own
@@ -77,7 +73,7 @@ protected:
     /// room that is left.
     void AddControlFromExternalController(QWidget* control, bool grows = false);
     /// The pull and push of one row.
-    virtual void PullRow(Row& row);
+    virtual void PullRow(IController& row);
     /// Whether the window shows that it stays.
     virtual bool ShowsPinned() const { return IsPinned(argumentState_); }
 
@@ -85,9 +81,10 @@ protected:
     void DispatchEvent(bool taken, bool mothers, bool dragging);
     std::unique_ptr<IController> MakeRowController(int node, int index, bool fromDefault);
     ToolWindow& Window() const { return *window_; }
-    const std::vector<std::unique_ptr<IController>>& Externals() const { return externals_; }
+    /// What the sheet shows beside its rows, and the rows of the page, each a controller of its property's node.
+    const std::vector<IController*>& Externals() const { return externals_.Members(); }
+    const std::vector<IController*>& Rows() const { return rows_.Members(); }
     const std::vector<Page>& Pages() const { return pages_; }
-    std::vector<Row>& Rows() { return rows_; }
     /// Makes the window as large as the page asks for.
     virtual void Fit();
 
@@ -99,6 +96,13 @@ private:
     void ResetPage();
     void BuildPage(int page);
     void AddProperties(int node);
+    /// Tells the rows, and then the externals.
+    template <typename Call, typename... Values>
+    void TellParts(Call function, Values&&... arguments)
+    {
+        rows_.Tell(function, arguments...);
+        externals_.Tell(function, arguments...);
+    }
 
     sheetMenu menuType_;
     std::wstring caption_;
@@ -111,9 +115,7 @@ private:
     QButtonGroup* subRadioButtonMenu_ = nullptr;
     QWidget* pageArea_ = nullptr;
     QWidget* grid_ = nullptr;
-    std::vector<Row> rows_;
-    std::vector<std::unique_ptr<IController>> externals_;
-    std::vector<IController*> propertyControllers_;
+    ControllerGroup rows_, externals_;
 };
 
 } // namespace TeskPlus

@@ -3,23 +3,9 @@
 #include "workbench/views/Text.h"
 #include "workbench/views/picture/Overlay.h"
 
-#include <cwchar>
-
 namespace TeskPlus {
 
 namespace {
-
-struct Place
-{
-    const wchar_t* names[4];
-    /// Quarters of the image's extent.
-    int x, y;
-};
-
-constexpr Place places[] = {{{L"Src Anchor", L"Src Anchor0", L"Dst Anchor", L"Dst Anchor0"}, 2, 2},
-                            {{L"Center"}, 2, 2},
-                            {{L"Src Anchor1", L"Dst Anchor1"}, 3, 2},
-                            {{L"Src Anchor2", L"Dst Anchor2"}, 2, 1}};
 
 /// Integer halves and quarters, added up as the anchors are told.
 int Quarters(int extent, int quarters)
@@ -124,13 +110,12 @@ const Image* XYController::Picture() const
 
 void XYController::ResetLocation(int Width, int Height)
 {
-    for (const Place& place : places)
-        for (const wchar_t* name : place.names)
-            if (name && argumentName_ == name) {
-                Write<XY>({double(Quarters(Width, place.x)), double(Quarters(Height, place.y))});
-                Widget().SetValue(Read<XY>({0, 0}));
-                return;
-            }
+    const argumentRole role = NodeAs<ArgumentNode>().Role;
+    if (role < argumentRole::MiddleAnchor) return;
+    const int x = Quarters(Width, role == argumentRole::RightAnchor ? 3 : 2);
+    const int y = Quarters(Height, role == argumentRole::TopAnchor ? 1 : 2);
+    Write<XY>({double(x), double(y)});
+    Widget().SetValue(Read<XY>({0, 0}));
 }
 
 void XYController::SetMotherController(IController* Mother)

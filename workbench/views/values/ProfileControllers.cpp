@@ -4,9 +4,7 @@
 #include "workbench/views/Text.h"
 #include "workbench/views/values/PointControllers.h"
 
-#include <cwchar>
 #include <optional>
-#include <string_view>
 
 namespace TeskPlus {
 
@@ -15,17 +13,10 @@ namespace {
 /// The breadth after the picture's window has changed.
 constexpr int usualBreadth = 16;
 
-bool EndsIn(std::wstring_view text, std::initializer_list<std::wstring_view> endings)
-{
-    for (const std::wstring_view ending : endings)
-        if (text.ends_with(ending)) return true;
-    return false;
-}
-
 DraggingHandles DirectionOf(const ControllerRequest& request)
 {
-    const std::wstring_view label = Engine::Tree[request.Method]->Label;
-    return EndsIn(label, {L"Row", L"Rows"}) ? NHandle : EndsIn(label, {L"Column", L"Columns"}) ? WHandle : AllHandle;
+    const methodRole role = RoleOfMethod(request.Method);
+    return role == methodRole::Row ? NHandle : role == methodRole::Column ? WHandle : AllHandle;
 }
 
 OverlayHit HitProfile(IController& Child, int X, int Y)
@@ -293,7 +284,7 @@ public:
     }
 
 private:
-    static bool IsBeginning(int node) { return !std::wcscmp(Engine::Tree[node]->Identifier, L"Beg"); }
+    static bool IsBeginning(int node) { return Engine::VarNode(node)->Role == argumentRole::Beginning; }
     XYWidget& Widget() const { return *static_cast<XYWidget*>(widget_.data()); }
     XY& Place()
     {
@@ -385,12 +376,12 @@ private:
         return store[static_cast<std::ptrdiff_t>(image->Pitch) * site->Y + site->X];
     }
 
-    /// The operation's argument labelled "Above"; true if there is none.
+    /// Whether the outline keeps the brighter side; true if the operation has no such argument.
     bool Above() const
     {
         if (currentOperation_)
             for (const Arg& argument : currentOperation_->Args)
-                if (argument.Variable && !std::wcscmp(Engine::Tree[argument.Node]->Label, L"Above"))
+                if (argument.Variable && Engine::VarNode(argument.Node)->Role == argumentRole::Above)
                     if (const auto* variable = dynamic_cast<const Var<bool>*>(argument.Variable))
                         return variable->Value;
         return true;

@@ -8,8 +8,6 @@
 
 #include <QMdiArea>
 
-#include <cwchar>
-
 namespace TeskPlus {
 
 namespace {
@@ -104,13 +102,16 @@ class EnumController final : public ValueController
 public:
     explicit EnumController(const ControllerRequest& request) : ValueController(request)
     {
-        const auto& node = NodeAs<EnumArgumentNode>();
-        auto* widget = new RadioButtonGroupWidget(Qt16(argumentName_), IsIn(), argumentAttr_, Cases(node));
+        const bool isNumber = NodeAs<ArgumentNode>().NamesNode >= 0;
+        const int byDefault = isNumber ? NodeAs<IntArgumentNode>().Default : NodeAs<EnumArgumentNode>().Default;
+        auto* widget =
+            new RadioButtonGroupWidget(Qt16(argumentName_), IsIn(), argumentAttr_,
+                                       isNumber ? Names(NodeAs<IntArgumentNode>()) : Cases(NodeAs<EnumArgumentNode>()));
         SetWidget(widget);
         if (isMixed_())
             widget->SetCustomRange(isEdgeIndex_() ? -edgeIndexes : 0,
                                    isEdgeIndex_() ? edgeIndexes : RetrievePropertyValueFromNode(-1));
-        widget->SetValue(!isProperty_ && request.FromDefault && IsIn() ? node.Default : ReadInteger());
+        widget->SetValue(!isProperty_ && request.FromDefault && IsIn() ? byDefault : ReadInteger());
     }
 
     void UpdateProperty() override
@@ -130,7 +131,19 @@ private:
 
     RadioButtonGroupWidget& Widget() const { return *static_cast<RadioButtonGroupWidget*>(widget_.data()); }
     bool isMixed_() const { return IsIn() && argumentAttr_ & attributeValue::Mixed; }
-    bool isEdgeIndex_() const { return argumentName_ == L"Edge Index"; }
+    bool isEdgeIndex_() const { return NodeAs<ArgumentNode>().Role == argumentRole::EdgeIndex; }
+
+    /// The names of a whole number's values, within its range.
+    static std::vector<ChoiceItem> Names(const IntArgumentNode& node)
+    {
+        std::vector<ChoiceItem> items;
+        for (int at = Engine::Tree[node.NamesNode]->FirstChild; at != -1; at = Engine::Tree[at]->NextSibling) {
+            const auto* name = static_cast<const EnumCaseNode*>(Engine::Tree[at]);
+            if (name->Value >= node.Minimum && name->Value <= node.Maximum)
+                items.push_back({Qt16(name->Label), name->Value});
+        }
+        return items;
+    }
 
     static std::vector<ChoiceItem> Cases(const EnumArgumentNode& node)
     {
@@ -153,9 +166,9 @@ public:
     StringController(const ControllerRequest& request, ViewContext& context)
         : ValueController(request), context_(context)
     {
-        const wchar_t* method = request.Method >= 0 ? Engine::Tree[request.Method]->Identifier : L"";
-        isRead_ = !isProperty_ && IsIn() && !std::wcscmp(method, L"Read");
-        isWrite_ = !isProperty_ && IsIn() && !std::wcscmp(method, L"Write");
+        const methodRole role = RoleOfMethod(request.Method);
+        isRead_ = !isProperty_ && IsIn() && role == methodRole::Read;
+        isWrite_ = !isProperty_ && IsIn() && role == methodRole::Write;
         // Other texts are typed, whatever list of files their flags would give.
         const std::uint32_t flags = isRead_ ? argumentAttr_ : argumentAttr_ & ~attributeValue::Slider;
         auto* widget = new StringInputWidget(Qt16(argumentName_), IsIn(), flags);
@@ -254,6 +267,7 @@ ControllerMaker Maker()
 
 std::unique_ptr<IController> MakeInteger(const ControllerRequest& request)
 {
+    if (Engine::VarNode(request.Node)->NamesNode >= 0) return std::make_unique<EnumController>(request);
     switch (request.IsProperty ? integerKind::Plain : IntegerKind(request.Method, request.Node)) {
     case integerKind::Profile:
         return MakeProfilePosition(request);
@@ -284,7 +298,7 @@ void RegisterValueControllers(ControllerFactory& factory, ViewContext& context)
     factory.Register(CodeOf(L"RgbPixel"), Maker<RgbController>());
     factory.Register(CodeOf(L"Site"), Maker<SiteController>());
     factory.Register(CodeOf(L"XY"), [](const ControllerRequest& request) -> std::unique_ptr<IController> {
-        if (IsLineMethod(request.Method)) return MakeProfileEnd(request);
+        if (RoleOfMethod(request.Method) == methodRole::Line) return MakeProfileEnd(request);
         return std::make_unique<XYController>(request);
     });
 }
