@@ -6,6 +6,7 @@
 
 namespace Tesk {
 
+class Blobs;
 class Path;
 
 /// A structuring element: the dilation of 3-point and 3 by 3 shapes, one for every two units of the three sizes.
@@ -89,6 +90,9 @@ public:
     /// byte of its label. Refused: a window of `Src` that differs from the relief's (`IncompatibleSize`).
     static int Watershed(bool Connexity8, const Image& Grd, const Image& Src, Image& Dst, int Noise = Auto,
                          bool Average = true);
+    /// Each basin as a blob of the class `DefaultClass`, in the order of their first pixels. Refused: a window beyond
+    /// the coordinates of runs (`OutOfRange`).
+    static int Watershed(bool Connexity8, const Image& Grd, Blobs& Dst, int Noise = Auto);
     /// The labels themselves, in a `Gray32` image.
     static int _WatershedMap(bool Connexity8, const Image& Grd, Image& Dst, int Noise = Auto);
 

@@ -57,6 +57,69 @@ public:
     Blobs& operator=(const Blobs& Other) = default;
     ~Blobs() override = default;
 
+    /// \name Segmentation
+    /// The pieces of the active pixels that hang together, by their corners too if `Connexity8`, in coordinates of the
+    /// whole picture. They replace what is there, all selected, in the order of their first pixels; those with less
+    /// than `MinimumArea` or more than `MaximumArea` pixels are no blobs, though their runs stay among those of the
+    /// region side. Labels are those of runs united as they are scanned (union-find; Tarjan 1975).
+    ///
+    /// Under a mask, whose coordinates count from the corner of the window, to which it is cut, only its pixels are
+    /// active, and those of a row meet those of the last row before on which it has any. Results of type `int` are the
+    /// threshold used. `Auto` and `MinInt` stand for the best threshold of `Gray` images.
+    ///
+    /// Refused, all as it was: void images (`VoidObject`), other pixel types (`UnsupportedType`), windows beyond the
+    /// coordinates of runs (`OutOfRange`), no memory (`CannotAllocate`).
+    /// @{
+
+    /// Pixels at or above a threshold, or without `Above` below it, of a `Gray` or `Gray16` image.
+    int Segment(int Threshold, const Image& Src, bool Above = true, bool Connexity8 = true, int MinimumArea = 5,
+                int MaximumArea = MaxInt);
+    /// Pixels that stand at least `Noise` above the mean of the square of `Size` around them, or without `Above` the
+    /// others; `Gray` or `Gray16`. Refused, too: sizes that are not odd (`OutOfRange`).
+    void Segment(int Size, int Noise, const Image& Src, bool Above = true, bool Connexity8 = true, int MinimumArea = 5,
+                 int MaximumArea = MaxInt);
+    /// Pixels of an `Rgb` image whose projection on the line between two colours is nearer to the second, or without
+    /// `Above` to the first.
+    void Segment(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src, bool Above = true, bool Connexity8 = true,
+                 int MinimumArea = 5, int MaximumArea = MaxInt);
+    /// By the best threshold of a `Gray` image or the two dominant colours of an `Rgb` one: the means on either side of
+    /// the mean along the principal axis, of which the darker is the first. Of a `Gray1` image the pixels that are set.
+    int Segment(const Image& Src, bool Above = true, bool Connexity8 = true, int MinimumArea = 5,
+                int MaximumArea = MaxInt);
+    /// Pixels of a `Gray` image from the first threshold to the second, or if the first is not below the second, those
+    /// below the second or above the first. `SameClass` is reserved.
+    void Segment(const Image& Src, int BelowThreshold, int AboveThreshold, bool Connexity8 = true, int MinimumArea = 5,
+                 int MaximumArea = MaxInt, bool SameClass = true);
+    /// The best threshold is that of the pixels of the mask, of `Gray16` ones too.
+    int Segment(int Threshold, const Region& Mask, const Image& Src, bool Above = true, bool Connexity8 = true,
+                int MinimumArea = 5, int MaximumArea = MaxInt);
+    /// For `Gray`. The squares around the pixels reach beyond the mask.
+    void Segment(int Size, int Noise, const Region& Mask, const Image& Src, bool Above = true, bool Connexity8 = true,
+                 int MinimumArea = 5, int MaximumArea = MaxInt);
+    /// By the threshold in the middle between two gray values; `Gray` or `Gray16`.
+    void Segment(GrayPixel Background, GrayPixel Foreground, const Region& Mask, const Image& Src, bool Above = true,
+                 bool Connexity8 = true, int MinimumArea = 5, int MaximumArea = MaxInt);
+    void Segment(RgbPixel BackColor, RgbPixel ForeColor, const Region& Mask, const Image& Src, bool Above = true,
+                 bool Connexity8 = true, int MinimumArea = 5, int MaximumArea = MaxInt);
+    /// For `Gray` and `Rgb`, by the threshold or the colours of the whole window.
+    int Segment(const Region& Mask, const Image& Src, bool Above = true, bool Connexity8 = true, int MinimumArea = 5,
+                int MaximumArea = MaxInt);
+    void Segment(const Region& Mask, const Image& Src, int BelowThreshold, int AboveThreshold, bool Connexity8 = true,
+                 int MinimumArea = 5, int MaximumArea = MaxInt, bool SameClass = true);
+
+    /// Pixels of a `Gray` image below those of `Low` or above those of `High`, which are of the same type and window
+    /// size (`IncompatibleType`, `IncompatibleSize`), by the connexity of the last segmentation.
+    void _Segment(const Image& Src, const Image& Low, const Image& High, int MinimumArea, int MaximumArea);
+    void _Segment(const Region& Mask, const Image& Src, const Image& Low, const Image& High, int MinimumArea,
+                  int MaximumArea);
+
+    /// Appends a run with the label of the runs that it meets in the row before, which become of one label, or with a
+    /// new one. Runs of a row come from left to right. Without memory the run is dropped.
+    void AddRun(int Start, int End, int Y) override;
+    /// Ends a row: the runs since the last end are what those of the next row may meet.
+    void EndRow() override;
+    /// @}
+
     /// \name Construction by hand
     /// @{
 
@@ -227,6 +290,9 @@ public:
     int TryEvaluate(int Feature, const Image& Src, int BlobIndex);
     /// Makes sure that a predefined feature has a column.
     int ProvideColumn(int Feature);
+    /// Takes runs in scan order whose labels, each below `NumLabels`, say to which blob they belong, as a segmentation
+    /// does. The runs are written.
+    int TryTakeLabeled(std::span<LabeledRun> Runs, int NumLabels, bool Connexity8);
     /// @}
 
 protected:
@@ -249,6 +315,19 @@ private:
     // and the runs of the row before.
     CopyOnWrite<std::vector<std::int32_t>> parents_, classes_;
     std::int32_t numLabels_ = 0, prevBegin_ = 0, prevEnd_ = 0;
+
+    struct Scope;
+    int TryThreshold(const Scope& scope, int& threshold, const Image& src, bool above);
+    int TryAdaptive(const Scope& scope, int size, int noise, const Image& src, bool above);
+    int TryColors(const Scope& scope, RgbPixel back, RgbPixel fore, const Image& src, bool above);
+    int TryAutomatic(const Scope& scope, const Image& src, bool above, int& threshold);
+    int TryBand(const Scope& scope, const Image& src, int below, int above);
+    int TryTolerances(const Scope& scope, const Image& src, const Image& low, const Image& high);
+    template <typename Scanner>
+    int TryScan(const Scope& scope, const Image& src, const Scanner& scanner, int threshold);
+    template <typename Scanner>
+    void Feed(const Scope& scope, const Image& src, const Scanner& scanner, std::vector<LabeledRun>& runs);
+    int TryFinish(std::span<LabeledRun> scanned, const Scope& scope, int threshold);
 
     BlobRecord RecordOf(int row) const;
     std::span<const LabeledRun> RunsOfRow(int row) const;

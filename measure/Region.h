@@ -11,6 +11,7 @@
 namespace Tesk {
 
 class Archive;
+class Blobs;
 class Entry;
 class Image;
 class Morpho;
@@ -58,7 +59,7 @@ public:
     /// coordinates of runs (`OutOfRange`).
     /// @{
 
-    /// `Auto` takes `Histogram::BestThreshold`. The result is the threshold used.
+    /// `Auto` and `MinInt` take `Histogram::BestThreshold`. The result is the threshold used.
     int Binarize(int Threshold, const Image& Src, bool Above = true, int Label = 0);
     /// By the threshold in the middle between two gray values.
     void Binarize(GrayPixel Background, GrayPixel Foreground, const Image& Src, bool Above = true, int Label = 0);
@@ -75,6 +76,9 @@ public:
     void ImageAppend(const Image& Src, int Label = 0);
     /// The runs of a region with their own labels.
     void RegionAppend(const Region& Src);
+    /// The runs of a blob, or of several, with their labels. Refused: an index of a blob that there is not
+    /// (`OutOfRange`).
+    void BlobAppend(const Blobs& Src, int BlobIndex = All);
     /// The inside of a path, which is taken as closed; without its lowest row and the right end of each row.
     void PathAppend(const Path& Src, int Label = 0);
     /// The inside of a turned rectangle or of a sector of a ring, without its lowest row.
@@ -206,6 +210,8 @@ protected:
     std::vector<LabeledRun>& WriteRuns() { return runs_.Write(); }
     /// The same for a writer that needs none of the runs that stand here: none are left, their memory stays.
     std::vector<LabeledRun>& RewriteRuns();
+    /// The same for a writer that fills all of them: so many, of any content.
+    std::vector<LabeledRun>& RewriteRuns(std::size_t count);
     /// Makes `NumRuns` what the runs for writing have become.
     void CountRuns() { NumRuns = static_cast<int>(runs_.Read().size()); }
     /// Takes other runs; those who share the former ones keep them.

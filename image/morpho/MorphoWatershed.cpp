@@ -5,6 +5,8 @@
 #include "image/histogram/NoiseEstimate.h"
 #include "image/morpho/MorphoFrame.h"
 #include "image/operator/PixelSteps.h"
+#include "measure/Blobs.h"
+#include "measure/region/RunLists.h"
 
 #include <array>
 #include <utility>
@@ -139,9 +141,9 @@ int CheckRelief(const Image& grd)
     return CheckType(grd, {Gray, Grad}, L", Gray or Grad required");
 }
 
-/// The frame of all forms: `write` gets the flooded labels once the destination is sized, and says whether it wrote.
+/// The frame of all forms: `write` gets the relief and its flooded labels, and says whether it wrote.
 template <typename F>
-int Flood(const Entry& entry, bool connexity8, const Image& grd, Image& dst, PixelTypes type, int noise, F write)
+int Immerse(const Entry& entry, bool connexity8, const Image& grd, int noise, F write)
 {
     Image relief;
     if (MakeRelief(entry, grd, noise, relief)) return 0;
@@ -149,9 +151,18 @@ int Flood(const Entry& entry, bool connexity8, const Image& grd, Image& dst, Pix
     Guarded(entry, [&] {
         Immersion immersion(relief, connexity8);
         immersion.Flood();
-        done = !RefusesLike(relief, dst, type) && write(immersion);
+        done = write(relief, immersion);
     });
     return done ? noise : 0;
+}
+
+/// The same for an image, which is sized first.
+template <typename F>
+int Flood(const Entry& entry, bool connexity8, const Image& grd, Image& dst, PixelTypes type, int noise, F write)
+{
+    return Immerse(entry, connexity8, grd, noise, [&](const Image& relief, const Immersion& immersion) {
+        return !RefusesLike(relief, dst, type) && write(immersion);
+    });
 }
 
 template <typename T, typename F>
@@ -169,6 +180,28 @@ bool EachLabel(const Immersion& immersion, Image& dst, F f)
 int LowByte(Label label)
 {
     return label & 255;
+}
+
+/// The runs of the basins, whose numbers count in the order of their first pixels. `basins` becomes how many there are.
+std::vector<LabeledRun> BasinRuns(const Image& grd, const Immersion& immersion, int& basins)
+{
+    constexpr Label none = -1;
+    std::vector<LabeledRun> runs;
+    std::vector<Label> numbers(static_cast<std::size_t>(immersion.End()), none);
+    basins = 0;
+    const int width = grd.Width;
+    for (int y = 0; y < grd.Height; y++) {
+        const Label* labels = immersion.Row(y);
+        for (int x = 0, end = 0; x < width; x = end) {
+            for (end = x + 1; end < width && labels[end] == labels[x];)
+                end++;
+            if (labels[x] < firstBasin) continue;
+            Label& number = numbers[static_cast<std::size_t>(labels[x])];
+            if (number == none) number = basins++;
+            runs.push_back(regions::MakeRun(x + grd.X, end + grd.X, y + grd.Y, number));
+        }
+    }
+    return runs;
 }
 
 /// Sums and counts of pixels, by label.
@@ -218,6 +251,17 @@ int Morpho::Watershed(bool Connexity8, const Image& Grd, const Image& Src, Image
         return EachLabel<GrayPixel>(immersion, Dst, [&](Label label) {
             return label == dam ? 255 : means.Of(static_cast<std::size_t>(label));
         });
+    });
+}
+
+int Morpho::Watershed(bool Connexity8, const Image& Grd, Blobs& Dst, int Noise)
+{
+    const Entry entry("Tesk::Morpho::Watershed");
+    if (entry.Refuses(CheckRelief(Grd)) || entry.Refuses(regions::CheckReach(Grd))) return 0;
+    return Immerse(entry, Connexity8, Grd, Noise, [&](const Image&, const Immersion& immersion) {
+        int basins = 0;
+        std::vector<LabeledRun> runs = BasinRuns(Grd, immersion, basins);
+        return !entry.Refuses(Dst.TryTakeLabeled(runs, basins, Connexity8));
     });
 }
 

@@ -4,6 +4,7 @@
 #include "image/filter/LocalMeans.h"
 #include "image/histogram/LevelCounts.h"
 #include "image/operator/OperatorFrame.h"
+#include "image/operator/PixelSteps.h"
 
 #include <array>
 #include <cmath>
@@ -184,6 +185,14 @@ void WriteAdaptive(const Image& src, Image& dst, int size, int noise, bool above
 }
 
 } // namespace
+
+int points::BinarizeAdaptively(int size, int noise, const Image& src, Image& dst)
+{
+    if (const int code = filters::CheckSize(L"size", size)) return code;
+    if (const int code = dst.TrySet(src.Width, src.Height, Gray)) return code;
+    VisitPixels<Gray, Gray16>(src.Type, [&]<typename T>() { WriteAdaptive<T>(src, dst, size, noise, true); });
+    return NoError;
+}
 
 int Operator::Binarize(int Threshold, const Image& Src, Image& Dst, bool Above, Binarization Mode)
 {

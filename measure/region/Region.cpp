@@ -56,6 +56,14 @@ std::vector<LabeledRun>& Region::RewriteRuns()
     return runs;
 }
 
+std::vector<LabeledRun>& Region::RewriteRuns(std::size_t count)
+{
+    std::vector<LabeledRun>& runs = runs_.Overwrite();
+    runs.resize(count);
+    CountRuns();
+    return runs;
+}
+
 void Region::TakeRuns(std::vector<LabeledRun>&& runs, bool sorted)
 {
     runs_.Replace(std::move(runs));

@@ -2,6 +2,7 @@
 #include "foundation/Angles.h"
 #include "foundation/Entry.h"
 #include "image/Image.h"
+#include "measure/Blobs.h"
 #include "measure/Path.h"
 #include "measure/Quad.h"
 #include "measure/Region.h"
@@ -68,6 +69,19 @@ void Region::RegionAppend(const Region& Src)
     const Region held(Src);
     Append(entry, NumRuns == 0 && held.Sorted,
            [&](RunList& runs) { runs.insert(runs.end(), held.Runs().begin(), held.Runs().end()); });
+}
+
+void Region::BlobAppend(const Blobs& Src, int BlobIndex)
+{
+    const Entry entry("Tesk::Region::BlobAppend");
+    const Blobs held(Src); // the source may be this region
+    int begin = 0, end = 0;
+    if (entry.Refuses(held.RangeOf(BlobIndex, begin, end))) return;
+    // The runs of one blob are in scan order.
+    Append(entry, NumRuns == 0 && end - begin == 1, [&](RunList& runs) {
+        for (int i = begin; i < end; i++)
+            runs.insert(runs.end(), held.RunsOf(i).begin(), held.RunsOf(i).end());
+    });
 }
 
 void Region::PathAppend(const Path& Src, int Label)

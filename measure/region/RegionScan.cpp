@@ -19,11 +19,7 @@ int CheckSource(const Image& src, bool takesBits)
 {
     if (const int code = CheckImage(src)) return code;
     if (src.Type != Gray && !(takesBits && src.Type == Gray1)) return RefuseType(src.Type, L"Gray");
-    // The end of a run is the column behind its last pixel.
-    if (std::int64_t{src.X} + src.Width <= INT16_MAX && std::int64_t{src.Y} + src.Height <= INT16_MAX + 1)
-        return NoError;
-    return Status::Format(OutOfRange, L"The image size (%d, %d) is larger than the coordinates of a region reach (%d)",
-                          int(src.Width), int(src.Height), INT16_MAX);
+    return CheckReach(src);
 }
 
 int BestThreshold(const Image& src)
@@ -63,7 +59,7 @@ int Region::Binarize(int Threshold, const Image& Src, bool Above, int)
 {
     const Entry entry("Tesk::Region::Binarize");
     if (entry.Refuses(CheckSource(Src, false))) return 0;
-    const int threshold = Threshold == Auto ? BestThreshold(Src) : Threshold;
+    const int threshold = Threshold == Auto || Threshold == MinInt ? BestThreshold(Src) : Threshold;
     Scan(entry, Src, BandScanner{Src, Band::Above(threshold, Above)});
     return threshold;
 }

@@ -3,8 +3,10 @@
 
 #include "foundation/Records.h"
 #include "foundation/Status.h"
+#include "image/Image.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -20,6 +22,16 @@ inline bool IsBefore(const LabeledRun& a, const LabeledRun& b)
 inline LabeledRun MakeRun(int start, int end, int y, int label = 0)
 {
     return {static_cast<std::int16_t>(start), static_cast<std::int16_t>(end), static_cast<std::int16_t>(y), label};
+}
+
+/// Refuses a window that lies beyond the coordinates of runs. An `ErrorCodes` value.
+inline int CheckReach(const Image& src)
+{
+    // The end of a run is the column behind its last pixel.
+    if (std::int64_t{src.X} + src.Width <= INT16_MAX && std::int64_t{src.Y} + src.Height <= INT16_MAX + 1)
+        return NoError;
+    return Status::Format(OutOfRange, L"The image size (%d, %d) is larger than the coordinates of a region reach (%d)",
+                          int(src.Width), int(src.Height), INT16_MAX);
 }
 
 inline void SortRuns(std::vector<LabeledRun>& runs)
