@@ -6,7 +6,6 @@
 
 #include <array>
 #include <functional>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -160,6 +159,15 @@ public:
     const Coefficients& Inverse() const { return inverse_; }
     /// @}
 
+    /// Finds the dots of a target, or with `Chessboard` its squares of one colour, numbers them, and fits a model from
+    /// the image to the target's own coordinates: `GridStep` apart, with the origin at the column and the row that are
+    /// told, counted from 0. The numbered dots become the anchors, and the scale in the middle of the image becomes
+    /// that of `SimpleCalibration`. `Src` is as for the automatic `Blobs::Segment`, and `Gray` or `Gray16` for a
+    /// chessboard. Refused, with both scales at 1: fewer than 5 dots clear of the border, dots that form no grid, a
+    /// `GridStep` that gives no usable scale, and what `ModelFit` refuses (`OutOfRange`).
+    void CalibrateTarget(enum RegistrationModels Model, const Image& Src, double GridStep, bool WhiteOnBlack = false,
+                         bool Chessboard = false, double OriginColumn = 0, double OriginRow = 0);
+
     /// \name Registration
     /// As `Affine`, but for the types `Gray`, `Gray16` and `Rgb` alone.
     /// @{
@@ -202,12 +210,13 @@ private:
     AnchorPair* Reach(const Entry& entry, int index);
     bool RefuseIndex(const Entry& entry, int index) const;
     bool FitAnchors(const Entry& entry, enum RegistrationModels model, const Image& src);
+    static int TryCalibrate(double lengthInPixels, double trueLength);
     /// Fills an image through one of the maps; false if it was refused.
     bool Resample(const Entry& entry, const Coefficients& c, const Image& src, Image& dst, bool interpolate,
                   bool& outside, const std::function<void(int, int, int)>& valid = {}) const;
 
     Coefficients forward_{}, inverse_{};
-    std::shared_ptr<std::vector<AnchorPair>> anchors_;
+    CopyOnWrite<std::vector<AnchorPair>> anchors_;
 };
 
 } // namespace Tesk

@@ -13,6 +13,7 @@
 namespace Tesk {
 
 class Entry;
+class Geometry;
 class Histogram;
 class Image;
 class Path;
@@ -141,6 +142,10 @@ public:
     /// (`UnsupportedType`), or, for those of `Gray` alone, another than that (`IncompatibleType`). Refused, too:
     /// features that are not worked out here (`OutOfRange`).
     void Evaluate(enum Features Feature, const Image& Src, int BlobIndex = AllSelected);
+    /// The same in the units of a calibrator, for `BlobWorldArea` and the features of the world box alone
+    /// (`OutOfRange`). A blob's area is scaled as the calibrator scales areas at its centre; the box is that of the
+    /// mapped ends of its runs, or for a calibrator that only shifts or scales, of the mapped box.
+    void Evaluate(const Geometry& Calibrator, enum Features Feature, const Image& Src, int BlobIndex = AllSelected);
 
     /// \name Selection
     /// Works out the feature first, as `Evaluate` does. `Add` takes matching blobs into the selection, `Remove` takes
@@ -287,7 +292,10 @@ public:
     int RangeOf(int BlobIndex, int& Begin, int& End) const;
     /// The runs of the blob at a position, which must be valid.
     std::span<const LabeledRun> RunsOf(int Position) const;
-    int TryEvaluate(int Feature, const Image& Src, int BlobIndex);
+    /// With a calibrator for `BlobWorldArea` and the world box.
+    int TryEvaluate(int Feature, const Image& Src, int BlobIndex, const Geometry* Calibrator = nullptr);
+    int TrySegment(const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea);
+    int TryBorderSelect(const Image& Src, int Selection);
     /// Makes sure that a predefined feature has a column.
     int ProvideColumn(int Feature);
     /// Takes runs in scan order whose labels, each below `NumLabels`, say to which blob they belong, as a segmentation
@@ -351,7 +359,7 @@ private:
     template <typename T>
     void SelectByFeature(int feature, const Image& src, T minimum, T maximum, int selection, int range);
     template <typename F>
-    void SelectWhere(const Entry& entry, int selection, F matches);
+    int TrySelectWhere(int selection, F matches);
     void SelectInRegion(const Entry& entry, std::span<const LabeledRun> region, int selection, int range);
 
     /// The values of features, a list for each, of the blobs that have all of them, and the positions of these.

@@ -41,6 +41,7 @@ set(shared
     image/geometry/Warps.h           # warps into an image that is sized for them
     image/histogram/LevelCounts.h    # for thresholds and equalisations
     image/histogram/MaskedCounts.h   # for thresholds of blobs under masks
+    image/morpho/MorphoExtremum.h    # dilation and erosion as steps of other operations
     image/histogram/NoiseEstimate.h  # for watersheds
     image/operator/PixelSteps.h      # copies and scales as steps of other operations
     image/pyramid/PyramidScale.h     # halving, which is a resampling too

@@ -11,20 +11,21 @@ namespace Tesk {
 ReadOnly<double, Geometry> Geometry::ScaleToPixel(1.0);
 ReadOnly<double, Geometry> Geometry::ScaleFromPixel(1.0);
 
+int Geometry::TryCalibrate(double lengthInPixels, double trueLength)
+{
+    if (lengthInPixels == 0 || trueLength == 0) return Status::Format(OutOfRange, L"Zero sizes are not allowed");
+    const double toPixel = lengthInPixels / trueLength, fromPixel = trueLength / lengthInPixels;
+    if (!std::isnormal(toPixel) || !std::isnormal(fromPixel))
+        return Status::Format(OutOfRange, L"The sizes (%g, %g) give no usable scale", lengthInPixels, trueLength);
+    ScaleToPixel = toPixel;
+    ScaleFromPixel = fromPixel;
+    return NoError;
+}
+
 void Geometry::SimpleCalibration(double LengthInPixels, double TrueLength)
 {
     const Entry entry("Tesk::Geometry::SimpleCalibration");
-    if (LengthInPixels == 0 || TrueLength == 0) {
-        entry.Refuse(OutOfRange, L"Zero sizes are not allowed");
-        return;
-    }
-    const double toPixel = LengthInPixels / TrueLength, fromPixel = TrueLength / LengthInPixels;
-    if (!std::isnormal(toPixel) || !std::isnormal(fromPixel)) {
-        entry.Refuse(OutOfRange, L"The sizes (%g, %g) give no usable scale", LengthInPixels, TrueLength);
-        return;
-    }
-    ScaleToPixel = toPixel;
-    ScaleFromPixel = fromPixel;
+    entry.Refuses(TryCalibrate(LengthInPixels, TrueLength));
 }
 
 Geometry::Geometry(const Geometry& Other)
@@ -37,7 +38,7 @@ Geometry& Geometry::operator=(const Geometry& Other)
     if (this == &Other) return *this;
     ShallowCopy(Other, true);
     try {
-        if (anchors_) anchors_ = std::make_shared<std::vector<AnchorPair>>(*anchors_);
+        anchors_.Write();
     } catch (const std::bad_alloc&) {
         // The anchors stay shared.
     }

@@ -28,8 +28,7 @@ XY& Dummy()
 
 std::span<const AnchorPair> Geometry::Anchors() const
 {
-    if (!anchors_) return {};
-    return *anchors_;
+    return anchors_.Read();
 }
 
 void Geometry::Append(const XY& Src, const XY& Dst)
@@ -37,12 +36,8 @@ void Geometry::Append(const XY& Src, const XY& Dst)
     const Entry entry("Tesk::Geometry::Append");
     entry.Guards(noBuffer, [&] {
         const AnchorPair pair{Src, Dst}; // the points may be anchors of this geometry
-        if (!anchors_)
-            anchors_ = std::make_shared<std::vector<AnchorPair>>();
-        else if (anchors_.use_count() > 1)
-            anchors_ = std::make_shared<std::vector<AnchorPair>>(*anchors_);
-        anchors_->push_back(pair);
-        NumAnchors = static_cast<int>(anchors_->size());
+        anchors_.Write().push_back(pair);
+        NumAnchors = static_cast<int>(anchors_.Read().size());
     });
 }
 
@@ -57,9 +52,9 @@ bool Geometry::RefuseIndex(const Entry& entry, int index) const
 AnchorPair* Geometry::Reach(const Entry& entry, int index)
 {
     if (RefuseIndex(entry, index)) return nullptr;
-    const bool own = anchors_.use_count() < 2 ||
-                     entry.Guards(noBuffer, [&] { anchors_ = std::make_shared<std::vector<AnchorPair>>(*anchors_); });
-    return own ? &(*anchors_)[static_cast<std::size_t>(index)] : nullptr;
+    AnchorPair* pair = nullptr;
+    entry.Guards(noBuffer, [&] { pair = &anchors_.Write()[static_cast<std::size_t>(index)]; });
+    return pair;
 }
 
 XY& Geometry::Src(int Index)

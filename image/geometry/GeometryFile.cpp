@@ -42,7 +42,7 @@ void Geometry::Transfer(Archive& Block)
     Model = model;
     forward_ = forward;
     inverse_ = inverse;
-    anchors_.reset();
+    anchors_.Reset();
     NumAnchors = 0;
     ScaleFromPixel = fromPixel;
     ScaleToPixel = toPixel;

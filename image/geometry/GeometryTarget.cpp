@@ -350,7 +350,10 @@ int Calibrate(std::span<const XY> centres, const Target& target, RegistrationMod
         found.anchors.push_back({dot.centre, XY((dot.column - target.origin.X - 1) * target.gridStep,
                                                 (dot.row - target.origin.Y - 1) * target.gridStep)});
     if (model >= Translation && model <= Rational) {
-        if (const int code = models::RefuseCount(model, found.anchors.size())) return code;
+        if (const int code = models::RefuseCount(model, found.anchors.size())) {
+            calibration.lacksAnchors = true;
+            return code;
+        }
         if (const int code = models::FitModel(model, found.anchors, {(width - 1) * 0.5, (height - 1) * 0.5}, found.fit))
             return code;
     }

@@ -42,7 +42,8 @@ struct Calibration
 {
     std::vector<AnchorPair> anchors;
     models::Fit fit;
-    double trueLength = 0; ///< of `lengthInPixels` in the middle of the image
+    bool lacksAnchors = false; ///< why it failed: a model needs more dots
+    double trueLength = 0;     ///< of `lengthInPixels` in the middle of the image
 };
 inline constexpr double lengthInPixels = 20;
 

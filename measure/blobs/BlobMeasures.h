@@ -8,6 +8,10 @@
 #include <span>
 #include <vector>
 
+namespace Tesk {
+class Geometry;
+}
+
 namespace Tesk::blobs {
 
 /// The links of a run in the contour of its blob: where the contour goes on from its right end upwards, and from its
@@ -22,6 +26,7 @@ struct Workplace
 {
     const Image* src = nullptr;
     double scale = 1;                                         ///< true length of a pixel
+    const Geometry* calibrator = nullptr;                     ///< if given, takes the place of the scale
     std::vector<Site>*outlines = nullptr, *vectors = nullptr; ///< where the points of all blobs are stored
     regions::OutlineWalk walk;
     regions::RowChains chains;

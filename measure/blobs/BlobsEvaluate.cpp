@@ -152,7 +152,7 @@ double Load(const std::uint8_t* cell, int type)
 
 } // namespace
 
-int Blobs::TryEvaluate(int Feature, const Image& Src, int BlobIndex)
+int Blobs::TryEvaluate(int Feature, const Image& Src, int BlobIndex, const Geometry* Calibrator)
 {
     if (Feature == BlobClass || Feature == BlobArea) {
         int begin = 0, end = 0;
@@ -173,6 +173,7 @@ int Blobs::TryEvaluate(int Feature, const Image& Src, int BlobIndex)
         Workplace work;
         work.src = &Src;
         work.scale = Geometry::ScaleFromPixel;
+        work.calibrator = Calibrator;
         if (group->measure == blobs::Outline) work.outlines = &outlines_.Write();
         if (group->measure == Vector) work.vectors = &vectors_.Write();
         std::uint8_t* rows = nullptr;
@@ -196,6 +197,18 @@ int Blobs::TryEvaluate(int Feature, const Image& Src, int BlobIndex)
                 Store(cells + Record(ColumnOf(group->column[i])).Offset, FeatureType(group->column[i]), values[i]);
         }
     });
+}
+
+void Blobs::Evaluate(const Geometry& Calibrator, enum Features Feature, const Image& Src, int BlobIndex)
+{
+    const Entry entry("Tesk::Blobs::Evaluate");
+    int begin = 0, end = 0;
+    if (RefusesIndex(RangeOf(BlobIndex, begin, end))) return;
+    const bool isCalibrated = Feature == BlobWorldArea || (Feature >= BlobWorldBoxX && Feature <= BlobWorldBoxHeight);
+    if (!isCalibrated)
+        entry.Refuse(OutOfRange, L"There is no such calibrated feature (%ls)", UnicodeName(Feature));
+    else
+        entry.Refuses(TryEvaluate(Feature, Src, BlobIndex, &Calibrator));
 }
 
 int Blobs::TryProvide(int feature, const Image& src, int blobIndex)

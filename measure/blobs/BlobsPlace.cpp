@@ -98,18 +98,23 @@ std::int32_t WholeAt(const std::uint8_t* cell)
 
 } // namespace
 
-void Blobs::BorderSelect(const Image& Src, enum SelectionMode Selection)
+int Blobs::TryBorderSelect(const Image& Src, int Selection)
 {
-    const Entry entry("Tesk::Blobs::BorderSelect");
-    if (entry.Refuses(CheckImage(Src)) || entry.Refuses(CheckSelecting(Selection)) ||
-        entry.Refuses(TryProvideFor(BlobBox, Src, Selection)))
-        return;
-    SelectWhere(entry, Selection, [&](int row) {
+    if (const int code = CheckImage(Src)) return code;
+    if (const int code = CheckSelecting(Selection)) return code;
+    if (const int code = TryProvideFor(BlobBox, Src, Selection)) return code;
+    return TrySelectWhere(Selection, [&](int row) {
         const auto value = [&](int feature) { return std::int64_t{WholeAt(FeatureCell(row, feature))}; };
         const std::int64_t x = value(BlobBoxX), y = value(BlobBoxY);
         return !(x > Src.X && x + value(BlobBoxWidth) < Src.X + Src.Width && y > Src.Y &&
                  y + value(BlobBoxHeight) < Src.Y + Src.Height);
     });
+}
+
+void Blobs::BorderSelect(const Image& Src, enum SelectionMode Selection)
+{
+    const Entry entry("Tesk::Blobs::BorderSelect");
+    entry.Refuses(TryBorderSelect(Src, Selection));
 }
 
 void Blobs::BoxInWindowSelect(int X, int Y, int Width, int Height, enum SelectionMode Selection, enum RangeMode Range)
@@ -118,11 +123,11 @@ void Blobs::BoxInWindowSelect(int X, int Y, int Width, int Height, enum Selectio
     const Image none;
     if (entry.Refuses(CheckSelecting(Selection)) || entry.Refuses(TryProvideFor(BlobBox, none, Selection))) return;
     const Window window = {X, Y, Width, Height};
-    SelectWhere(entry, Selection, [&](int row) {
+    entry.Refuses(TrySelectWhere(Selection, [&](int row) {
         const auto value = [&](int feature) { return std::int64_t{WholeAt(FeatureCell(row, feature))}; };
         return HasRelation({value(BlobBoxX), value(BlobBoxY), value(BlobBoxWidth), value(BlobBoxHeight)}, window,
                            Range);
-    });
+    }));
 }
 
 void Blobs::BlobInWindowSelect(int X, int Y, int Width, int Height, enum SelectionMode Selection, enum RangeMode Range)
@@ -130,12 +135,12 @@ void Blobs::BlobInWindowSelect(int X, int Y, int Width, int Height, enum Selecti
     const Entry entry("Tesk::Blobs::BlobInWindowSelect");
     if (entry.Refuses(CheckSelecting(Selection))) return;
     const Window window = {X, Y, Width, Height};
-    SelectWhere(entry, Selection, [&](int row) { return RelationOf(RunsOfRow(row), window) == Range; });
+    entry.Refuses(TrySelectWhere(Selection, [&](int row) { return RelationOf(RunsOfRow(row), window) == Range; }));
 }
 
 void Blobs::SelectInRegion(const Entry& entry, std::span<const LabeledRun> region, int selection, int range)
 {
-    SelectWhere(entry, selection, [&](int row) { return RelationOf(RunsOfRow(row), region) == range; });
+    entry.Refuses(TrySelectWhere(selection, [&](int row) { return RelationOf(RunsOfRow(row), region) == range; }));
 }
 
 void Blobs::BlobInRegionSelect(const Region& Src, enum SelectionMode Selection, enum RangeMode Range)

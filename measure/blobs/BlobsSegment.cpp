@@ -43,7 +43,7 @@ int BestThreshold(const Image& src)
 
 int BestThreshold(const Image& src, const Region& mask)
 {
-    const int entries = src.Type == Gray16 ? Gray16Levels() : levels::byteLevels;
+    const int entries = src.Type == Gray16 ? levels::Gray16Levels() : levels::byteLevels;
     return levels::BestSplit(levels::CountMasked(src, mask.Runs(), entries).data(), entries).threshold;
 }
 
@@ -200,6 +200,12 @@ void Blobs::Segment(RgbPixel BackColor, RgbPixel ForeColor, const Image& Src, bo
 {
     const Entry entry(context);
     entry.Refuses(TryColors({nullptr, Connexity8, MinimumArea, MaximumArea}, BackColor, ForeColor, Src, Above));
+}
+
+int Blobs::TrySegment(const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea)
+{
+    int threshold = 0;
+    return TryAutomatic({nullptr, Connexity8, MinimumArea, MaximumArea}, Src, Above, threshold);
 }
 
 int Blobs::Segment(const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea)

@@ -36,13 +36,13 @@ void Blobs::SelectByFeature(int feature, const Image& src, T minimum, T maximum,
         return;
     }
     if (entry.Refuses(TryProvideFor(feature, src, selection))) return;
-    SelectWhere(entry, selection, [&](int row) {
+    entry.Refuses(TrySelectWhere(selection, [&](int row) {
         const std::uint8_t* cell = FeatureCell(row, feature);
         if (std::memcmp(cell, &notComputed, sizeof notComputed) == 0) return false;
         T value;
         std::memcpy(&value, cell, sizeof value);
         return range == Inside ? minimum <= value && value <= maximum : value < minimum || value > maximum;
-    });
+    }));
 }
 
 void Blobs::ByFeatureSelect(enum Features Feature, const Image& Src, int Minimum, int Maximum,

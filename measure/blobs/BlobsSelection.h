@@ -7,10 +7,10 @@ namespace Tesk {
 
 /// Blobs that are added go behind the selected ones in the order in which they stood.
 template <typename F>
-void Blobs::SelectWhere(const Entry& entry, int selection, F matches)
+int Blobs::TrySelectWhere(int selection, F matches)
 {
-    entry.Guards(blobs::noTable,
-                 [&] { ChangeSelection(static_cast<SelectionMode>(selection), Walk::Upwards, matches); });
+    return WithMemory(blobs::noTable,
+                      [&] { ChangeSelection(static_cast<SelectionMode>(selection), Walk::Upwards, matches); });
 }
 
 } // namespace Tesk

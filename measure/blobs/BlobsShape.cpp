@@ -62,12 +62,6 @@ void LinkRuns(Runs runs, std::vector<ContourLinks>& links)
 
 } // namespace
 
-bool WorldArea(Workplace& work, const Subject& blob, double* values)
-{
-    values[0] = blob.area * work.scale * work.scale;
-    return true;
-}
-
 bool Perimeter(Workplace& work, const Subject& blob, double* values)
 {
     values[0] = 0;
@@ -76,6 +70,8 @@ bool Perimeter(Workplace& work, const Subject& blob, double* values)
     std::int64_t length = 0;
     int r = 0;
     bool left = true;
+    // The walk meets each end of a run once, if runs do not overlap; those that do may lead it astray.
+    std::size_t steps = 2 * blob.runs.size();
     do {
         const ContourLinks& links = work.links[static_cast<std::size_t>(r)];
         const int next = left ? links.downLeft : links.upRight;
@@ -88,7 +84,7 @@ bool Perimeter(Workplace& work, const Subject& blob, double* values)
             length += Max(std::abs((left ? run.Start : run.End) - (left ? to.Start : to.End)), 1);
         }
         r = next;
-    } while (r != 0 || !left);
+    } while ((r != 0 || !left) && --steps > 0);
     values[0] = static_cast<double>(length);
     return true;
 }
@@ -174,14 +170,6 @@ bool Box(Workplace&, const Subject& blob, double* values)
     values[2] = width;
     values[3] = height;
     values[4] = width == 0 ? 0 : height / width;
-    return true;
-}
-
-bool WorldBox(Workplace& work, const Subject& blob, double* values)
-{
-    if (!Box(work, blob, values)) return false;
-    for (int i = 0; i < 4; i++)
-        values[i] *= work.scale;
     return true;
 }
 
