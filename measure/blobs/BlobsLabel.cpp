@@ -126,7 +126,7 @@ void Blobs::AddRun(int Start, int End, int Y)
             const std::int32_t other = at(met).Label;
             if (other < 0 || other >= numLabels_ || classes[static_cast<std::size_t>(other)] != DefaultClass) continue;
             const std::int32_t root = RootOf(parents.data(), other);
-            label = label == MinInt || label == root ? root : Unite(parents.data(), label, root);
+            label = label == MinInt || label == root ? root : blobs::Unite(parents.data(), label, root);
         }
         if (label == MinInt) {
             label = numLabels_++;
