@@ -43,8 +43,9 @@ static_assert(sizeof(GeoMapPixel) == 8, "an image row is an array of these");
 /// (`UnsupportedType`), no memory (`CannotAllocate`).
 ///
 /// `Flip`, `Mirror`, `Turn`, `DownSample`, `UpSample` and `Transform` size `Dst` themselves. `Affine`, `Rotate`,
-/// `Skew`, `Unwind` and `GridDeform` fill the window of `Dst` as it stands; a void one (`VoidObject`) and one that is
-/// neither of the source's type nor a `GeoMap` (`IncompatibleType`) are refused. These are inverse warps: for each
+/// `Skew`, `Unwind` and `GridDeform` fill the window of `Dst` as it stands, or the size that a void one was asked for;
+/// another void one (`VoidObject`) and one that is neither of the source's type nor a `GeoMap` (`IncompatibleType`) are
+/// refused. These are inverse warps: for each
 /// pixel of the result a source position is worked out in 65,536ths of a pixel, and the source is sampled there,
 /// bilinearly with `Interpolate`, else at the nearest pixel; positions outside the source take the pixel at its border.
 /// A `GeoMap` receives the positions, for `Transform` to apply later; its source may be `Rgba`, too, where told.
@@ -95,7 +96,7 @@ public:
     /// Straightens a ring: the columns of the result run from `BegAngle` to `EndAngle` (degrees, clockwise on the
     /// screen), its rows from `EndRadius` at the top to `BegRadius` (pixels). Maps of `Rgba` too. Refused, too: numbers
     /// that are not finite or over 2^30 (`OutOfRange`).
-    static void Unwind(XY& Center, double BegAngle, double EndAngle, double BegRadius, double EndRadius,
+    static void Unwind(const XY& Center, double BegAngle, double EndAngle, double BegRadius, double EndRadius,
                        const Image& Src, Image& Dst, bool Interpolate = true);
 
     /// Warps by a map that another warp has recorded for a source of the same size, pitch and pixel size. Refused, too:

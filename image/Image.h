@@ -56,9 +56,11 @@ public:
 
     /// Makes a void image.
     Image();
-    /// Shares nothing: a copy of an image is made by `Operator::Copy`, a view of it by `ShallowCopy`.
+    /// Nothing copies an image on the way: a copy is assigned, or made by `Operator::Copy`, a view by `ShallowCopy`.
     Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
+    /// Takes pixels, type and window of another image, in a store of its own. The last error stays as it is, that of
+    /// the method whose result is assigned. Refused, leaving the image as it was: no memory (`CannotAllocate`).
+    Image& operator=(const Image& Other);
 
     /// Gives this image the window size of `Src` and `Type` (that of `Src` if `Undefined`). Pixels and window stay
     /// where they are if the window already fits. Refused: a void `Src` (`VoidObject`), no memory (`CannotAllocate`).
@@ -69,6 +71,10 @@ public:
     /// size, of a `Pitch` that is shorter than a row, or of a negative `Offset` (`OutOfRange`); `Undefined`, which lets
     /// go of what stood here (`VoidObject`).
     void Set(int Width, int Height, PixelTypes Type, void* Buffer = nullptr, int Pitch = 0, int Offset = 0);
+    /// Gives this image a store of that size and of the type that it has. A void image stays void until an operation
+    /// that fills its destination as it stands (a constant, a warp) gives it the size asked for, and a type. Refused as
+    /// above (`CannotAllocate`).
+    void Set(int Width, int Height);
 
     /// Resets the window to the whole store.
     void Window();
@@ -144,6 +150,8 @@ public:
     int TrySet(int Width, int Height, PixelTypes Type, int Pitch = 0);
     /// That of `Set` by another image, of which this is the window size: a window that fits stays where it is.
     int Fit(std::int64_t Width, std::int64_t Height, PixelTypes Type);
+    /// Gives a void image that was asked for a size a store of that size and `Type`; changes no other image.
+    int Settle(PixelTypes Type);
 
     /// A row of the window.
     template <typename T = std::uint8_t>
@@ -160,10 +168,13 @@ private:
     bool Allocate(int width, int height, PixelTypes type, int pitch);
     void PlaceFirstPixel();
     void ResetWindow();
+    void ShareStore(const Image& src);
+    void TakeWindow(const Image& src);
     template <typename T>
     T& Pixel(int x, int y, PixelTypes type, const char* context) const;
     std::uint8_t* FindPixel(int x, int y, PixelTypes type, const char* context) const;
 
+    int askedWidth_ = 0, askedHeight_ = 0; ///< the size that a void image will have
     SharedBytes block_; ///< keeps `Buffer` alive among all that share it; empty over an external buffer
 };
 

@@ -25,8 +25,8 @@ public:
     static int GrayDepth;
 
     /// Fills the window of `Dst` with the low byte of a constant (`Gray`, each channel of `Rgb`), its low 16 bits
-    /// (`Gray16`) or all its bits as they are (`Gray32`, `Float`). Refused, here and below: a void `Dst`
-    /// (`VoidObject`).
+    /// (`Gray16`) or all its bits as they are (`Gray32`, `Float`). A void `Dst` that was asked for a size becomes
+    /// `Gray`, below `Rgb` and `Rgba`. Refused, here and below: another void `Dst` (`VoidObject`).
     static void Copy(int Const, Image& Dst);
     /// Fills the window of an `Rgb` or an `Rgba` image.
     static void Copy(RgbPixel Const, Image& Dst);

@@ -179,7 +179,7 @@ public:
 
     /// Marks the sites in `Graph::PointColor`, and joins them by strokes in `Graph::LineColor`, from the origin of the
     /// image that the path was followed in.
-    void Draw(bool Vertices, bool Edges) const;
+    void Draw(bool Vertices, bool Edges = true) const;
 
     /// Shares the sites of `Src`. A path has no window, so the second argument changes nothing.
     void ShallowCopy(const Path& Src, bool KeepWindow);

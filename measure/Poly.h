@@ -113,7 +113,7 @@ public:
     void Transfer(Archive& Block);
 
     /// Marks the vertices in `Graph::PointColor`, and joins them by strokes in `Graph::LineColor`.
-    void Draw(bool Vertices, bool Edges) const;
+    void Draw(bool Vertices, bool Edges = true) const;
 
     /// Shares the vertices of `Src`. A polygon has no window, so the second argument changes nothing.
     void ShallowCopy(const Poly& Src, bool KeepWindow);

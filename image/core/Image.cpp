@@ -155,6 +155,8 @@ bool Image::Allocate(int width, int height, PixelTypes type, int pitch)
     StoreHeight = height;
     Pitch = pitch;
     Type = type;
+    askedWidth_ = 0;
+    askedHeight_ = 0;
     ResetWindow();
     return true;
 }
@@ -175,6 +177,24 @@ int Image::Fit(std::int64_t Width, std::int64_t Height, PixelTypes Type)
     // A size that no `int` holds becomes one that no store has.
     const auto held = [](std::int64_t size) { return static_cast<int>(size <= MaxInt ? size : 0); };
     return TrySet(held(Width), held(Height), Type);
+}
+
+int Image::Settle(PixelTypes Type)
+{
+    return this->Type == Undefined && askedWidth_ > 0 ? TrySet(askedWidth_, askedHeight_, Type) : NoError;
+}
+
+void Image::Set(int Width, int Height)
+{
+    const Entry entry("Tesk::Image::Set");
+    if (Type != Undefined) {
+        entry.Refuses(TrySet(Width, Height, Type));
+    } else if (Width < 1 || Height < 1) {
+        entry.Refuse(CannotAllocate, L"Cannot allocate the image buffer");
+    } else {
+        askedWidth_ = Width;
+        askedHeight_ = Height;
+    }
 }
 
 void Image::Set(const Image& Src, PixelTypes Type)
@@ -199,6 +219,8 @@ void Image::Set(int Width, int Height, PixelTypes Type, void* Buffer, int Pitch,
         this->Pitch = 0;
         this->Type = Undefined;
         GradGain = 1;
+        askedWidth_ = 0;
+        askedHeight_ = 0;
         ResetWindow();
         Window(); // reports the void image
         return;
@@ -339,6 +361,48 @@ void Image::PixelGray1(int X, int Y, bool Value)
     *pixel = static_cast<std::uint8_t>(Value ? *pixel | bit : *pixel & ~bit);
 }
 
+void Image::ShareStore(const Image& src)
+{
+    block_ = src.block_;
+    Buffer = src.Buffer;
+    BufferSize = src.BufferSize;
+    OwnsBuffer = false;
+    Type = src.Type;
+    StoreWidth = src.StoreWidth;
+    StoreHeight = src.StoreHeight;
+    Pitch = src.Pitch;
+    GradGain = src.GradGain;
+    AlignOffset = src.AlignOffset;
+    askedWidth_ = src.askedWidth_;
+    askedHeight_ = src.askedHeight_;
+}
+
+void Image::TakeWindow(const Image& src)
+{
+    X = src.X;
+    Y = src.Y;
+    Width = src.Width;
+    Height = src.Height;
+}
+
+Image& Image::operator=(const Image& Other)
+{
+    if (&Other == this) return *this;
+    Image copy;
+    copy.ShareStore(Other);
+    copy.TakeWindow(Other);
+    copy.Detach(true);
+    if (copy.Buffer && !copy.OwnsBuffer) {
+        Status::Raise(Status::Format(CannotAllocate, L"Cannot allocate the image buffer"), "Tesk::Image::operator=");
+        return *this;
+    }
+    ShareStore(copy);
+    OwnsBuffer = copy.OwnsBuffer;
+    TakeWindow(copy);
+    PlaceFirstPixel();
+    return *this;
+}
+
 void Image::ShallowCopy(const Image& Src, bool KeepWindow)
 {
     Status::Error().Code = NoError;
@@ -358,22 +422,8 @@ void Image::ShallowCopy(const Image& Src, bool KeepWindow)
         Width = Src.Width;
         Height = Src.Height;
     }
-    block_ = Src.block_;
-    Buffer = Src.Buffer;
-    BufferSize = Src.BufferSize;
-    OwnsBuffer = false;
-    Type = Src.Type;
-    StoreWidth = Src.StoreWidth;
-    StoreHeight = Src.StoreHeight;
-    Pitch = Src.Pitch;
-    GradGain = Src.GradGain;
-    AlignOffset = Src.AlignOffset;
-    if (KeepWindow) {
-        X = Src.X;
-        Y = Src.Y;
-        Width = Src.Width;
-        Height = Src.Height;
-    }
+    ShareStore(Src);
+    if (KeepWindow) TakeWindow(Src);
     PlaceFirstPixel();
 }
 

@@ -46,7 +46,7 @@ void warps::FillRing(const Ring& ring, const Image& src, Image& dst, bool interp
     }
 }
 
-void Geometry::Unwind(XY& Center, double BegAngle, double EndAngle, double BegRadius, double EndRadius,
+void Geometry::Unwind(const XY& Center, double BegAngle, double EndAngle, double BegRadius, double EndRadius,
                       const Image& Src, Image& Dst, bool Interpolate)
 {
     const Entry entry("Tesk::Geometry::Unwind");

@@ -37,9 +37,11 @@ int RefuseExtent(const Image& src)
                           int(src.Pitch));
 }
 
-int RefuseImages(const Image& Src, const Image& Dst, bool withRgba)
+int RefuseImages(const Image& Src, Image& Dst, bool withRgba)
 {
     if (const int code = CheckImage(Src)) return code;
+    if (sampledTypes.Has(Src.Type))
+        if (const int code = Dst.Settle(Src.Type)) return code;
     if (const int code = RefuseDestination(Src, Dst)) return code;
     const bool mapped = withRgba && Dst.Type == GeoMap && Src.Type == Rgba;
     if (!mapped && !sampledTypes.Has(Src.Type)) return RefuseType(Src.Type);

@@ -18,8 +18,9 @@ using namespace images;
 inline constexpr int fractionBits = 16;
 inline constexpr std::int64_t one = 1 << fractionBits;
 
-/// Checks source and destination of a warp; a map of `Rgba` is accepted `withRgba`. An `ErrorCodes` value.
-int RefuseImages(const Image& Src, const Image& Dst, bool withRgba);
+/// Checks source and destination of a warp; a map of `Rgba` is accepted `withRgba`. A destination that has no more than
+/// a size becomes one of the source's type. An `ErrorCodes` value.
+int RefuseImages(const Image& Src, Image& Dst, bool withRgba);
 
 /// Holds a checked source (a view, or a copy where the destination shares its memory or the offsets of a map
 /// cannot address the rows) and detaches the destination, with its pixels if it `keeps` some of them. An `ErrorCodes`

@@ -156,8 +156,10 @@ void ConvertPixels(const Image& src, Image& dst)
 }
 
 /// Checks and detaches the destination of a constant. True, and reported, if it takes none.
+/// An image that has no more than a size becomes one of the first type.
 bool RefusesConstant(const Entry& entry, Image& dst, std::initializer_list<PixelTypes> types)
 {
+    if (entry.Refuses(dst.Settle(*types.begin()))) return true;
     if (entry.Refuses(CheckImage(dst))) return true;
     if (!Types(types).Has(dst.Type)) return entry.Refuses(RefuseDestination(dst.Type));
     dst.DetachIfShared(false);

@@ -2,6 +2,9 @@
 
 #include "Failures.h"
 #include "foundation/Archive.h"
+#include "image/Geometry.h"
+#include "image/Operator.h"
+#include "image/Pyramid.h"
 
 #include <cstdio>
 #include <cstring>
@@ -115,6 +118,77 @@ TEST_F(ImageTest, ImpossibleSizesAreRefusedAndChangeNothing)
     EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Image::Window");
     EXPECT_EQ(image.Width, 0);
     EXPECT_EQ(image.FirstPixel, nullptr);
+}
+
+TEST_F(ImageTest, ASizeAloneKeepsTheTypeOrWaitsForOne)
+{
+    Image image, constant, turned, shadow;
+    image.Set(4, 4, Rgb);
+    image.Window(1, 1, 2, 2);
+    image.Set(6, 5);
+    EXPECT_EQ(image.Type, Rgb);
+    EXPECT_EQ(image.Width, 6);
+    EXPECT_EQ(image.StoreHeight, 5);
+    constant.Set(3, 0);
+    EXPECT_EQ(Status::Error().Code, CannotAllocate);
+    EXPECT_EQ(Message(), L"Cannot allocate the image buffer");
+    Operator::Copy(1, constant);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+
+    // A void image becomes what is put into it.
+    constant.Set(3, 2);
+    EXPECT_EQ(Status::Error().Code, NoError);
+    EXPECT_EQ(constant.Type, Undefined);
+    Operator::Invert(constant, turned);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+    shadow.ShallowCopy(constant, true);
+    Operator::Copy(RgbaPixel(1, 2, 3, 4), shadow);
+    EXPECT_EQ(shadow.PixelRgba(2, 1).Alpha, 4);
+    Operator::Copy(RgbPixel(1, 2, 3), constant);
+    EXPECT_EQ(constant.PixelRgb(2, 1).Blue, 3);
+    Operator::Copy(RgbaPixel(1, 2, 3, 4), constant);
+    EXPECT_EQ(Status::Error().Code, UnsupportedType) << "the type is settled now";
+    turned.Set(7, 1);
+    Geometry::Rotate(XY(0, 0), XY(0, 0), 0, 1, constant, turned);
+    EXPECT_EQ(Status::Error().Code, NoError);
+    EXPECT_EQ(turned.Type, Rgb);
+    EXPECT_EQ(turned.Width, 7);
+    EXPECT_EQ(turned.PixelRgb(6, 0).Green, 2);
+
+    // A size that was asked for goes with the image that it was asked of.
+    constant.Set(0, 0, Undefined);
+    Operator::Copy(1, constant);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+}
+
+TEST_F(ImageTest, AnAssignedImageIsACopyOfPixelsAndWindow)
+{
+    Image source, copy;
+    source.Set(5, 4, Gray);
+    for (int y = 0; y < 4; y++)
+        for (int x = 0; x < 5; x++)
+            source.PixelGray(x, y) = static_cast<GrayPixel>(10 * y + x);
+    source.Window(1, 2, 3, 2);
+    copy.Set(9, 9, Rgb);
+    copy.Window(4, 4, 2, 2);
+    copy = source;
+    source.PixelGray(1, 2) = 99;
+    EXPECT_TRUE(copy.OwnsBuffer);
+    EXPECT_EQ(copy.X, 1);
+    EXPECT_EQ(copy.Height, 2);
+    EXPECT_EQ(copy.PixelGray(1, 2), 21);
+    copy.Window();
+    EXPECT_EQ(copy.PixelGray(4, 0), 4) << "the store is copied, not the window alone";
+    copy = *&copy;
+    EXPECT_EQ(copy.PixelGray(4, 3), 34);
+
+    // The result of a method that refused is void, and its refusal stands.
+    Pyramid none;
+    copy = none.Bitmap(0);
+    EXPECT_EQ(Status::Error().Code, VoidObject);
+    EXPECT_STREQ(Status::AsciiFunction(), "Tesk::Pyramid::Bitmap");
+    EXPECT_EQ(copy.Type, Undefined);
+    EXPECT_EQ(copy.FirstPixel, nullptr);
 }
 
 TEST_F(ImageTest, ExternalBuffersThatNoRowsFitInAreRefused)
