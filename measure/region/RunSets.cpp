@@ -18,6 +18,8 @@ RunList Inverted(std::int64_t x, std::int64_t y, std::int64_t width, std::int64_
             i++;
         int from = left;
         for (; i < src.size() && src[i].Y == row; i++) {
+            // A run without a pixel parts nothing.
+            if (src[i].Start >= src[i].End) continue;
             if (src[i].Start > from) {
                 const int to = Min<int>(src[i].Start, right);
                 if (from < to) result.push_back(MakeRun(from, to, row));
@@ -80,6 +82,7 @@ RunList Subtracted(RunSpan a, RunSpan b)
             j++;
         int from = run.Start;
         for (std::size_t k = j; k < b.size() && b[k].Y == run.Y && b[k].Start < run.End; k++) {
+            if (b[k].Start >= b[k].End) continue;
             if (b[k].Start > from) add(from, b[k].Start, run.Y);
             from = Max<int>(from, b[k].End);
         }

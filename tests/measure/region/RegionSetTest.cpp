@@ -219,6 +219,12 @@ TEST_F(RegionSets, ErosionByARowKeepsLabelsAndRunsThatItEmpties)
     Region other;
     other.Unite(region, region);
     EXPECT_EQ(other.NumRuns, 0);
+    Region box;
+    box.BoxAppend(Limits(3, 1, 4, 1));
+    other.Subtract(box, region);
+    EXPECT_EQ(RunsOf(other), RunsOf(box)) << "a run without a pixel parts nothing";
+    other.Invert(3, 1, 4, 1, region);
+    EXPECT_EQ(RunsOf(other), RunsOf(box));
     row.Horizontal(3);
     region.Clear();
     region.BoxAppend(Limits(3, 1, 1, 1));
