@@ -26,8 +26,9 @@ class Entry;
 ///
 /// Numbers beyond 1e100 and such that are none are refused (`OutOfRange`) in features. No distance is ever undefined: a
 /// direction in which a class or the whole of the samples has no spread counts as if its variance were 1e-12 of that of
-/// the column, else of the largest variance of the columns, else 1. Classes without samples are never chosen. Results
-/// of refused calls stay as they were, and the class is -1.
+/// the column, else of the largest variance of the columns, else 1. The mean of a class without samples is at 0, where
+/// the straight distance finds it; under the other metrics such a class is never chosen. Results of refused calls stay
+/// as they were, and the class is -1.
 class Classifier : public TableStore
 {
     template <typename T>
@@ -62,7 +63,8 @@ public:
     /// (`OutOfRange`).
     int NearestNeighbor(int& Index, double& Distance, int Sample) const;
     /// The class of most of the `K` nearest samples, and of equals that of the nearer one; `Index` is its nearest
-    /// sample. 0 asks for the single nearest. Refused, too: `K` below 0, or not below the number of trained samples
+    /// sample. Of samples as far as the `K`-th the one met last counts, in the order of the tree or of the rows. 0 asks
+    /// for the single nearest. Refused, too: `K` below 0, or not below the number of trained samples
     /// (`OutOfRange`).
     int NearestNeighbors(int K, int& Index, double& Distance, int Sample) const;
     /// The same by looking at all samples, under any `Metric`.
@@ -103,7 +105,9 @@ private:
     class Best;
     static constexpr double farthestFeature = 1e100;
 
-    int CheckTraining(int count, const int* features, int classFeature, int numClasses) const;
+    int CheckColumns(int count, const int* features) const;
+    int CheckTypes(int count, const int* features) const;
+    int CheckClasses(int classFeature, int numClasses) const;
     int CheckClass(int classFeature, int sample, int numClasses) const;
     int ReadFeatures(const std::vector<int>& columns, std::vector<double>& values) const;
     double Value(int row, int column) const;

@@ -97,16 +97,26 @@ int Classifier::CheckClass(int classFeature, int sample, int numClasses) const
                           sample, numClasses - 1);
 }
 
-int Classifier::CheckTraining(int count, const int* features, int classFeature, int numClasses) const
+int Classifier::CheckColumns(int count, const int* features) const
 {
     if (count < 1 || !features)
         return Status::Format(OutOfRange, L"The number of features (%d) must be positive", count);
-    for (int i = 0; i < count; i++) {
+    for (int i = 0; i < count; i++)
         if (const int code = CheckFeature(features[i])) return code;
+    return NoError;
+}
+
+int Classifier::CheckTypes(int count, const int* features) const
+{
+    for (int i = 0; i < count; i++)
         if (const int type = Record(features[i]).Type; !IsNumber(type))
             return Status::Format(OutOfRange, L"The feature type (%ls) at index (%d) is not supported", TypeName(type),
                                   features[i]);
-    }
+    return NoError;
+}
+
+int Classifier::CheckClasses(int classFeature, int numClasses) const
+{
     if (classFeature < -FirstFeature || classFeature >= NumFeatures)
         return Status::Format(OutOfRange, L"The class index (%d) must be in range [0..%d]", classFeature,
                               NumFeatures - 1);
@@ -190,7 +200,9 @@ void Classifier::Learn(int kind, std::vector<int>&& columns, int classFeature, s
 void Classifier::TrainClusters(int NumFeatures, const int* Features, int ClassFeature, int NumClasses)
 {
     const Entry entry("Tesk::Classifier::TrainClusters");
-    if (entry.Refuses(CheckTraining(NumFeatures, Features, ClassFeature, NumClasses))) return;
+    if (entry.Refuses(CheckClasses(ClassFeature, NumClasses)) || entry.Refuses(CheckColumns(NumFeatures, Features)) ||
+        entry.Refuses(CheckTypes(NumFeatures, Features)))
+        return;
     entry.Refuses(WithMemory(noMemory, [&] {
         const std::int64_t numbers = std::int64_t{NumFeatures} * NumFeatures;
         if (numbers > mostNumbers / NumClasses) return Status::Format(CannotAllocate, noMemory);
@@ -221,7 +233,9 @@ void Classifier::TrainNeighbors(int NumFeatures, const int* Features, int ClassF
         entry.Refuse(VoidObject, L"No feature has been appended yet");
         return;
     }
-    if (entry.Refuses(CheckTraining(NumFeatures, Features, ClassFeature, NumClasses))) return;
+    if (entry.Refuses(CheckColumns(NumFeatures, Features)) || entry.Refuses(CheckClasses(ClassFeature, NumClasses)) ||
+        entry.Refuses(CheckTypes(NumFeatures, Features)))
+        return;
     entry.Refuses(WithMemory(noMemory, [&] {
         if (std::int64_t{NumFeatures} * NumFeatures > mostNumbers) return Status::Format(CannotAllocate, noMemory);
         std::vector<int> columns(Features, Features + NumFeatures), rows(static_cast<std::size_t>(int(NumSamples)));

@@ -17,7 +17,8 @@ using namespace tables;
 class Classifier::Best
 {
 public:
-    explicit Best(int count) : count_(static_cast<std::size_t>(count)) {}
+    /// The `k` nearest, or with 0 the single nearest.
+    explicit Best(int k) : count_(k > 0 ? static_cast<std::size_t>(k) : 1), single_(k == 0) {}
 
     /// The squared distance beyond which nothing is taken any more.
     double Limit() const
@@ -28,8 +29,8 @@ public:
     void Offer(int row, double squared)
     {
         if (nearest_.size() == count_) {
-            // The single nearest is the first of equals.
-            if (squared > nearest_.back().Squared || (count_ == 1 && squared == nearest_.back().Squared)) return;
+            // The single nearest is the first of equals; into a list, the latest of equals comes.
+            if (squared > nearest_.back().Squared || (single_ && squared == nearest_.back().Squared)) return;
             nearest_.pop_back();
         }
         const auto place = std::upper_bound(nearest_.begin(), nearest_.end(), squared,
@@ -41,6 +42,7 @@ public:
 
 private:
     std::size_t count_;
+    bool single_;
     std::vector<Neighbor> nearest_;
 };
 
@@ -106,7 +108,8 @@ int Classifier::FindCluster(const Entry& entry, int metric, double& distance, in
         if (const int code = CheckQuery(sample, query)) return code;
         double nearest = std::numeric_limits<double>::infinity();
         for (std::size_t i = 0; i < groups_.size(); i++) {
-            if (groups_[i].Count < 1) continue;
+            // The mean of a class without samples is there, at 0; it has no spread to measure by.
+            if (groups_[i].Count < 1 && metric != StraightDistance) continue;
             const double squared = Squared(query.data(), groups_[i].Mean.data(), groups_[i], metric);
             if (squared >= nearest) continue;
             nearest = squared;
@@ -195,7 +198,7 @@ int Classifier::Find(bool throughTree, int k, int sample, int& index, double& di
     return WithMemory(noMemory, [&] {
         std::vector<double> query;
         if (const int code = CheckQuery(sample, query)) return code;
-        Best best(Max(k, 1));
+        Best best(k);
         if (throughTree)
             Search(0, 0, tree_.size(), query.data(), best);
         else
