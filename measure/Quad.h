@@ -9,13 +9,15 @@ namespace Tesk {
 class Image;
 
 /// A strip of `Width` x `Height` pixels that starts at its first corner and runs along `Angle`. Bent, it runs round a
-/// circle, and `Angle` is the direction in which it sets out: the smaller the bend, the more it looks like the straight
-/// one. Setters take angles in degrees, from the x axis towards the y axis; fields are in radians. A setter refuses
-/// numbers that are not finite or over 2^30 (`OutOfRange`) and leaves the quad as it was.
+/// circle, and `Angle` is the direction in which its outline sets out: as seen from the centre of the circle the sector
+/// starts a quarter turn before it, or bent counterclockwise a quarter turn behind it. Setters take angles in degrees,
+/// from the x axis towards the y axis; fields are in radians. A setter refuses numbers that are not finite or over 2^30
+/// (`OutOfRange`) and leaves the quad as it was.
 ///
 ///     Quad quad;
-///     quad.SetCenter(320, 240, 200, 80, 30, 0);        // a rectangle about the middle of a picture, turned by 30
-///     degrees Image upright; quad.Sample(picture, upright, true);             // its inside, 200 x 80 pixels
+///     quad.SetCenter(320, 240, 200, 80, 30, 0);        // a rectangle about the middle of a picture, turned
+///     Image upright;
+///     quad.Sample(picture, upright, true);             // its inside, 200 x 80 pixels
 ///     quad.SetArc(320, 240, 90, 120, 0, 180);          // half a ring
 class Quad
 {
@@ -24,7 +26,7 @@ class Quad
 
 public:
     Field<double> X, Y;   ///< the first corner; bent, the centre of the circle
-    Field<double> Width;  ///< length along `Angle`; bent, the outer radius
+    Field<double> Width;  ///< length along `Angle`; bent, the outer radius, whose sign does not matter to the outline
     Field<double> Height; ///< extent across, to the right of `Angle` on the screen; bent, the difference of the radii
     Field<double> Angle;  ///< 0 to 2 pi
     Field<double> Bend;  ///< angle swept round the circle, -2 pi to 2 pi, positive clockwise on the screen; 0: straight
@@ -39,9 +41,12 @@ public:
     /// The sector of the ring between two radii that sets out in the direction `FromAngle` and ends in the direction
     /// `ToAngle`; over more than a full turn, whole turns are left out.
     void SetArc(double X, double Y, double InnerRadius, double OuterRadius, double FromAngle, double ToAngle);
-    /// By the middle of the shape. Bent, `Width` is the length of the line half way between the two arcs.
+    /// By the middle of the shape. Bent, `Width` is the length of the line half way between the two arcs; its radius,
+    /// `Width` over the bend in radians, has the sign of the bend. The centre of the circle lies that far from (`X`,
+    /// `Y`), against the direction `Angle` + `Bend` / 2: that of the middle as `Sample` reads a counterclockwise bend.
     void SetCenter(double X, double Y, double Width, double Height, double Angle, double Bend);
-    /// By the first corner, which of a bent quad is the start of the outer arc.
+    /// By the first corner. Bent, with radii as for `SetCenter`, the centre of the circle lies an outer radius from
+    /// (`X`, `Y`), against the direction `Angle`.
     void SetCorner(double X, double Y, double Width, double Height, double Angle, double Bend);
     /// A straight quad by its first corner, with the angle in radians as model files keep it.
     void SetTurned(double X, double Y, double Width, double Height, double Radians);
@@ -62,9 +67,11 @@ public:
     void Bounds(int& Left, int& Top, int& Right, int& Bottom) const;
 
     /// Reads the inside into an image of `Height` rows, the first corner at the top left. Straight, sizes are rounded;
-    /// bent, `Height` is truncated and the width is the length of the middle line, truncated. `Src` is `Gray`,
-    /// `Gray16`, `Gray32` or `Rgb` (`UnsupportedType`), its window's corner being (0, 0); positions outside take the
-    /// pixel at its border. Refused, too: a void source (`VoidObject`), sizes below 1 or without memory
+    /// bent, `Height` is truncated and the width is the length of the middle line, truncated. The columns of a ring
+    /// bent clockwise go from the start of its outline to its end; bent counterclockwise, from the direction `Angle` as
+    /// seen from the centre, on by `Bend`. `Src` is `Gray`, `Gray16`, `Gray32` or `Rgb` (`UnsupportedType`), its
+    /// window's corner being (0, 0); positions outside take the pixel at its border. Refused, too: a void source
+    /// (`VoidObject`), sizes below 1 or without memory
     /// (`CannotAllocate`), positions more than 2^31 pixels away (`OutOfRange`).
     void Sample(const Image& Src, Image& Dst, bool Bilinear) const;
 

@@ -115,8 +115,8 @@ void Quad::SetCenter(double X, double Y, double Width, double Height, double Ang
              {X - (Width * c - Height * s) / 2, Y - (Width * s + Height * c) / 2, Width, Height, a, bend, false});
         return;
     }
-    const double middle = Width / std::abs(bend);
-    const XY center = From({X, Y}, -middle, StartOf(a, bend) + bend / 2);
+    const double middle = Width / bend;
+    const XY center = From({X, Y}, -middle, a + bend / 2);
     Take("Tesk::Quad::SetCenter", {center.X, center.Y, middle + Height / 2, Height, a, bend, true});
 }
 
@@ -127,8 +127,8 @@ void Quad::SetCorner(double X, double Y, double Width, double Height, double Ang
         Take("Tesk::Quad::SetCorner", {X, Y, Width, Height, a, bend, false});
         return;
     }
-    const double outer = Width / std::abs(bend) + Height / 2;
-    const XY center = From({X, Y}, -outer, StartOf(a, bend));
+    const double outer = Width / bend + Height / 2;
+    const XY center = From({X, Y}, -outer, a);
     Take("Tesk::Quad::SetCorner", {center.X, center.Y, outer, Height, a, bend, true});
 }
 
@@ -158,10 +158,11 @@ double Quad::StartAngle() const
     return StartOf(Angle, Bend);
 }
 
-/// A point of the ring, `share` of the way from the start of the sector to its end.
+/// A point of the ring, on the circle of a radius whatever its sign, `share` of the way from the start of the sector to
+/// its end.
 XY Quad::RingPoint(double radius, double share) const
 {
-    return From({X, Y}, radius, StartAngle() + share * Bend);
+    return From({X, Y}, std::abs(radius), StartAngle() + share * Bend);
 }
 
 XY Quad::Corner(int Index) const
@@ -195,12 +196,12 @@ void Quad::Bounds(int& Left, int& Top, int& Right, int& Bottom) const
     for (int i = 1; i < 4; i++)
         unite(Corner(i));
     if (Bent) {
-        // Where the arcs touch an upright line. The inner one sticks out only where its radius is negative.
+        // Where the arcs touch an upright line.
         const double lower = Min(StartAngle(), StartAngle() + Bend), upper = Max(StartAngle(), StartAngle() + Bend);
         for (double k = std::ceil(lower / (pi / 2)); k * (pi / 2) <= upper; k++) {
             const auto quadrant = static_cast<unsigned>(static_cast<int>(k)) % 4;
             const XY direction(quadrant == 0 ? 1 : quadrant == 2 ? -1 : 0, quadrant == 1 ? 1 : quadrant == 3 ? -1 : 0);
-            for (const double radius : {double(Width), Width - Height})
+            for (const double radius : {std::abs(Width), std::abs(Width - Height)})
                 unite({X + radius * direction.X, Y + radius * direction.Y});
         }
     }

@@ -77,8 +77,8 @@ void Quad::Draw(bool Handles, bool Anchors) const
         Graph::Polyline4(Corner(0), Corner(1), Corner(2), Corner(3), -1);
     } else {
         for (const double radius : {double(Width), Width - Height})
-            Graph::EllipseArcRadians(X, Y, std::abs(radius), std::abs(radius), radius < 0 ? pi : 0,
-                                     Min(start, start + Bend), Max(start, start + Bend));
+            Graph::EllipseArcRadians(X, Y, std::abs(radius), std::abs(radius), 0, Min(start, start + Bend),
+                                     Max(start, start + Bend));
         if (std::abs(Bend) < turn)
             for (const int i : {0, 1})
                 Graph::Line(Corner(i).X, Corner(i).Y, Corner(3 - i).X, Corner(3 - i).Y);
@@ -107,7 +107,7 @@ DraggingHandles Quad::HitHandle(int X, int Y) const
     const XY corner(this->X, this->Y);
     bool inside = false;
     if (Bent) {
-        inside = pointer.IsOnRing(corner, Width - Height / 2, std::abs(Height), StartAngle(), Bend);
+        inside = pointer.IsOnRing(corner, std::abs(Width - Height / 2), std::abs(Height), StartAngle(), Bend);
     } else {
         const XY at = ToFrame(pointer.Point(), corner, Angle);
         inside = at.X >= Min(0.0, double(Width)) && at.X <= Max(0.0, double(Width)) &&
@@ -154,11 +154,16 @@ void Quad::DragBent(XY to)
 {
     const Sides sides(Handle);
     const bool centered = Centered && !sides.IsCorner();
+    // The radii of a quad that was bent counterclockwise about its middle are negative.
+    const double side = Width < 0 ? -1 : 1;
     double inner = Width - Height, outer = Width;
-    if (sides.top || sides.bottom) MoveEnd(inner, outer, sides.bottom, std::hypot(to.X - X, to.Y - Y), centered);
-    if (inner < 0) {
+    if (sides.top || sides.bottom) MoveEnd(inner, outer, sides.bottom, side * std::hypot(to.X - X, to.Y - Y), centered);
+    if (side > 0 && inner < 0) {
         inner = 0;
         outer = Max(outer, shortest);
+    } else if (side < 0 && outer > 0) {
+        outer = 0;
+        inner = Min(inner, -shortest);
     }
     Width = outer;
     Height = outer - inner;
@@ -167,7 +172,7 @@ void Quad::DragBent(XY to)
     const double sense = Bend < 0 ? -1 : 1, start = StartAngle(), seen = std::atan2(to.Y - Y, to.X - X);
     double first = 0, last = std::abs(Bend);
     const double at = Nearest(sense * (seen - start), sides.left ? first : last),
-                 length = Max(shortest, Width - Height / 2);
+                 length = Max(shortest, std::abs(Width - Height / 2));
     double scaledFirst = first * length, scaledLast = last * length;
     MoveEnd(scaledFirst, scaledLast, sides.left, at * length, centered);
     first = scaledFirst / length;

@@ -11,7 +11,7 @@ void Quad::Sample(const Image& Src, Image& Dst, bool Bilinear) const
 {
     const Entry entry("Tesk::Quad::Sample");
     if (Bent) {
-        const double start = StartAngle(), length = (Width - Height / 2) * std::abs(Bend);
+        const double start = Bend > 0 ? StartAngle() : double(Angle), length = std::abs((Width - Height / 2) * Bend);
         const warps::Ring ring{{X, Y}, ToDegrees(start), ToDegrees(start + Bend), Width - Height, Width};
         entry.Refuses(warps::SampleRing(ring, Src, Dst, static_cast<std::int64_t>(length),
                                         static_cast<std::int64_t>(double(Height)), Bilinear));

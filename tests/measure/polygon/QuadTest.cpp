@@ -92,31 +92,42 @@ TEST_F(QuadTest, AnglesStayInTheirRange)
     }
 }
 
-TEST_F(QuadTest, ASlightBendHardlyMovesTheCorners)
+TEST_F(QuadTest, AStraightQuadHasItsMiddleOrItsCornerWhereItWasSet)
 {
-    Quad straight, bent;
-    straight.SetCenter(100, 80, 60, 20, 25, 0);
-    bent.SetCenter(100, 80, 60, 20, 25, 0.01);
-    for (int i = 0; i < 4; i++)
-        ExpectNear(bent.Corner(i), straight.Corner(i).X, straight.Corner(i).Y, 0.01);
-    // Bent the other way the outer arc is on the other side.
-    bent.SetCenter(100, 80, 60, 20, 25, -0.01);
-    for (int i = 0; i < 4; i++)
-        ExpectNear(bent.Corner(i), straight.Corner(3 - i).X, straight.Corner(3 - i).Y, 0.01);
-    bent.SetCorner(straight.Corner(0).X, straight.Corner(0).Y, 60, 20, 25, 0.01);
-    ExpectNear(bent.Corner(2), straight.Corner(2).X, straight.Corner(2).Y, 0.01);
+    Quad quad;
+    quad.SetCenter(40, 50, 90, 12, 70, 0);
+    ExpectNear(quad.Middle(), 40, 50);
+    quad.SetCorner(40, 50, 90, 12, 70, 0);
+    ExpectNear(quad.Corner(0), 40, 50);
 }
 
-TEST_F(QuadTest, MiddleAndFirstCornerAreWhereTheyWereSet)
+TEST_F(QuadTest, TheCircleOfABentQuadLiesBehindTheGivenPoint)
 {
-    for (const double bend : {-360.0, -120.0, 0.0, 45.0, 200.0}) {
+    // A quarter turn of a middle line of radius 20, either way.
+    const double h = 20 * std::sqrt(0.5);
+    struct
+    {
+        bool middle;
+        double angle, bend, x, y, outer;
+    } const cases[] = {{true, 0, 90, 40 - h, 50 - h, 26},
+                       {true, 90, 90, 40 + h, 50 - h, 26},
+                       {true, 0, -90, 40 + h, 50 - h, -14},
+                       {false, 0, 90, 40 - 26, 50, 26},
+                       {false, 90, -90, 40, 50 + 14, -14}};
+    for (const auto& k : cases) {
         Quad quad;
-        quad.SetCenter(40, 50, 90, 12, 70, bend);
-        ExpectNear(quad.Middle(), 40, 50);
-        quad.SetCorner(40, 50, 90, 12, 70, bend);
-        ExpectNear(quad.Corner(0), 40, 50);
-        if (bend == 0) continue;
-        EXPECT_NEAR((quad.Width - quad.Height / 2) * std::abs(quad.Bend), 90, 1e-9);
+        if (k.middle)
+            quad.SetCenter(40, 50, 10 * pi, 12, k.angle, k.bend);
+        else
+            quad.SetCorner(40, 50, 10 * pi, 12, k.angle, k.bend);
+        ExpectNear({quad.X, quad.Y}, k.x, k.y);
+        EXPECT_NEAR(quad.Width, k.outer, 1e-9);
+        EXPECT_EQ(quad.Height, 12);
+        EXPECT_NEAR(quad.Angle, ToRadians(k.angle), 1e-12);
+        EXPECT_TRUE(quad.Bent);
+        // The corners lie on the circles of both radii, whatever their sign.
+        EXPECT_NEAR(std::hypot(quad.Corner(0).X - k.x, quad.Corner(0).Y - k.y), std::abs(k.outer), 1e-9);
+        EXPECT_NEAR(std::hypot(quad.Corner(3).X - k.x, quad.Corner(3).Y - k.y), std::abs(k.outer - 12), 1e-9);
     }
 }
 
@@ -242,12 +253,23 @@ TEST_F(QuadTest, ABentSampleUnwindsTheRing)
         Quad quad;
         quad.SetArc(50, 48, 20, 40.5, 30, to);
         quad.Sample(src, dst, true);
-        const double bend = to - 30, start = to > 0 ? 30 - 90 : 30 + 90;
+        const double bend = to - 30, start = to > 0 ? 30 - 90 : 30;
         unwound.Set(static_cast<int>(30.25 * std::abs(ToRadians(bend))), 20, Gray);
         XY center(50, 48);
         Geometry::Unwind(center, start, start + bend, 20, 40.5, src, unwound, true);
         ExpectSamePixels(dst, unwound);
     }
+    // Bent counterclockwise about a pixel that alone is set, it is in the middle of what is read.
+    src.Set(100, 100, Gray);
+    for (int y = 0; y < 100; y++)
+        std::memset(src.Row(y), 0, 100);
+    src.PixelGray(52, 45) = 200;
+    Quad quad;
+    quad.SetCenter(52, 45, 41.5, 11, 25, -80);
+    quad.Sample(src, dst, false);
+    ASSERT_EQ(dst.Width, 41);
+    ASSERT_EQ(dst.Height, 11);
+    EXPECT_EQ(dst.PixelGray(20, 5), 200);
 }
 
 TEST_F(QuadTest, WhatCannotBeSampledIsRefused)
@@ -377,6 +399,16 @@ TEST_F(QuadTest, ABentQuadIsDraggedByRadiiAndDirections)
         EXPECT_NEAR(std::remainder(quad.StartAngle() + quad.Bend - last, 2 * pi), 0, 1e-9);
         EXPECT_NEAR(quad.Bend, sense * (pi - 0.5), 1e-3);
     }
+    // With radii below 0 the first side is the inner one, and no drag takes it across the centre.
+    Quad quad;
+    quad.SetCenter(100, 100, 40 * pi, 20, 0, -90);
+    const XY center(quad.X, quad.Y), first(center.X + 70 * std::cos(pi / 4), center.Y + 70 * std::sin(pi / 4));
+    ASSERT_EQ(quad.HitHandle(Graph::ToTarget(first.X), Graph::ToTarget(first.Y)), NHandle);
+    quad.Drag(Graph::ToTarget(center.X + 60), Graph::ToTarget(center.Y));
+    EXPECT_NEAR(quad.Width, -60, 1);
+    EXPECT_NEAR(quad.Width - quad.Height, -90, 1e-9);
+    quad.Drag(Graph::ToTarget(center.X + 300), Graph::ToTarget(center.Y));
+    EXPECT_NEAR(quad.Height, 1, 1e-9);
 }
 
 } // namespace
