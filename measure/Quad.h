@@ -71,8 +71,8 @@ public:
     /// bent clockwise go from the start of its outline to its end; bent counterclockwise, from the direction `Angle` as
     /// seen from the centre, on by `Bend`. `Src` is `Gray`, `Gray16`, `Gray32` or `Rgb` (`UnsupportedType`), its
     /// window's corner being (0, 0); positions outside take the pixel at its border. Refused, too: a void source
-    /// (`VoidObject`), sizes below 1 or without memory
-    /// (`CannotAllocate`), positions more than 2^31 pixels away (`OutOfRange`).
+    /// (`VoidObject`), sizes below 1 or without memory (`CannotAllocate`), positions more than 2^31 pixels away
+    /// (`OutOfRange`).
     void Sample(const Image& Src, Image& Dst, bool Bilinear) const;
 
     /// Outlines the shape in `Graph::LineColor`; with `Handles`, marks what `HitHandle` finds, and with `Anchors` the
