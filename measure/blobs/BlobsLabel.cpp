@@ -59,7 +59,7 @@ void RunLabeler::Label(const ScannedRow& row)
             label = RootOf(parents, met->Label);
             for (met++; met != end && met->Start < stop + reach; met++) {
                 const std::int32_t other = RootOf(parents, met->Label);
-                if (other != label) label = Unite(parents, label, other);
+                if (other != label) label = UniteRoots(parents, label, other);
             }
             // A run behind this one meets the last of these at most.
             if constexpr (!overlap) above = met - 1;
@@ -126,7 +126,7 @@ void Blobs::AddRun(int Start, int End, int Y)
             const std::int32_t other = at(met).Label;
             if (other < 0 || other >= numLabels_ || classes[static_cast<std::size_t>(other)] != DefaultClass) continue;
             const std::int32_t root = RootOf(parents.data(), other);
-            label = label == MinInt || label == root ? root : blobs::Unite(parents.data(), label, root);
+            label = label == MinInt || label == root ? root : UniteRoots(parents.data(), label, root);
         }
         if (label == MinInt) {
             label = numLabels_++;

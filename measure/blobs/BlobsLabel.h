@@ -32,7 +32,7 @@ inline std::int32_t RootOf(std::int32_t* parents, std::int32_t label)
 }
 
 /// Unites the sets of two roots. The result is the smaller one, which is the root of both.
-inline std::int32_t Unite(std::int32_t* parents, std::int32_t a, std::int32_t b)
+inline std::int32_t UniteRoots(std::int32_t* parents, std::int32_t a, std::int32_t b)
 {
     const std::int32_t root = Min(a, b), other = Max(a, b);
     parents[other] = root;

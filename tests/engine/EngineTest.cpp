@@ -324,6 +324,8 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     Region region;
     region.BoxAppend(Limits(1, 2, 4, 3));
     region.Write(Path("a.Region").c_str());
+    // Pixels of one value are one blob.
+    Append(FindMethod(L"Segment", L"Threshold"));
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
     for (int node = 181; node < Engine::NumNodes; node++) {
