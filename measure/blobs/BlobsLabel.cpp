@@ -6,8 +6,11 @@
 #include "measure/region/RunLists.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <numeric>
 #include <typeinfo>
+#include <utility>
 
 namespace Tesk {
 

@@ -69,6 +69,13 @@ Pieces PiecesOf(const Blobs& blobs)
     return pieces;
 }
 
+/// Column and row of the first pixel of a blob.
+std::pair<int, int> FirstOf(const Blobs& blobs, int blob)
+{
+    const Site first = blobs.FirstPixel(blob);
+    return {first.X, first.Y};
+}
+
 /// A `Gray` image of rows of text, 200 where there is an '#' and 40 elsewhere.
 void Draw(Image& image, const std::vector<std::string>& rows)
 {
@@ -162,8 +169,8 @@ TEST_F(BlobsSegment, ArmsThatMeetAreOneBlobUnderTheFirstLabel)
     Blobs blobs;
     blobs.Segment(100, image, true, true, 1);
     ASSERT_EQ(blobs.NumBlobs, 2);
-    EXPECT_EQ(blobs.FirstPixel(0), (Site{0, 0}));
-    EXPECT_EQ(blobs.FirstPixel(1), (Site{2, 1}));
+    EXPECT_EQ(FirstOf(blobs, 0), std::pair(0, 0));
+    EXPECT_EQ(FirstOf(blobs, 1), std::pair(2, 1));
     EXPECT_EQ(blobs.NumRuns(0), 7);
 }
 
@@ -183,7 +190,7 @@ TEST_F(BlobsSegment, OnlyAreasWithinTheBoundsAreBlobs)
     EXPECT_EQ(blobs.Area(), 18) << "the region side keeps the runs of what was rejected";
     blobs.Segment(100, image, true, true, 2, 4);
     ASSERT_EQ(blobs.NumBlobs, 2);
-    EXPECT_EQ(blobs.FirstPixel(1), (Site{2, 2}));
+    EXPECT_EQ(FirstOf(blobs, 1), std::pair(2, 2));
     blobs.Segment(100, image, true, true, MaxInt);
     EXPECT_EQ(blobs.NumBlobs, 0);
     blobs.Segment(100, image, true, true, MinInt, 1);
@@ -191,7 +198,7 @@ TEST_F(BlobsSegment, OnlyAreasWithinTheBoundsAreBlobs)
     // A copy keeps what the other one replaces.
     const Blobs copy(blobs);
     blobs.Segment(100, image, false);
-    EXPECT_EQ(copy.FirstPixel(0), (Site{0, 2}));
+    EXPECT_EQ(FirstOf(copy, 0), std::pair(0, 2));
     EXPECT_EQ(blobs.NumBlobs, 1);
 }
 
@@ -229,13 +236,12 @@ TEST_F(BlobsSegment, TypesAndThresholdsDecideWhichPixelsAreActive)
             expect([&](int x, int y) { return (adaptive.Row(y)[x] == 255) == above; }, "adaptive");
             EXPECT_EQ(blobs.Threshold, 0);
         }
-        // On the line from (10, 20, 30) to (200, 100, 50), half way between them.
+        // 256 / 42900 times the differences 190, 80 and 20 of the channels, in 1024ths, and the place half way.
         blobs.Segment(RgbPixel(10, 20, 30), RgbPixel(200, 100, 50), colors, above, true, 1);
         expect(
             [&](int x, int y) {
                 const RgbPixel p = colors.Row<RgbPixel>(y)[x];
-                return (190 * (p.Red - 10) + 80 * (p.Green - 20) + 20 * (p.Blue - 30) >=
-                        (190 * 190 + 80 * 80 + 20 * 20) / 2) == above;
+                return (1161 * p.Red + 488 * p.Green + 122 * p.Blue >= 156125) == above;
             },
             "colors");
     }
@@ -414,6 +420,7 @@ TEST_F(BlobsSegment, RefusalsLeaveTheBlobsThatStand)
     codes(OutOfRange, [&] { blobs.Segment(8, 0, gray); });
     codes(IncompatibleSize, [&] { blobs._Segment(gray, gray, small, 0, 9); });
     codes(IncompatibleType, [&] { blobs._Segment(gray, words, gray, 0, 9); });
+    std::fill_n(wide.Row(0), 32768, 0);
     wide.Window(1, 0, 32766, 1);
     blobs.Segment(0, wide);
     EXPECT_EQ(Status::Error().Code, NoError);
@@ -429,7 +436,7 @@ TEST_F(BlobsSegment, ManyBlobsAndWideImages)
     Blobs blobs;
     blobs.Segment(128, image, true, true, 1);
     ASSERT_EQ(blobs.NumBlobs, 1000000);
-    EXPECT_EQ(blobs.FirstPixel(999999), (Site{1998, 1998}));
+    EXPECT_EQ(FirstOf(blobs, 999999), std::pair(1998, 1998));
     image.Set(32767, 2, Gray);
     for (int y = 0; y < 2; y++)
         std::fill_n(image.Row(y), 32767, y == 0 ? 0 : 255);
