@@ -45,7 +45,7 @@ struct Moments
     double mean, variance;
 };
 
-/// Those of a `Gray` image.
+/// Those of a `Gray` or `Gray16` image, of exact sums.
 Moments MomentsOf(const Image& gray);
 
 } // namespace Tesk::levels

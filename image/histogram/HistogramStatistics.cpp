@@ -30,17 +30,20 @@ T OnHistogram(const char* context, const Histogram& histogram, T neutral, F f)
     return neutral;
 }
 
+int CheckGrays(const Image& src)
+{
+    if (const int code = CheckImage(src)) return code;
+    if (src.Type == Gray || src.Type == Gray16) return NoError;
+    return Status::Format(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation",
+                          PixelTypeName(src.Type));
+}
+
 /// Runs `f` on the counts of a `Gray` or `Gray16` image.
 template <typename T, typename F>
 T OnImage(const char* context, const Image& src, T neutral, F f)
 {
     const Entry entry(context);
-    if (entry.Refuses(CheckImage(src))) return neutral;
-    if (src.Type != Gray && src.Type != Gray16) {
-        entry.Refuse(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation",
-                     PixelTypeName(src.Type));
-        return neutral;
-    }
+    if (entry.Refuses(CheckGrays(src))) return neutral;
     Guarded(entry, [&] {
         std::vector<std::int32_t> counts;
         const auto take = [&](const auto& counted) {
@@ -124,7 +127,7 @@ int ImageQuantile(const Image& src, const Counts& h, double percent)
 
 Moments MomentsOf(const Image& gray)
 {
-    const ByteSums sums = SumGray(gray);
+    const PixelSums sums = gray.Type == Gray16 ? SumGray16(gray, Gray16Levels()) : SumGray(gray);
     const double pixels = PixelCount(gray);
     return {sums.Mean(pixels), sums.Variance(pixels)};
 }
@@ -152,11 +155,8 @@ double Histogram::Mean() const
 
 double Histogram::Mean(const Image& Src)
 {
-    if (Src.Type == Gray) {
-        Status::Error().Code = NoError;
-        return MomentsOf(Src).mean;
-    }
-    return OnImage("Tesk::Histogram::Mean", Src, 0.0, MeanOf);
+    const Entry entry("Tesk::Histogram::Mean");
+    return entry.Refuses(CheckGrays(Src)) ? 0 : MomentsOf(Src).mean;
 }
 
 void Histogram::Mean(double& MeanR, double& MeanG, double& MeanB) const
@@ -170,7 +170,7 @@ void Histogram::Mean(double& MeanR, double& MeanG, double& MeanB) const
 
 void Histogram::Mean(const Image& Src, double& MeanR, double& MeanG, double& MeanB)
 {
-    OnColorSums("Tesk::Histogram::Mean", Src, [&](const std::array<ByteSums, 3>& sums) {
+    OnColorSums("Tesk::Histogram::Mean", Src, [&](const std::array<PixelSums, 3>& sums) {
         MeanR = sums[0].Mean(PixelCount(Src));
         MeanG = sums[1].Mean(PixelCount(Src));
         MeanB = sums[2].Mean(PixelCount(Src));
@@ -257,10 +257,8 @@ double Histogram::Variance(double& Mean) const
 
 double Histogram::Variance(const Image& Src, double& Mean)
 {
-    constexpr const char* context = "Tesk::Histogram::Variance";
-    if (Src.Type != Gray) return OnImage(context, Src, 0.0, [&](const Counts& h) { return VarianceOf(h, Mean); });
-    const Entry entry(context);
-    if (entry.Refuses(CheckImage(Src))) return 0;
+    const Entry entry("Tesk::Histogram::Variance");
+    if (entry.Refuses(CheckGrays(Src))) return 0;
     const Moments moments = MomentsOf(Src);
     Mean = moments.mean;
     return moments.variance;
@@ -277,7 +275,7 @@ double Histogram::Variance(double& MeanR, double& MeanG, double& MeanB) const
 double Histogram::Variance(const Image& Src, double& MeanR, double& MeanG, double& MeanB)
 {
     double variance = 0;
-    OnColorSums("Tesk::Histogram::Variance", Src, [&](const std::array<ByteSums, 3>& sums) {
+    OnColorSums("Tesk::Histogram::Variance", Src, [&](const std::array<PixelSums, 3>& sums) {
         const double pixels = PixelCount(Src);
         MeanR = sums[0].Mean(pixels);
         MeanG = sums[1].Mean(pixels);

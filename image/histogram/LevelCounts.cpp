@@ -169,20 +169,30 @@ std::array<std::array<std::uint32_t, byteLevels>, 3> CountRgb(const Image& src)
     return counts;
 }
 
-ByteSums SumGray(const Image& src)
+PixelSums SumGray(const Image& src)
 {
-    ByteSums sums{};
+    PixelSums sums{};
     const auto [rows, n] = images::RunOver(src.Width, {&src});
     for (int y = 0; y < rows; y++)
         kernels::MomentsRow(src.Row(y), n, sums.sum, sums.squares);
     return sums;
 }
 
-std::array<ByteSums, 3> SumRgb(const Image& src)
+PixelSums SumGray16(const Image& src, int entries)
+{
+    PixelSums sums{};
+    const auto [rows, n] = images::RunOver(images::ByteCount(src), {&src});
+    for (int y = 0; y < rows; y++)
+        kernels::MomentsRow(src.Row<std::uint16_t>(y), n / sizeof(std::uint16_t),
+                            static_cast<std::uint16_t>(entries - 1), sums.sum, sums.squares);
+    return sums;
+}
+
+std::array<PixelSums, 3> SumRgb(const Image& src)
 {
     // Lanes are added up side by side, so that the compiler can do many at once; their number is a whole one of pixels.
     constexpr std::size_t lanes = 48, blocks = 65536; // squares of so many bytes fit into 32 bits
-    std::array<ByteSums, 3> sums{};
+    std::array<PixelSums, 3> sums{};
     const auto [rows, n] = images::RunOver(images::ByteCount(src), {&src});
     for (int y = 0; y < rows; y++) {
         const std::uint8_t* row = src.Row(y);

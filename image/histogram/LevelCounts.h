@@ -21,7 +21,7 @@ std::array<std::array<std::uint32_t, byteLevels>, 3> CountRgb(const Image& src);
 std::vector<std::uint32_t> CountGray16(const Image& src, int entries);
 
 /// The sums of the pixels and of their squares, without counting levels.
-struct ByteSums
+struct PixelSums
 {
     std::uint64_t sum = 0, squares = 0;
 
@@ -33,9 +33,11 @@ struct ByteSums
     }
 };
 
-ByteSums SumGray(const Image& src);
+PixelSums SumGray(const Image& src);
+/// Values beyond the last of `entries` levels stand for that one.
+PixelSums SumGray16(const Image& src, int entries);
 /// Red first.
-std::array<ByteSums, 3> SumRgb(const Image& src);
+std::array<PixelSums, 3> SumRgb(const Image& src);
 
 /// The threshold that makes the variance within the two parts least (Otsu 1979), and the means of the parts below it
 /// and from it up. Of splits that are equally good the middle is taken; without any, 0 and the ends of the scale.

@@ -233,6 +233,48 @@ void Moments(const std::uint8_t* s, std::size_t n, std::uint64_t& sum, std::uint
     MomentsRowPlain(s + i, n - i, sum, squares);
 }
 
+void WordMoments(const std::uint16_t* s, std::size_t n, std::uint16_t largest, std::uint64_t& sum,
+                 std::uint64_t& squares)
+{
+    std::size_t i = 0;
+#if HWY_TARGET != HWY_SCALAR
+    const hn::ScalableTag<std::uint16_t> words;
+    const hn::RebindToSigned<decltype(words)> shorts;
+    const hn::Repartition<std::int32_t, decltype(words)> ints;
+    const hn::Repartition<std::uint64_t, decltype(words)> longs;
+    const auto most = hn::Set(words, largest), middle = hn::Set(words, 0x8000);
+    const auto ones = hn::Set(shorts, 1);
+    const auto lower = hn::Set(longs, 0xffffffff);
+    const std::size_t lanes = hn::Lanes(words);
+    // Pixels less 32768 multiply with sign; a lane takes the sum of two a step, and so 16384 steps.
+    constexpr std::size_t steps = 16384;
+    std::int64_t offsets = 0;
+    auto wide = hn::Zero(longs);
+    while (i + lanes <= n) {
+        auto sums = hn::Zero(ints), moreSums = hn::Zero(ints);
+        for (std::size_t step = 0; step < steps && i + lanes <= n; step++, i += lanes) {
+            const auto v = hn::BitCast(shorts, hn::Xor(hn::Min(hn::LoadU(words, s + i), most), middle));
+            auto more = hn::Zero(ints);
+            const auto pairs = hn::ReorderWidenMulAccumulate(ints, v, v, hn::Zero(ints), more);
+            sums = hn::ReorderWidenMulAccumulate(ints, v, ones, sums, moreSums);
+            // Two squares are up to 2^31: without sign.
+            const auto two = hn::BitCast(longs, hn::Add(pairs, more));
+            wide = hn::Add(wide, hn::Add(hn::And(two, lower), hn::ShiftRight<32>(two)));
+        }
+        HWY_ALIGN std::int32_t parts[HWY_MAX_BYTES / sizeof(std::int32_t)];
+        for (const auto part : {sums, moreSums}) {
+            hn::Store(part, ints, parts);
+            for (std::size_t k = 0; k < hn::Lanes(ints); k++)
+                offsets += parts[k];
+        }
+    }
+    const auto shift = static_cast<std::uint64_t>(offsets);
+    sum += shift + (std::uint64_t{i} << 15);
+    squares += hn::GetLane(hn::SumOfLanes(longs, wide)) + (shift << 16) + (std::uint64_t{i} << 30);
+#endif
+    MomentsRowPlain(s + i, n - i, largest, sum, squares);
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace Tesk::kernels
 HWY_AFTER_NAMESPACE();
@@ -247,6 +289,7 @@ HWY_EXPORT(Lookup);
 HWY_EXPORT(LargestOfThree);
 HWY_EXPORT(Widen);
 HWY_EXPORT(Moments);
+HWY_EXPORT(WordMoments);
 
 void BytePairRow(BytePair Operation, const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n)
 {
@@ -283,6 +326,12 @@ void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
 void MomentsRow(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, std::uint64_t& Squares)
 {
     ByLevel(MomentsRowPlain, HWY_DYNAMIC_DISPATCH(Moments))(s, n, Sum, Squares);
+}
+
+void MomentsRow(const std::uint16_t* s, std::size_t n, std::uint16_t Largest, std::uint64_t& Sum,
+                std::uint64_t& Squares)
+{
+    ByLevel(MomentsRowPlain, HWY_DYNAMIC_DISPATCH(WordMoments))(s, n, Largest, Sum, Squares);
 }
 
 } // namespace Tesk::kernels

@@ -44,9 +44,14 @@ void WidenRow(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift)
 
 /// Adds the `n` bytes to `Sum`, and their squares to `Squares`.
 void MomentsRow(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, std::uint64_t& Squares);
+/// The same of 16-bit pixels, each at most `Largest`.
+void MomentsRow(const std::uint16_t* s, std::size_t n, std::uint16_t Largest, std::uint64_t& Sum,
+                std::uint64_t& Squares);
 
 // The definitions of the above.
 void MomentsRowPlain(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, std::uint64_t& Squares);
+void MomentsRowPlain(const std::uint16_t* s, std::size_t n, std::uint16_t Largest, std::uint64_t& Sum,
+                     std::uint64_t& Squares);
 void LookupRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n, const std::uint8_t Table[256]);
 void LargestOfThreeRowPlain(const std::uint8_t* s, std::uint8_t* d, std::size_t n);
 void WidenRowPlain(const std::uint8_t* s, std::uint16_t* d, std::size_t n, int Shift);

@@ -90,4 +90,14 @@ void MomentsRowPlain(const std::uint8_t* s, std::size_t n, std::uint64_t& Sum, s
     }
 }
 
+void MomentsRowPlain(const std::uint16_t* s, std::size_t n, std::uint16_t Largest, std::uint64_t& Sum,
+                     std::uint64_t& Squares)
+{
+    for (std::size_t i = 0; i < n; i++) {
+        const std::uint64_t v = s[i] < Largest ? s[i] : Largest;
+        Sum += v;
+        Squares += v * v;
+    }
+}
+
 } // namespace Tesk::kernels

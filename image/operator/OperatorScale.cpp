@@ -110,7 +110,7 @@ void Operator::Normalize(double Mean, double Variance, const Image& Src, Image& 
 {
     const Entry entry("Tesk::Operator::Normalize");
     if (entry.Refuses(CheckType(Src, {Gray}))) return;
-    const levels::ByteSums sums = levels::SumGray(Src);
+    const levels::PixelSums sums = levels::SumGray(Src);
     const double n = static_cast<double>(Src.Width) * Src.Height, mean = sums.Mean(n), variance = sums.Variance(n);
     const double wantedMean = Mean < 0 ? 128 : Mean, wantedVariance = Variance < 0 ? 16384 : Variance;
     // A constant image has no contrast to scale: it takes the mean.

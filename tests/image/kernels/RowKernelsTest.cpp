@@ -96,4 +96,30 @@ TEST_P(RowKernels, MomentsAddUpExactly)
     check(std::vector<std::uint8_t>(2000003, 255), 0, 2000003);
 }
 
+TEST_P(RowKernels, MomentsOfWordsAddUpExactly)
+{
+    const auto check = [](const std::vector<std::uint16_t>& words, std::uint16_t largest) {
+        std::uint64_t sum = 3, squares = 5, wantedSum = 3, wantedSquares = 5;
+        MomentsRow(words.data(), words.size(), largest, sum, squares);
+        for (const std::uint64_t word : words) {
+            const std::uint64_t v = word > largest ? largest : word;
+            wantedSum += v;
+            wantedSquares += v * v;
+        }
+        ASSERT_EQ(sum, wantedSum) << words.size();
+        ASSERT_EQ(squares, wantedSquares) << words.size();
+    };
+    for (std::size_t n = 0; n <= 133; n++) {
+        const auto bytes = Random(2 * n, static_cast<std::uint32_t>(n + 5));
+        std::vector<std::uint16_t> words(n);
+        for (std::size_t i = 0; i < n; i++)
+            words[i] = static_cast<std::uint16_t>(bytes[2 * i] << 8 | bytes[2 * i + 1]);
+        for (const std::uint16_t largest : {511, 4095, 65535})
+            check(words, largest);
+    }
+    // The ends of the scale, more of them than the lanes of 32 bits hold without being emptied on the way.
+    check(std::vector<std::uint16_t>(1200003, 0), 65535);
+    check(std::vector<std::uint16_t>(1200003, 65535), 65535);
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, RowKernels, ::testing::ValuesIn(checks::allLevels));
