@@ -3,6 +3,8 @@
 
 #include "image/kernels/ByLevel.h"
 
+#include <cmath>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "image/filter/FilterKernels.cpp"
 #include <hwy/foreach_target.h>
@@ -356,7 +358,7 @@ HWY_INLINE std::size_t Move(const S* enter, const S* leave, T* sums, std::size_t
     return i;
 }
 
-void MoveByteSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n)
+void MovePixelSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n)
 {
     const std::size_t i = Move(enter, leave, sums, n, [](auto a, auto b) HWY_ATTR { return hn::Sub(a, b); });
     MoveSumsPlain(enter + i, leave + i, sums + i, n - i);
@@ -466,28 +468,38 @@ void IntQuotientsToWords(const std::uint32_t* p, std::size_t width, std::uint16_
 void Deviations(const std::uint32_t* s, const std::uint32_t* q, std::size_t width, std::uint8_t* d, std::size_t n,
                 std::uint32_t N)
 {
-    const hn::ScalableTag<double> doubles;
-    const hn::Rebind<std::int32_t, decltype(doubles)> ints;
-    const hn::Rebind<std::uint32_t, decltype(doubles)> unsignedInts;
-    const hn::Rebind<float, decltype(doubles)> floats;
-    const hn::Rebind<std::uint8_t, decltype(doubles)> bytes;
-    const auto count = hn::Set(doubles, static_cast<double>(N)), half = hn::Set(doubles, 2147483648.0);
-    // A root in single precision, lifted a little, is the wanted one or the next; then the exact squares decide.
-    const auto scale = hn::Set(doubles, 1.000001 / N / N);
-    const auto one = hn::Set(doubles, 1.0);
-    const auto top = hn::Set(unsignedInts, 0x80000000u);
+    using VI = hn::Vec<Ints>;
+    const Ints ints;
+    const hn::RebindToSigned<Ints> wholes;
+    const hn::RebindToFloat<Ints> floats;
+    const hn::Repartition<std::uint64_t, Ints> longs;
+    const hn::Repartition<double, Ints> doubles;
+    const hn::Rebind<std::uint8_t, Ints> bytes;
+    const auto count = hn::Set(ints, N);
+    const auto odd = [&](VI v) HWY_ATTR { return hn::BitCast(ints, hn::ShiftRight<32>(hn::BitCast(longs, v))); };
+    // Even and odd lanes have their exact products in 64 bits each.
+    const auto spreadOf = [&](VI S, VI Q) HWY_ATTR { return hn::Sub(hn::MulEven(count, Q), hn::MulEven(S, S)); };
+    // A number below 2^52 becomes a double within the digits of 2^52. Half of one more keeps it from 0, and the factor
+    // 2^-896 is what the exponents of double and single precision differ by: then 32 of its bits are a float.
+    const auto digits = hn::BitCast(longs, hn::Set(doubles, 4503599627370496.0));
+    const auto rest = hn::Set(doubles, 4503599627370496.0 - 0.5);
+    const auto scale = hn::Set(doubles, std::ldexp(1.000001 / N / N, -896));
+    const auto scaled = [&](auto spread) HWY_ATTR {
+        const auto real = hn::Sub(hn::BitCast(doubles, hn::Or(spread, digits)), rest);
+        return hn::BitCast(longs, hn::Mul(real, scale));
+    };
+    const auto upper = hn::Set(longs, 0xffffffff00000000u);
     EachStep(bytes, d, n, [&](std::size_t i) HWY_ATTR {
-        const auto difference = [&](const std::uint32_t* p) HWY_ATTR {
-            return hn::Sub(hn::LoadU(unsignedInts, p + i + width), hn::LoadU(unsignedInts, p + i));
-        };
-        const auto S = hn::PromoteTo(doubles, hn::BitCast(ints, difference(s)));
-        const auto Q = hn::Add(hn::PromoteTo(doubles, hn::BitCast(ints, hn::Xor(difference(q), top))), half);
-        const auto spread = hn::Sub(hn::Mul(count, Q), hn::Mul(S, S));
-        const auto guess = hn::ConvertTo(ints, hn::Sqrt(hn::DemoteTo(floats, hn::Mul(spread, scale))));
-        auto k = hn::PromoteTo(doubles, guess);
-        const auto square = hn::Mul(k, count);
-        k = hn::Sub(k, hn::IfThenElseZero(hn::Gt(hn::Mul(square, square), spread), one));
-        return hn::DemoteTo(bytes, hn::DemoteTo(ints, k));
+        const VI S = hn::Sub(hn::LoadU(ints, s + i + width), hn::LoadU(ints, s + i));
+        const VI Q = hn::Sub(hn::LoadU(ints, q + i + width), hn::LoadU(ints, q + i));
+        const auto even = spreadOf(S, Q), other = spreadOf(odd(S), odd(Q));
+        // A root in single precision, lifted a little, is the wanted one or the next; then the exact squares decide.
+        const auto quotient = hn::Or(hn::ShiftRight<29>(scaled(even)), hn::And(hn::ShiftLeft<3>(scaled(other)), upper));
+        const auto guess = hn::ConvertTo(wholes, hn::Sqrt(hn::BitCast(floats, quotient)));
+        const VI root = hn::Mul(hn::BitCast(ints, guess), count), oddRoot = odd(root);
+        const auto left = hn::Sub(even, hn::MulEven(root, root)), right = hn::Sub(other, hn::MulEven(oddRoot, oddRoot));
+        const auto signs = hn::BitCast(wholes, hn::Or(hn::ShiftRight<32>(left), hn::And(right, upper)));
+        return hn::DemoteTo(bytes, hn::Add(guess, hn::ShiftRight<31>(signs)));
     });
 }
 
@@ -525,7 +537,7 @@ void MagnitudeStep(const std::int16_t* x, const std::int16_t* y, std::uint8_t* d
     MagnitudeRowPlain(x, y, d, n);
 }
 
-void MoveByteSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n)
+void MovePixelSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n)
 {
     MoveSumsPlain(enter, leave, sums, n);
 }
@@ -591,7 +603,7 @@ HWY_EXPORT(BinomialWordsStep);
 HWY_EXPORT(BinomialColumnsStep);
 HWY_EXPORT(ShiftedDifferenceStep);
 HWY_EXPORT(MagnitudeStep);
-HWY_EXPORT(MoveByteSums);
+HWY_EXPORT(MovePixelSums);
 HWY_EXPORT(MoveWordSums);
 HWY_EXPORT(MoveByteSquares);
 HWY_EXPORT(PrefixWords);
@@ -639,7 +651,7 @@ void MagnitudeRow(const std::int16_t* x, const std::int16_t* y, std::uint8_t* d,
 
 void MoveSums(const std::uint8_t* enter, const std::uint8_t* leave, std::uint16_t* sums, std::size_t n)
 {
-    ByLevel(MoveSumsPlain, HWY_DYNAMIC_DISPATCH(MoveByteSums))(enter, leave, sums, n);
+    ByLevel(MoveSumsPlain, HWY_DYNAMIC_DISPATCH(MovePixelSums))(enter, leave, sums, n);
 }
 
 void MoveSums(const std::uint16_t* enter, const std::uint16_t* leave, std::uint32_t* sums, std::size_t n)
