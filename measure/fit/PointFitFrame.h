@@ -7,6 +7,7 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <type_traits>
 
 namespace Tesk::fits {
@@ -60,9 +61,38 @@ struct Sums
     XY Mean() const { return {Origin.X + X / N, Origin.Y + Y / N}; }
 };
 
+/// Sums of whole coordinates are exact wherever they are taken from, so that one pass over the sites does; 62 bits hold
+/// them for as many sites as an `int` counts.
+template <typename Keep>
+Sums SumsOfSites(std::span<const Site> sites, Keep keep)
+{
+    std::int64_t n = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
+    for (const Site site : sites) {
+        if (!keep(Real(site))) continue;
+        n++;
+        x += site.X;
+        y += site.Y;
+        xx += site.X * site.X;
+        xy += site.X * site.Y;
+        yy += site.Y * site.Y;
+    }
+    Sums s;
+    if (n == 0) return s;
+    s.N = static_cast<double>(n);
+    s.Origin = {std::round(static_cast<double>(x) / s.N), std::round(static_cast<double>(y) / s.N)};
+    const auto p = static_cast<std::int64_t>(s.Origin.X), q = static_cast<std::int64_t>(s.Origin.Y);
+    s.X = static_cast<double>(x - n * p);
+    s.Y = static_cast<double>(y - n * q);
+    s.XX = static_cast<double>(xx - 2 * p * x + n * p * p);
+    s.XY_ = static_cast<double>(xy - p * y - q * x + n * p * q);
+    s.YY = static_cast<double>(yy - 2 * q * y + n * q * q);
+    return s;
+}
+
 template <typename P, typename Keep>
 Sums SumsOf(std::span<const P> points, Keep keep)
 {
+    if constexpr (std::is_same_v<P, Site>) return SumsOfSites(points, keep);
     Sums s;
     s.Origin = MeanOf(points, keep, s.N);
     for (const P& point : points) {
