@@ -5,7 +5,7 @@
 #include "image/morpho/MorphoFrame.h"
 #include "measure/Path.h"
 
-#include <algorithm>
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -87,17 +87,43 @@ private:
     std::vector<std::pair<int, int>> patch_;
 };
 
-/// A full list gives up its last peak, unless that one is higher.
-void Insert(std::vector<Peak>& peaks, std::size_t most, const Peak& peak)
+/// The highest peaks, those of the same height in the order in which they came. A full list gives up its last peak,
+/// unless that one is higher than the new one.
+class HighestPeaks
 {
-    if (peaks.size() == most) {
-        if (peaks.back().height > peak.height) return;
-        peaks.pop_back();
+public:
+    explicit HighestPeaks(std::size_t most) : most_(most) {}
+
+    void Insert(const Peak& peak)
+    {
+        const auto height = static_cast<std::size_t>(peak.height);
+        if (count_ == most_) {
+            if (lowest_ > height) return;
+            byHeight_[lowest_].pop_back();
+            count_--;
+        }
+        byHeight_[height].push_back(peak);
+        count_++;
+        lowest_ = Min(lowest_, height);
+        while (byHeight_[lowest_].empty())
+            lowest_++;
     }
-    const auto place = std::upper_bound(peaks.begin(), peaks.end(), peak,
-                                        [](const Peak& a, const Peak& b) { return a.height > b.height; });
-    peaks.insert(place, peak);
-}
+
+    std::vector<Peak> List() const
+    {
+        std::vector<Peak> peaks;
+        peaks.reserve(count_);
+        for (auto alike = byHeight_.rbegin(); alike != byHeight_.rend(); ++alike)
+            peaks.insert(peaks.end(), alike->begin(), alike->end());
+        return peaks;
+    }
+
+private:
+    static constexpr std::size_t heights = 256;
+
+    std::size_t most_, count_ = 0, lowest_ = heights - 1;
+    std::array<std::vector<Peak>, heights> byHeight_;
+};
 
 void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, const Image& src, Path& dst,
                bool connexity8)
@@ -105,12 +131,14 @@ void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, c
     if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(CheckReach(src))) return;
     std::vector<Peak> peaks;
     const bool done = Guarded(entry, [&] {
-        Peaks(extremum, least, src, connexity8).Each([&](const Peak& peak) {
-            if (maxCount < 1)
-                peaks.push_back(peak);
-            else
-                Insert(peaks, static_cast<std::size_t>(maxCount), peak);
-        });
+        Peaks all(extremum, least, src, connexity8);
+        if (maxCount < 1) {
+            all.Each([&](const Peak& peak) { peaks.push_back(peak); });
+            return;
+        }
+        HighestPeaks highest(static_cast<std::size_t>(maxCount));
+        all.Each([&](const Peak& peak) { highest.Insert(peak); });
+        peaks = highest.List();
     });
     if (!done) return;
     dst.Clear();
