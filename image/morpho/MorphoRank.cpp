@@ -23,6 +23,7 @@ struct Box
     std::int64_t rank;
 
     std::int64_t Area() const { return (2 * std::int64_t{radiusX} + 1) * (2 * std::int64_t{radiusY} + 1); }
+    bool IsMedian() const { return rank == Area() / 2; }
 };
 
 /// Counts of the values under the box, and the level up to which they reach the rank.
@@ -122,11 +123,11 @@ void Pad(const T* s, std::size_t width, std::size_t radius, T* d)
     std::fill_n(d + radius + width, radius, s[width - 1]);
 }
 
-/// Medians of small squares, two rows at a time.
+/// Small squares, two rows at a time.
 template <typename T>
-void MedianBySorting(int size, const Image& src, Image& dst)
+void RankBySorting(const Box& box, const Image& src, Image& dst)
 {
-    const int radius = size / 2, height = src.Height, ring = size + 1;
+    const int radius = box.radiusX, size = 2 * radius + 1, height = src.Height, ring = size + 1;
     const auto width = static_cast<std::size_t>(int(src.Width)), pad = static_cast<std::size_t>(radius),
                pitch = width + 2 * pad + 2 * kernels::rowStep;
     // The padded rows under the two squares, the lines that the kernel works in, and two rows of results that have no
@@ -147,7 +148,10 @@ void MedianBySorting(int size, const Image& src, Image& dst)
             rows[static_cast<std::size_t>(k)] = padded(Clamp(y - radius + k, 0, height - 1));
         const bool last = y + 1 == height;
         T* d[2] = {narrow ? work[workLines] : dst.Row<T>(y), narrow || last ? work[workLines + 1] : dst.Row<T>(y + 1)};
-        kernels::MedianRowPair(size, rows.data(), work.data(), d[0], d[1], width);
+        if (box.IsMedian())
+            kernels::MedianRowPair(size, rows.data(), work.data(), d[0], d[1], width);
+        else
+            kernels::RankRowPair(size, static_cast<int>(box.rank), rows.data(), work.data(), d[0], d[1], width);
         if (!narrow) continue;
         std::copy_n(d[0], width, dst.Row<T>(y));
         if (!last) std::copy_n(d[1], width, dst.Row<T>(y + 1));
@@ -178,11 +182,10 @@ void RankByColumns(const Box& box, const Image& src, Image& dst)
 template <typename T>
 void RankBox(const Box& box, const Image& src, Image& dst)
 {
-    const int size = 2 * box.radiusX + 1;
-    const bool vectors = Status::SIMDLevel() != NoSIMD, square = box.radiusX == box.radiusY,
-               middle = box.rank == box.Area() / 2;
-    if (vectors && square && middle && size <= kernels::largestMedian)
-        MedianBySorting<T>(size, src, dst);
+    const int largestSorted = box.IsMedian() ? kernels::largestMedian : kernels::largestRanked;
+    const bool vectors = Status::SIMDLevel() != NoSIMD, square = box.radiusX == box.radiusY;
+    if (vectors && square && 2 * box.radiusX + 1 <= largestSorted)
+        RankBySorting<T>(box, src, dst);
     else if (vectors && sizeof(T) == 1 && Max(box.radiusX, box.radiusY) <= kernels::largestRadius)
         RankByColumns(box, src, dst);
     else

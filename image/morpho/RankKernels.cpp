@@ -108,47 +108,89 @@ HWY_INLINE V MiddleOf(const Sorted<V, N + 1>& a, const Sorted<V, N>& b)
     return middle;
 }
 
-/// Two rows have all but one row of their squares in common. Of these the columns are sorted, pairs of neighbour
-/// columns merged, and the pairs merged to a square without its first or last row, of which only the middle ranks can
-/// be the median; then each row adds its own pixels.
+/// Two rows have all but one row of their squares in common. Of these the columns are sorted, and pairs of neighbour
+/// columns merged.
+template <std::size_t N, typename T>
+class SortedColumns
+{
+    using Tag = hn::ScalableTag<T>;
+    using V = hn::Vec<Tag>;
+
+public:
+    static constexpr std::size_t K = N - 1;
+
+    SortedColumns(const T* const* rows, T* const* work, std::size_t n)
+    {
+        const Tag tag;
+        for (std::size_t k = 0; k < K; k++)
+            columns_[k] = work[k];
+        for (std::size_t k = 0; k < 2 * K; k++)
+            pairs_[k] = work[K + k];
+        for (std::size_t i = 0; i < n + K; i += hn::Lanes(tag)) {
+            const auto sorted =
+                Sort<K>([&](auto k) __attribute__((always_inline)) { return hn::LoadU(tag, rows[k + 1] + i); });
+            Unroll<K>([&](auto k) __attribute__((always_inline)) { hn::StoreU(sorted.v[k], tag, columns_[k] + i); });
+        }
+        for (std::size_t i = 0; i < n + K - 1; i += hn::Lanes(tag)) {
+            const auto merged = Merge(Column(i), Column(i + 1));
+            Unroll<2 * K>([&](auto k) __attribute__((always_inline)) { hn::StoreU(merged.v[k], tag, pairs_[k] + i); });
+        }
+    }
+
+    HWY_INLINE Sorted<V, K> Column(std::size_t i) const
+    {
+        Sorted<V, K> list;
+        Unroll<K>([&](auto k) __attribute__((always_inline)) { list.v[k] = hn::LoadU(Tag(), columns_[k] + i); });
+        return list;
+    }
+    HWY_INLINE Sorted<V, 2 * K> Pair(std::size_t i) const
+    {
+        Sorted<V, 2 * K> list;
+        Unroll<2 * K>([&](auto k) __attribute__((always_inline)) { list.v[k] = hn::LoadU(Tag(), pairs_[k] + i); });
+        return list;
+    }
+    /// The pixels of one row of a square.
+    static HWY_INLINE Sorted<V, N> Own(const T* row)
+    {
+        return Sort<N>([&](auto k) __attribute__((always_inline)) { return hn::LoadU(Tag(), row + k); });
+    }
+
+private:
+    T* columns_[K];
+    T* pairs_[2 * K];
+};
+
+/// Calls `step(i)` for the vectors of a row; the last one ends with it, unless the row is shorter than all of them.
+template <typename T, typename F>
+HWY_INLINE void EachVector(std::size_t n, F step)
+{
+    const std::size_t lanes = hn::Lanes(hn::ScalableTag<T>());
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        step(i);
+    if (i < n) step(n < rowStep ? i : n - lanes);
+}
+
+/// The pairs are merged to a square without its first or last row, of which only the middle ranks can be the median;
+/// then each row adds its own pixels.
 template <std::size_t N, typename T>
 void MedianPair(const T* const* rows, T* const* work, T* d0, T* d1, std::size_t n)
 {
-    constexpr std::size_t K = N - 1, median = (N * N - 1) / 2;
+    constexpr std::size_t median = (N * N - 1) / 2;
     const hn::ScalableTag<T> tag;
     using V = hn::Vec<decltype(tag)>;
-    const std::size_t lanes = hn::Lanes(tag);
-    T* columns[K];
-    T* pairs[2 * K];
-    for (std::size_t k = 0; k < K; k++)
-        columns[k] = work[k];
-    for (std::size_t k = 0; k < 2 * K; k++)
-        pairs[k] = work[K + k];
-
-    for (std::size_t i = 0; i < n + K; i += lanes) {
-        const auto sorted =
-            Sort<K>([&](auto k) __attribute__((always_inline)) { return hn::LoadU(tag, rows[k + 1] + i); });
-        Unroll<K>([&](auto k) __attribute__((always_inline)) { hn::StoreU(sorted.v[k], tag, columns[k] + i); });
-    }
+    const SortedColumns<N, T> columns(rows, work, n);
     const auto column = [&](std::size_t i) __attribute__((always_inline))
     {
-        Sorted<V, K> list;
-        Unroll<K>([&](auto k) __attribute__((always_inline)) { list.v[k] = hn::LoadU(tag, columns[k] + i); });
-        return list;
+        return columns.Column(i);
     };
-    for (std::size_t i = 0; i < n + K - 1; i += lanes) {
-        const auto merged = Merge(column(i), column(i + 1));
-        Unroll<2 * K>([&](auto k) __attribute__((always_inline)) { hn::StoreU(merged.v[k], tag, pairs[k] + i); });
-    }
     const auto pair = [&](std::size_t i) __attribute__((always_inline))
     {
-        Sorted<V, 2 * K> list;
-        Unroll<2 * K>([&](auto k) __attribute__((always_inline)) { list.v[k] = hn::LoadU(tag, pairs[k] + i); });
-        return list;
+        return columns.Pair(i);
     };
     const auto own = [&](const T* row) __attribute__((always_inline))
     {
-        return Sort<N>([&](auto k) __attribute__((always_inline)) { return hn::LoadU(tag, row + k); });
+        return columns.Own(row);
     };
     const auto finish = [&](std::size_t i, const Sorted<V, N + 1>& common) __attribute__((always_inline))
     {
@@ -173,10 +215,73 @@ void MedianPair(const T* const* rows, T* const* work, T* d0, T* d1, std::size_t 
         }
     };
     static_assert(median == 4 || median == 12 || median == 24 || median == 40);
-    std::size_t i = 0;
-    for (; i + lanes <= n; i += lanes)
-        step(i);
-    if (i < n) step(n < rowStep ? i : n - lanes);
+    EachVector<T>(n, step);
+}
+
+/// The common part is sorted whole and laid down in a buffer, so that the rank may be any: rank r of two sorted lists
+/// is the least of max(a[r - j], b[j - 1]) over how many values j of b stand up to it. Before the common part lie
+/// values that are always less, behind it such as are never less.
+template <std::size_t N, typename T>
+void RankPair(std::size_t rank, const T* const* rows, T* const* work, T* d0, T* d1, std::size_t n)
+{
+    constexpr std::size_t common = N * (N - 1), step = hn::MaxLanes(hn::ScalableTag<T>());
+    const hn::ScalableTag<T> tag;
+    using V = hn::Vec<decltype(tag)>;
+    HWY_ALIGN T lists[(N + common + N) * step];
+    const auto list = [&](std::size_t k) __attribute__((always_inline))
+    {
+        return lists + k * step;
+    };
+    for (std::size_t k = 0; k < N; k++) {
+        hn::Store(hn::Zero(tag), tag, list(k));
+        hn::Store(hn::Set(tag, hwy::LimitsMax<T>()), tag, list(N + common + k));
+    }
+    const T* up = list(N + rank);
+    const SortedColumns<N, T> columns(rows, work, n);
+    const auto finish = [&](const T* row, T* d) __attribute__((always_inline))
+    {
+        const auto own = columns.Own(row);
+        V found = hn::Load(tag, up);
+        Unroll<N>([&](auto j) __attribute__((always_inline)) {
+            found = hn::Min(found, hn::Max(hn::Load(tag, up - (j + 1) * step), own.v[j]));
+        });
+        hn::StoreU(found, tag, d);
+    };
+    EachVector<T>(
+        n, [&](std::size_t i) __attribute__((always_inline)) {
+            const auto lay = [&](const auto& sorted) __attribute__((always_inline))
+            {
+                Unroll<common>([&](auto k)
+                                   __attribute__((always_inline)) { hn::Store(sorted.v[k], tag, list(N + k)); });
+            };
+            if constexpr (N == 3)
+                lay(Merge(columns.Pair(i), columns.Column(i + 2)));
+            else
+                lay(Merge(Merge(columns.Pair(i), columns.Pair(i + 2)), columns.Column(i + 4)));
+            finish(rows[0] + i, d0 + i);
+            finish(rows[N] + i, d1 + i);
+        });
+}
+
+template <typename T>
+void RankOf(int size, int rank, const T* const* rows, T* const* work, T* d0, T* d1, std::size_t n)
+{
+    static_assert(largestRanked == 5);
+    if (size == 3)
+        RankPair<3>(static_cast<std::size_t>(rank), rows, work, d0, d1, n);
+    else
+        RankPair<5>(static_cast<std::size_t>(rank), rows, work, d0, d1, n);
+}
+
+void Rank8(int size, int rank, const std::uint8_t* const* rows, std::uint8_t* const* work, std::uint8_t* d0,
+           std::uint8_t* d1, std::size_t n)
+{
+    RankOf(size, rank, rows, work, d0, d1, n);
+}
+void Rank16(int size, int rank, const std::uint16_t* const* rows, std::uint16_t* const* work, std::uint16_t* d0,
+            std::uint16_t* d1, std::size_t n)
+{
+    RankOf(size, rank, rows, work, d0, d1, n);
 }
 
 template <typename T>
@@ -352,6 +457,8 @@ namespace Tesk::kernels {
 
 HWY_EXPORT(Median8);
 HWY_EXPORT(Median16);
+HWY_EXPORT(Rank8);
+HWY_EXPORT(Rank16);
 HWY_EXPORT(Ranks);
 
 void MedianRowPair(int Size, const std::uint8_t* const* rows, std::uint8_t* const* work, std::uint8_t* d0,
@@ -364,6 +471,18 @@ void MedianRowPair(int Size, const std::uint16_t* const* rows, std::uint16_t* co
                    std::uint16_t* d1, std::size_t n)
 {
     HWY_DYNAMIC_DISPATCH(Median16)(Size, rows, work, d0, d1, n);
+}
+
+void RankRowPair(int Size, int Rank, const std::uint8_t* const* rows, std::uint8_t* const* work, std::uint8_t* d0,
+                 std::uint8_t* d1, std::size_t n)
+{
+    HWY_DYNAMIC_DISPATCH(Rank8)(Size, Rank, rows, work, d0, d1, n);
+}
+
+void RankRowPair(int Size, int Rank, const std::uint16_t* const* rows, std::uint16_t* const* work, std::uint16_t* d0,
+                 std::uint16_t* d1, std::size_t n)
+{
+    HWY_DYNAMIC_DISPATCH(Rank16)(Size, Rank, rows, work, d0, d1, n);
 }
 
 void RankStrip(const ColumnRanks& Strip, std::uint8_t* work)

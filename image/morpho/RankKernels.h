@@ -1,5 +1,5 @@
-// Kernels of rank filters: medians of small squares by sorting networks across vectors, ranks of any box by histograms
-// of columns. Compiled for every SIMD target; what they give is defined by sorting the values under the box.
+// Kernels of rank filters: medians and ranks of small squares by sorting networks across vectors, ranks of any box by
+// histograms of columns. Compiled for every SIMD target; what they give is defined by sorting the values under the box.
 #pragma once
 
 #include <cstddef>
@@ -23,6 +23,15 @@ void MedianRowPair(int Size, const std::uint8_t* const* rows, std::uint8_t* cons
                    std::uint8_t* d1, std::size_t n);
 void MedianRowPair(int Size, const std::uint16_t* const* rows, std::uint16_t* const* work, std::uint16_t* d0,
                    std::uint16_t* d1, std::size_t n);
+
+/// The largest square that `RankRowPair` takes.
+inline constexpr int largestRanked = 5;
+
+/// As above for squares of 3 or 5 pixels and the values of any rank from 0, as their order counts them.
+void RankRowPair(int Size, int Rank, const std::uint8_t* const* rows, std::uint8_t* const* work, std::uint8_t* d0,
+                 std::uint8_t* d1, std::size_t n);
+void RankRowPair(int Size, int Rank, const std::uint16_t* const* rows, std::uint16_t* const* work, std::uint16_t* d0,
+                 std::uint16_t* d1, std::size_t n);
 
 /// A rank filter over a strip of columns.
 struct ColumnRanks

@@ -48,6 +48,21 @@ TEST_F(MorphoTest, RanksEqualSortingAtEverySizeTypeAndLevel)
             }
 }
 
+TEST_F(MorphoTest, EveryRankOfSmallSquaresIsExact)
+{
+    Image src, dst;
+    for (const int size : {3, 5})
+        for (int rank = 0; rank < size * size; rank++)
+            for (const int range : {256, 7, 65536}) {
+                RandomWindow(src, 67 + rank, 5, range > 256 ? Gray16 : Gray, range, static_cast<std::uint32_t>(rank));
+                Morpho morpho;
+                morpho.Square(size);
+                const double percent = (rank + 0.5) / (size * size);
+                morpho.Rank(percent, src, dst);
+                ASSERT_EQ(Picture(dst), SlowRank(size, size, percent, Picture(src))) << size << ' ' << rank;
+            }
+}
+
 TEST_F(MorphoTest, MediansAreExactAtEveryWidthAndHeight)
 {
     Image src, dst;
