@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <utility>
 #include <vector>
@@ -234,8 +235,9 @@ private:
     std::vector<std::int64_t> apexes_, starts_;
 };
 
+/// Distances of any size. Rows that have only near ones are taken from `near`, if it is not null.
 template <typename T>
-void MeasureEuclidean(const Image& src, Image& dst, GrayPixel feature)
+void MeasureEuclidean(const Image& src, const Image* near, Image& dst, GrayPixel feature)
 {
     const int width = dst.Width, height = dst.Height;
     const auto columns = static_cast<std::size_t>(width);
@@ -259,11 +261,28 @@ void MeasureEuclidean(const Image& src, Image& dst, GrayPixel feature)
             both[x] = up == none ? nearest[x] : Min(nearest[x], std::int64_t{up});
         }
         T* d = dst.Row<T>(y);
+        if (near && !std::memchr(near->Row(y), farthest<GrayPixel>, columns)) {
+            std::copy_n(near->Row(y), columns, d);
+            continue;
+        }
         envelope(both, [&](std::size_t x, std::int64_t square) {
             const double distance = square < 0 ? farthest<T> : std::sqrt(static_cast<double>(square));
             d[x] = static_cast<T>(Min<double>(distance, farthest<T>));
         });
     }
+}
+
+/// Most pictures have features everywhere, so that the near distances are all there are.
+void MeasureAny(const Image& src, Image& dst, GrayPixel feature)
+{
+    Image near;
+    MakeLike(src, Gray, near);
+    MeasureNear(src, near, feature);
+    const auto width = static_cast<std::size_t>(int(src.Width));
+    int y = 0;
+    for (; y < src.Height && !std::memchr(near.Row(y), farthest<GrayPixel>, width); y++)
+        std::copy_n(near.Row(y), width, dst.Row<Gray16Pixel>(y));
+    if (y < src.Height) MeasureEuclidean<Gray16Pixel>(src, &near, dst, feature);
 }
 
 template <typename T>
@@ -272,8 +291,10 @@ void Measure(const Image& src, Image& dst, GrayPixel feature, bool euclidean, bo
     const bool vectors = Status::SIMDLevel() != NoSIMD;
     if (euclidean && vectors && sizeof(T) == 1)
         MeasureNear(src, dst, feature);
+    else if (euclidean && vectors)
+        MeasureAny(src, dst, feature);
     else if (euclidean)
-        MeasureEuclidean<T>(src, dst, feature);
+        MeasureEuclidean<T>(src, nullptr, dst, feature);
     else if (vectors)
         SweepRows<T>(src, dst, feature, connexity8);
     else
