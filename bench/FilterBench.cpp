@@ -91,6 +91,12 @@ void Bench()
                 cv::sqrt(fy, fy);
                 fy.convertTo(cd, CV_8U);
             });
+    Tesk::Image deep;
+    bench::Fill(deep, Tesk::Gray16, 2);
+    for (const int size : {5, 15, 31}) {
+        table.Row("bilateral " + std::to_string(size), [&] { Kernel::Bilateral(size, 30, a, dst); });
+        table.Row("bilateral, 16 bits, " + std::to_string(size), [&] { Kernel::Bilateral(size, 20000, deep, dst); });
+    }
 }
 
 } // namespace

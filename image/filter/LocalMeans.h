@@ -69,35 +69,56 @@ void EachBoxSum(const Image& src, int width, int height, Value value, F f)
     }
 }
 
-/// The histogram of a square as it slides along each row (Huang 1979), the pixels beyond the window counted as the
-/// nearest: `row(y)` gives the function that is called as `f(x, bins)` along that row.
-template <typename T, typename Row>
-void EachSquareHistogram(const Image& src, int size, Row row)
+/// The counts of a square as it slides along each row (Huang 1979), the pixels beyond the window counted as the
+/// nearest: `row(y)` gives the function that is called as `f(x)` along that row. `counts` has `Clear()` and
+/// `Add(value, times)`, where `times` is modulo 2^32: taking out is adding the opposite.
+template <typename T, typename Counts, typename Row>
+void EachSquareCounts(const Image& src, int size, Counts& counts, Row row)
 {
     const int h = size / 2, columns = src.Width, rows = src.Height;
-    std::vector<std::uint32_t> bins(std::size_t{std::numeric_limits<T>::max()} + 1);
     for (int y = 0; y < rows; y++) {
         const int top = Max(y - h, 0), bottom = Min(y + h, rows - 1);
-        // Unsigned, so that taking out is adding the opposite.
         const auto add = [&](int x, int times) {
             x = Clamp(x, 0, columns - 1);
             const auto count = [&](int line, int more) {
-                bins[src.Row<T>(line)[x]] += static_cast<std::uint32_t>(more * times);
+                counts.Add(src.Row<T>(line)[x], static_cast<std::uint32_t>(more * times));
             };
             for (int line = top; line <= bottom; line++)
                 count(line, 1);
             if (y - h < 0) count(0, h - y);
             if (y + h > rows - 1) count(rows - 1, y + h - rows + 1);
         };
-        std::fill(bins.begin(), bins.end(), 0u);
+        counts.Clear();
         EachLineAroundFirst(columns, h, add);
         auto f = row(y);
         for (int x = 0; x < columns; x++) {
-            f(x, bins.data());
+            f(x);
             add(x + h + 1, 1);
             add(x - h, -1);
         }
     }
+}
+
+/// A count for each level of a pixel.
+template <typename T>
+class LevelBins
+{
+public:
+    void Clear() { std::fill(bins_.begin(), bins_.end(), 0u); }
+    void Add(T value, std::uint32_t times) { bins_[value] += times; }
+    const std::uint32_t* Data() const { return bins_.data(); }
+
+private:
+    std::vector<std::uint32_t> bins_ = std::vector<std::uint32_t>(std::size_t{std::numeric_limits<T>::max()} + 1);
+};
+
+/// The same with plain bins: `f(x, bins)`.
+template <typename T, typename Row>
+void EachSquareHistogram(const Image& src, int size, Row row)
+{
+    LevelBins<T> bins;
+    EachSquareCounts<T>(src, size, bins,
+                        [&](int y) { return [&bins, f = row(y)](int x) mutable { f(x, bins.Data()); }; });
 }
 
 } // namespace Tesk::filters

@@ -292,9 +292,11 @@ TEST_F(KernelTest, BilateralIsTheMeanOfThoseNearInGray)
                     "bilateral", Gray, width, 6, [&](auto& s, auto& d) { Kernel::Bilateral(size, range, s, d); },
                     [&](const Pixels& p, int x, int y) { return SigmaAt(p, x, y, size, range); });
             }
-    CheckWindow(
-        "bilateral", Gray16, 9, 3, [](auto& s, auto& d) { Kernel::Bilateral(5, 20000, s, d); },
-        [](const Pixels& p, int x, int y) { return SigmaAt(p, x, y, 5, 20000); });
+    // Few levels or few pixels, and ranges that begin and end within the segments of counts.
+    for (const auto& c : {std::pair{5, 20000}, {9, 3}, {31, 20000}, {33, 255}, {33, 256}, {33, 5000}, {33, 70000}})
+        CheckWindow(
+            "bilateral", Gray16, 19, 3, [&](auto& s, auto& d) { Kernel::Bilateral(c.first, c.second, s, d); },
+            [&](const Pixels& p, int x, int y) { return SigmaAt(p, x, y, c.first, c.second); });
     Image src, dst;
     Fill(src, Gray, 9, 4, 3);
     Kernel::Bilateral(3, -5, src, dst);
