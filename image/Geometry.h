@@ -142,7 +142,8 @@ public:
     /// Fits a model from source to destination and, on its own, one back, by least squares. The centre of `Src` is that
     /// of the radial models, `Quadratic` and `General`, which refuse a void image (`VoidObject`); the others do not
     /// look at it. Refused, too: anchors too few for the model or in a degenerate configuration (`OutOfRange`). The
-    /// models with a denominator minimise the equations multiplied out by it.
+    /// model is in force even so, with the coefficients that it had, or if it was another one, those that move nothing.
+    /// The models with a denominator minimise the equations multiplied out by it.
     void ModelFit(enum RegistrationModels Model, const Image& Src);
     /// Sets a `Scaling` without anchors by which the length `X` along x becomes `Y`, and `U` along y becomes `V`; 0 for
     /// one of these takes `X` or `Y`. Refused: `X` or `Y` of 0, scales that are no usable numbers (`OutOfRange`).
@@ -164,8 +165,8 @@ public:
     /// the image to the target's own coordinates: `GridStep` apart, with the origin at the column and the row that are
     /// told, counted from 0. The numbered dots become the anchors, and the scale in the middle of the image becomes
     /// that of `SimpleCalibration`. `Src` is as for the automatic `Blobs::Segment`, and `Gray` or `Gray16` for a
-    /// chessboard. Refused, with both scales at 1: fewer than 5 dots clear of the border, dots that form no grid, a
-    /// `GridStep` that gives no usable scale, and what `ModelFit` refuses (`OutOfRange`).
+    /// chessboard. Refused, with both scales at 1: fewer than 5 dots clear of the border, dots that form no grid
+    /// (`OutOfRange`), and, with the anchors that were found, what `ModelFit` and `SimpleCalibration` refuse.
     void CalibrateTarget(enum RegistrationModels Model, const Image& Src, double GridStep, bool WhiteOnBlack = false,
                          bool Chessboard = false, double OriginColumn = 0, double OriginRow = 0);
 
@@ -210,6 +211,8 @@ private:
     /// A pair that no other geometry shares; null, and reported, if there is none, or no memory.
     AnchorPair* Reach(const Entry& entry, int index);
     bool RefuseIndex(const Entry& entry, int index) const;
+    /// Puts a model in force; one that was not moves nothing.
+    void Take(enum RegistrationModels model);
     bool FitAnchors(const Entry& entry, enum RegistrationModels model, const Image& src);
     static int TryCalibrate(double lengthInPixels, double trueLength);
     /// Fills an image through one of the maps; false if it was refused.

@@ -55,6 +55,13 @@ void Geometry::ShallowCopy(const Geometry& Src, bool)
     anchors_ = Src.anchors_;
 }
 
+void Geometry::Take(enum RegistrationModels model)
+{
+    if (model == Model) return;
+    Model = model;
+    forward_ = inverse_ = models::Identity(model);
+}
+
 bool Geometry::FitAnchors(const Entry& entry, enum RegistrationModels model, const Image& src)
 {
     const std::span<const AnchorPair> anchors = Anchors();
@@ -67,7 +74,6 @@ bool Geometry::FitAnchors(const Entry& entry, enum RegistrationModels model, con
     models::Fit fit;
     if (entry.Refuses(models::FitModel(model, anchors, {(src.Width - 1) * 0.5, (src.Height - 1) * 0.5}, fit)))
         return false;
-    Model = model;
     forward_ = fit.forward;
     inverse_ = fit.inverse;
     return true;
@@ -76,10 +82,8 @@ bool Geometry::FitAnchors(const Entry& entry, enum RegistrationModels model, con
 void Geometry::ModelFit(enum RegistrationModels Model, const Image& Src)
 {
     const Entry entry("Tesk::Geometry::ModelFit");
-    if (Model < Translation || Model > Rational)
-        this->Model = Model;
-    else
-        FitAnchors(entry, Model, Src);
+    Take(Model);
+    if (Model >= Translation && Model <= Rational) FitAnchors(entry, Model, Src);
 }
 
 void Geometry::PureScaling(double X, double Y, double U, double V)

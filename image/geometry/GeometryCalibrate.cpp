@@ -9,7 +9,9 @@
 #include "image/morpho/MorphoExtremum.h"
 #include "measure/Blobs.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <vector>
 
 namespace Tesk {
@@ -28,7 +30,7 @@ void PartSquares(const Image& src, bool whiteOnBlack, Image& parted)
     morpho::Apply(whiteOnBlack ? morpho::Extremum::Minimum : morpho::Extremum::Maximum, square, src, parted);
 }
 
-/// The centres of the blobs that may be dots: those clear of the border, of the size of most.
+/// The centres of the blobs that may be dots: those clear of the border, of the size of most, the smallest first.
 int FindCentres(const Image& src, bool whiteOnBlack, std::vector<XY>& centres)
 {
     Blobs blobs;
@@ -39,13 +41,15 @@ int FindCentres(const Image& src, bool whiteOnBlack, std::vector<XY>& centres)
     if (count < fewestDots) return Status::Format(OutOfRange, L"Not enough dots (%d) were found in the target", count);
     if (const int code = blobs.TryEvaluate(BlobCenter, src, AllSelected)) return code;
     const Blobs& measured = blobs;
-    std::vector<int> areas;
+    std::vector<int> areas, order(static_cast<std::size_t>(count));
     for (int i = 0; i < count; i++)
         areas.push_back(measured.IntFeature(i, BlobArea));
+    const auto areaOf = [&areas](int i) { return areas[static_cast<std::size_t>(i)]; };
+    std::iota(order.begin(), order.end(), 0);
+    std::stable_sort(order.begin(), order.end(), [&](int a, int b) { return areaOf(a) < areaOf(b); });
     const targets::AreaRange common = targets::CommonAreas(areas);
-    for (int i = 0; i < count; i++)
-        if (areas[static_cast<std::size_t>(i)] >= common.smallest &&
-            areas[static_cast<std::size_t>(i)] <= common.largest)
+    for (const int i : order)
+        if (areaOf(i) >= common.smallest && areaOf(i) <= common.largest)
             centres.emplace_back(measured.FloatFeature(i, BlobCenterX), measured.FloatFeature(i, BlobCenterY));
     return NoError;
 }
@@ -77,16 +81,18 @@ void Geometry::CalibrateTarget(enum RegistrationModels Model, const Image& Src, 
         const targets::Target target{GridStep, Chessboard, XY(OriginColumn, OriginRow)};
         return targets::Calibrate(centres, target, Model, Src.Width, Src.Height, found);
     });
-    if (found.lacksAnchors) {
-        Status::Raise(code, "Tesk::Failure");
+    if (code && !found.refusedBy) {
+        entry.Refuses(code);
         return;
     }
-    if (entry.Refuses(code) || entry.Refuses(TryCalibrate(targets::lengthInPixels, found.trueLength))) return;
+    // From here on as by `Append`, `ModelFit` and `SimpleCalibration`, each under its own name.
     if (!entry.Guards(noMemory, [&] { anchors_.Replace(std::move(found.anchors)); })) return;
     NumAnchors = static_cast<int>(anchors_.Read().size());
-    this->Model = Model;
+    Take(Model);
+    if (Status::Raise(code, found.refusedBy)) return;
     forward_ = found.fit.forward;
     inverse_ = found.fit.inverse;
+    Status::Raise(TryCalibrate(targets::lengthInPixels, found.trueLength), "Tesk::Geometry::SimpleCalibration");
 }
 
 } // namespace Tesk

@@ -70,6 +70,19 @@ inline XY Map(RegistrationModels model, const Coefficients& c, const XY& point)
     return WithMap(model, c, [&](auto map) { return map(point.X, point.Y); });
 }
 
+/// The coefficients by which a model leaves points as they are.
+inline Coefficients Identity(RegistrationModels model)
+{
+    Coefficients c{};
+    if (IsAffine(model) || model == Perspective)
+        c[0] = c[4] = 1;
+    else if (model == Quadratic || model == General)
+        c[2] = c[8] = 1;
+    else if (model == Biquadratic || model == Rational)
+        c[3] = c[10] = 1;
+    return c;
+}
+
 /// The affine map c0 x + c1 y + c2, c3 x + c4 y + c5 of least squares from `n` points `from(i)` to `to(i)`; false for
 /// points on one line.
 template <typename From, typename To>

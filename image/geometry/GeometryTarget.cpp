@@ -350,12 +350,14 @@ int Calibrate(std::span<const XY> centres, const Target& target, RegistrationMod
         found.anchors.push_back({dot.centre, XY((dot.column - target.origin.X - 1) * target.gridStep,
                                                 (dot.row - target.origin.Y - 1) * target.gridStep)});
     if (model >= Translation && model <= Rational) {
-        if (const int code = models::RefuseCount(model, found.anchors.size())) {
-            calibration.lacksAnchors = true;
+        int code = models::RefuseCount(model, found.anchors.size());
+        const bool enough = code == NoError;
+        if (enough) code = models::FitModel(model, found.anchors, {(width - 1) * 0.5, (height - 1) * 0.5}, found.fit);
+        if (code) {
+            calibration.anchors = std::move(found.anchors);
+            calibration.refusedBy = enough ? "Tesk::Geometry::ModelFit" : "Tesk::Failure";
             return code;
         }
-        if (const int code = models::FitModel(model, found.anchors, {(width - 1) * 0.5, (height - 1) * 0.5}, found.fit))
-            return code;
     }
     const auto across = [&](double dx, double dy) {
         const XY a = models::Map(model, found.fit.forward, {width * 0.5 + dx, height * 0.5 + dy}),

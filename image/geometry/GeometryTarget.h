@@ -42,13 +42,14 @@ struct Calibration
 {
     std::vector<AnchorPair> anchors;
     models::Fit fit;
-    bool lacksAnchors = false; ///< why it failed: a model needs more dots
-    double trueLength = 0;     ///< of `lengthInPixels` in the middle of the image
+    const char* refusedBy = nullptr; ///< under which name a model that does not fit the anchors is reported
+    double trueLength = 0;           ///< of `lengthInPixels` in the middle of the image
 };
 inline constexpr double lengthInPixels = 20;
 
 /// Fits a model from an image of that size to the coordinates of a target whose dots have these centres. An unknown
-/// model is not fitted. An `ErrorCodes` value, as of `NumberDots` and `FitModel`; may throw `std::bad_alloc`.
+/// model is not fitted. An `ErrorCodes` value, as of `NumberDots` and `FitModel`, of which the latter leaves the
+/// anchors that were found; may throw `std::bad_alloc`.
 int Calibrate(std::span<const XY> centres, const Target& target, RegistrationModels model, int width, int height,
               Calibration& calibration);
 

@@ -301,12 +301,22 @@ TEST_F(GeometryModel, IsRefusedForAnchorsThatDoNotTellIt)
         EXPECT_EQ(Status::Error().Code, OutOfRange) << row.model;
         EXPECT_EQ(checks::Message(), row.message) << row.model;
         EXPECT_STREQ(Status::AsciiFunction(), row.context);
-        EXPECT_EQ(anchored.MapPoint({3, 4}).X, 3) << row.model;
+        EXPECT_EQ(anchored.Model, row.model);
+        EXPECT_EQ(Distance(anchored.MapPoint({3, 4}), {3, 4}), 0) << row.model;
+        EXPECT_EQ(Distance(anchored.ReverseMapPoint({3, 4}), {3, 4}), 0) << row.model;
         EXPECT_EQ(anchored.NumAnchors, row.count);
     }
     Geometry radial = Anchored(Truths()[Quadratic], 0);
     radial.ModelFit(Quadratic, Image());
     EXPECT_EQ(Status::Error().Code, VoidObject);
+    EXPECT_EQ(radial.Model, Quadratic);
+    // A model that is in force keeps its map.
+    Geometry kept = Anchored(Truths()[Scaling], 0);
+    kept.ModelFit(Scaling, picture);
+    kept.Append({nan, 0}, {0, 0});
+    kept.ModelFit(Scaling, picture);
+    EXPECT_EQ(checks::Message(), source);
+    EXPECT_NEAR(kept.MapPoint({10, 10}).X, 8, 1e-9);
 }
 
 TEST_F(GeometryModel, OfAPureScalingStretchesEachAxis)

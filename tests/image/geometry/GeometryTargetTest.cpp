@@ -98,7 +98,15 @@ View Bulged(const View& view)
     };
 }
 
-using GeometryTarget = checks::IgnoringFailures;
+class GeometryTarget : public checks::IgnoringFailures
+{
+protected:
+    void TearDown() override
+    {
+        Geometry::SimpleCalibration(1, 1);
+        IgnoringFailures::TearDown();
+    }
+};
 
 TEST_F(GeometryTarget, IsNumberedFromTheUpperLeftInAnyView)
 {
@@ -235,6 +243,7 @@ TEST_F(GeometryTarget, CalibratesTheMiddleOfThePicture)
     EXPECT_EQ(targets::Calibrate(Centres(made), {0, false, XY(0, 0)}, Affinity, 800, 600, calibration), OutOfRange);
     EXPECT_EQ(checks::Message(), L"The destination anchor points are forming a degenerate configuration");
     EXPECT_EQ(calibration.trueLength, 20);
+    EXPECT_STREQ(calibration.refusedBy, "Tesk::Geometry::ModelFit");
 }
 
 TEST_F(GeometryTarget, IsMetByTheModelOfItsView)
@@ -263,6 +272,94 @@ TEST_F(GeometryTarget, IsMetByTheModelOfItsView)
             sum += std::hypot(p.X - pair.Src.X, p.Y - pair.Src.Y);
         }
         EXPECT_LT(sum / static_cast<double>(calibration.anchors.size()), row.farthest) << row.model;
+    }
+}
+
+/// Dark dots, 16 pixels apart from (20, 20) on, those of the first three columns larger.
+struct DotTarget : Image
+{
+    DotTarget(int columns, int rows)
+    {
+        Set(150, 120, Gray);
+        for (int y = 0; y < Height; y++)
+            std::fill_n(Row(y), int(Width), std::uint8_t{230});
+        for (int r = 0; r < rows; r++)
+            for (int c = 0; c < columns; c++) {
+                const int reach = c < 3 ? 3 : 2;
+                for (int y = -reach; y <= reach; y++)
+                    std::fill_n(Row(20 + 16 * r + y) + 20 + 16 * c - reach, 2 * reach + 1, std::uint8_t{20});
+            }
+    }
+};
+
+TEST_F(GeometryTarget, OfDotsCalibratesFromAnImage)
+{
+    Geometry geometry;
+    geometry.CalibrateTarget(Similarity, DotTarget(7, 5), 10, false, false, 1, 2);
+    ASSERT_EQ(Status::Error().Code, NoError);
+    ASSERT_EQ(geometry.NumAnchors, 7 * 5 - 4);
+    EXPECT_NEAR(Geometry::ScaleFromPixel, 10.0 / 16, 1e-6);
+    EXPECT_NEAR(geometry.MapPoint({20 + 16 * 4, 20}).X, 30, 1e-4);
+    for (int i = 0; i < geometry.NumAnchors; i++) {
+        EXPECT_NEAR(geometry.Dst(i).X, (geometry.Src(i).X - 36) * 10 / 16, 1e-4);
+        EXPECT_NEAR(geometry.Dst(i).Y, (geometry.Src(i).Y - 52) * 10 / 16, 1e-4);
+        // The small dots, at the right, come first.
+        EXPECT_EQ(geometry.Src(i).X < 60, i >= 4 * 5 - 2) << i;
+    }
+}
+
+TEST_F(GeometryTarget, OfAChessboardCalibratesFromAnImage)
+{
+    for (const bool white : {false, true}) {
+        Image image;
+        image.Set(150, 120, Gray);
+        for (int y = 0; y < image.Height; y++)
+            for (int x = 0; x < image.Width; x++) {
+                const int c = (x - 20) / 12, r = (y - 20) / 12;
+                const bool marked = x >= 20 && y >= 20 && c < 8 && r < 6 && (c + r) % 2 == 0;
+                image.Row(y)[x] = marked == white ? 220 : 30;
+            }
+        Geometry geometry;
+        geometry.CalibrateTarget(Affinity, image, 5, white, true);
+        ASSERT_EQ(Status::Error().Code, NoError);
+        ASSERT_EQ(geometry.NumAnchors, 24);
+        EXPECT_NEAR(Geometry::ScaleToPixel, 12.0 / 5, 1e-6);
+        const XY corner = geometry.MapPoint({25.5 + 12, 25.5 + 36});
+        EXPECT_NEAR(corner.X, 5, 1e-4);
+        EXPECT_NEAR(corner.Y, 15, 1e-4);
+    }
+}
+
+TEST_F(GeometryTarget, ThatIsRefusedSaysWhyAndLeavesWhatWasFound)
+{
+    const struct
+    {
+        RegistrationModels model;
+        int columns, rows;
+        double step;
+        const wchar_t* message;
+        const char* context;
+        int anchors;
+    } rows[] = {
+        {Similarity, 2, 2, 10, L"Not enough dots (4) were found in the target", "Tesk::Geometry::CalibrateTarget", 1},
+        {Similarity, 7, 1, 10, L"Cannot detect a grid pattern", "Tesk::Geometry::CalibrateTarget", 1},
+        {Rational, 3, 3, 10, L"The Rational model requires at least 7 anchor points and 5 were provided",
+         "Tesk::Failure", 5},
+        {Affinity, 4, 4, 0, L"The destination anchor points are forming a degenerate configuration",
+         "Tesk::Geometry::ModelFit", 12},
+    };
+    for (const auto& row : rows) {
+        Geometry::SimpleCalibration(7, 2);
+        Geometry geometry;
+        geometry.Append({1, 1}, {4, 1});
+        geometry.ModelFit(Translation, Image());
+        geometry.CalibrateTarget(row.model, DotTarget(row.columns, row.rows), row.step);
+        EXPECT_EQ(Status::Error().Code, OutOfRange);
+        EXPECT_EQ(checks::Message(), row.message);
+        EXPECT_STREQ(Status::AsciiFunction(), row.context) << row.columns;
+        EXPECT_EQ(geometry.NumAnchors, row.anchors);
+        EXPECT_EQ(geometry.MapPoint({0, 0}).X, row.anchors > 1 ? 0 : 3);
+        EXPECT_EQ(Geometry::ScaleToPixel, 1.0);
     }
 }
 
