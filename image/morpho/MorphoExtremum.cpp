@@ -38,14 +38,14 @@ class RowWindows
 public:
     RowWindows(Extremum extremum, std::size_t width, std::size_t radius)
         : extremum_(extremum), width_(width), radius_(radius), length_(2 * radius + 1),
-          work_(length_ > 4 ? width + length_ + 4 * kernels::rowStep : 0)
+          work_(length_ > kernels::mostRows ? width + length_ + 4 * kernels::rowStep : 0)
     {}
 
     void operator()(const T* padded, T* d)
     {
         const T* s = padded - radius_;
         std::size_t reached = 1;
-        if (length_ > 4) {
+        if (length_ > kernels::mostRows) {
             const T* rows[4] = {s, s + 1, s + 2, s + 3};
             kernels::ExtremumRow(extremum_, rows, 4, work_.data(), width_ + length_ - 4);
             for (reached = 4; 4 * reached < length_; reached *= 4)
@@ -53,7 +53,7 @@ public:
             s = work_.data();
         }
         // The last windows overlap.
-        const T* rows[4];
+        const T* rows[kernels::mostRows];
         int count = 0;
         for (std::size_t at = 0; at + reached < length_; at += reached)
             rows[count++] = s + at;
@@ -67,8 +67,9 @@ private:
     std::vector<T> work_;
 };
 
-/// Down the columns: the extremum of the rows y - radius to y + radius, one row after the other. A block of rows is
-/// seen from its end upwards, the next one from its start downwards; the window is what lies between.
+/// Down the columns: the extremum of the rows y - radius to y + radius, two rows at a time. Few rows are taken as they
+/// are, those that both results need only once. Of more, a block is seen from its end upwards, the next one from its
+/// start downwards; the window is what lies between.
 template <typename T>
 class ColumnWindows
 {
@@ -83,16 +84,29 @@ public:
         }
     }
 
-    /// Writes row `y`; rows are asked for in order from 0.
-    void Write(int y, T* d)
+    /// Writes the rows `y` and `y + 1`, which may be one behind the window; rows are asked for in order from 0.
+    void Write(int y, T* d0, T* d1)
     {
         if (radius_ <= mostDirect) {
-            const T* rows[kernels::mostRows];
-            for (int k = 0; k < length_; k++)
+            const T* rows[kernels::mostPairedRows];
+            for (int k = 0; k <= length_; k++)
                 rows[k] = RowOf(Clamp(y - radius_ + k, 0, src_.Height - 1));
-            kernels::ExtremumRow(extremum_, rows, length_, d, width_);
+            kernels::ExtremumRowPair(extremum_, rows, length_ + 1, d0, d1, width_);
             return;
         }
+        WriteNext(y, d0);
+        if (y + 1 < src_.Height) WriteNext(y + 1, d1);
+    }
+
+private:
+    /// Up to here the rows themselves are as fast.
+    static constexpr int mostDirect = kernels::mostPairedRows / 2 - 1;
+
+    const T* RowOf(int y) const { return src_.Row<T>(y); }
+    T* Upwards(int k) { return upwards_.data() + static_cast<std::size_t>(k) * width_; }
+
+    void WriteNext(int y, T* d)
+    {
         // Row k of block b lies at y = b length + k - radius.
         const int k = y % length_;
         if (k == 0) StartBlock(y - radius_);
@@ -104,13 +118,6 @@ public:
         else
             Of(Upwards(k), downwards_.data(), d);
     }
-
-private:
-    /// Up to here the rows themselves are as fast.
-    static constexpr int mostDirect = 2;
-
-    const T* RowOf(int y) const { return src_.Row<T>(y); }
-    T* Upwards(int k) { return upwards_.data() + static_cast<std::size_t>(k) * width_; }
 
     void Of(const T* a, const T* b, T* d)
     {
@@ -145,17 +152,21 @@ void ApplyBox(Extremum extremum, int radiusX, int radiusY, const Image& src, Ima
     const auto width = static_cast<std::size_t>(int(src.Width)), pad = static_cast<std::size_t>(radiusX);
     ColumnWindows<T> columns(extremum, src, radiusY);
     RowWindows<T> windows(extremum, width, pad);
-    PaddedRow<T> line(extremum, width, pad);
-    for (int y = 0; y < src.Height; y++) {
+    PaddedRow<T> line(extremum, width, pad), next(extremum, width, pad);
+    for (int y = 0; y < src.Height; y += 2) {
+        const bool two = y + 1 < src.Height;
         if (radiusX == 0) {
-            columns.Write(y, dst.Row<T>(y));
+            columns.Write(y, dst.Row<T>(y), two ? dst.Row<T>(y + 1) : next.first);
             continue;
         }
-        if (radiusY == 0)
+        if (radiusY == 0) {
             std::copy_n(src.Row<T>(y), width, line.first);
-        else
-            columns.Write(y, line.first);
+            if (two) std::copy_n(src.Row<T>(y + 1), width, next.first);
+        } else {
+            columns.Write(y, line.first, next.first);
+        }
         windows(line.first, dst.Row<T>(y));
+        if (two) windows(next.first, dst.Row<T>(y + 1));
     }
 }
 

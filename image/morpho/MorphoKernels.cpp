@@ -82,6 +82,62 @@ void OfRowsWhich(Extremum which, const T* const* rows, int count, T* d, std::siz
         OfRowsCounted<Extremum::Minimum>(rows, count, d, n);
 }
 
+/// As `OfRows`, for both results.
+template <Extremum Which, int count, typename T>
+void OfRowPair(const T* const* rows, T* d0, T* d1, std::size_t n)
+{
+    const hn::ScalableTag<T> tag;
+    const std::size_t lanes = hn::Lanes(tag);
+    const T* r[count];
+    for (int k = 0; k < count; k++)
+        r[k] = rows[k];
+    const auto step = [&](std::size_t i) {
+        auto v = hn::LoadU(tag, r[1] + i);
+        for (int k = 2; k < count - 1; k++)
+            v = Outer<Which>(v, hn::LoadU(tag, r[k] + i));
+        hn::StoreU(Outer<Which>(v, hn::LoadU(tag, r[0] + i)), tag, d0 + i);
+        hn::StoreU(Outer<Which>(v, hn::LoadU(tag, r[count - 1] + i)), tag, d1 + i);
+    };
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes)
+        step(i);
+    if (i < n && n >= lanes) {
+        step(n - lanes);
+        return;
+    }
+    for (; i < n; i++) {
+        T v = r[1][i];
+        for (int k = 2; k < count - 1; k++)
+            v = OuterOf<Which>(v, r[k][i]);
+        d0[i] = OuterOf<Which>(v, r[0][i]);
+        d1[i] = OuterOf<Which>(v, r[count - 1][i]);
+    }
+}
+
+template <Extremum Which, typename T>
+void OfRowPairCounted(const T* const* rows, int count, T* d0, T* d1, std::size_t n)
+{
+    switch (count) {
+    case 4:
+        return OfRowPair<Which, 4>(rows, d0, d1, n);
+    case 6:
+        return OfRowPair<Which, 6>(rows, d0, d1, n);
+    case 8:
+        return OfRowPair<Which, 8>(rows, d0, d1, n);
+    default:
+        return OfRowPair<Which, 10>(rows, d0, d1, n);
+    }
+}
+
+template <typename T>
+void OfRowPairWhich(Extremum which, const T* const* rows, int count, T* d0, T* d1, std::size_t n)
+{
+    if (which == Extremum::Maximum)
+        OfRowPairCounted<Extremum::Maximum>(rows, count, d0, d1, n);
+    else
+        OfRowPairCounted<Extremum::Minimum>(rows, count, d0, d1, n);
+}
+
 template <Extremum Which, typename T>
 void WidenRow(T* d, std::size_t n, std::size_t step)
 {
@@ -143,6 +199,16 @@ void OfRows16(Extremum which, const std::uint16_t* const* rows, int count, std::
 {
     OfRowsWhich(which, rows, count, d, n);
 }
+void OfRowPair8(Extremum which, const std::uint8_t* const* rows, int count, std::uint8_t* d0, std::uint8_t* d1,
+                std::size_t n)
+{
+    OfRowPairWhich(which, rows, count, d0, d1, n);
+}
+void OfRowPair16(Extremum which, const std::uint16_t* const* rows, int count, std::uint16_t* d0, std::uint16_t* d1,
+                 std::size_t n)
+{
+    OfRowPairWhich(which, rows, count, d0, d1, n);
+}
 void Widen8(Extremum which, std::uint8_t* d, std::size_t n, std::size_t step)
 {
     WidenWhich(which, d, n, step);
@@ -171,6 +237,8 @@ namespace Tesk::kernels {
 
 HWY_EXPORT(OfRows8);
 HWY_EXPORT(OfRows16);
+HWY_EXPORT(OfRowPair8);
+HWY_EXPORT(OfRowPair16);
 HWY_EXPORT(Widen8);
 HWY_EXPORT(Widen16);
 HWY_EXPORT(Run8);
@@ -193,6 +261,13 @@ void OfRowsPlain(Extremum which, const T* const* rows, int count, T* d, std::siz
             v = OuterPlain(which, v, rows[k][i]);
         d[i] = v;
     }
+}
+
+template <typename T>
+void OfRowPairPlain(Extremum which, const T* const* rows, int count, T* d0, T* d1, std::size_t n)
+{
+    OfRowsPlain(which, rows, count - 1, d0, n);
+    OfRowsPlain(which, rows + 1, count - 1, d1, n);
 }
 
 template <typename T>
@@ -222,6 +297,18 @@ void ExtremumRow(Extremum Which, const std::uint8_t* const* rows, int count, std
 void ExtremumRow(Extremum Which, const std::uint16_t* const* rows, int count, std::uint16_t* d, std::size_t n)
 {
     ByLevel(OfRowsPlain, HWY_DYNAMIC_DISPATCH(OfRows16))(Which, rows, count, d, n);
+}
+
+void ExtremumRowPair(Extremum Which, const std::uint8_t* const* rows, int count, std::uint8_t* d0, std::uint8_t* d1,
+                     std::size_t n)
+{
+    ByLevel(OfRowPairPlain, HWY_DYNAMIC_DISPATCH(OfRowPair8))(Which, rows, count, d0, d1, n);
+}
+
+void ExtremumRowPair(Extremum Which, const std::uint16_t* const* rows, int count, std::uint16_t* d0, std::uint16_t* d1,
+                     std::size_t n)
+{
+    ByLevel(OfRowPairPlain, HWY_DYNAMIC_DISPATCH(OfRowPair16))(Which, rows, count, d0, d1, n);
 }
 
 void WidenExtremumRow(Extremum Which, std::uint8_t* d, std::size_t n, std::size_t step)

@@ -16,12 +16,19 @@ enum class Extremum
 /// Rows are padded to a multiple of this, where kernels run over their ends.
 inline constexpr std::size_t rowStep = 64;
 
-inline constexpr int mostRows = 5;
+inline constexpr int mostRows = 5, mostPairedRows = 10;
 
-/// d[i] = the extremum of rows[0][i] to rows[count - 1][i], for `count` from 2 to 5. `d` may be one of the rows;
-/// nothing outside `n` pixels is read or written.
+/// d[i] = the extremum of rows[0][i] to rows[count - 1][i], for `count` from 2 to `mostRows`. `d` may be one of the
+/// rows; nothing outside `n` pixels is read or written.
 void ExtremumRow(Extremum Which, const std::uint8_t* const* rows, int count, std::uint8_t* d, std::size_t n);
 void ExtremumRow(Extremum Which, const std::uint16_t* const* rows, int count, std::uint16_t* d, std::size_t n);
+
+/// Two results at once, which have all rows but one in common: d0[i] of rows[0] to rows[count - 2], d1[i] of rows[1] to
+/// rows[count - 1], for an even `count` from 4 to `mostPairedRows`. `d0` and `d1` are none of the rows.
+void ExtremumRowPair(Extremum Which, const std::uint8_t* const* rows, int count, std::uint8_t* d0, std::uint8_t* d1,
+                     std::size_t n);
+void ExtremumRowPair(Extremum Which, const std::uint16_t* const* rows, int count, std::uint16_t* d0, std::uint16_t* d1,
+                     std::size_t n);
 
 /// d[i] = the extremum of d[i], d[i + step], ... d[i + 3 step] as they were before. Writes `n` pixels rounded up to
 /// `rowStep`, and reads as many and 3 step.
