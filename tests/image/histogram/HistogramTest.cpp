@@ -172,6 +172,19 @@ TEST_F(HistogramTest, CountsAreThoseOfTheWindow)
             EXPECT_EQ(total, 1017 * 595);
         }
     }
+    // Pairs that come again and again, across the ends of rows too.
+    for (const int width : {512, 513}) {
+        Image flat;
+        flat.Set(width, 401, Rgb);
+        Operator::Copy(RgbPixel(3, 2, 1), flat);
+        flat.Row<RgbPixel>(400)[width - 1] = RgbPixel(3, 2, 9);
+        Histogram histogram;
+        histogram.Compute(flat);
+        EXPECT_EQ(histogram.Sample(3, 0), width * 401);
+        EXPECT_EQ(histogram.Sample(2, 1), width * 401);
+        EXPECT_EQ(histogram.Sample(1, 2), width * 401 - 1);
+        EXPECT_EQ(histogram.Sample(9, 2), 1);
+    }
     // Values beyond the depth stand at the last level.
     Image deep;
     deep.Set(5, 1, Gray16);
