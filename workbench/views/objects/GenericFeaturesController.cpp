@@ -2,6 +2,7 @@
 
 #include "workbench/views/Text.h"
 #include "workbench/views/picture/CopyText.h"
+#include "workbench/views/values/ValueWidgets.h"
 
 #include <QHeaderView>
 #include <QMenu>
@@ -55,9 +56,10 @@ const std::optional<double>& FeaturesModel::ValueAt(int place, int column) const
 QVariant FeaturesModel::data(const QModelIndex& index, int role) const
 {
     if (role == Qt::TextAlignmentRole) return QVariant(Qt::AlignRight | Qt::AlignVCenter);
-    if (role != Qt::DisplayRole) return {};
+    if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
     const std::optional<double>& value = ValueAt(index.row(), index.column());
     if (!value) return {};
+    if (role == Qt::ToolTipRole) return FloatWidget::ExactText(*value);
     const double scale = std::pow(10.0, numberOfDecimal_);
     return std::isfinite(*value) ? std::round(*value * scale) / scale : *value;
 }

@@ -10,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QRegularExpression>
@@ -29,7 +30,7 @@ namespace {
 
 /// The least sizes of the shapes, in pixels.
 constexpr int textOnlyWidth = 220, spinWidth = 245, sliderWidth = 360, rowHeight = 30;
-constexpr int labelWidth = 110, textWidth = 64;
+constexpr int labelWidth = 110, textWidth = 64, resultWidth = 104;
 
 QLabel* Caption(const QString& text)
 {
@@ -102,13 +103,60 @@ void NumberWidget::SetState(bool enabled, std::uint32_t flags)
     const bool slider = enabled && !(flags & (attributeValue::SpinBox | attributeValue::TextOnly));
     text_->setVisible(!spin);
     text_->setReadOnly(!enabled);
-    text_->setEnabled(enabled);
+    if (!enabled) {
+        QPalette colors = text_->palette();
+        colors.setBrush(QPalette::Base, colors.brush(QPalette::Window));
+        text_->setPalette(colors);
+        QFont face = text_->font();
+        face.setBold(true);
+        text_->setFont(face);
+        text_->setFixedWidth(resultWidth);
+        text_->installEventFilter(this);
+    }
     slider_->setVisible(slider);
     SpinBox()->setVisible(spin);
     label_->setBuddy(spin ? SpinBox() : text_);
     m_DynamicRange = flags & attributeValue::DynamicRange;
     setMinimumWidth(slider ? sliderWidth : spin ? spinWidth : textOnlyWidth);
     if (!slider) row_->addStretch(1);
+}
+
+void NumberWidget::ShowExact(const QString& text)
+{
+    if (!text_->isReadOnly() || text == exact_) return;
+    exact_ = text;
+    text_->setToolTip(text);
+}
+
+/// The part that is selected, as it stands there; the whole with all its digits.
+void NumberWidget::CopyResult() const
+{
+    const bool isPart = text_->hasSelectedText() && text_->selectedText() != text_->text();
+    QGuiApplication::clipboard()->setText(isPart ? text_->selectedText() : exact_);
+}
+
+void NumberWidget::ShowResultMenu(QPoint at)
+{
+    auto* menu = new QMenu(text_);
+    menu->setObjectName("ResultMenu");
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(tr("&Copy"), this, [this] { CopyResult(); });
+    menu->addAction(tr("Select &All"), text_, &QLineEdit::selectAll);
+    menu->popup(at);
+}
+
+bool NumberWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != text_ || !text_->isReadOnly()) return ValueWidget::eventFilter(watched, event);
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->matches(QKeySequence::Copy)) {
+        CopyResult();
+        return true;
+    }
+    if (event->type() == QEvent::ContextMenu) {
+        ShowResultMenu(static_cast<QContextMenuEvent*>(event)->globalPos());
+        return true;
+    }
+    return ValueWidget::eventFilter(watched, event);
 }
 
 void NumberWidget::ShowText(const QString& text)
@@ -225,6 +273,7 @@ void IntWidget::SetValue(int value)
         spin_->setValue(value);
     }
     ShowText(TextOf(value));
+    ShowExact(TextOf(value));
     if (value != Auto && value != MaxInt) MoveSlider((static_cast<double>(value) - m_Minimum) / m_Increment);
 }
 
@@ -297,6 +346,12 @@ QString FloatWidget::TextOf(double value)
     return text == "-0" ? QString("0") : text;
 }
 
+QString FloatWidget::ExactText(double value)
+{
+    if (value == static_cast<double>(Auto)) return "Auto";
+    return QLocale::c().toString(value, 'g', QLocale::FloatingPointShortest);
+}
+
 bool FloatWidget::MayBeTyped(const QString& text)
 {
     static const QRegularExpression number("^-?[0-9]*\\.?[0-9]*$");
@@ -328,6 +383,7 @@ void FloatWidget::SetValue(double value)
         spin_->setValue(value);
     }
     ShowText(TextOf(value));
+    ShowExact(ExactText(value));
     if (value != static_cast<double>(Auto)) MoveSlider((value - m_Minimum) / m_Increment);
 }
 
@@ -578,7 +634,10 @@ void XYWidget::SetValue(const XY& value)
     m_Value = value;
     const double parts[2] = {value.X, value.Y};
     for (int i = 0; i < 2; i++) {
-        if (outputs_[i]) outputs_[i]->setText(QString::number(parts[i], 'f', numberOfDecimal_));
+        if (outputs_[i]) {
+            outputs_[i]->setText(QString::number(parts[i], 'f', numberOfDecimal_));
+            outputs_[i]->setToolTip(FloatWidget::ExactText(parts[i]));
+        }
         if (texts_[i] && !texts_[i]->hasFocus()) {
             const QString text = FloatWidget::TextOf(parts[i]);
             if (texts_[i]->text() != text) texts_[i]->setText(text);

@@ -48,6 +48,8 @@ class NumberWidget : public ValueWidget
 public:
     NumberWidget(const QString& label, QWidget* parent);
 
+    /// A number that is not enabled is a result: it can be selected, copied and, under the pointer, read with all its
+    /// digits.
     void SetState(bool enabled, std::uint32_t flags);
     bool IsDragging() const { return isButtonLeftDown_; }
 
@@ -58,6 +60,9 @@ protected:
     virtual QWidget* SpinBox() = 0;
     /// Shows a text, unless it stands there already; the caret goes behind its end.
     void ShowText(const QString& text);
+    /// All digits of a result.
+    void ShowExact(const QString& text);
+    bool eventFilter(QObject* watched, QEvent* event) override;
     /// Moves the slider without an event.
     void MoveSlider(double position);
     void SetSliderRange(double last);
@@ -68,6 +73,12 @@ protected:
     QToolButton* auto_;
     QHBoxLayout* row_;
     bool m_DynamicRange = false, isButtonLeftDown_ = false, isTyping_ = false;
+
+private:
+    void CopyResult() const;
+    void ShowResultMenu(QPoint at);
+
+    QString exact_;
 };
 
 /// A whole number; the words "Auto" and "MaxInt" stand for the library's special values.
@@ -115,6 +126,8 @@ public:
 
     /// The format "0.###".
     static QString TextOf(double value);
+    /// All digits that tell the number from others.
+    static QString ExactText(double value);
     /// Whether a text may stand in the box while it is typed: digits, one "-" at the start, one ".".
     static bool MayBeTyped(const QString& text);
 
