@@ -412,6 +412,27 @@ TEST(WindowSpiral, GoesRoundTheCornersAndFurtherIn)
         EXPECT_EQ(beside.Next(area, window, true), place);
 }
 
+TEST(WindowSpiral, PassesThePlacesThatAreTaken)
+{
+    const WindowSize area{1000, 800}, window{300, 200};
+    // A picture stands in the second corner, so that the third is the first free one; the round goes on as if not.
+    const WindowRect picture{685, 15, 300, 200};
+    WindowSpiral spiral;
+    EXPECT_EQ(spiral.Next(area, window, true, {picture}), (WindowPoint{685, 585}));
+    EXPECT_EQ(spiral.Next(area, window, true), (WindowPoint{685, 585}));
+    // All corners are taken and the middle is not: beside another window.
+    const std::vector<WindowRect> corners = {
+        {0, 0, 400, 300}, {600, 0, 400, 300}, {600, 500, 400, 300}, {0, 500, 400, 300}};
+    const WindowPoint between = WindowSpiral().Next(area, {180, 200}, false, corners);
+    EXPECT_EQ(Covered({between.X, between.Y, 180, 200}, corners), 0);
+    // Nothing is free: where least is covered, and controls weigh more than pictures.
+    const std::vector<WindowRect> halves = {{0, 0, 500, 800, 1000}, {500, 0, 500, 800, 1}};
+    EXPECT_EQ(WindowSpiral().Next(area, window, false, halves), (WindowPoint{685, 15}));
+    EXPECT_EQ(Covered({400, 100, 200, 10}, halves), 100 * 10 * 1000 + 100 * 10);
+    // A window larger than the work area has no place but the corner.
+    EXPECT_EQ(FreePlace(area, {1200, 900}, {{15, 15}}, halves), (WindowPoint{15, 15}));
+}
+
 TEST_F(OperationHandlerTest, PinnedValuesRunWhileAnotherOperationIsSelected)
 {
     Read("a.png");

@@ -16,6 +16,13 @@ using namespace attributeValue;
 
 namespace {
 
+/// A controller's members, where it has any, else itself.
+std::vector<IController*> PartsOf(IController& controller)
+{
+    if (const auto* several = dynamic_cast<MultiController*>(&controller)) return several->Members();
+    return {&controller};
+}
+
 bool IsNamed(const Arg& argument, const std::wstring& name)
 {
     return argument.Variable && argument.Variable->NameText == name;
@@ -124,15 +131,32 @@ void CommandPanel::UpdateControls(bool Dragging)
 
 void CommandPanel::Place(IController& controller, WindowSpiral& spiral, WindowSize workArea)
 {
-    if (const auto* several = dynamic_cast<MultiController*>(&controller))
-        for (IController* member : several->Members())
-            Place(*member, spiral, workArea);
-    else if (dynamic_cast<IPlacedWindow*>(&controller))
-        views_.MoveControl(controller, spiral.Next(workArea, views_.ControlSize(controller), views_.IsHelp()));
+    for (IController* part : PartsOf(controller)) {
+        if (!dynamic_cast<IPlacedWindow*>(part)) continue;
+        // Each goes beside those that were placed before it, which are not on the screen yet.
+        std::vector<WindowRect> others = OccupiedPlaces();
+        others.insert(others.end(), placed_.begin(), placed_.end());
+        const WindowSize size = views_.ControlSize(*part);
+        const WindowPoint place = spiral.Next(workArea, size, views_.IsHelp(), others);
+        placed_.push_back({place.X, place.Y, size.Width, size.Height});
+        views_.MoveControl(*part, place);
+    }
+}
+
+std::vector<WindowRect> CommandPanel::OccupiedPlaces() const
+{
+    std::vector<IController*> known;
+    for (const PanelRow& row : rows_) {
+        if (!row.Controller) continue;
+        for (IController* part : PartsOf(*row.Controller))
+            if (part->ControllerState() != controllerState::NeverShown) known.push_back(part);
+    }
+    return views_.OccupiedPlaces(known);
 }
 
 void CommandPanel::ShowControllers(WindowSpiral& Spiral, bool KeepPlace, WindowSize WorkArea)
 {
+    placed_.clear();
     for (const PanelRow& row : rows_) {
         if (!row.Controller) continue;
         IController& controller = *row.Controller;

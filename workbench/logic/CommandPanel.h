@@ -4,6 +4,7 @@
 #include "workbench/logic/IController.h"
 #include "workbench/logic/OperationItemInfo.h"
 #include "workbench/logic/VariableSelector.h"
+#include "workbench/logic/WindowPlaces.h"
 
 #include <memory>
 
@@ -59,6 +60,8 @@ public:
     /// Shows every controller; a window shown for the first time takes the next place of the spiral, unless
     /// `KeepPlace`.
     void ShowControllers(WindowSpiral& Spiral, bool KeepPlace, WindowSize WorkArea);
+    /// Where a new window would cover one that is on the screen, or that the panel is about to show again.
+    std::vector<WindowRect> OccupiedPlaces() const;
     void HideControllers();
     void ShowController(int Row);
     void HideController(int Row);
@@ -90,6 +93,7 @@ private:
     IOperationViews& views_;
     Operation* operation_ = nullptr;
     std::vector<PanelRow> rows_;
+    std::vector<WindowRect> placed_; ///< by the showing that is under way
     std::wstring title_, resetHelp_;
     std::vector<ControlHandle> externalControls_;
     int manipulator_ = 0;

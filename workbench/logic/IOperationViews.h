@@ -90,6 +90,10 @@ public:
     virtual void MoveControl(IController& Controller, WindowPoint Location) = 0;
     /// Where the windows go: the work area.
     virtual WindowSize WorkAreaSize() const = 0;
+    /// The windows on the screen, the operation's own included, and those that the controllers are about to show.
+    virtual std::vector<WindowRect> OccupiedPlaces(const std::vector<IController*>& Coming) const = 0;
+    /// Marks what a controller shows as out of date, or no longer.
+    virtual void ShowStale(IController& Controller, bool IsStale) = 0;
     /// Puts the windows in their order: the help, the parameters panel, the pinned and then the other windows of the
     /// variables of the operation (null for none), the rest, the work area.
     virtual void SetFormOrder(const Operation* Current) = 0;

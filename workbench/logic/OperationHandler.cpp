@@ -91,7 +91,10 @@ OperationHandler::OperationHandler(Tesk::Engine& Engine, IOperationViews& Views,
           ReplaceController(id, argument, chosen, same);
       })
 {
-    engine_.BeforeRun = [this](const Operation& running) { views_.SetBusy(&running); };
+    engine_.BeforeRun = [this](const Operation& running) {
+        lastBegun_ = &running;
+        views_.SetBusy(&running);
+    };
 }
 
 OperationHandler::~OperationHandler()
@@ -228,15 +231,19 @@ bool OperationHandler::CreateOperation(const operationItemInfo& item)
                                      : CreateControllers(created, operationType::New, item.ClassNode);
     if (outcome.IsComplete()) {
         RunPanel(false);
+        // The help has its text before other windows look for places beside it.
+        SetItem(operation, item);
+        UpdateContextualHelpForm();
         // On another tab the window is the former one, and stays.
         WindowPoint place;
         const bool placed = formIsNew_;
-        if (placed) place = spiral_.Next(views_.WorkAreaSize(), views_.OperationFormSize(), views_.IsHelp());
+        if (placed)
+            place = spiral_.Next(views_.WorkAreaSize(), views_.OperationFormSize(), views_.IsHelp(),
+                                 currentCommandPanel_->OccupiedPlaces());
         ShowPanel(placed ? &place : nullptr, false);
         keeper_.Keep(created);
         StoreOperationFormLocation();
         currentIsNew_ = true;
-        SetItem(operation, item);
         if (operationListAddDelegate_) operationListAddDelegate_(id, item, true);
         UpdateContextualHelpForm();
         currentMenuNode_ = item.ChoiceNode;
@@ -264,6 +271,7 @@ void OperationHandler::TakeBackNew(int id, ControllerList& created)
         changed.Variable->Uses--;
         changed.Variable = nullptr;
     }
+    ForgetFailure(operation);
     keeper_.RepointFrom(operation);
     DeleteUnusedControllers();
     ReclaimVariables();

@@ -92,6 +92,8 @@ public:
     ParametersPanel& Parameters() { return parametersPanel_; }
     /// Views ignore their change events while a selection is being made.
     bool OperationSelectMode() const { return operationSelectMode_; }
+    /// Why an operation has stopped the latest run; empty for every other one.
+    const std::wstring& FailureOf(const Operation& Op) const;
     bool IsRunningBlocked() const { return currentOperationRunningMutex_; }
     /// The place of an operation, with which it was created or swapped.
     operationItemInfo ItemOf(int Id) const;
@@ -121,6 +123,10 @@ private:
     void RunPanel(bool taken);
     void PullValues(Operation* op, AnyVariable* var, bool fromParameters);
     void PushValues(bool dragging);
+    void NoteFailure();
+    void ForgetFailure(const Operation* gone);
+    void ShowStale();
+    std::wstring FailureText() const;
 
     Tesk::Engine& engine_;
     IOperationViews& views_;
@@ -135,6 +141,10 @@ private:
     bool currentIsNew_ = false; ///< created, and not selected again since
     bool formIsNew_ = false;    ///< the operation's window has not been placed yet
     bool running_ = false;
+    const Operation* lastBegun_ = nullptr; ///< of the latest run
+    const Operation* failed_ = nullptr;    ///< the operation at which the latest run stopped
+    std::wstring failure_;                 ///< its message
+    bool isStaleShown_ = false;
     std::vector<bool> previousOperationVisibleFlags_;
     std::vector<PanelLocation> commandPanelLocations_;
     std::vector<std::pair<const Operation*, operationItemInfo>> items_;

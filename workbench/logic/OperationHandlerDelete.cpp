@@ -38,6 +38,7 @@ bool OperationHandler::DeleteOne(int id, bool keepWindow)
     parametersPanel_.RemoveControllers(*operation);
     int argument, consumer;
     engine_.RemoveOperation(id, argument, consumer, false);
+    ForgetFailure(operation);
     if (id == currentOperationID_) {
         currentOperationID_ = -1;
         currentOperationRunningMutex_ = false;
@@ -59,6 +60,8 @@ void OperationHandler::DeleteOperation(int Id, bool KeepWindow)
         currentOperationID_ = Id - 1;
     else
         SelectBefore(Id);
+    // With nothing selected no panel has run what it leaves: without its failure the others may go on.
+    if (!CurrentOperation()) DoRun(nullptr, nullptr, true, false, false, false);
 }
 
 void OperationHandler::DeleteToEnd(int Id)

@@ -6,7 +6,52 @@
 
 #include "foundation/Status.h"
 
+#include <algorithm>
+#include <set>
+
 namespace TeskPlus {
+
+namespace {
+
+/// Whether the operation holds former values, seen from what is known to be out of date before it. An input that is a
+/// view of such a variable, or of one that it has not taken over yet, joins them.
+bool IsStale(const Operation& operation, std::set<const AnyVariable*>& stale)
+{
+    bool isStale = operation.Dirty;
+    std::int32_t newestInput = 0, oldestOutput = MaxInt;
+    for (const Arg& argument : operation.Args) {
+        const AnyVariable* variable = argument.Variable;
+        if (!variable) continue;
+        const std::uint32_t flags = Engine::VarNode(argument.Node)->Flags;
+        if (flags & attributeValue::In) {
+            const AnyVariable* source = Engine::SourceOf(*variable);
+            if (source && (stale.count(source) || source->Stamp > variable->Stamp)) {
+                stale.insert(variable);
+                isStale = true;
+            }
+            newestInput = std::max(newestInput, variable->Stamp);
+        }
+        if (flags & attributeValue::Out) oldestOutput = std::min(oldestOutput, variable->Stamp);
+    }
+    return isStale || newestInput >= oldestOutput;
+}
+
+/// What shows former values because the run stopped at an operation; nothing for null.
+std::set<const AnyVariable*> StaleVariables(const Engine& engine, const Operation* failed)
+{
+    std::set<const AnyVariable*> stale;
+    bool isBehind = false;
+    for (const auto& operation : engine.Operations) {
+        isBehind = isBehind || operation.get() == failed;
+        if (!isBehind || !IsStale(*operation, stale)) continue;
+        for (const Arg& argument : operation->Args)
+            if (argument.Variable && Engine::VarNode(argument.Node)->Flags & attributeValue::Out)
+                stale.insert(argument.Variable);
+    }
+    return stale;
+}
+
+} // namespace
 
 /// Makes the panel of the current operation anew.
 PanelOutcome OperationHandler::CreateControllers(ControllerList& created, operationType reason, int classNode)
@@ -77,13 +122,59 @@ void OperationHandler::DoRun(Operation* Op, AnyVariable* Var, bool Taken, bool M
     Status::ErrorBehavior(IgnoreIt);
     if (!Taken) PullValues(Op, Var, FromParameters);
     const std::wstring refused = Refusal::Take();
+    lastBegun_ = nullptr;
     engine_.Execute();
     views_.SetBusy(nullptr);
-    const std::wstring error = Status::Error().Code != NoError ? Status::UnicodeError() : refused;
+    NoteFailure();
     RefreshTimings();
     views_.PassBlobSelection();
-    views_.SetStatusText(error);
+    views_.SetStatusText(failure_.empty() ? refused : FailureText());
     PushValues(Dragging);
+    ShowStale();
+}
+
+void OperationHandler::NoteFailure()
+{
+    const bool isFailed = Status::Error().Code != NoError;
+    failed_ = isFailed ? lastBegun_ : nullptr;
+    failure_ = isFailed ? Status::UnicodeError() : L"";
+}
+
+void OperationHandler::ForgetFailure(const Operation* gone)
+{
+    if (failed_ != gone) return;
+    failed_ = nullptr;
+    failure_.clear();
+}
+
+const std::wstring& OperationHandler::FailureOf(const Operation& Op) const
+{
+    static const std::wstring none;
+    return &Op == failed_ ? failure_ : none;
+}
+
+/// Under the selection of another operation the message says whose it is.
+std::wstring OperationHandler::FailureText() const
+{
+    const bool isOwn = !failed_ || !CurrentOperation() || failed_ == CurrentOperation();
+    return isOwn ? failure_ : std::wstring(Engine::OpNode(failed_->Node)->Label) + L": " + failure_;
+}
+
+/// What the operation that failed makes, and what depends on it or waits behind it, is out of date.
+void OperationHandler::ShowStale()
+{
+    if (!failed_ && !isStaleShown_) return;
+    isStaleShown_ = failed_ != nullptr;
+    const std::set<const AnyVariable*> stale = StaleVariables(engine_, failed_);
+    const auto show = [&](IController* controller) {
+        if (controller) views_.ShowStale(*controller, stale.count(controller->CurrentVariable()) != 0);
+    };
+    for (const auto& controller : keeper_.All())
+        show(controller.get());
+    // Those of a new operation are kept only when it is finished.
+    if (currentCommandPanel_)
+        for (const PanelRow& row : currentCommandPanel_->Rows())
+            show(row.Controller);
 }
 
 /// The first run of a panel that has just been built; where runs are blocked it still shows what its variables hold.
@@ -94,6 +185,8 @@ void OperationHandler::RunPanel(bool taken)
     if (currentOperationRunningMutex_) {
         currentCommandPanel_->UpdateMotherControllers();
         currentCommandPanel_->UpdateControls(false);
+        views_.SetStatusText(FailureText());
+        ShowStale();
     }
     RefreshTimings();
 }

@@ -1,12 +1,8 @@
 #include "workbench/logic/OperationItemInfo.h"
 
-#include "foundation/Records.h"
-
 namespace TeskPlus {
 
 namespace {
-
-constexpr int spiralStep = 23, spiralMargin = 15, spiralTurns = 8;
 
 /// The first method in a subtree, and the choice that holds it.
 bool FindFirstMethod(int node, int choice, operationItemInfo& item)
@@ -82,18 +78,6 @@ operationItemInfo ItemOfMethod(int Method)
         item.ChoiceNode = parent;
     item.IsMultiTab = ClassTabs(item.ClassNode).size() > 1;
     return item;
-}
-
-WindowPoint WindowSpiral::Next(WindowSize WorkArea, WindowSize Window, bool IsHelp)
-{
-    if (IsHelp && currentWindowPosition_ == 0) currentWindowPosition_ = 1;
-    const int offset = spiraleCpt_ * spiralStep + spiralMargin;
-    const int right = WorkArea.Width - offset - Window.Width, low = WorkArea.Height - offset - Window.Height;
-    const WindowPoint corners[] = {{offset, offset}, {right, offset}, {right, low}, {offset, low}};
-    const WindowPoint place = corners[currentWindowPosition_ & 3];
-    currentWindowPosition_ = (currentWindowPosition_ + 1) & 3;
-    if (currentWindowPosition_ == 0 && ++spiraleCpt_ > spiralTurns) spiraleCpt_ = 0;
-    return place;
 }
 
 } // namespace TeskPlus

@@ -62,14 +62,4 @@ int ClassOfNode(int Node);
 /// The place of a method as the menus give it: its choice only where that is a group of interchangeable methods.
 operationItemInfo ItemOfMethod(int Method);
 
-/// The places of new windows: the four corners of the work area in turn, ever further in. While help is shown, the
-/// first corner is the help's.
-struct WindowSpiral
-{
-    int spiraleCpt_ = 0, currentWindowPosition_ = 0;
-
-    /// The place of the next window, and on to the one after it.
-    WindowPoint Next(WindowSize WorkArea, WindowSize Window, bool IsHelp);
-};
-
 } // namespace TeskPlus

@@ -227,9 +227,18 @@ void OperationList::UpdateOperationItems(ListLine& entry, bool expand)
 
 void OperationList::UpdateTimings()
 {
-    for (std::size_t id = 0; id < lines_.size() && id < engine_.Operations.size(); id++)
-        lines_[id].Text = WithTime(lines_[id].Text, engine_.Operations[id]->Duration);
-    Tell();
+    std::vector<int> changed;
+    for (std::size_t id = 0; id < lines_.size() && id < engine_.Operations.size(); id++) {
+        ListLine& line = lines_[id];
+        const std::int32_t duration = engine_.Operations[id]->Duration;
+        const std::wstring& failure = handler_.FailureOf(*engine_.Operations[id]);
+        if (line.Duration == duration && line.Failure == failure) continue;
+        line.Duration = duration;
+        line.Text = WithTime(line.Text, duration);
+        line.Failure = failure;
+        changed.push_back(static_cast<int>(id));
+    }
+    if (!changed.empty() && TextsChanged) TextsChanged(changed);
 }
 
 void OperationList::NodeMouseClick(const ListPath& Path)

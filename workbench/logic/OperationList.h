@@ -28,9 +28,11 @@ struct ListLine
 {
     std::wstring Text;
     lineImage ImageIndex = lineImage::None;
-    operationItemInfo Item;    ///< of an operation
-    variableItemInfo Variable; ///< of the others
-    int Argument = -1;         ///< position among the operation's arguments
+    operationItemInfo Item;     ///< of an operation
+    variableItemInfo Variable;  ///< of the others
+    int Argument = -1;          ///< position among the operation's arguments
+    std::wstring Failure;       ///< why the operation has stopped the latest run; empty if it has not
+    std::int32_t Duration = -1; ///< of the operation, as the text tells it
     bool IsExpanded = false;
     bool Checked = false; ///< collapsed once, to its pinned lines
     std::vector<ListLine> Lines;
@@ -73,6 +75,8 @@ public:
     // What the view installs.
     /// The lines have changed.
     std::function<void()> Changed;
+    /// The texts or the states of some operations have changed, and nothing else.
+    std::function<void(const std::vector<int>& Ids)> TextsChanged;
     /// Editing the text of a line is to start.
     std::function<void(const ListPath&)> StartLabelEdit;
     /// "Copy to Clipboard" of an operation's section, or of all with `Auto`; "Export Script to File".

@@ -35,6 +35,8 @@ public:
     WindowSize ControlSize(const IController&) const override { return {}; }
     void MoveControl(IController&, WindowPoint) override {}
     WindowSize WorkAreaSize() const override { return {}; }
+    std::vector<WindowRect> OccupiedPlaces(const std::vector<IController*>&) const override { return {}; }
+    void ShowStale(IController&, bool) override {}
     void SetFormOrder(const Operation*) override {}
     ControlHandle ParentWindow() const override { return nullptr; }
     int ShowMessage(const MessageInfo& Message) override;

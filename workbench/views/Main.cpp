@@ -8,7 +8,6 @@
 #include <QCommandLineParser>
 #include <QFileInfo>
 #include <QScreen>
-#include <QTimer>
 
 #include <clocale>
 
@@ -36,12 +35,9 @@ int main(int argc, char** argv)
     // Without a window manager nobody else makes it large.
     form.resize(form.screen()->availableSize());
     form.showMaximized();
-    // The windows take their places by the size of the work area, which a window manager sets some time after the
-    // first showing.
-    constexpr int settled = 150;
-    QTimer::singleShot(settled, &form, [&] {
-        for (const QString& path : parser.positionalArguments())
-            form.OpenImage(QFileInfo(path).absoluteFilePath());
-    });
+    QStringList paths;
+    for (const QString& path : parser.positionalArguments())
+        paths << QFileInfo(path).absoluteFilePath();
+    form.OpenWhenSettled(paths);
     return QApplication::exec();
 }

@@ -23,12 +23,16 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <utility>
 
 namespace TeskPlus {
 
 namespace {
 
 constexpr int splashTime = 3000;
+/// A window manager sets the size of a new window some time after the first showing: it is final when it has stayed for
+/// so long, in ms.
+constexpr int settlingTime = 150;
 /// Width of the list of operations at the start, in pixels.
 constexpr int listWidth = 340;
 
@@ -64,6 +68,14 @@ MainForm::MainForm(bool withSplash) : engine_(std::make_unique<Engine>()), withS
     workArea_->setOption(QMdiArea::DontMaximizeSubWindowOnActivation);
     workArea_->viewport()->setAcceptDrops(true);
     workArea_->viewport()->installEventFilter(this);
+    workArea_->installEventFilter(this);
+    settled_ = new QTimer(this);
+    settled_->setSingleShot(true);
+    settled_->setInterval(settlingTime);
+    connect(settled_, &QTimer::timeout, this, [this] {
+        for (const QString& path : std::exchange(waiting_, {}))
+            OpenImage(path);
+    });
     splitter->addWidget(workArea_);
     setCentralWidget(splitter);
 
@@ -228,6 +240,12 @@ void MainForm::OpenImage(const QString& path)
     MenuItemClicked(ItemOfMethod(readImage));
 }
 
+void MainForm::OpenWhenSettled(const QStringList& paths)
+{
+    waiting_ += paths;
+    settled_->start();
+}
+
 void MainForm::ShowGettingStarted()
 {
     if (!IsHelp()) return;
@@ -274,6 +292,15 @@ void MainForm::dropEvent(QDropEvent* event)
 
 bool MainForm::eventFilter(QObject* watched, QEvent* event)
 {
+    if (watched == workArea_) {
+        const bool isSettling = event->type() == QEvent::Resize || event->type() == QEvent::Show;
+        if (isSettling && !waiting_.isEmpty()) settled_->start();
+        // Behind the event, when its viewport has the size, too. The viewport alone changes with its scroll bars, while
+        // the user moves a window to an edge.
+        if (event->type() == QEvent::Resize)
+            QTimer::singleShot(0, views_.get(), [this] { views_->KeepWindowsInside(); });
+        return false;
+    }
     // The work area takes drops for the window, whose child it is.
     if (event->type() == QEvent::DragEnter) {
         dragEnterEvent(static_cast<QDragEnterEvent*>(event));

@@ -11,6 +11,7 @@
 class QLabel;
 class QMdiArea;
 class QMenu;
+class QTimer;
 
 namespace TeskPlus {
 
@@ -34,6 +35,8 @@ public:
 
     /// Reads an image file by the road of File > Image > Read.
     void OpenImage(const QString& path);
+    /// Reads image files as soon as the window has taken its size on the screen, by which theirs take their places.
+    void OpenWhenSettled(const QStringList& paths);
 
     Tesk::Engine& GetEngine() { return *engine_; }
     OperationHandler& Handler() { return *operationHandler_; }
@@ -66,6 +69,8 @@ private:
     QAction *showHelp_ = nullptr, *languageActions_[4] = {};
     int currentClassNode_ = -1, currentChoiceNode_ = -1, language_ = 0;
     bool withSplash_;
+    QTimer* settled_ = nullptr; ///< runs while the window may still change its size
+    QStringList waiting_;       ///< for that to be over
 };
 
 } // namespace TeskPlus

@@ -3,6 +3,7 @@
 #include "workbench/views/Text.h"
 
 #include <QApplication>
+#include <QFontMetrics>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -14,6 +15,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -25,23 +27,16 @@ constexpr int captionHeight = 23;
 /// How long the pointer must rest on a line, in ms, until its window is shown for the moment.
 constexpr int restTime = 400;
 
-QIcon IconOf(lineImage image)
-{
-    switch (image) {
-    case lineImage::CanBePinned:
-        return QIcon(":/Ok16_White.bmp");
-    case lineImage::Pinned:
-        return QIcon(":/OkOk16.bmp");
-    case lineImage::CurrentOperation:
-        return QIcon(":/Current.bmp");
-    default:
-        return {};
-    }
-}
+constexpr int iconSide = 16;
+/// Above and below a line's text.
+constexpr int linePadding = 2;
+/// Where an item keeps which image it shows.
+constexpr int imageRole = Qt::UserRole;
 
 } // namespace
 
-/// Edits the name of a variable, which is the part of a line's text before the type.
+/// Makes all lines as high as the highest, and edits the name of a variable, which is the part of a line's text before
+/// the type.
 class OperationList2::NameDelegate final : public QStyledItemDelegate
 {
 public:
@@ -52,6 +47,15 @@ public:
             // The answer may open a message, which must not stand inside the editor's closing.
             QTimer::singleShot(0, &owner_, [this, text] { owner_.EndEdit(text ? &*text : nullptr); });
         });
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        QFont face = option.font;
+        face.setBold(true);
+        QSize size = QStyledItemDelegate::sizeHint(option, index);
+        size.setHeight(std::max(iconSide, QFontMetrics(face).height()) + 2 * linePadding);
+        return size;
     }
 
     void setEditorData(QWidget* editor, const QModelIndex&) const override
@@ -71,7 +75,8 @@ private:
     mutable std::optional<std::wstring> text_;
 };
 
-OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(parent), list_(list)
+OperationList2::OperationList2(OperationList& list, QWidget* parent)
+    : QWidget(parent), list_(list), canBePinned_(":/Ok16_White.bmp"), pinned_(":/OkOk16.bmp"), current_(":/Current.bmp")
 {
     setObjectName("OperationList2");
     auto* column = new QVBoxLayout(this);
@@ -89,12 +94,14 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
     tree_->setHeaderHidden(true);
     tree_->setRootIsDecorated(true);
     tree_->setUniformRowHeights(true);
+    tree_->setIconSize({iconSide, iconSide});
     tree_->setSelectionMode(QAbstractItemView::SingleSelection);
     tree_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     tree_->setExpandsOnDoubleClick(false);
     tree_->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     tree_->header()->setStretchLastSection(false);
-    tree_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // Sized by whoever changes a line: by itself it would measure all lines for each change of one.
+    tree_->header()->setSectionResizeMode(QHeaderView::Fixed);
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
     tree_->setMouseTracking(true);
     tree_->setItemDelegate(new NameDelegate(*this));
@@ -121,6 +128,10 @@ OperationList2::OperationList2(OperationList& list, QWidget* parent) : QWidget(p
     });
     connect(tree_, &QTreeWidget::customContextMenuRequested, this, &OperationList2::ShowContextMenu);
     list_.Changed = [this] { ScheduleRebuild(); };
+    list_.TextsChanged = [this](const std::vector<int>& ids) {
+        if (changedTexts_.empty()) QTimer::singleShot(0, this, [this] { RefreshTexts(); });
+        changedTexts_.insert(ids.begin(), ids.end());
+    };
     list_.StartLabelEdit = [this](const ListPath& path) {
         Rebuild();
         QTreeWidgetItem* item = ItemAt(path);
@@ -167,15 +178,46 @@ QTreeWidgetItem* OperationList2::ItemAt(const ListPath& path) const
     return item;
 }
 
+const QIcon& OperationList2::IconOf(lineImage image) const
+{
+    switch (image) {
+    case lineImage::CanBePinned:
+        return canBePinned_;
+    case lineImage::Pinned:
+        return pinned_;
+    case lineImage::CurrentOperation:
+        return current_;
+    default:
+        return none_;
+    }
+}
+
+void OperationList2::FillText(QTreeWidgetItem& item, const ListLine& line, const ListPath& path)
+{
+    item.setText(0, Qt16(line.Text));
+    const int node = path.Level() == 0 ? line.Item.OperationNode : line.Variable.VariableNode;
+    if (!line.Failure.empty()) {
+        item.setToolTip(0, tr("Failed: %1").arg(Qt16(line.Failure)));
+        // A red that is readable on a light and on a dark list.
+        item.setForeground(0, tree_->palette().color(QPalette::Base).lightness() < 128 ? QColor(0xff, 0x6b, 0x6b)
+                                                                                       : QColor(0xc0, 0, 0));
+    } else {
+        item.setToolTip(0, node >= 0 ? Qt16(Engine::Tree[node]->Documentation) : QString());
+        item.setData(0, Qt::ForegroundRole, QVariant());
+    }
+}
+
 void OperationList2::FillItem(QTreeWidgetItem& item, const ListLine& line, const ListPath& path)
 {
-    if (item.text(0) != Qt16(line.Text)) item.setText(0, Qt16(line.Text));
-    item.setIcon(0, IconOf(line.ImageIndex));
+    FillText(item, line, path);
+    const QVariant image(static_cast<int>(line.ImageIndex));
+    if (item.data(0, imageRole) != image) {
+        item.setData(0, imageRole, image);
+        item.setIcon(0, IconOf(line.ImageIndex));
+    }
     QFont face = tree_->font();
     face.setBold(path.Level() == 0);
     item.setFont(0, face);
-    const int node = path.Level() == 0 ? line.Item.OperationNode : line.Variable.VariableNode;
-    if (node >= 0) item.setToolTip(0, Qt16(Engine::Tree[node]->Documentation));
     while (item.childCount() > static_cast<int>(line.Lines.size()))
         delete item.takeChild(item.childCount() - 1);
     for (std::size_t i = 0; i < line.Lines.size(); i++) {
@@ -196,6 +238,23 @@ void OperationList2::ScheduleRebuild()
     QTimer::singleShot(0, this, [this] { Rebuild(); });
 }
 
+void OperationList2::RefreshTexts()
+{
+    // A rebuild that waits, or that an edit holds back, fills the texts as well.
+    if (!editing_ && !rebuildScheduled_) {
+        const QSignalBlocker quiet(tree_);
+        for (const int id : changedTexts_) {
+            const ListLine* line = list_.LineAt({id});
+            QTreeWidgetItem* item = tree_->topLevelItem(id);
+            if (!line || !item) continue;
+            FillText(*item, *line, {id});
+            const int wanted = tree_->indentation() + tree_->sizeHintForIndex(tree_->indexFromItem(item)).width();
+            if (wanted > tree_->columnWidth(0)) tree_->setColumnWidth(0, wanted);
+        }
+    }
+    changedTexts_.clear();
+}
+
 void OperationList2::Rebuild()
 {
     rebuildScheduled_ = false;
@@ -211,6 +270,7 @@ void OperationList2::Rebuild()
         FillItem(*tree_->topLevelItem(static_cast<int>(i)), lines[i], {static_cast<int>(i), -1, -1});
         if (lines[i].ImageIndex == lineImage::CurrentOperation) current = static_cast<int>(i);
     }
+    tree_->resizeColumnToContents(0);
     // The selection moves and is scrolled to once; after that the list stays where the user scrolls it.
     const std::pair selection(current, lines.size());
     if (selection != shown_ && current >= 0) {

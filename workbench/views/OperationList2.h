@@ -3,8 +3,10 @@
 
 #include "workbench/logic/OperationList.h"
 
+#include <set>
 #include <utility>
 
+#include <QIcon>
 #include <QWidget>
 
 class QTimer;
@@ -30,6 +32,10 @@ private:
     void Press(const QTreeWidgetItem& item);
     void ScheduleRebuild();
     void FillItem(QTreeWidgetItem& item, const ListLine& line, const ListPath& path);
+    /// The part of `FillItem` that a run may change.
+    void FillText(QTreeWidgetItem& item, const ListLine& line, const ListPath& path);
+    void RefreshTexts();
+    const QIcon& IconOf(lineImage image) const;
     QTreeWidgetItem* ItemAt(const ListPath& path) const;
     static ListPath PathOf(const QTreeWidgetItem* item);
     void ShowContextMenu(const QPoint& place);
@@ -37,6 +43,8 @@ private:
 
     OperationList& list_;
     QTreeWidget* tree_;
+    const QIcon canBePinned_, pinned_, current_, none_; ///< made once: a rebuild shows each of them many times
+    std::set<int> changedTexts_;                        ///< operations whose lines are to be refreshed
     QTimer* hover_;
     ListPath hovered_;
     std::pair<int, std::size_t> shown_{-1, 0}; ///< the current operation and the number of them when last shown

@@ -1,13 +1,16 @@
 #include "workbench/views/OperationViews.h"
 
 #include "image/Image.h"
+#include "workbench/logic/MultiController.h"
 #include "workbench/views/FileDialogs.h"
 #include "workbench/views/OperationForm.h"
 #include "workbench/views/Text.h"
 #include "workbench/views/values/HelpWidget.h"
 #include "workbench/views/values/SelectorWidget.h"
+#include "workbench/views/values/ValueWidgets.h"
 
 #include <QApplication>
+#include <QGraphicsOpacityEffect>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMainWindow>
@@ -27,6 +30,14 @@ namespace {
 constexpr qint64 longRun = 500000;
 /// An operation that never ran may be long on an image of so many pixels.
 constexpr std::int64_t manyPixels = 4000000;
+
+/// The order of the windows above all others.
+constexpr int parametersRank = 1, helpRank = 2;
+/// How much worse it is to cover controls than a picture: for a new window, which may not hide a whole picture for the
+/// sake of a strip of controls, and for the help, which must leave all of them free.
+constexpr int controlsWeight = 4, controlsWeightForHelp = 10000;
+/// Of a value that is out of date.
+constexpr double staleOpacity = 0.4;
 
 /// How long an operation is expected to take, in microseconds: as long as it took before.
 qint64 ExpectedTime(const Operation& operation)
@@ -164,6 +175,61 @@ void OperationViews::MoveControl(IController& Controller, WindowPoint Location)
     if (auto* window = qobject_cast<ToolWindow*>(static_cast<QWidget*>(Controller.Control()))) window->Place(Location);
 }
 
+std::vector<ToolWindow*> OperationViews::Windows() const
+{
+    std::vector<ToolWindow*> windows;
+    for (QMdiSubWindow* sub : workArea_.subWindowList())
+        if (auto* window = qobject_cast<ToolWindow*>(sub)) windows.push_back(window);
+    return windows;
+}
+
+WindowRect OperationViews::RectOf(const ToolWindow& window) const
+{
+    const bool hasControls = &window == form_ || window.findChild<ValueWidget*>();
+    return {window.x(), window.y(), window.width(), window.height(), hasControls ? controlsWeight : 1};
+}
+
+std::vector<WindowRect> OperationViews::OccupiedPlaces(const std::vector<IController*>& Coming) const
+{
+    std::vector<WindowRect> places;
+    for (const ToolWindow* window : Windows()) {
+        const bool isComing = std::any_of(Coming.begin(), Coming.end(), [&](const IController* controller) {
+            return static_cast<QWidget*>(controller->Control()) == window;
+        });
+        if (window->isVisible() || isComing) places.push_back(RectOf(*window));
+    }
+    return places;
+}
+
+void OperationViews::ShowStale(IController& Controller, bool IsStale)
+{
+    if (const auto* several = dynamic_cast<const MultiController*>(&Controller)) {
+        for (IController* member : several->Members())
+            ShowStale(*member, IsStale);
+        return;
+    }
+    auto* control = static_cast<QWidget*>(Controller.Control());
+    if (auto* window = qobject_cast<ToolWindow*>(control)) {
+        window->SetStale(IsStale);
+    } else if (auto* value = qobject_cast<ValueWidget*>(control)) {
+        if (!IsStale)
+            value->setGraphicsEffect(nullptr);
+        else if (!value->graphicsEffect()) {
+            auto* faint = new QGraphicsOpacityEffect(value);
+            faint->setOpacity(staleOpacity);
+            value->setGraphicsEffect(faint);
+        }
+    }
+}
+
+void OperationViews::KeepWindowsInside()
+{
+    if (contextualHelp_) RememberHelpPlace();
+    for (ToolWindow* window : Windows())
+        window->StayInside();
+    if (contextualHelp_) helpPlace_ = {contextualHelp_->x(), contextualHelp_->y()};
+}
+
 WindowSize OperationViews::WorkAreaSize() const
 {
     return {workArea_.viewport()->width(), workArea_.viewport()->height()};
@@ -262,27 +328,58 @@ void OperationViews::ShowContextualHelp(const std::vector<HelpParagraph>& Paragr
         return;
     }
     if (contextualHelp_) {
-        contextualHelpPanelLocation = {contextualHelp_->x(), contextualHelp_->y()};
+        RememberHelpPlace();
         contextualHelp_->hide();
         contextualHelp_->setObjectName(QString());
         contextualHelp_->deleteLater();
     }
     contextualHelp_ = new ToolWindow(workArea_, "OperationContextualHelpForm", false);
     contextualHelp_->setWindowTitle("Tesk+");
-    contextualHelp_->SetTopmost(2);
     for (const HelpParagraph& paragraph : Paragraphs)
         contextualHelp_->Content().addWidget(
             new HelpWidget(Qt16(paragraph.Text), paragraph.IsTitle ? helpStyle::Title : helpStyle::Regular));
-    contextualHelp_->Place(contextualHelpPanelLocation);
+    contextualHelp_->FitContent();
+    PlaceHelp();
     contextualHelp_->ShowQuietly();
     contextualHelp_->FitContent();
+    helpPlace_ = {contextualHelp_->x(), contextualHelp_->y()};
     ToolWindow::RaiseTopmost(workArea_);
+}
+
+/// At the help's own place, unless it would cover something there: then where it covers least, and no controls.
+void OperationViews::PlaceHelp()
+{
+    const WindowSize size{contextualHelp_->width(), contextualHelp_->height()};
+    std::vector<WindowRect> others, controls;
+    for (const ToolWindow* window : Windows()) {
+        if (window == contextualHelp_ || !window->isVisible()) continue;
+        others.push_back(RectOf(*window));
+        if (others.back().Weight == 1) continue;
+        others.back().Weight = controlsWeightForHelp;
+        controls.push_back(others.back());
+    }
+    const auto coversControls = [&](WindowPoint place) {
+        return Covered({place.X, place.Y, size.Width, size.Height}, controls) > 0;
+    };
+    contextualHelp_->Place(FreePlace(WorkAreaSize(), size, {contextualHelpPanelLocation}, others));
+    contextualHelp_->StayInside();
+    helpPlace_ = {contextualHelp_->x(), contextualHelp_->y()};
+    // Where the controls leave no place at all, they come before the help.
+    contextualHelp_->SetTopmost(coversControls(helpPlace_) ? 0 : helpRank);
+    if (contextualHelp_->Topmost() == 0) contextualHelp_->lower();
+}
+
+/// The place to which the user has moved the help is its own from then on; one at which it had to yield is not.
+void OperationViews::RememberHelpPlace()
+{
+    const WindowPoint place{contextualHelp_->x(), contextualHelp_->y()};
+    if (place != helpPlace_) contextualHelpPanelLocation = place;
 }
 
 void OperationViews::HideContextualHelp()
 {
     if (!contextualHelp_) return;
-    contextualHelpPanelLocation = {contextualHelp_->x(), contextualHelp_->y()};
+    RememberHelpPlace();
     contextualHelp_->hide();
 }
 
@@ -291,7 +388,7 @@ void OperationViews::FillParameters(const ParametersPanel& panel)
     if (!parameters_) {
         parameters_ = new ToolWindow(workArea_, "ParametersForm", false);
         parameters_->setWindowTitle(tr("Parameters"));
-        parameters_->SetTopmost(1);
+        parameters_->SetTopmost(parametersRank);
     }
     if (parameterRows_) {
         TakeControlsOut(*parameterRows_);
@@ -330,9 +427,11 @@ void OperationViews::ShowParametersForm(bool Shown)
     if (parameters_->isVisible()) return;
     parametersShown_ = false;
     const QSize room = workArea_.viewport()->size();
-    parameters_->ShowQuietly();
     parameters_->FitContent();
-    parameters_->Place({room.width() - parameters_->width() - 15, room.height() - parameters_->height() - 15});
+    const WindowPoint corner{room.width() - parameters_->width() - 15, room.height() - parameters_->height() - 15};
+    parameters_->Place(
+        FreePlace(WorkAreaSize(), {parameters_->width(), parameters_->height()}, {corner}, OccupiedPlaces({})));
+    parameters_->ShowQuietly();
     parametersShown_ = true;
 }
 

@@ -44,6 +44,8 @@ public:
     WindowSize ControlSize(const IController& Controller) const override;
     void MoveControl(IController& Controller, WindowPoint Location) override;
     WindowSize WorkAreaSize() const override;
+    std::vector<WindowRect> OccupiedPlaces(const std::vector<IController*>& Coming) const override;
+    void ShowStale(IController& Controller, bool IsStale) override;
     void SetFormOrder(const Operation* Current) override;
     ControlHandle ParentWindow() const override;
 
@@ -62,11 +64,17 @@ public:
 
     /// What a click on blobs in a picture has left to pass on, if anything; the picture's class installs it.
     std::function<void()> blobSelection_;
+    /// Once the work area has become smaller.
+    void KeepWindowsInside();
     /// Shows or hides the help texts of all windows.
     void ToggleHelp();
     const OperationForm* Form() const { return form_; }
 
 private:
+    std::vector<ToolWindow*> Windows() const;
+    WindowRect RectOf(const ToolWindow& window) const;
+    void PlaceHelp();
+    void RememberHelpPlace();
     void FillParameters(const ParametersPanel& panel);
 
     QMainWindow& window_;
@@ -77,7 +85,8 @@ private:
     QPointer<ToolWindow> contextualHelp_, parameters_;
     QWidget* parameterRows_ = nullptr;
     WindowPoint contextualHelpPanelLocation{15, 15};
-    QElapsedTimer runTime_; ///< since the first operation of a run began
+    WindowPoint helpPlace_{15, 15}; ///< where the help stands, unless the user has moved it
+    QElapsedTimer runTime_;         ///< since the first operation of a run began
     bool parametersShown_ = false, isBusy_ = false;
 };
 

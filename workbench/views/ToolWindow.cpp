@@ -5,6 +5,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMdiArea>
+#include <QPainter>
 #include <QPointer>
 #include <QScrollArea>
 #include <QStyle>
@@ -17,10 +18,37 @@ namespace TeskPlus {
 
 namespace {
 
+/// Widgets that have just been put into a window on the screen are shown only with the next events, and a layout does
+/// not count what is not shown.
+void ShowNewWidgets(QLayout& layout)
+{
+    for (int i = 0; i < layout.count(); i++) {
+        QLayoutItem* item = layout.itemAt(i);
+        if (QLayout* inner = item->layout()) ShowNewWidgets(*inner);
+        QWidget* widget = item->widget();
+        if (widget && widget->isHidden() && !widget->testAttribute(Qt::WA_WState_ExplicitShowHide)) widget->show();
+    }
+}
+
+/// The background of a bar whose window is out of date.
+QBrush Hatching(const QPalette& palette)
+{
+    constexpr int side = 12;
+    QPixmap tile(side, side);
+    tile.fill(palette.color(QPalette::Midlight));
+    QPainter painter(&tile);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(208, 96, 32), 3));
+    for (const int shift : {-side, 0, side})
+        painter.drawLine(shift, side, shift + side, 0);
+    return QBrush(tile);
+}
+
 /// Brings what the layouts know of their widgets' sizes up to date, from the innermost outwards. Otherwise that takes a
 /// round of events for each level, and happens not at all in a window that is hidden.
 void RefreshLayouts(QWidget& widget)
 {
+    if (widget.layout()) ShowNewWidgets(*widget.layout());
     for (QWidget* child : widget.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly))
         if (!child->isWindow()) RefreshLayouts(*child);
     if (!widget.layout()) return;
@@ -83,9 +111,27 @@ void ToolWindow::Place(WindowPoint location)
     move(x, y);
 }
 
+void ToolWindow::StayInside()
+{
+    const QSize room = area_.viewport()->size();
+    move(std::clamp(x(), 0, std::max(0, room.width() - width())),
+         std::clamp(y(), 0, std::max(0, room.height() - height())));
+}
+
+void ToolWindow::SetStale(bool stale)
+{
+    if (stale == isStale_) return;
+    isStale_ = stale;
+    QPalette colors = palette();
+    if (stale) colors.setBrush(QPalette::Midlight, Hatching(colors));
+    barWidget_->setPalette(colors);
+    barWidget_->setToolTip(stale ? tr("Out of date: an operation before it has failed, see the list") : QString());
+}
+
 void ToolWindow::FitContent()
 {
     fitting_ = true;
+    const QSize former = size();
     RefreshLayouts(*frame_);
     QSize wanted = frame_->sizeHint().expandedTo(frame_->minimumSizeHint());
     // Texts that wrap need the height for the width that they get.
@@ -101,6 +147,7 @@ void ToolWindow::FitContent()
     if (outer.width() > room.width()) outer.rheight() += scrollBar;
     resize(outer.boundedTo(room));
     fitting_ = false;
+    if (width() > former.width() || height() > former.height()) StayInside();
 }
 
 void ToolWindow::ShowQuietly()

@@ -32,8 +32,14 @@ public:
     bool IsPinned() const { return isPinned_; }
     /// Puts the window at a place of the work area, moved so that its bar stays in reach.
     void Place(WindowPoint location);
-    /// Takes the size that the content asks for, up to that of the work area; scroll bars show the rest.
+    /// Takes the size that the content asks for, up to that of the work area; scroll bars show the rest. A window that
+    /// grows stays inside.
     void FitContent();
+    /// Back into the work area, as far as it has room.
+    void StayInside();
+    /// Whether what the window shows is out of date: its bar is then hatched.
+    void SetStale(bool stale);
+    bool IsStale() const { return isStale_; }
     /// Shows the window, and leaves the keyboard where it is.
     void ShowQuietly();
     /// Above all others but the topmost ones.
@@ -59,7 +65,7 @@ private:
     QVBoxLayout* content_;
     QLabel* pin_;
     int topmost_ = 0;
-    bool isPinned_ = false, fitting_ = false;
+    bool isPinned_ = false, isStale_ = false, fitting_ = false;
 };
 
 } // namespace TeskPlus

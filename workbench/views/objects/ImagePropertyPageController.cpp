@@ -16,7 +16,11 @@ ImagePropertyPageController::ImagePropertyPageController(const ControllerRequest
     InsertExternalController(std::move(picture));
     Window().Bar().addWidget(picture_->Form().ToolBar(), 1);
     picture_->Form().SizeChanged = [this] { Fit(); };
-    QObject::connect(&Window(), &ToolWindow::Resized, &Window(), [this] { picture_->StopAutomaticResizing(); });
+    QObject::connect(&Window(), &ToolWindow::Resized, &Window(), [this] {
+        if (!ShowsPicture()) return;
+        picture_->StopAutomaticResizing();
+        chosen_ = Window().size();
+    });
     AddPage(bitmapPage);
     BuildPropertySheet(NumPages() - 1);
 }
@@ -33,8 +37,11 @@ void ImagePropertyPageController::AddExtras(int)
 
 void ImagePropertyPageController::Fit()
 {
-    // A page of rows takes what room the picture has left it.
-    if (ShowsPicture() && picture_->IsAutomaticResizing()) PropertySheetController::Fit();
+    // Rows take the room that they need; the picture behind them gets back what the user has given it.
+    if (!ShowsPicture() || picture_->IsAutomaticResizing())
+        PropertySheetController::Fit();
+    else if (chosen_.isValid())
+        Window().resize(chosen_);
 }
 
 void ImagePropertyPageController::UpdateControl(bool Mode, bool Dragging)

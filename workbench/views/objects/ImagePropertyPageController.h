@@ -28,6 +28,7 @@ private:
     bool ShowsPicture() const;
 
     ImageController* picture_;
+    QSize chosen_; ///< the size that the user gave to the window of the picture
 };
 
 } // namespace TeskPlus

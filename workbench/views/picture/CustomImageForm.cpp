@@ -20,6 +20,29 @@ namespace {
 
 /// The largest room that a picture asks for by itself.
 constexpr QSize largestPanel(800, 600);
+/// What fits behind the boxes of the bar of a picture as wide as the smallest that start at their zoom.
+constexpr const char* shortCursorText = "Gray 000 @ (0000,0000)";
+
+/// Asks for little room, so that no picture's window is wider than its picture for the sake of a long text; the pixel's
+/// place is at the end of the text, and stays in sight.
+class CursorLabel final : public QLabel
+{
+public:
+    CursorLabel() { setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred); }
+    QSize sizeHint() const override
+    {
+        return {fontMetrics().horizontalAdvance(shortCursorText), QLabel::sizeHint().height()};
+    }
+    QSize minimumSizeHint() const override { return {0, QLabel::minimumSizeHint().height()}; }
+
+protected:
+    void paintEvent(QPaintEvent*) override
+    {
+        QPainter(this).drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter,
+                                fontMetrics().elidedText(text(), Qt::ElideLeft, width()));
+    }
+};
+
 /// A notch of the wheel.
 constexpr int wheelStep = 120;
 
@@ -119,6 +142,7 @@ CustomImageForm::CustomImageForm(IPictureOwner& owner)
     panel3_->setObjectName("panel3");
     auto* row = new QHBoxLayout(panel3_);
     row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(4);
     auto* zoom = new QLabel(QObject::tr("&Zoom"));
     numericUpDown1_ = new QSpinBox;
     numericUpDown1_->setObjectName("numericUpDown1");
@@ -132,12 +156,9 @@ CustomImageForm::CustomImageForm(IPictureOwner& owner)
     window_->setObjectName("Window");
     window_->setToolTip(QObject::tr("Restricts the operations to a part of the image; drag its sides and corners"));
     window_->hide();
-    cursorLabel_ = new QLabel;
+    cursorLabel_ = new CursorLabel;
     cursorLabel_->setObjectName("cursorLabel");
     cursorLabel_->setTextFormat(Qt::PlainText);
-    // The window keeps its width whatever the pointer meets.
-    cursorLabel_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    cursorLabel_->setMinimumWidth(cursorLabel_->fontMetrics().horizontalAdvance("RGB 000:000:000 @ (0000,0000)"));
     row->addWidget(zoom);
     row->addWidget(numericUpDown1_);
     row->addWidget(label2_);
@@ -206,7 +227,10 @@ void CustomImageForm::SetWindowBox(bool possible, bool checked)
     const QSignalBlocker quiet(window_);
     window_->setChecked(checked);
     window_->setEnabled(possible);
+    if (window_->isHidden() != possible) return;
     window_->setVisible(possible);
+    // The bar may now need another width.
+    if (SizeChanged) SizeChanged();
 }
 
 void CustomImageForm::SetCursorText(const QString& text)
