@@ -6,6 +6,7 @@
 
 #include <array>
 #include <initializer_list>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -124,9 +125,9 @@ public:
     /// \name Construction by hand
     /// @{
 
-    /// Adds one blob of another object, with its class, or with `Merge` adds its pixels to the last blob: to the one in
-    /// the table's last row, whose features are then forgotten but for those of the user. Refused, too: no blob to
-    /// merge with (`VoidObject`).
+    /// Adds one blob of another object, or with `Merge` adds its pixels to the last blob: to the one in the table's
+    /// last row, whose features are then forgotten but for those of the user. The blob takes the class of the source,
+    /// and its area or what it adds to it. Refused, too: no blob to merge with (`VoidObject`).
     void AppendBlob(const Blobs& Src, int BlobIndex, bool Merge);
     /// The same with all pixels of a region, as a blob of `DefaultClass`. Refused, too: an empty region (`VoidObject`).
     void AppendBlob(const Region& Src, bool Merge);
@@ -317,6 +318,7 @@ protected:
     int AddBlobs(std::span<const BlobRecord> records);
 
     void CountsChanged() override;
+    void SamplesReplaced() override;
 
 private:
     // A segmentation labels runs by union-find while rows are scanned: it needs the parent and the class of each label,
@@ -337,6 +339,9 @@ private:
     void Feed(const Scope& scope, const Image& src, const Scanner& scanner, std::vector<LabeledRun>& runs);
     int TryFinish(std::span<LabeledRun> scanned, const Scope& scope, int threshold);
 
+    /// Whether the table begins with the columns of the records.
+    bool HasRecords() const;
+    /// With a range of runs that there are.
     BlobRecord RecordOf(int row) const;
     std::span<const LabeledRun> RunsOfRow(int row) const;
     void SetRecord(int row, const BlobRecord& record);
@@ -347,7 +352,7 @@ private:
     int CheckBlob(int blobIndex) const;
     int CheckReading(int feature, int type) const;
     int AppendColumn(int feature, int type, const wchar_t* name);
-    int TryAppend(std::span<const LabeledRun> runs, int blobClass, bool merge, int area);
+    int TryAppend(std::span<const LabeledRun> runs, int blobClass, bool merge, std::optional<int> area);
     void InsertRuns(std::span<const LabeledRun> runs, const BlobRecord& record, int label);
     void ForgetFeatures(int row);
 

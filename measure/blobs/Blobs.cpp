@@ -23,6 +23,11 @@ int AreaOf(std::span<const LabeledRun> runs)
     return static_cast<int>(Min<std::int64_t>(area, MaxInt));
 }
 
+std::wstring UserFeatureName(int number)
+{
+    return L"User Feature " + std::to_wstring(number);
+}
+
 int Saturated(std::int64_t value)
 {
     return static_cast<int>(Clamp<std::int64_t>(value, MinInt, MaxInt));
@@ -49,16 +54,49 @@ void Blobs::CountsChanged()
     NumSelectedBlobs = NumSelected;
 }
 
+void Blobs::SamplesReplaced()
+{
+    FeatureTable::SamplesReplaced();
+    // A file may have brought other columns.
+    const auto find = [this](const wchar_t* name, auto fits) {
+        for (int column = 0; column < NumFeatures; column++)
+            if (fits(Record(column).Type) && Record(column).Name == name) return column;
+        return MinInt;
+    };
+    for (int feature = 0; feature < NumPredefinedFeatures; feature++)
+        featureColumn_[static_cast<std::size_t>(feature)] =
+            find(FeatureName(feature), [feature](int type) { return type == FeatureType(feature); });
+    numUserFeatures_ = 0;
+    while (numUserFeatures_ < MostUserFeatures) {
+        const int column =
+            find(UserFeatureName(numUserFeatures_).c_str(), [](int type) { return type == Int || type == Float; });
+        if (column == MinInt) break;
+        featureColumn_[static_cast<std::size_t>(NumPredefinedFeatures + numUserFeatures_++)] = column;
+    }
+}
+
+bool Blobs::HasRecords() const
+{
+    constexpr int last = NumRecordColumns - 1;
+    return NumFeatures > last && Record(0).Offset == 0 && Record(last).Type == Int &&
+           Record(last).Offset == offsetof(BlobRecord, Area);
+}
+
 Blobs::BlobRecord Blobs::RecordOf(int row) const
 {
-    BlobRecord record;
+    BlobRecord record{};
+    if (!HasRecords()) return record;
     std::memcpy(&record, Cell(0, row), sizeof record);
+    // Methods of the region side may have taken the runs away, and those of the table side have written anything.
+    const int count = Region::NumRuns;
+    record.First = Clamp<std::int32_t>(record.First, 0, count);
+    record.Last = Clamp<std::int32_t>(record.Last, record.First, count);
     return record;
 }
 
 void Blobs::SetRecord(int row, const BlobRecord& record)
 {
-    std::memcpy(WriteCell(0, row), &record, sizeof record);
+    if (HasRecords()) std::memcpy(WriteCell(0, row), &record, sizeof record);
 }
 
 int Blobs::CheckBlob(int blobIndex) const
@@ -115,7 +153,8 @@ int Blobs::AddBlobs(std::span<const BlobRecord> records)
     std::uint8_t* row = WriteRows() + static_cast<std::size_t>(before) * static_cast<std::size_t>(int(RowPitch));
     for (const BlobRecord& record : records) {
         std::memcpy(row, &record, sizeof record);
-        for (int offset = sizeof record; offset < RowSize; offset += static_cast<int>(sizeof notComputed))
+        constexpr int cellSize = sizeof notComputed;
+        for (int offset = sizeof record; offset + cellSize <= RowSize; offset += cellSize)
             std::memcpy(row + offset, &notComputed, sizeof notComputed);
         row += static_cast<std::size_t>(int(RowPitch));
     }
@@ -124,7 +163,7 @@ int Blobs::AddBlobs(std::span<const BlobRecord> records)
 
 int Blobs::AppendColumn(int feature, int type, const wchar_t* name)
 {
-    if (NumFeatures < NumRecordColumns)
+    if (NumSamples < 1 && !HasRecords())
         if (const int code = ResetTable()) return code;
     if (const int code = TryAppendFeature(type, name, true)) return code;
     return WithMemory(noTable, [&] {
@@ -147,10 +186,12 @@ void Blobs::ForgetFeatures(int row)
         if (HasColumn(feature)) std::memcpy(WriteCell(ColumnOf(feature), row), &notComputed, sizeof notComputed);
 }
 
-int Blobs::TryAppend(std::span<const LabeledRun> runs, int blobClass, bool merge, int area)
+/// Without an `area` it is that of all runs of the blob.
+int Blobs::TryAppend(std::span<const LabeledRun> runs, int blobClass, bool merge, std::optional<int> area)
 {
-    if (merge && NumBlobs < 1) return Status::Format(VoidObject, L"No blob is available to merge to");
-    if (!merge && NumFeatures < NumRecordColumns)
+    if (merge && (NumBlobs < 1 || !HasRecords()))
+        return Status::Format(VoidObject, L"No blob is available to merge to");
+    if (!merge && !HasRecords())
         if (const int code = ResetTable()) return code;
     const int row = merge ? NumSamples - 1 : int(NumSamples);
     const auto end = Region::Runs().size();
@@ -164,7 +205,10 @@ int Blobs::TryAppend(std::span<const LabeledRun> runs, int blobClass, bool merge
         }))
         return code;
     record.Last += static_cast<int>(runs.size());
-    record.Area = Saturated(std::int64_t{record.Area} + area);
+    record.Class = blobClass;
+    record.Area = area ? Saturated(std::int64_t{record.Area} + *area)
+                       : AreaOf(Region::Runs().subspan(static_cast<std::size_t>(record.First),
+                                                       static_cast<std::size_t>(record.Last - record.First)));
     if (!merge) {
         const int code = AddBlobs({&record, 1});
         if (code) {
@@ -216,7 +260,7 @@ void Blobs::AppendBlob(const Region& Src, bool Merge)
     if (held.NumRuns < 1)
         entry.Refuse(VoidObject, L"The source Region is empty");
     else
-        entry.Refuses(TryAppend(held.Runs(), DefaultClass, Merge, AreaOf(held.Runs())));
+        entry.Refuses(TryAppend(held.Runs(), DefaultClass, Merge, std::nullopt));
 }
 
 int Blobs::AppendFeature(int Type)
@@ -232,7 +276,7 @@ int Blobs::AppendFeature(int Type)
         entry.Refuse(OutOfRange, L"The maximum number of user features (%d) has been reached", MostUserFeatures);
         return NumPredefinedFeatures;
     }
-    const std::wstring name = L"User Feature " + std::to_wstring(numUserFeatures_);
+    const std::wstring name = UserFeatureName(numUserFeatures_);
     const int feature = NumPredefinedFeatures + numUserFeatures_;
     if (entry.Refuses(AppendColumn(feature, Type, name.c_str()))) return NumPredefinedFeatures;
     numUserFeatures_++;

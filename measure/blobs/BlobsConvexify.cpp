@@ -52,8 +52,11 @@ void Blobs::Convexify(int BlobIndex)
                 const int label = to->Label;
                 chains.Assign({to, static_cast<std::size_t>(record.Last - record.First)});
                 chains.Convexify();
-                chains.EachRow(
-                    [&](int left, int right, int y) { *to++ = regions::MakeRun(left, right + 1, y, label); });
+                // Ranges that a table was given by hand may overlap, and grow here.
+                const LabeledRun* const behind = all.data() + all.size();
+                chains.EachRow([&](int left, int right, int y) {
+                    if (to != behind) *to++ = regions::MakeRun(left, right + 1, y, label);
+                });
                 record.Last = static_cast<int>(to - all.data());
             }
             SetRecord(static_cast<int>(row), record);

@@ -156,7 +156,8 @@ int Blobs::TryEvaluate(int Feature, const Image& Src, int BlobIndex, const Geome
 {
     if (Feature == BlobClass || Feature == BlobArea) {
         int begin = 0, end = 0;
-        return RangeOf(BlobIndex, begin, end);
+        if (const int code = RangeOf(BlobIndex, begin, end)) return code;
+        return NumBlobs > 0 && !HasColumn(Feature) ? CheckReading(Feature, Int) : int(NoError);
     }
     const Group* group = GroupOf(Feature);
     if (!group) return Status::Format(OutOfRange, L"This feature (%ls) cannot be computed", UnicodeName(Feature));

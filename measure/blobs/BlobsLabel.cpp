@@ -125,7 +125,7 @@ void Blobs::AddRun(int Start, int End, int Y)
         while (prevBegin_ < prevEnd_ && at(prevBegin_).End + reach <= Start)
             prevBegin_++;
         std::int32_t label = MinInt;
-        for (std::int32_t met = prevBegin_; met < prevEnd_ && at(met).Start < End + reach; met++) {
+        for (std::int32_t met = prevBegin_; met < prevEnd_ && at(met).Start - reach < End; met++) {
             const std::int32_t other = at(met).Label;
             if (other < 0 || other >= numLabels_ || classes[static_cast<std::size_t>(other)] != DefaultClass) continue;
             const std::int32_t root = RootOf(parents.data(), other);
@@ -170,7 +170,8 @@ int Blobs::TryFinish(std::span<LabeledRun> scanned, const Scope& scope, int thre
         std::vector<std::int32_t>& roots = parents_.Write();
         for (std::size_t label = 0; label < labels; label++)
             roots[label] = roots[static_cast<std::size_t>(roots[label])];
-        if (typeid(*this) == typeid(Blobs)) classes_.Overwrite().assign(labels, DefaultClass);
+        if (typeid(*this) == typeid(Blobs) || classes_.Read().size() < labels)
+            classes_.Overwrite().assign(labels, DefaultClass);
         std::vector<Group> groups(labels);
         const bool grouped = CollectGroups(scanned, roots, groups);
 

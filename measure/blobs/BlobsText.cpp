@@ -34,17 +34,18 @@ int Blobs::TryPrint(int feature, int blobIndex, std::wstring& text) const
         for (int position = begin; position < end; position++)
             for (int column = from; column < to; column++) {
                 const std::uint8_t* cell = Cell(column, Order[position]);
+                const int type = Record(column).Type;
                 digits.clear();
-                std::int32_t whole;
-                float real;
-                std::memcpy(&whole, cell, sizeof whole);
-                std::memcpy(&real, cell, sizeof real);
-                if (std::memcmp(cell, &notComputed, sizeof notComputed) == 0)
-                    digits.clear();
-                else if (Record(column).Type == Float)
-                    tables::AppendFixed(digits, real);
-                else
-                    tables::AppendWhole(digits, whole);
+                if ((type == Int || type == Float) && std::memcmp(cell, &notComputed, sizeof notComputed) != 0) {
+                    std::int32_t whole;
+                    float real;
+                    std::memcpy(&whole, cell, sizeof whole);
+                    std::memcpy(&real, cell, sizeof real);
+                    if (type == Float)
+                        tables::AppendFixed(digits, real);
+                    else
+                        tables::AppendWhole(digits, whole);
+                }
                 made.append(digits.begin(), digits.end());
                 made += column + 1 < to ? L'\t' : L'\n';
             }

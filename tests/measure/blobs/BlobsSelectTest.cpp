@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
+#include <string>
 
 using namespace Tesk;
 using checks::Message;
@@ -132,6 +134,83 @@ TEST_F(BlobsSelect, AppendedRunsMergeIntoTheLastBlob)
     EXPECT_EQ(copy.NumRuns(0), 25);
     EXPECT_EQ(copy.HitBlob(4, 2), 0);
     EXPECT_EQ(copy.HitBlob(0, 2), MinInt);
+}
+
+TEST_F(BlobsSelect, AMergedBlobTakesTheClassAndTheAreaOfItsRuns)
+{
+    Region row;
+    row.AddRun(10, 14, 27);
+    Blobs other;
+    other.DefaultClass = 7;
+    other.AppendBlob(row, false);
+    other.IntFeature(0, BlobArea) = 100; // what a blob says of itself is added
+    blobs_.AppendBlob(other, 0, true);
+    EXPECT_EQ(blobs_.IntFeature(4, BlobClass), 7);
+    EXPECT_EQ(blobs_.IntFeature(4, BlobArea), 3 + 100);
+    blobs_.DefaultClass = 2;
+    blobs_.AppendBlob(row, true);
+    EXPECT_EQ(blobs_.IntFeature(4, BlobClass), 2);
+    EXPECT_EQ(blobs_.IntFeature(4, BlobArea), 3 + 4 + 4);
+    EXPECT_EQ(blobs_.NumRuns(4), 3);
+}
+
+TEST_F(BlobsSelect, RecordsNeverLeadBeyondTheRuns)
+{
+    blobs_.Evaluate(BlobBox, image_, All);
+    ASSERT_EQ(blobs_.AppendFeature(Float), 60);
+    for (const int bad : {MinInt, -1, 3, MaxInt}) {
+        Blobs broken(blobs_);
+        broken.FeatureTable::IntValue(0, 2, bad);
+        broken.FeatureTable::IntValue(1, 1, bad);
+        for (int i = 0; i < 5; i++)
+            EXPECT_LE(broken.NumRuns(i), 5);
+        broken.Evaluate(BlobPerimeter, image_, All);
+        broken.Convexify(All);
+    }
+    Blobs bare(blobs_);
+    bare.Region::Clear();
+    EXPECT_EQ(bare.NumBlobs, 5);
+    EXPECT_EQ(bare.NumRuns(3), 0);
+    bare.Evaluate(BlobFeretBox, image_, All);
+    bare.Convexify(All);
+    bare.AppendBlob(static_cast<const Region&>(blobs_), false);
+    EXPECT_EQ(bare.NumRuns(5), 5);
+    EXPECT_EQ(bare.NumRuns(4), 0);
+
+    const std::string path = ::testing::TempDir() + "blobs.tbl";
+    // The columns of blobs come back; those of another table make none.
+    blobs_.TableStore::Write(path.c_str());
+    Blobs read;
+    read.TableStore::Read(path.c_str());
+    ASSERT_EQ(read.NumBlobs, 5);
+    EXPECT_EQ(read.IntFeature(2, BlobBoxWidth), 9);
+    EXPECT_TRUE(read.IsComputed(-1, 60));
+    EXPECT_FALSE(read.IsComputed(-1, 61));
+    EXPECT_EQ(read.NumRuns(2), 0);
+    FeatureTable narrow;
+    for (const wchar_t* name : {L"a", L"b", L"c", L"d", L"e"})
+        narrow._AppendFeature(Gray, name);
+    narrow.AppendSample();
+    narrow.Write(path.c_str());
+    Region row;
+    row.AddRun(10, 14, 27);
+    blobs_.TableStore::Read(path.c_str());
+    std::remove(path.c_str());
+    EXPECT_EQ(blobs_.NumBlobs, 1);
+    EXPECT_EQ(blobs_.NumRuns(0), 0);
+    EXPECT_FALSE(blobs_.IsComputed(-1, BlobBox));
+    EXPECT_FALSE(blobs_.IsComputed(-1, 60));
+    blobs_.ByFeatureSelect(BlobArea, image_, 1, 9);
+    EXPECT_EQ(Message(), L"This feature (Area) has not been computed");
+    EXPECT_STREQ(blobs_.Blobs::ToUnicodeString(), L"c\td\te\n\t\t\n");
+    blobs_.Convexify(All);
+    blobs_.Evaluate(BlobBox, image_, All);
+    EXPECT_FALSE(blobs_.IsComputed(0, BlobBox));
+    blobs_.AppendBlob(row, true);
+    EXPECT_EQ(Message(), L"No blob is available to merge to");
+    blobs_.AppendBlob(row, false);
+    EXPECT_EQ(blobs_.NumBlobs, 1);
+    EXPECT_EQ(blobs_.IntFeature(0, BlobArea), 4);
 }
 
 } // namespace
