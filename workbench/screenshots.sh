@@ -31,7 +31,7 @@ analyze=129
 
 # Process > Point to point > Binarization... > Threshold, and the threshold dragged to the right
 take threshold "$(keys $process Down Right Down Down Down Down Down Right Return)" \
-    'xdotool mousemove 234 736 mousedown 1; for x in 250 270 290 310; do xdotool mousemove $x 736; sleep 0.2; done;
+    'xdotool mousemove 220 445 mousedown 1; for x in 235 250 265 280; do xdotool mousemove $x 445; sleep 0.2; done;
      xdotool mouseup 1'
 # Analyze > Profile > Rows... > Cumulate across Rows, and the band dragged over the small ring
 take profile "$(keys $analyze Down Right Right Down Return)" \

@@ -38,7 +38,7 @@ QBrush Hatching(const QPalette& palette)
     tile.fill(palette.color(QPalette::Midlight));
     QPainter painter(&tile);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(208, 96, 32), 3));
+    painter.setPen(QPen(QColor(236, 170, 110), 3));
     for (const int shift : {-side, 0, side})
         painter.drawLine(shift, side, shift + side, 0);
     return QBrush(tile);
