@@ -113,6 +113,7 @@ TEST(Windows, TheParametersGrowWithTheirRowsAndStayInTheWorkArea)
         EXPECT_GT(parameters->height(), height) << "row " << i;
         EXPECT_FALSE(Scrolls(*parameters)) << "row " << i;
         EXPECT_TRUE(WorkArea(bench).contains(parameters->geometry())) << "row " << i;
+        EXPECT_FALSE(parameters->geometry().intersects(bench.OperationWindow()->geometry())) << "row " << i;
         height = parameters->height();
     }
 }

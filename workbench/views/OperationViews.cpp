@@ -39,6 +39,19 @@ constexpr int controlsWeight = 4, controlsWeightForHelp = 10000;
 /// Of a value that is out of date.
 constexpr double staleOpacity = 0.4;
 
+/// The parameters remember where the program has put them; anywhere else the user has.
+constexpr const char* placedProperty = "Placed";
+
+/// To the first of the places at which the panel covers nothing, or where it covers least.
+void PlaceParameters(ToolWindow& panel, const QMdiArea& area, const std::vector<WindowPoint>& places,
+                     const std::vector<WindowRect>& others)
+{
+    const QSize room = area.viewport()->size();
+    panel.Place(FreePlace({room.width(), room.height()}, {panel.width(), panel.height()}, places, others));
+    panel.StayInside();
+    panel.setProperty(placedProperty, panel.pos());
+}
+
 /// How long an operation is expected to take, in microseconds: as long as it took before.
 qint64 ExpectedTime(const Operation& operation)
 {
@@ -413,7 +426,15 @@ void OperationViews::FillParameters(const ParametersPanel& panel)
 void OperationViews::LayOutParameters(const ParametersPanel& Panel)
 {
     FillParameters(Panel);
-    if (parameters_->isVisible()) parameters_->FitContent();
+    if (!parameters_->isVisible()) return;
+    const QPoint former = parameters_->pos();
+    parameters_->FitContent();
+    // With more rows it may cover what it left free before.
+    if (parameters_->property(placedProperty).toPoint() != former) return;
+    std::vector<WindowRect> others;
+    for (const ToolWindow* window : Windows())
+        if (window != parameters_ && window->isVisible()) others.push_back(RectOf(*window));
+    PlaceParameters(*parameters_, workArea_, {{former.x(), former.y()}}, others);
 }
 
 void OperationViews::ShowParametersForm(bool Shown)
@@ -429,8 +450,7 @@ void OperationViews::ShowParametersForm(bool Shown)
     const QSize room = workArea_.viewport()->size();
     parameters_->FitContent();
     const WindowPoint corner{room.width() - parameters_->width() - 15, room.height() - parameters_->height() - 15};
-    parameters_->Place(
-        FreePlace(WorkAreaSize(), {parameters_->width(), parameters_->height()}, {corner}, OccupiedPlaces({})));
+    PlaceParameters(*parameters_, workArea_, {corner}, OccupiedPlaces({}));
     parameters_->ShowQuietly();
     parametersShown_ = true;
 }
