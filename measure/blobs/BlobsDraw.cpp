@@ -53,7 +53,7 @@ void Blobs::DrawEach(int blobIndex, F draw) const
             const auto color = static_cast<PredefinedColors>(position == HitBlobIndex ? hitColor
                                                              : position < NumSelected ? selectedColor
                                                                                       : otherColor);
-            Graph::LineColor = Graph::FillColor = Graph::PointColor = Graph::TextColor = color;
+            Graph::LineColor = Graph::PointColor = Graph::TextColor = color;
         }
         if (!draw(position)) return;
     }
@@ -69,6 +69,8 @@ void Blobs::DrawBlob(int BlobIndex, bool ShowNumber, bool ShowClass) const
     }
     DrawEach(BlobIndex, [&](int position) {
         const std::span<const LabeledRun> runs = RunsOf(position);
+        // Outlines stay as hollow as the user has them.
+        if (Graph::AutoColors) Graph::FillColor = Graph::LineColor;
         if (entry.Refuses(regions::DrawRuns(runs))) return false;
         if (runs.empty() || (!ShowNumber && !ShowClass)) return true;
         const int number = ShowClass ? RecordOf(Order[position]).Class : position;
