@@ -73,9 +73,16 @@ QVariant FeaturesModel::headerData(int section, Qt::Orientation orientation, int
 void FeaturesModel::sort(int column, Qt::SortOrder order)
 {
     emit layoutAboutToBeChanged();
+    const std::vector<int> former = order_;
     sortColumn_ = column;
     sortOrder_ = order;
     Arrange();
+    // What is selected stays selected, wherever it stands now.
+    const QModelIndexList held = persistentIndexList();
+    QModelIndexList moved;
+    for (const QModelIndex& cell : held)
+        moved.push_back(index(PlaceOf(former[static_cast<std::size_t>(cell.row())]), cell.column()));
+    changePersistentIndexList(held, moved);
     emit layoutChanged();
 }
 
@@ -103,7 +110,11 @@ FeaturesGrid::FeaturesGrid(const FeaturesRow& row) : wanted_(row.MinimumWidth, r
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     setSortingEnabled(row.IsSorted);
-    if (row.IsSorted) horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+    if (row.IsSorted) {
+        horizontalHeader()->setSortIndicator(-1, Qt::AscendingOrder);
+        // A third press on a head brings back the order of the object.
+        horizontalHeader()->setSortIndicatorClearable(true);
+    }
     if (row.SelectsRows) {
         setSelectionBehavior(QAbstractItemView::SelectRows);
         setSelectionMode(QAbstractItemView::SingleSelection);

@@ -1,4 +1,5 @@
 // The controllers of values in rows, and the table that makes them known to the factory.
+#include "measure/Blobs.h"
 #include "workbench/views/FileDialogs.h"
 #include "workbench/views/Text.h"
 #include "workbench/views/ViewContext.h"
@@ -109,14 +110,15 @@ public:
                                        isNumber ? Names(NodeAs<IntArgumentNode>()) : Cases(NodeAs<EnumArgumentNode>()));
         SetWidget(widget);
         if (isMixed_())
-            widget->SetCustomRange(isEdgeIndex_() ? -edgeIndexes : 0,
-                                   isEdgeIndex_() ? edgeIndexes : RetrievePropertyValueFromNode(-1));
+            widget->SetCustomRange(isEdgeIndex_() ? -edgeIndexes : 0, isEdgeIndex_() ? edgeIndexes : LastIndex());
         widget->SetValue(!isProperty_ && request.FromDefault && IsIn() ? byDefault : ReadInteger());
     }
 
     void UpdateProperty() override
     {
-        if (IsIn()) WriteInteger(Widget().Value());
+        if (!IsIn()) return;
+        if (isMixed_() && !isEdgeIndex_()) Widget().SetCustomRange(0, LastIndex());
+        WriteInteger(Widget().Value());
     }
 
     void UpdateControl(bool, bool) override
@@ -132,6 +134,20 @@ private:
     RadioButtonGroupWidget& Widget() const { return *static_cast<RadioButtonGroupWidget*>(widget_.data()); }
     bool isMixed_() const { return IsIn() && argumentAttr_ & attributeValue::Mixed; }
     bool isEdgeIndex_() const { return NodeAs<ArgumentNode>().Role == argumentRole::EdgeIndex; }
+
+    /// The last that a custom number may name: of what a property counts, or else of the blobs that the operation
+    /// takes.
+    int LastIndex() const
+    {
+        if (NodeAs<ArgumentNode>().NamesNode >= 0) return 0;
+        if (const int count = NodeAs<EnumArgumentNode>().CountNode; count >= 0)
+            return RetrievePropertyValueFromNode(count) - 1;
+        if (const Operation* operation = RetrieveOperation())
+            for (const Arg& argument : operation->Args)
+                if (const auto* blobs = dynamic_cast<const Var<Blobs>*>(argument.Variable))
+                    return blobs->Value.NumBlobs - 1;
+        return 0;
+    }
 
     /// The names of a whole number's values, within its range.
     static std::vector<ChoiceItem> Names(const IntArgumentNode& node)
