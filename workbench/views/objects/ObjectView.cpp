@@ -2,6 +2,7 @@
 
 #include "engine/Types.h"
 #include "workbench/logic/MultiController.h"
+#include "workbench/views/OperationViews.h"
 #include "workbench/views/objects/ObjectSheetController.h"
 #include "workbench/views/picture/GenericChildController.h"
 
@@ -53,6 +54,11 @@ void RegisterObjectControllers(ControllerFactory& factory, ViewContext& context)
             factory.Register(view->Type, [&context, view](const ControllerRequest& request) {
                 return MakeObject(*view, request, context);
             });
+    if (context.views)
+        context.views->blobSelection_ = [] {
+            for (const ObjectView* view : views)
+                if (view->AfterRun) view->AfterRun();
+        };
 }
 
 } // namespace TeskPlus

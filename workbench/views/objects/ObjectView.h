@@ -47,6 +47,8 @@ struct ObjectView
     const SheetView* Sheet = nullptr;
     const PlotRow* Plot = nullptr;
     const FeaturesRow* Features = nullptr;
+    /// Passes on what a press on a picture has left to be done once the run that it began is over.
+    void (*AfterRun)() = nullptr;
 };
 
 /// The controllers that a description asks for, in one where there are several; the overlay stands first.

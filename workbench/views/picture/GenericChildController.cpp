@@ -15,8 +15,15 @@ void GenericChildController::Repaint()
 
 void GenericChildController::FollowPicture(bool isNew)
 {
-    const Image* picture = PictureOf(motherController_);
-    if (!picture || picture->Type == Undefined || picture->Width < 1) return;
+    // The mother may be an overlay herself.
+    const Image* picture = nullptr;
+    for (const IController* mother = motherController_; mother && !picture; mother = mother->MotherController())
+        picture = PictureOf(mother);
+    if (!picture || picture->Type == Undefined || picture->Width < 1) {
+        if (isNew && motherController_ && row_ && row_->StartsWithoutPicture && currentVariable_)
+            row_->Start(*currentVariable_, Image());
+        return;
+    }
     const bool changed = picture->X != windowX_ || picture->Y != windowY_ || picture->Width != windowWidth_ ||
                          picture->Height != windowHeight_;
     windowX_ = picture->X;

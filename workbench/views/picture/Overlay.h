@@ -53,6 +53,8 @@ struct OverlayRow
     /// whose window has changed.
     void (*Start)(AnyVariable& Object, const Image& Picture) = nullptr;
     bool FollowsWindow = false;
+    /// A mother without a picture starts it, too, with a void one.
+    bool StartsWithoutPicture = false;
 };
 
 /// A controller that draws on a picture. One that takes the pointer, too, says how.
