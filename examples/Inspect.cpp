@@ -15,6 +15,10 @@ namespace {
 
 /// Wider than any part, so that an opening leaves the belt alone; in pixels.
 constexpr int widestPart = 91;
+/// By how much a part is brighter than the belt at the least.
+constexpr int leastContrast = 40;
+/// A target has more dots than dirt forms by chance.
+constexpr int fewestDots = 20;
 /// The distance of two dots of the target, in millimetres.
 constexpr double gridStep = 4;
 /// Smaller blobs are dots of the target, or dirt; in pixels.
@@ -38,16 +42,21 @@ Part Measured(const Blobs& parts, int i)
     return {std::sqrt((sum + difference) / 2), hole > 0 ? std::sqrt(hole) : 0, height > 0.8 * width};
 }
 
-/// The belt under the light, without the parts: what an opening leaves, smoothed.
+/// Takes the belt away, which is what an opening leaves, and brings the parts to one brightness by that of the
+/// brightest pixels around, so that one threshold stands in the middle of all edges.
 void FlattenLight(const Image& picture, Image& flat)
 {
-    Image smooth, belt;
+    Image smooth, belt, raised, peak;
     Morpho square;
     square.Square(widestPart);
     Kernel::Binomial(picture, smooth);
     square.Open(smooth, belt);
-    Kernel::BoxLowPass(widestPart, widestPart, belt, belt);
-    Operator::MultiplyCorrect(smooth, belt, flat, 50);
+    Kernel::BoxLowPass(widestPart / 2, widestPart / 2, belt, belt);
+    Operator::AddCorrect(smooth, belt, raised);
+    square.Dilate(raised, peak);
+    Kernel::BoxLowPass(widestPart / 2, widestPart / 2, peak, peak);
+    Operator::Maximize(leastContrast, peak, peak);
+    Operator::MultiplyCorrect(raised, peak, flat, 200);
 }
 
 /// How many of the true sizes no part comes near to.
@@ -87,16 +96,20 @@ int main(int argc, char** argv)
     }
     Geometry camera;
     camera.CalibrateTarget(Similarity, flat, gridStep, true);
-    const bool isCalibrated = Status::Error().Code == NoError;
-    if (isCalibrated)
+    if (Status::Error().Code == NoError && camera.NumAnchors >= fewestDots) {
+        std::printf("%d dots of a target: a pixel is %.4f mm\n", int(camera.NumAnchors),
+                    double(Geometry::ScaleFromPixel));
         camera.Write((folder / "camera.cal").string().c_str());
-    else
-        std::printf("no target (%s): sizes are in pixels\n", Status::AsciiError());
+    } else {
+        std::printf("no target: sizes are in pixels\n");
+        Geometry::SimpleCalibration(1, 1);
+    }
 
     Blobs blobs;
     blobs.Segment(flat, true, true, leastArea);
     blobs.BorderSelect(flat);
     blobs.Evaluate(BlobWorldArea, flat);
+    blobs.Evaluate(BlobCenter, flat);
     blobs.Evaluate(BlobEllipse, flat);
     blobs.ByFeatureSort(BlobWorldArea, flat, false);
     std::vector<Part> parts;
