@@ -26,6 +26,16 @@ QString Workbench::Picture()
 
 } // namespace TeskPlus
 
+namespace {
+
+/// Each test begins as the program's first start, whatever those before it have left in the settings.
+class FirstStart final : public testing::EmptyTestEventListener
+{
+    void OnTestStart(const testing::TestInfo&) override { QSettings("Halden", "Tesk+").clear(); }
+};
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
@@ -36,5 +46,6 @@ int main(int argc, char** argv)
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settings.path());
     QApplication application(argc, argv);
     Tesk::Engine::Trace = nullptr;
+    testing::UnitTest::GetInstance()->listeners().Append(new FirstStart);
     return RUN_ALL_TESTS();
 }

@@ -62,7 +62,7 @@ public:
 
     void PassBlobSelection() override;
 
-    /// What a click on blobs in a picture has left to pass on, if anything; the picture's class installs it.
+    /// What a click on blobs in a picture has left to pass on, if anything; the descriptions of objects install it.
     std::function<void()> blobSelection_;
     /// Once the work area has become smaller.
     void KeepWindowsInside();
