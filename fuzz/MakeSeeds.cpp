@@ -4,6 +4,7 @@
 #include "image/Geometry.h"
 #include "image/Image.h"
 #include "image/Source.h"
+#include "measure/FeatureTable.h"
 #include "measure/Path.h"
 #include "measure/Poly.h"
 #include "measure/Region.h"
@@ -105,6 +106,18 @@ int main(int argc, char** argv)
         Archive regions = Archive::IntoMemory(block);
         region.Transfer(regions);
         Put(root / "region" / std::to_string(i), block);
+    }
+    FeatureTable table;
+    table._AppendFeature(Int, L"Class");
+    table._AppendFeature(Dble, L"Length");
+    for (int i = 0; i < 5; i++) {
+        table.AppendSample();
+        table.IntValue(0, i, 3 * i % 5);
+        table.DbleValue(1, i, 1.5 * i);
+        std::vector<std::uint8_t> block;
+        Archive tables = Archive::IntoMemory(block);
+        table.Transfer(tables);
+        Put(root / "table" / std::to_string(i), block);
     }
     return 0;
 }
