@@ -78,6 +78,12 @@ Split BestSplit(const Count* counts, int size)
     return split;
 }
 
+/// That of the pixels of a `Gray` image.
+inline Split BestSplit(const Image& gray)
+{
+    return BestSplit(CountGray(gray).data(), byteLevels);
+}
+
 } // namespace levels
 
 } // namespace Tesk

@@ -224,7 +224,7 @@ int Operator::Binarize(const Image& Src, Image& Dst, bool Above, Binarization Mo
         WriteProjection(held.a, Dst, back, fore, Above, Mode);
         return 0;
     }
-    const Split split = BestSplit(CountGray(held.a).data(), levels::byteLevels);
+    const Split split = BestSplit(held.a);
     WriteSplit(held.a, Dst, split, Above, Mode);
     return split.threshold;
 }

@@ -36,12 +36,7 @@ int CheckSource(const Image& src, std::initializer_list<PixelTypes> types, const
     return CheckReach(src);
 }
 
-int BestThreshold(const Image& src)
-{
-    return levels::BestSplit(levels::CountGray(src).data(), levels::byteLevels).threshold;
-}
-
-int BestThreshold(const Image& src, const Region& mask)
+int BestThresholdIn(const Region& mask, const Image& src)
 {
     const int entries = src.Type == Gray16 ? levels::Gray16Levels() : levels::byteLevels;
     return levels::BestSplit(levels::CountMasked(src, mask.Runs(), entries).data(), entries).threshold;
@@ -118,8 +113,9 @@ int Blobs::TryThreshold(const Scope& scope, int& threshold, const Image& src, bo
         if (!scope.mask && src.Type != Gray)
             return Status::Format(UnsupportedType, L"Image pixel Type (%ls) not supported for this operation",
                                   PixelTypeName(src.Type));
-        if (const int code = WithMemory(
-                noRuns, [&] { threshold = scope.mask ? BestThreshold(src, *scope.mask) : BestThreshold(src); }))
+        if (const int code = WithMemory(noRuns, [&] {
+                threshold = scope.mask ? BestThresholdIn(*scope.mask, src) : levels::BestSplit(src).threshold;
+            }))
             return code;
     }
     if (src.Type == Gray16) return TryScan(scope, src, WordScanner(src, threshold, above), threshold);
@@ -158,7 +154,7 @@ int Blobs::TryAutomatic(const Scope& scope, const Image& src, bool above, int& t
         const DominantColors colors(src);
         return TryColors(scope, colors.back, colors.fore, src, above);
     }
-    threshold = BestThreshold(src);
+    threshold = levels::BestSplit(src).threshold;
     return TryScan(scope, src, BandScanner{src, Band::Above(threshold, above)}, threshold);
 }
 

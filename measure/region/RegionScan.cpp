@@ -22,11 +22,6 @@ int CheckSource(const Image& src, bool takesBits)
     return CheckReach(src);
 }
 
-int BestThreshold(const Image& src)
-{
-    return levels::BestSplit(levels::CountGray(src).data(), levels::byteLevels).threshold;
-}
-
 } // namespace
 
 /// Takes the runs of all rows. A class that takes runs in its own way is fed through its virtual methods.
@@ -59,7 +54,7 @@ int Region::Binarize(int Threshold, const Image& Src, bool Above, int)
 {
     const Entry entry("Tesk::Region::Binarize");
     if (entry.Refuses(CheckSource(Src, false))) return 0;
-    const int threshold = Threshold == Auto || Threshold == MinInt ? BestThreshold(Src) : Threshold;
+    const int threshold = Threshold == Auto || Threshold == MinInt ? levels::BestSplit(Src).threshold : Threshold;
     Scan(entry, Src, BandScanner{Src, Band::Above(threshold, Above)});
     return threshold;
 }
@@ -79,7 +74,7 @@ int Region::Binarize(const Image& Src, bool Above)
         Scan(entry, Src, BitScanner{Src});
         return 0;
     }
-    const int threshold = BestThreshold(Src);
+    const int threshold = levels::BestSplit(Src).threshold;
     Scan(entry, Src, BandScanner{Src, Band::Above(threshold, Above)});
     return threshold;
 }
