@@ -1,4 +1,4 @@
-// Low-pass filters: the fixed 3 x 3 ones and their powers, boxes, Gaussians, and the sigma filter.
+// Low-pass filters: the fixed 3 x 3 ones and their powers, boxes and Gaussians.
 #include "image/Kernel.h"
 #include "image/filter/FilterKernels.h"
 #include "image/filter/GaussKernels.h"
@@ -8,7 +8,6 @@
 #include "image/filter/SquareFilters.h"
 #include "image/geometry/TurnKernels.h"
 
-#include <limits>
 
 namespace Tesk {
 
@@ -314,126 +313,6 @@ std::uint64_t GaussProduct(int size)
 
 namespace {
 
-/// Counts of levels, and of segments of levels with the sums of their pixels, so that a wide range costs little more
-/// than the levels of two segments.
-template <typename T>
-class RangeCounts
-{
-public:
-    void Clear()
-    {
-        bins_.Clear();
-        std::fill(segments_.begin(), segments_.end(), Part());
-    }
-    void Add(T value, std::uint32_t times)
-    {
-        bins_.Add(value, times);
-        if constexpr (levels > segment) {
-            Part& part = segments_[value / segment];
-            part.count += times;
-            // The opposite of a count has its sign in 32 bits.
-            part.sum += static_cast<std::int64_t>(static_cast<std::int32_t>(times)) * value;
-        }
-    }
-    /// The mean of the pixels from one level to another, truncated; 0 without any.
-    T Mean(int from, int to) const
-    {
-        Total total;
-        if (const int first = (from + segment - 1) / segment, end = (to + 1) / segment; first < end) {
-            AddLevels(from, first * segment, total);
-            for (int k = first; k < end; k++) {
-                total.count += segments_[static_cast<std::size_t>(k)].count;
-                total.sum += static_cast<std::uint64_t>(segments_[static_cast<std::size_t>(k)].sum);
-            }
-            AddLevels(end * segment, to + 1, total);
-        } else {
-            AddLevels(from, to + 1, total);
-        }
-        return static_cast<T>(total.count == 0 ? 0 : total.sum / total.count);
-    }
-
-private:
-    // Bytes make one segment, of which the sums are not kept: their ranges are short.
-    static constexpr int levels = std::numeric_limits<T>::max() + 1, segment = levels > 256 ? 256 : 2 * levels;
-
-    struct Part
-    {
-        std::uint32_t count = 0;
-        std::int64_t sum = 0;
-    };
-    struct Total
-    {
-        std::uint64_t count = 0, sum = 0;
-    };
-
-    void AddLevels(int from, int end, Total& total) const
-    {
-        for (int g = from; g < end; g++) {
-            const std::uint64_t bin = bins_.Data()[g];
-            total.count += bin;
-            total.sum += bin * static_cast<std::uint64_t>(g);
-        }
-    }
-
-    LevelBins<T> bins_;
-    std::vector<Part> segments_ = std::vector<Part>(levels / segment + 1);
-};
-
-template <typename T>
-void SigmaByCounts(const Image& src, int size, int range, Image& dst)
-{
-    constexpr int largest = std::numeric_limits<T>::max();
-    RangeCounts<T> counts;
-    EachSquareCounts<T>(src, size, counts, [&](int y) {
-        return [=, &counts, s = src.Row<T>(y), d = dst.Row<T>(y)](int x) {
-            d[x] = counts.Mean(Max(0, s[x] - range), Min(largest, s[x] + range));
-        };
-    });
-}
-
-/// Pixel by pixel of the square, for a whole row at a time.
-template <typename T>
-void SigmaByMask(const Image& src, int size, int range, Image& dst)
-{
-    const int h = size / 2, n = src.Width;
-    RowRing<T> ring(src, h, h);
-    std::vector<std::uint32_t> counts(static_cast<std::size_t>(n)), sums(counts.size());
-    std::uint32_t *count = counts.data(), *sum = sums.data();
-    for (int y = 0; y < src.Height; y++) {
-        ring.MoveTo(y);
-        const T* middle = ring.Row(y);
-        std::fill_n(count, n, 0u);
-        std::fill_n(sum, n, 0u);
-        for (int j = -h; j <= h; j++)
-            for (int i = -h; i <= h; i++) {
-                const T* s = ring.Row(y + j) + i;
-                for (int x = 0; x < n; x++) {
-                    const int difference = s[x] - middle[x];
-                    const std::uint32_t near = difference <= range && -difference <= range;
-                    count[x] += near;
-                    sum[x] += s[x] & (0 - near);
-                }
-            }
-        T* d = dst.Row<T>(y);
-        for (int x = 0; x < n; x++)
-            d[x] = static_cast<T>(count[x] == 0 ? 0 : sum[x] / count[x]);
-    }
-}
-
-/// The mean of those pixels of a square that are near the one in its middle. Counts cost two sides of the square and
-/// the levels that are near, of which two segments and as many segments at most are looked at.
-template <typename T>
-void SigmaFilter(const Image& src, int size, int range, Image& dst)
-{
-    constexpr std::int64_t mostLooked = 3 * 256;
-    const std::int64_t looked = Min<std::int64_t>(2 * std::int64_t{range} + 1, mostLooked);
-    // Sums over larger squares may exceed 32 bits.
-    if (size <= largestFastSize && std::int64_t{size} * size <= 4 * size + looked)
-        SigmaByMask<T>(src, size, range, dst);
-    else
-        SigmaByCounts<T>(src, size, range, dst);
-}
-
 /// The frame of a mean of an odd box.
 template <typename F>
 void Mean(const char* context, int width, int height, const Image& src, Image& dst, InPlace inPlace, F means)
@@ -535,19 +414,6 @@ void Kernel::BoxLowPass(int FilterWidth, int FilterHeight, const Image& Src, Ima
 void Kernel::GaussLowPass(int FilterWidth, int FilterHeight, const Image& Src, Image& Dst)
 {
     Mean("Tesk::Kernel::GaussLowPass", FilterWidth, FilterHeight, Src, Dst, InPlace::Served, GaussMeans);
-}
-
-void Kernel::Bilateral(int FilterSize, int GrayRange, const Image& Src, Image& Dst)
-{
-    const Entry entry("Tesk::Kernel::Bilateral");
-    if (entry.Refuses(CheckType(Src, {Gray, Gray16})) || entry.Refuses(CheckSize(L"Size", FilterSize))) return;
-    Sources held;
-    if (Prepare(entry, Src, Dst, Src.Type, held, InPlace::Copied)) return;
-    // A negative range holds no pixel; beyond the gray scale nothing changes any more.
-    const int range = Clamp(GrayRange, -1, 65535);
-    Guarded(entry, [&] {
-        VisitPixels<Gray, Gray16>(held.a.Type, [&]<typename T>() { SigmaFilter<T>(held.a, FilterSize, range, Dst); });
-    });
 }
 
 } // namespace Tesk

@@ -292,6 +292,11 @@ TEST_F(KernelTest, BilateralIsTheMeanOfThoseNearInGray)
                     "bilateral", Gray, width, 6, [&](auto& s, auto& d) { Kernel::Bilateral(size, range, s, d); },
                     [&](const Pixels& p, int x, int y) { return SigmaAt(p, x, y, size, range); });
             }
+    // Counts in columns, higher and wider than the picture.
+    for (const int size : {31, 33, 255})
+        CheckWindow(
+            "bilateral", Gray, 41, 5, [&](auto& s, auto& d) { Kernel::Bilateral(size, 60, s, d); },
+            [&](const Pixels& p, int x, int y) { return SigmaAt(p, x, y, size, 60); });
     // Few levels or few pixels, and ranges that begin and end within the segments of counts.
     for (const auto& c : {std::pair{5, 20000}, {9, 3}, {31, 20000}, {33, 255}, {33, 256}, {33, 5000}, {33, 70000}})
         CheckWindow(
