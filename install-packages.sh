@@ -2,6 +2,7 @@
 # Installs what the build needs, if anything is missing.
 set -euo pipefail
 packages=(g++ cmake ninja-build pkg-config libhwy-dev libjpeg-dev libpng-dev libtiff-dev libeigen3-dev libcairo2-dev
+          libavformat-dev libavcodec-dev libswscale-dev
           libgtest-dev qt6-base-dev fonts-dejavu-core)
 missing=()
 for package in "${packages[@]}"; do
