@@ -8,6 +8,7 @@
 #include "measure/Path.h"
 #include "measure/Poly.h"
 #include "measure/Region.h"
+#include "tests/image/source/AviFile.h"
 
 #include <filesystem>
 #include <fstream>
@@ -28,6 +29,7 @@ void Fill(Image& image, int width, int height, PixelTypes type)
 
 void Put(const fs::path& path, const std::vector<std::uint8_t>& bytes)
 {
+    fs::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
 }
@@ -44,8 +46,7 @@ int main(int argc, char** argv)
     if (argc != 2) return 1;
     const fs::path root = argv[1];
     Status::ErrorBehavior(IgnoreIt);
-    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm", "archive", "clipboard", "geometry",
-                               "path", "poly", "region"})
+    for (const char* format : {"bmp", "jpg", "png", "tif", "pbm", "pgm", "ppm"})
         fs::create_directories(root / format);
     for (const PixelTypes type : {Gray, Gray16, Rgb, Rgba, Gray1}) {
         Image image;
@@ -61,6 +62,7 @@ int main(int argc, char** argv)
         if (Status::Error().Code == NoError && Services::Clipboard().Get(IClipboard::Dib, block))
             Put(root / "clipboard" / name, block);
     }
+    Put(root / "source" / "frames.avi", avi::Avi(5, 4, 3));
     Put(root / "pbm" / "text.pbm", "P1\n# bits\n4 2\n0 1 0 1\n1 1 0 0\n");
     Put(root / "pgm" / "text.pgm", "P2 3 2\n300\n0 1 2\n298 299 300\n");
     Put(root / "ppm" / "text.ppm", "P3\n2 1\n255\n255 0 0 1 2 3\n");
