@@ -80,6 +80,9 @@ struct PixelScanner
         return EdgesWhere(n, edges, [&](std::size_t i) { return active(x + static_cast<int>(i), y); });
     }
 };
+// For compilers that do not deduce aggregates.
+template <typename Active>
+PixelScanner(Active) -> PixelScanner<Active>;
 
 /// Feeds each row of the window to the sink, also those without a run. May throw `std::bad_alloc`.
 template <typename Scanner, typename Sink>

@@ -16,6 +16,7 @@
 #include <new>
 #include <string>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace Tesk;
@@ -204,8 +205,9 @@ TEST_F(StatusTest, PathsAreDecodedWhereTheyCanBe)
 TEST_F(StatusTest, AFailureIsPrintedAlsoWhereTheErrorStreamTookWideText)
 {
     const auto print = [](PredefinedBehaviors behavior) {
-        // Opened again, the stream has no orientation from what other tests printed.
-        if (!std::freopen("/dev/stderr", "a", stderr) || std::fputws(L"wide\n", stderr) < 0) std::_Exit(1);
+        // A stream of its own has no orientation from what other tests printed.
+        stderr = fdopen(STDERR_FILENO, "a");
+        if (!stderr || std::fputws(L"wide\n", stderr) < 0) std::_Exit(1);
         Status::ErrorBehavior(behavior);
         Status::Raise(Status::Format(CannotRead, L"No line"), "Tesk::Test::Read");
         std::fputws(L"wide again\n", stderr);
