@@ -37,6 +37,7 @@ set(shared
     image/filter/LocalMeans.h        # means, sums and histograms of boxes, for adaptive thresholds and equalisations
     image/filter/RowRing.h           # rows replicated beyond the edges
     image/filter/SquareFilters.h     # the 3 x 3 filters as steps of other operations
+    image/geometry/GeometryModel.h   # points mapped by a calibration, for gauges
     image/geometry/TurnKernels.h     # transposition, so that rows can be filtered as columns are
     image/geometry/Warps.h           # warps into an image that is sized for them
     image/histogram/LevelCounts.h    # for thresholds and equalisations
