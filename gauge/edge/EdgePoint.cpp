@@ -4,6 +4,7 @@
 #include "foundation/Angles.h"
 #include "foundation/Entry.h"
 #include "gauge/edge/Lobes.h"
+#include "gauge/edge/ProbeRow.h"
 #include "gauge/edge/ProbeSampler.h"
 #include "gauge/edge/WorldMap.h"
 #include "image/Geometry.h"
@@ -23,8 +24,6 @@ constexpr double mostSamples = 1 << 22, mostPixels = 1 << 27, mostSummed = 1 << 
 /// A direction below that stands for an axis.
 constexpr double upright = 1.0 / 65536;
 
-constexpr const char* detection = "Tesk::EdgePoint::_Detect";
-
 struct Span
 {
     XY direction;
@@ -41,11 +40,6 @@ Span SpanOf(XY beg, XY end)
 bool IsWhole(XY p)
 {
     return p.X == std::floor(p.X) && p.Y == std::floor(p.Y);
-}
-
-int Channels(PixelTypes type)
-{
-    return type == Gray ? 1 : type == Rgb ? 3 : 0;
 }
 
 /// Each sum of `length` samples that follow each other, in place of the first of them.
@@ -84,13 +78,9 @@ bool EdgePoint::Sample(const Image& src, int& code)
     const Span span = SpanOf(Beg, End);
     const double needed = Smoothing + std::ceil(span.length);
     if (!(span.length > 0) || needed < fewestSamples) return false;
-    code = CheckImage(src);
-    const int channels = Channels(src.Type);
-    if (code == NoError && channels == 0)
-        code = Status::Format(UnsupportedType,
-                              L"The image type (%ls) is not supported for this operation, use Gray or Rgb",
-                              PixelTypeName(src.Type));
+    code = CheckSampled(src);
     if (code != NoError) return false;
+    const int channels = images::Channels(src.Type);
     const int breadth = Max(Breadth, 1);
     if (!(needed <= mostSamples) || needed * breadth > mostPixels ||
         static_cast<double>(breadth) * Smoothing * channels > mostSummed)
@@ -160,14 +150,14 @@ void EdgePoint::FindEdges()
 
 bool EdgePoint::Detect(const Image& Src)
 {
-    const Entry entry(detection);
+    const Entry entry(probeContext);
     if (entry.Refuses(Probe(Src))) return false;
     return Rescale(WorldMap());
 }
 
 bool EdgePoint::Detect(const Image& Src, const Geometry& Calibrator)
 {
-    const Entry entry(detection);
+    const Entry entry(probeContext);
     if (entry.Refuses(Probe(Src))) return false;
     return Rescale(WorldMap(Calibrator));
 }

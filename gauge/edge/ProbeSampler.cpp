@@ -1,6 +1,7 @@
 // The sums of pixels along a probe: freely inside a picture, with places held to it near its border, and of colors.
 #include "gauge/edge/ProbeSampler.h"
 
+#include "foundation/Status.h"
 #include "gauge/edge/SamplerKernels.h"
 
 #include <cstddef>
@@ -57,6 +58,14 @@ int Between(int first, int second, int weight)
 }
 
 } // namespace
+
+int CheckSampled(const Image& src)
+{
+    if (const int code = CheckImage(src)) return code;
+    if (src.Type == Gray || src.Type == Rgb) return NoError;
+    return Status::Format(UnsupportedType, L"The image type (%ls) is not supported for this operation, use Gray or Rgb",
+                          PixelTypeName(src.Type));
+}
 
 void SampleGray(const Image& src, const ProbeGrid& grid, XY last, std::int32_t* samples)
 {

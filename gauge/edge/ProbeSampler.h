@@ -16,6 +16,9 @@ struct ProbeGrid
     XY At(int i, int j) const { return {start.X + i * along.X + j * across.X, start.Y + i * along.Y + j * across.Y}; }
 };
 
+/// Refuses a void image and all types but `Gray` and `Rgb`. An `ErrorCodes` value, with its message stored.
+int CheckSampled(const Image& src);
+
 /// Bilinear in doubles, the sum truncated: as it is for a breadth of 1, else with half a level more. Where the probe
 /// comes near the border or leaves the image, places are held to it, and half a level is added always. `last` is the
 /// place on the edge `j = 0` of the probe up to which it must keep clear of the border.

@@ -1,0 +1,76 @@
+// What gauges have in common that place a row of probes and fit a shape to the edges that these find.
+#pragma once
+
+#include "gauge/EdgePoint.h"
+
+#include <vector>
+
+namespace Tesk {
+
+namespace edges {
+
+/// Memory that fits use again and again.
+struct FitScratch
+{
+    std::vector<double> residuals, ordered;
+    std::vector<XY> points;
+};
+
+} // namespace edges
+
+/// The base of the gauges of a row of probes, of which `Beg` and `End` are the current one. Places count in pixels
+/// before a fit, and in the units of the detection after it.
+///
+/// At most 65,536 probes are placed, and they do not read more than 2^28 pixels together: a gauge that would finds
+/// nothing.
+class EdgeRow : public EdgePoint
+{
+    template <typename T>
+    using Field = ReadOnly<T, EdgeRow>;
+
+public:
+    double ProbeLength = 32; ///< of each probe, which is centred on the reference shape
+    double Density = 5;      ///< pixels from one probe to the next, 1 to 32
+    double Clearance = 0;    ///< pixels at the ends of the reference shape without a probe, 0 to 8
+    bool Oblique = true;     ///< probes square to the reference shape; else only along rows and columns
+    FittingSide Fitting = FitOver;
+    Field<int> NumSamples;                   ///< probes of the last detection
+    int SampleIndex = All;                   ///< `All`, or the index of the only probe that is looked at
+    ReadOnlyArray<XY, EdgeRow> SamplePoints; ///< the edge of each probe that has the one selected
+    Field<int> NumDetectedPoints;            ///< number of these
+    Field<int> NumFittedPoints;              ///< number of those that are no outliers
+    Field<double> Deviation;                 ///< mean distance of all points from the fitted shape
+    Field<double> RobustDeviation;           ///< mean distance of those that are no outliers
+    Field<int> FitState;                     ///< 0 without a fit, 1 with one
+
+protected:
+    /// Takes a number of probes. True, with all results as before, if a `SampleIndex` beyond them, under `context`, or
+    /// an image that is not sampled was refused.
+    bool Refuses(const char* context, const Image& src, int samples);
+    /// The number of probes over a length.
+    int SamplesOver(double length) const;
+    /// Forgets the points and the fit.
+    void Restart();
+    /// Runs the probes `first` to `last`, which `place(i)` sets, and adds their points. False after a failure, which
+    /// is reported.
+    template <typename F>
+    bool RunProbes(const Image& src, int edgeIndex, int first, int last, F place);
+    /// The same with all probes, or the one of `SampleIndex`.
+    template <typename F>
+    bool RunProbes(const Image& src, int edgeIndex, F place);
+    /// Gives the points in the units of the result; those at a horizon are left out.
+    void Transform(const edges::WorldMap& world);
+    void SetQuality(int fitted, double deviation, double robust);
+    void SetFitState(int state) { FitState = state; }
+    /// Marks the points on the picture.
+    void DrawPoints(const edges::WorldMap& world) const;
+    void TransferSampling(Archive& block);
+    void TransferFitting(Archive& block, bool present);
+
+    edges::FitScratch scratch_;
+
+private:
+    bool inPixels_ = true; ///< the points were not transformed
+};
+
+} // namespace Tesk
