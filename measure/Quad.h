@@ -7,6 +7,7 @@
 namespace Tesk {
 
 class Image;
+class ScreenPointer;
 
 /// A strip of `Width` x `Height` pixels that starts at its first corner and runs along `Angle`. Bent, it runs round a
 /// circle, and `Angle` is the direction in which its outline sets out: as seen from the centre of the circle the sector
@@ -86,6 +87,16 @@ public:
     void Drag(int X, int Y);
     static ReadOnly<DraggingHandles, Quad> Handle;
 
+    /// What gauges need that hold a quad: the handles in the order in which they are hit, where each stands, and hits
+    /// and drags whose handle they keep.
+    /// @{
+    static constexpr DraggingHandles Handles[] = {NWHandle, NEHandle, SEHandle, SWHandle,
+                                                  NHandle,  EHandle,  SHandle,  WHandle};
+    XY PlaceOf(DraggingHandles Handle) const;
+    DraggingHandles Hit(const ScreenPointer& Pointer) const;
+    void DragTo(DraggingHandles Handle, const ScreenPointer& Pointer);
+    /// @}
+
 private:
     struct Shape
     {
@@ -96,9 +107,8 @@ private:
     void Put(const Shape& shape);
     XY RingPoint(double radius, double share) const;
     XY Place(double along, double across) const;
-    XY PlaceOf(DraggingHandles handle) const;
-    void DragStraight(XY to);
-    void DragBent(XY to);
+    void DragStraight(DraggingHandles handle, XY to);
+    void DragBent(DraggingHandles handle, XY to);
 };
 
 } // namespace Tesk

@@ -15,6 +15,7 @@ struct FitQuality
 {
     int kept = 0;
     double deviation = 0, robust = 0; ///< mean residuals of all points, and of those kept
+    double threshold = 0;             ///< residuals up to it are kept
 };
 
 /// Two and a half times a residual of the middle, which is of `leastOrder` at the least, counted from 0. None is beyond
@@ -31,9 +32,9 @@ inline double OutlierThreshold(FitScratch& scratch, int leastOrder)
 }
 
 /// Fits a model that has `leastOrder`, a `Fit(keep)` to the points `i` for which `keep(i)` holds, and the `Residual(i)`
-/// of a point. False if one of the fits fails.
-template <typename Model>
-bool FitRobust(std::span<const XY> points, FitScratch& scratch, Model& model, FitQuality& quality)
+/// of a point. The first fit is to the points of `start`. False if one of the fits fails.
+template <typename Model, typename Start>
+bool FitRobust(std::span<const XY> points, FitScratch& scratch, Model& model, FitQuality& quality, Start start)
 {
     constexpr int rounds = 4;
     // What rounding leaves of the residuals of points on a shape.
@@ -41,7 +42,7 @@ bool FitRobust(std::span<const XY> points, FitScratch& scratch, Model& model, Fi
     double extent = 0, threshold = 0;
     for (const XY p : points)
         extent = std::max({extent, Abs(p.X), Abs(p.Y)});
-    if (!model.Fit([](std::size_t) { return true; })) return false;
+    if (!model.Fit(start)) return false;
     auto& residuals = scratch.residuals;
     residuals.resize(points.size());
     const auto isKept = [&](std::size_t i) { return residuals[i] <= threshold; };
@@ -52,7 +53,7 @@ bool FitRobust(std::span<const XY> points, FitScratch& scratch, Model& model, Fi
         if (round == rounds) break;
         if (!model.Fit(isKept)) return false;
     }
-    quality = {};
+    quality = {0, 0, 0, threshold};
     for (std::size_t i = 0; i < points.size(); i++) {
         quality.deviation += residuals[i];
         if (!isKept(i)) continue;
@@ -62,6 +63,13 @@ bool FitRobust(std::span<const XY> points, FitScratch& scratch, Model& model, Fi
     quality.deviation /= static_cast<double>(points.size());
     if (quality.kept > 0) quality.robust /= quality.kept;
     return true;
+}
+
+/// The same from all points.
+template <typename Model>
+bool FitRobust(std::span<const XY> points, FitScratch& scratch, Model& model, FitQuality& quality)
+{
+    return FitRobust(points, scratch, model, quality, [](std::size_t) { return true; });
 }
 
 /// The points that are kept, one after the other.

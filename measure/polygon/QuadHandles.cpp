@@ -15,9 +15,6 @@ constexpr double pi = std::numbers::pi, turn = 2 * pi;
 /// No drag makes a side shorter, in pixels.
 constexpr double shortest = 1;
 constexpr int markArms = 5;
-/// In the order in which they are hit.
-constexpr DraggingHandles handles[] = {NWHandle, NEHandle, SEHandle, SWHandle, NHandle, EHandle, SHandle, WHandle};
-
 Grab grab;
 
 /// The sides that a handle moves.
@@ -91,19 +88,20 @@ void Quad::Draw(bool Handles, bool Anchors) const
                     middle.Y + length * std::sin(direction), 1);
     }
     if (Handles)
-        for (const DraggingHandles handle : handles)
+        for (const DraggingHandles handle : Quad::Handles)
             DrawHandle(PlaceOf(handle));
 }
 
 DraggingHandles Quad::HitHandle(int X, int Y) const
 {
-    const ScreenPointer pointer(X, Y);
-    Handle = NoHandle;
-    for (const DraggingHandles handle : handles)
-        if (pointer.IsOn(PlaceOf(handle))) {
-            Handle = handle;
-            return Handle;
-        }
+    Handle = Hit(ScreenPointer(X, Y));
+    return Handle;
+}
+
+DraggingHandles Quad::Hit(const ScreenPointer& pointer) const
+{
+    for (const DraggingHandles handle : Handles)
+        if (pointer.IsOn(PlaceOf(handle))) return handle;
     const XY corner(this->X, this->Y);
     bool inside = false;
     if (Bent) {
@@ -113,31 +111,33 @@ DraggingHandles Quad::HitHandle(int X, int Y) const
         inside = at.X >= Min(0.0, double(Width)) && at.X <= Max(0.0, double(Width)) &&
                  at.Y >= Min(0.0, double(Height)) && at.Y <= Max(0.0, double(Height));
     }
-    if (inside) {
-        Handle = AllHandle;
-        grab.Take(Aligned ? pointer.Pixel() : pointer.Position(), corner);
-    }
-    return Handle;
+    if (!inside) return NoHandle;
+    grab.Take(Aligned ? pointer.Pixel() : pointer.Position(), corner);
+    return AllHandle;
 }
 
 void Quad::Drag(int X, int Y)
 {
-    const ScreenPointer pointer(X, Y);
-    if (Handle == AllHandle) {
+    DragTo(Handle, ScreenPointer(X, Y));
+}
+
+void Quad::DragTo(DraggingHandles handle, const ScreenPointer& pointer)
+{
+    if (handle == AllHandle) {
         const XY corner = grab.Moved(Aligned ? pointer.Pixel() : pointer.Position());
         this->X = corner.X;
         this->Y = corner.Y;
-    } else if (Handle >= NHandle && Handle <= NEHandle) {
+    } else if (handle >= NHandle && handle <= NEHandle) {
         if (Bent)
-            DragBent(pointer.Point());
+            DragBent(handle, pointer.Point());
         else
-            DragStraight(Aligned ? pointer.Pixel() : pointer.Point());
+            DragStraight(handle, Aligned ? pointer.Pixel() : pointer.Point());
     }
 }
 
-void Quad::DragStraight(XY to)
+void Quad::DragStraight(DraggingHandles handle, XY to)
 {
-    const Sides sides(Handle);
+    const Sides sides(handle);
     const XY corner(X, Y), at = ToFrame(to, corner, Angle);
     const bool centered = Centered && !sides.IsCorner();
     double left = 0, top = 0, right = Width, bottom = Height;
@@ -150,9 +150,9 @@ void Quad::DragStraight(XY to)
     Height = bottom - top;
 }
 
-void Quad::DragBent(XY to)
+void Quad::DragBent(DraggingHandles handle, XY to)
 {
-    const Sides sides(Handle);
+    const Sides sides(handle);
     const bool centered = Centered && !sides.IsCorner();
     // The radii of a quad that was bent counterclockwise about its middle are negative.
     const double side = Width < 0 ? -1 : 1;
