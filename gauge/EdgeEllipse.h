@@ -1,0 +1,99 @@
+// The ellipse gauge: a curved edge near a given ellipse or a part of one.
+#pragma once
+
+#include "gauge/EdgeRow.h"
+
+#include <array>
+
+namespace Tesk {
+
+/// Places probes across an ellipse and fits one to the edges that they find: a consensus search over the ellipses
+/// through five of them, then the direct fit of Fitzgibbon, Pilu and Fisher (1999), as computed by Halir and Flusser
+/// (1998), to those that agree. Detections refuse what `EdgePoint` does, a `SampleIndex` beyond the probes, and a
+/// `Fitting` other than `FitOver` (`OutOfRange`); what was fitted before then stays.
+///
+///     EdgeEllipse gauge;
+///     gauge.Locate({320, 240}, 120, 80, 30, 40);
+///     if (gauge.Detect(image)) std::printf("%.2f x %.2f\n", 2 * gauge.FittedFirstAxis, 2 * gauge.FittedSecondAxis);
+class EdgeEllipse : public EdgeRow
+{
+    template <typename T>
+    using Field = ReadOnly<T, EdgeEllipse>;
+
+public:
+    XY Center{128, 0};                       ///< of the reference ellipse, in pixels
+    double FirstAxis = 128, SecondAxis = 64; ///< its half axes
+    double Angle = 0;                        ///< of the first one, in radians
+    double StartParameter = 0;               ///< where the arc begins, in radians: (cos, sin) times the half axes
+    double EndParameter = 6.283185307179586; ///< where it ends
+    bool Closed = true;                      ///< the whole ellipse
+    std::array<XY, 5> RefPoints{};           ///< of the reference, to be dragged
+    int RefState = 2;                        ///< what is out of date: 0 nothing, 1 the ellipse, 2 `RefPoints`
+    Field<XY> FittedCenter = XY(128, 0);
+    Field<double> FittedFirstAxis = 128.0, FittedSecondAxis = 64.0; ///< half axes, the longer one first as a rule
+    Field<double> FittedAngle;                                      ///< of the first one, in degrees
+
+    /// Places a whole ellipse; `Angle` in degrees.
+    void Locate(XY Center, double FirstAxis, double SecondAxis, double Angle, double ProbeLength);
+    /// Places the part of one between two parameters, in degrees.
+    void Locate(XY Center, double FirstAxis, double SecondAxis, double Angle, double StartAngle, double EndAngle,
+                double ProbeLength);
+
+    /// Finds the edge that `EdgeIndex` selects on each probe, a rank or an `EdgeSelection`, and fits an ellipse to
+    /// them: in the units of `Geometry::SimpleCalibration`, or of a calibrator. False if fewer than 5 are found or
+    /// agree. `Deviation` and `RobustDeviation` are root mean squares.
+    bool Detect(const Image& Src, int EdgeIndex = BestStep);
+    bool Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex = BestStep);
+
+    /// Moves the reference onto the fitted ellipse, by the scale of `Geometry::SimpleCalibration`. Only in
+    /// `FitState` 1.
+    void Realign();
+
+    /// ".ede" files. Refused as for `EdgePoint`.
+    void Read(const char* PathName);
+    void Read(const wchar_t* PathName);
+    void Write(const char* PathName) const;
+    void Write(const wchar_t* PathName) const;
+    void Transfer(Archive& Block);
+
+    /// Outlines where edges are looked for in `Graph::LineColor`, and the fitted ellipse; with `Handles` marks what can
+    /// be dragged, with `Points` the points. The second form takes them back from the units of a calibrator.
+    void Draw(bool Handles, bool Points) const;
+    void Draw(bool Handles, bool Points, const Geometry& Calibrator) const;
+    /// The handle under a point of the screen, kept in `Handle`: `FromHandle`, `MiddleHandle0` to `MiddleHandle2` and
+    /// `ToHandle` for the five points, `LengthHandle` for the length of the probes, `AllHandle` for the body.
+    DraggingHandles HitHandle(int X, int Y);
+    /// The way in which the handle moves, in eighths of a turn.
+    int HandleOctant() const;
+    /// Moves the handle last hit. A point stays where it is if there is no ellipse through the five, or a first half
+    /// axis would reach 2,048 pixels.
+    void Drag(int X, int Y);
+
+private:
+    /// The reference ellipse, with its axes along (`cosine`, `sine`) and across.
+    struct Reference
+    {
+        XY center;
+        double first, second, cosine, sine, start, end;
+
+        /// A point of the ellipse whose half axes are longer by `beyond`.
+        XY At(double parameter, double beyond = 0) const;
+        double ParameterOf(XY point) const;
+        /// How far a point lies from the centre where the ellipse is a circle of its first half axis.
+        double RadiusOf(XY point) const;
+    };
+
+    Reference Ref() const;
+    bool RefThrough(const std::array<XY, 5>& points, Reference& reference) const;
+    std::array<XY, 5> Points() const;
+    void Refresh();
+    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world);
+    bool FitPoints(const edges::WorldMap& world);
+    XY LengthMark(const Reference& reference, int direction) const;
+    void DrawFitted(const edges::WorldMap& world) const;
+    void Draw(bool handles, bool points, const edges::WorldMap& world) const;
+
+    XY grabbed_{0, 0}; ///< from the pointer to the centre, while the body is dragged
+};
+
+} // namespace Tesk
