@@ -17,7 +17,8 @@ class Image;
 
 namespace edges {
 class WorldMap;
-}
+struct Lobe;
+} // namespace edges
 
 /// An edge on a probe.
 struct Edge
@@ -149,12 +150,15 @@ protected:
 private:
     bool Sample(const Image& src, int& code);
     void FindEdges();
+    double Refined(const edges::Lobe& lobe, int noise, double position) const;
+    double SkewAt(double position) const;
     bool Rescale(const edges::WorldMap& world);
     int Count(Polarities polarity) const;
     int Missing(int index, Polarities polarity) const;
     XY PointOf(int index, Polarities polarity, const edges::WorldMap& world) const;
 
-    XY direction_{1, 0}; ///< of the probe last sampled
+    XY direction_{1, 0};            ///< of the probe last sampled
+    std::vector<std::int32_t> raw_; ///< its samples before they are smoothed, for `StepModel`
     Grab grabBeg_, grabEnd_;
 };
 

@@ -102,6 +102,7 @@ bool EdgePoint::Sample(const Image& src, int& code)
             return false;
         }
     }
+    if (StepModel && Smoothing >= 2) raw_.assign(signal.begin(), signal.end());
     if (Smoothing >= 2) RunningSums(signal.data(), count, Smoothing);
     SignalLength = count - Smoothing + 1;
     signal.resize(static_cast<std::size_t>(int(SignalLength)));
@@ -138,6 +139,7 @@ void EdgePoint::FindEdges()
     const auto accept = [&](const Lobe& lobe) {
         double position;
         if (!limits.Accept(lobe) || !PlaceOf(lobe, Derivative.data(), length, position)) return;
+        if (StepModel) position = Refined(lobe, noise, position);
         Edges.values_.push_back({lobe.peak / Scale, lobe.span, lobe.step / Scale, lobe.start, position,
                                  Beg.X + direction_.X * position, Beg.Y + direction_.Y * position});
     };
