@@ -3,12 +3,13 @@
 #include "measure/Path.h"
 
 #include "measure/fit/PointFit.h"
+#include "measure/path/ChordWalk.h"
 #include "measure/path/PathRound.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <utility>
+#include <span>
 #include <vector>
 
 namespace Tesk {
@@ -103,31 +104,33 @@ Segment Longest(Round sites, std::int64_t from, std::int64_t last, double deviat
 
 } // namespace
 
+std::vector<ArcSite> paths::LinesAndArcs(std::span<const Site> chain, bool closed, double deviation)
+{
+    const Round sites(chain);
+    const std::int64_t length = sites.Length();
+    std::vector<ArcSite> found;
+    if (length < leastOfArc) return found;
+    std::int64_t first = 0;
+    if (closed) {
+        first = length - 1;
+        while (first > 0 && MiddleIsNear(sites, first, length, deviation * deviation))
+            first--;
+    }
+    const std::int64_t last = closed ? first + length : length - 1;
+    for (std::int64_t at = first; at < last;) {
+        const Segment segment = Longest(sites, at, last, deviation);
+        found.emplace_back(sites[at].X, sites[at].Y, segment.bulge);
+        at = segment.to;
+    }
+    if (!closed) found.emplace_back(sites[last].X, sites[last].Y, 0);
+    return found;
+}
+
 void Path::Vectorize(ArcPath& Dst, double Deviation) const
 {
     const Entry entry("Tesk::Path::Vectorize");
     if (entry.Refuses(CheckSites())) return;
-    entry.Refuses(Allocating([&] {
-        const Round sites(View());
-        const std::int64_t length = sites.Length();
-        std::vector<ArcSite> found;
-        if (length >= leastOfArc) {
-            std::int64_t first = 0;
-            if (Closed) {
-                first = length - 1;
-                while (first > 0 && MiddleIsNear(sites, first, length, Deviation * Deviation))
-                    first--;
-            }
-            const std::int64_t last = Closed ? first + length : length - 1;
-            for (std::int64_t at = first; at < last;) {
-                const Segment segment = Longest(sites, at, last, Deviation);
-                found.emplace_back(sites[at].X, sites[at].Y, segment.bulge);
-                at = segment.to;
-            }
-            if (!Closed) found.emplace_back(sites[last].X, sites[last].Y, 0);
-        }
-        Dst.Take(std::move(found), Closed, OrgX, OrgY);
-    }));
+    entry.Refuses(Allocating([&] { Dst.Take(LinesAndArcs(View(), Closed, Deviation), Closed, OrgX, OrgY); }));
 }
 
 } // namespace Tesk

@@ -1,6 +1,7 @@
 // Paths with fewer sites, and the pixels of a polygon.
 #include "measure/Path.h"
 
+#include "measure/path/ChordWalk.h"
 #include "measure/path/PathRound.h"
 
 #include <algorithm>
@@ -232,6 +233,22 @@ void AppendSegment(Site from, Site to, std::vector<Site>& pixels)
 }
 
 } // namespace
+
+void paths::ChordVertices(std::span<const Site> chain, double deviation, std::vector<Site>& vertices)
+{
+    vertices.clear();
+    if (chain.empty()) return;
+    const Round sites(chain);
+    const std::int64_t last = sites.Length() - 1;
+    for (std::int64_t at = 0; at < last;) {
+        vertices.push_back(sites[at]);
+        std::int64_t next = at + 1;
+        while (next < last && MiddleIsNear(sites, at, next + 1, deviation * deviation))
+            next++;
+        at = next;
+    }
+    vertices.push_back(sites[last]);
+}
 
 void Path::Smooth(Path& Dst, double Deviation) const
 {
