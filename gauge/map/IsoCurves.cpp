@@ -2,9 +2,9 @@
 #include "gauge/EdgeMap.h"
 
 #include "foundation/Entry.h"
-#include "image/Morpho.h"
 #include "image/core/Destination.h"
 #include "image/core/Refusals.h"
+#include "image/morpho/MorphoExtremum.h"
 
 #include <array>
 #include <cstddef>
@@ -49,6 +49,16 @@ void MarkDark(const Image& src, int filterSize, int noise, Image& dark)
         add(y - half, -1);
         add(y + half + 1, 1);
     }
+}
+
+/// The image less its erosion by a square of 3 x 3.
+void InnerGradient(const Image& src, Image& strength)
+{
+    images::MakeLike(src, Gray, strength);
+    morpho::Apply(morpho::Extremum::Minimum, morpho::Element(3, 3, 1, src), src, strength);
+    for (int y = 0; y < src.Height; y++)
+        for (int x = 0; x < src.Width; x++)
+            strength.Row(y)[x] = static_cast<std::uint8_t>(src.Row(y)[x] - strength.Row(y)[x]);
 }
 
 /// Walks round the outlines of a binary image.
@@ -141,14 +151,13 @@ void StrongStretches(const std::vector<std::int64_t>& sums, int length, int stre
 
 int EdgeMap::Trace(const Image& src, int filterSize, int noise, int integrationLength, int minLength, int edgeStrength)
 {
-    return WithMemory(images::noWorkingMemory, [&]() -> int {
+    return WithMemory(images::noWorkingMemory, [&] {
         Image dark, strength, marks;
         images::MakeLike(src, Gray, dark);
         images::MakeLike(src, Gray, marks);
         images::FillRows(marks, 0);
         MarkDark(src, Clamp(filterSize, smallestFilter, largestFilter), noise, dark);
-        Morpho().Gradient(src, strength, InternalGradient);
-        if (const int code = Status::Error().Code) return code;
+        InnerGradient(src, strength);
         Restart(src);
         auto& sites = Sites.values_;
         OutlineTracer tracer(dark, strength, marks);
@@ -171,7 +180,6 @@ int EdgeMap::Trace(const Image& src, int filterSize, int noise, int integrationL
         for (Site& site : sites)
             site = Site(site.X + OrgX, site.Y + OrgY);
         NumPaths = static_cast<int>(Paths.size());
-        return NoError;
     });
 }
 
