@@ -118,23 +118,27 @@ bool SampleRgb(const Image& src, const ProbeGrid& grid, bool whole, std::int32_t
 
 namespace Tesk::kernels {
 
+std::int32_t BilinearSum(const GrayRows& rows, const edges::ProbeGrid& grid, int i, double half)
+{
+    double sum = 0;
+    for (int j = 0; j < grid.breadth; j++) {
+        const XY at = grid.At(i, j);
+        const auto x = static_cast<int>(at.X), y = static_cast<int>(at.Y);
+        const double fractionX = at.X - x, fractionY = at.Y - y;
+        const std::uint8_t *upper = rows.first + static_cast<std::ptrdiff_t>(rows.pitch) * y + x,
+                           *lower = upper + rows.pitch;
+        // In this form equal neighbours give their value exactly, whatever the fraction.
+        const double top = upper[0] + fractionX * (upper[1] - upper[0]);
+        const double bottom = lower[0] + fractionX * (lower[1] - lower[0]);
+        sum += top + fractionY * (bottom - top);
+    }
+    return static_cast<std::int32_t>(sum + half);
+}
+
 void BilinearSumsPlain(const GrayRows& rows, const edges::ProbeGrid& grid, double half, std::int32_t* samples)
 {
-    for (int i = 0; i < grid.samples; i++) {
-        double sum = 0;
-        for (int j = 0; j < grid.breadth; j++) {
-            const XY at = grid.At(i, j);
-            const auto x = static_cast<int>(at.X), y = static_cast<int>(at.Y);
-            const double fractionX = at.X - x, fractionY = at.Y - y;
-            const std::uint8_t *upper = rows.first + static_cast<std::ptrdiff_t>(rows.pitch) * y + x,
-                               *lower = upper + rows.pitch;
-            // In this form equal neighbours give their value exactly, whatever the fraction.
-            const double top = upper[0] + fractionX * (upper[1] - upper[0]);
-            const double bottom = lower[0] + fractionX * (lower[1] - lower[0]);
-            sum += top + fractionY * (bottom - top);
-        }
-        samples[i] = static_cast<std::int32_t>(sum + half);
-    }
+    for (int i = 0; i < grid.samples; i++)
+        samples[i] = BilinearSum(rows, grid, i, half);
 }
 
 } // namespace Tesk::kernels

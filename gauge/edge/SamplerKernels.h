@@ -15,10 +15,11 @@ struct GrayRows
     std::int32_t pitch;
 };
 
-/// The sums for a probe that keeps clear of the border; `half` is added to each before it is truncated.
+/// The sums for a probe that keeps clear of the border by two pixels; `half` is added to each before it is truncated.
 void BilinearSums(const GrayRows& rows, const edges::ProbeGrid& grid, double half, std::int32_t* samples);
 
-// The definition of the above, for any picture.
+// The definition of the above, for any picture, and of one of the sums.
 void BilinearSumsPlain(const GrayRows& rows, const edges::ProbeGrid& grid, double half, std::int32_t* samples);
+std::int32_t BilinearSum(const GrayRows& rows, const edges::ProbeGrid& grid, int i, double half);
 
 } // namespace Tesk::kernels
