@@ -1,0 +1,180 @@
+// Arc gauges on the screen: drawn, hit and dragged.
+#include "gauge/EdgeArc.h"
+
+#include "foundation/Entry.h"
+#include "foundation/Graph.h"
+#include "gauge/edge/GaugeMarks.h"
+#include "gauge/edge/WorldMap.h"
+
+#include <numbers>
+
+namespace Tesk {
+
+using namespace edges;
+
+namespace {
+
+constexpr double turn = 2 * std::numbers::pi;
+
+void DrawRing(XY center, double radius, double from, double to)
+{
+    if (radius > 0) Graph::EllipseArcRadians(center.X, center.Y, radius, radius, 0, from, to);
+}
+
+/// The curve from one point to another, by chords whose middle is near it.
+template <typename F>
+void DrawCurve(double from, XY first, double to, XY last, int depth, const F& at)
+{
+    constexpr double tolerance = 0.25; // pixels of the screen
+    const double middle = (from + to) / 2;
+    XY between;
+    if (!at(middle, between)) return;
+    const double sagitta = std::hypot(between.X - (first.X + last.X) / 2, between.Y - (first.Y + last.Y) / 2);
+    if (depth == 0 || sagitta * Graph::Zoom <= tolerance) {
+        DrawStroke(first, between);
+        DrawStroke(between, last);
+        return;
+    }
+    DrawCurve(from, first, middle, between, depth - 1, at);
+    DrawCurve(middle, between, to, last, depth - 1, at);
+}
+
+/// The marks by which the length of the probes is dragged.
+struct LengthMarks
+{
+    XY inner, outer;
+
+    LengthMarks(XY center, XY middle, double probeLength)
+    {
+        const XY outwards = DirectionOf(center, middle);
+        inner = Beside(middle, outwards, -probeLength / 2, 0);
+        outer = Beside(middle, outwards, probeLength / 2, 0);
+    }
+};
+
+} // namespace
+
+void EdgeArc::Draw(bool Handles, bool Points) const
+{
+    Draw(Handles, Points, WorldMap());
+}
+
+void EdgeArc::Draw(bool Handles, bool Points, const Geometry& Calibrator) const
+{
+    Draw(Handles, Points, WorldMap(Calibrator));
+}
+
+void EdgeArc::Draw(bool handles, bool points, const WorldMap& world) const
+{
+    const Entry entry("Tesk::EdgeArc::Draw");
+    const XY center = InWindow(Center);
+    const double start = StartAngle, end = SweepEnd(), half = ProbeLength / 2;
+    DrawRing(center, Radius - half, start, end);
+    DrawRing(center, Radius + half, start, end);
+    for (const double angle : {start, end}) {
+        DrawArrow(InWindow(OnArc(angle, Radius - half)), InWindow(OnArc(angle, Radius + half)), half);
+        if (Closed) break;
+    }
+    if (SampleIndex != All) DrawProbe(false);
+    if (handles) {
+        const LengthMarks marks(Center, ArcMid, ProbeLength);
+        for (const XY mark : {ArcBeg, ArcMid, ArcEnd, marks.inner, marks.outer})
+            DrawHandle(InWindow(mark), false);
+    }
+    if (points) DrawPoints(world);
+    if (SampleIndex == All && FitState == 1) DrawFitted(world);
+}
+
+/// A calibration may make another curve of the circle.
+void EdgeArc::DrawFitted(const WorldMap& world) const
+{
+    const double start = Closed ? 0 : double(StartAngle), end = Closed ? turn : double(EndAngle);
+    XY center = FittedCenter;
+    if (!world.HasCalibrator()) {
+        if (world.Reverse(center)) DrawRing(InWindow(center), FittedRadius / world.Scale(), start, end);
+        return;
+    }
+    constexpr int pieces = 8, deepest = 10;
+    // The part of the circle of an open gauge is seen in the picture.
+    double from = 0, sweep = turn;
+    if (!Closed) {
+        XY points[] = {ArcBeg, ArcMid, ArcEnd};
+        double angles[3];
+        for (int i = 0; i < 3; i++) {
+            if (!world.Apply(points[i])) return;
+            angles[i] = std::atan2(points[i].Y - center.Y, points[i].X - center.X);
+        }
+        const auto onward = [](double angle) { return angle - turn * std::floor(angle / turn); };
+        from = angles[0];
+        sweep = onward(angles[2] - from);
+        if (onward(angles[1] - from) > sweep) sweep -= turn;
+    }
+    const auto at = [&](double angle, XY& place) {
+        place = XY(center.X + FittedRadius * std::cos(angle), center.Y + FittedRadius * std::sin(angle));
+        if (!world.Reverse(place)) return false;
+        place = InWindow(place);
+        return true;
+    };
+    for (int i = 0; i < pieces; i++) {
+        const double first = from + sweep * i / pieces, last = from + sweep * (i + 1) / pieces;
+        XY p, q;
+        if (at(first, p) && at(last, q)) DrawCurve(first, p, last, q, deepest, at);
+    }
+}
+
+DraggingHandles EdgeArc::HitHandle(int X, int Y)
+{
+    const Entry entry("Tesk::EdgeArc::HitHandle");
+    const ScreenPointer pointer = PointerAt(X, Y);
+    if (pointer.IsOn(ArcBeg)) return SetHandle(FromHandle);
+    if (pointer.IsOn(ArcMid)) return SetHandle(MiddleHandle);
+    if (pointer.IsOn(ArcEnd)) return SetHandle(ToHandle);
+    const LengthMarks marks(Center, ArcMid, ProbeLength);
+    if (pointer.IsOn(marks.inner) || pointer.IsOn(marks.outer)) return SetHandle(LengthHandle);
+    const bool onRing = Closed ? pointer.IsOnRing(Center, Radius, ProbeLength)
+                               : pointer.IsOnRing(Center, Radius, ProbeLength, StartAngle, EndAngle - StartAngle);
+    if (!onRing) return SetHandle(NoHandle);
+    grab_.Take(pointer.Pixel(), ArcBeg);
+    return SetHandle(AllHandle);
+}
+
+XY EdgeArc::PointAtHand() const
+{
+    return Handle == FromHandle ? ArcBeg : Handle == ToHandle ? ArcEnd : ArcMid;
+}
+
+int EdgeArc::HandleOctant() const
+{
+    const Entry entry("Tesk::EdgeArc::HandleOctant");
+    const XY center = Center, point = PointAtHand();
+    return (Octant(point.X - center.X, point.Y - center.Y) + (Handle == LengthHandle ? 2 : 0)) % 8;
+}
+
+void EdgeArc::Drag(int X, int Y)
+{
+    const Entry entry("Tesk::EdgeArc::Drag");
+    const XY pixel = PointerAt(X, Y).Pixel(), center = Center;
+    if (Handle == FromHandle) {
+        ArcBeg = pixel;
+    } else if (Handle == MiddleHandle) {
+        ArcMid = pixel;
+    } else if (Handle == ToHandle) {
+        ArcEnd = pixel;
+    } else if (Handle == AllHandle) {
+        const XY to = grab_.Moved(pixel), by(to.X - ArcBeg.X, to.Y - ArcBeg.Y);
+        for (XY* point : {&ArcBeg, &ArcMid, &ArcEnd})
+            *point = {point->X + by.X, point->Y + by.Y};
+    } else if (Handle == LengthHandle) {
+        const double distance = std::hypot(pixel.X - center.X, pixel.Y - center.Y);
+        ProbeLength = std::trunc(2 * Min(double(Radius), std::abs(distance - Radius)));
+    } else {
+        return;
+    }
+    Refresh();
+    if (!Closed) return;
+    StartAngle = 0;
+    EndAngle = turn;
+    ProbeLength = std::trunc(ProbeLength);
+}
+
+} // namespace Tesk
