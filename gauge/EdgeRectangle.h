@@ -84,6 +84,7 @@ private:
     void CountMapped(const edges::WorldMap& world);
     bool HasEnough() const;
     std::span<const XY> PointsOf(int side) const;
+    double ReferenceAngle() const;
     std::function<bool(std::size_t)> InliersOfSides(const edges::WorldMap& world) const;
     bool FitSides(const edges::WorldMap& world);
     bool FitAround(const edges::WorldMap& world);

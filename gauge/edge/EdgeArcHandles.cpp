@@ -3,6 +3,7 @@
 
 #include "foundation/Entry.h"
 #include "foundation/Graph.h"
+#include "gauge/edge/CurveStroke.h"
 #include "gauge/edge/GaugeMarks.h"
 #include "gauge/edge/WorldMap.h"
 
@@ -19,24 +20,6 @@ constexpr double turn = 2 * std::numbers::pi;
 void DrawRing(XY center, double radius, double from, double to)
 {
     if (radius > 0) Graph::EllipseArcRadians(center.X, center.Y, radius, radius, 0, from, to);
-}
-
-/// The curve from one point to another, by chords whose middle is near it.
-template <typename F>
-void DrawCurve(double from, XY first, double to, XY last, int depth, const F& at)
-{
-    constexpr double tolerance = 0.25; // pixels of the screen
-    const double middle = (from + to) / 2;
-    XY between;
-    if (!at(middle, between)) return;
-    const double sagitta = std::hypot(between.X - (first.X + last.X) / 2, between.Y - (first.Y + last.Y) / 2);
-    if (depth == 0 || sagitta * Graph::Zoom <= tolerance) {
-        DrawStroke(first, between);
-        DrawStroke(between, last);
-        return;
-    }
-    DrawCurve(from, first, middle, between, depth - 1, at);
-    DrawCurve(middle, between, to, last, depth - 1, at);
 }
 
 /// The marks by which the length of the probes is dragged.
@@ -94,7 +77,6 @@ void EdgeArc::DrawFitted(const WorldMap& world) const
         if (world.Reverse(center)) DrawRing(InWindow(center), FittedRadius / world.Scale(), start, end);
         return;
     }
-    constexpr int pieces = 8, deepest = 10;
     // The part of the circle of an open gauge is seen in the picture.
     double from = 0, sweep = turn;
     if (!Closed) {
@@ -109,17 +91,14 @@ void EdgeArc::DrawFitted(const WorldMap& world) const
         sweep = onward(angles[2] - from);
         if (onward(angles[1] - from) > sweep) sweep -= turn;
     }
-    const auto at = [&](double angle, XY& place) {
-        place = XY(center.X + FittedRadius * std::cos(angle), center.Y + FittedRadius * std::sin(angle));
-        if (!world.Reverse(place)) return false;
-        place = InWindow(place);
-        return true;
-    };
-    for (int i = 0; i < pieces; i++) {
-        const double first = from + sweep * i / pieces, last = from + sweep * (i + 1) / pieces;
-        XY p, q;
-        if (at(first, p) && at(last, q)) DrawCurve(first, p, last, q, deepest, at);
-    }
+    DrawCurve(
+        [&](double angle, XY& place) {
+            place = XY(center.X + FittedRadius * std::cos(angle), center.Y + FittedRadius * std::sin(angle));
+            if (!world.Reverse(place)) return false;
+            place = InWindow(place);
+            return true;
+        },
+        from, from + sweep);
 }
 
 DraggingHandles EdgeArc::HitHandle(int X, int Y)

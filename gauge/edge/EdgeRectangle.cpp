@@ -208,6 +208,13 @@ bool EdgeRectangle::Measure(const Image& src, int edgeIndex, const WorldMap& wor
     return fitted;
 }
 
+/// The quad's angle, by as many turns as the degrees tell.
+double EdgeRectangle::ReferenceAngle() const
+{
+    const double told = ToRadians(AngleDegrees), exact = Rectangle.Angle;
+    return std::isfinite(told) ? told + std::remainder(exact - told, 2 * half) : exact;
+}
+
 /// Tells the points that lie on the line of most points of their side.
 std::function<bool(std::size_t)> EdgeRectangle::InliersOfSides(const WorldMap& world) const
 {
@@ -240,7 +247,8 @@ bool EdgeRectangle::FitSides(const WorldMap& world)
     for (std::size_t i = 0; i < SamplePoints.size(); i++)
         fitted_[sides.SideOf(i)] += scratch_.residuals[i] <= quality.threshold;
 
-    const double reference = Rectangle.Angle, radians = reference + std::remainder(sides.Radians() - reference, half);
+    const double reference = ReferenceAngle(),
+                 radians = reference + std::remainder(sides.Radians() - reference, half);
     const double c = std::cos(radians), s = std::sin(radians);
     const auto along = [&](XY p) { return c * p.X + s * p.Y; };
     const auto across = [&](XY p) { return c * p.Y - s * p.X; };

@@ -84,7 +84,7 @@ void EdgeRectangle::Drag(int X, int Y)
     const ScreenPointer pointer = PointerAt(X, Y);
     if (Handle != LengthHandle) {
         Rectangle.DragTo(Handle, pointer);
-        AngleDegrees = ToDegrees(Rectangle.Angle);
+        AngleDegrees = ToDegrees(ReferenceAngle());
         return;
     }
     const XY at = ToFrame(pointer.Pixel(), Rectangle.Corner(0), Rectangle.Angle);
