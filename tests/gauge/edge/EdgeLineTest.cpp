@@ -4,9 +4,12 @@
 #include "../../Failures.h"
 #include "foundation/Angles.h"
 #include "foundation/Graph.h"
+#include "foundation/RecordingTarget.h"
+#include "gauge/edge/Allocations.h"
 #include "gauge/edge/Pictures.h"
 #include "image/Geometry.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -16,6 +19,7 @@
 namespace Tesk {
 namespace {
 
+using checks::Allocations;
 using checks::Message;
 using checks::PaintStep;
 
@@ -98,6 +102,63 @@ TEST_F(EdgeLineTest, OutliersCountInTheDeviationAlone)
     EXPECT_NEAR(gauge.FittedCenter.operator XY().Y, clean, 1e-9);
     EXPECT_NEAR(gauge.RobustDeviation, 0, 1e-9);
     EXPECT_GT(gauge.Deviation, 1);
+}
+
+TEST_F(EdgeLineTest, DetectionsLikeTheOneBeforeAllocateNothing)
+{
+    Image image;
+    EdgeLine gauge = OverEdge(image, 2);
+    gauge.StepModel = true;
+    gauge.Smoothing = 3;
+    for (const FittingSide side : {FitOver, FitBefore}) {
+        gauge.Fitting = side;
+        ASSERT_TRUE(gauge.Detect(image));
+        const int before = Allocations();
+        ASSERT_TRUE(gauge.Detect(image));
+        EXPECT_EQ(Allocations(), before);
+    }
+}
+
+TEST_F(EdgeLineTest, SteppedModelIsNearerThanTheVertexAtEveryPhase)
+{
+    for (const double blur : {0.7, 1.0, 1.5, 2.0}) {
+        double vertex = 0, step = 0;
+        for (int phase = 0; phase < 10; phase++) {
+            Image image; // slanted a little, so that the rounding of the gray values averages out
+            const double y0 = 60 + phase / 10.0;
+            PaintStep(image, 160, 120, blur, [=](int x, int y) { return y - y0 - 0.002 * (x - 80); });
+            EdgeLine gauge;
+            gauge.Locate({80, 60.35}, 100, 0, 32);
+            gauge.Breadth = 5;
+            for (const bool model : {false, true}) {
+                gauge.StepModel = model;
+                ASSERT_TRUE(gauge.Detect(image));
+                const XY center = gauge.FittedCenter;
+                double& worst = model ? step : vertex;
+                worst = Max(worst, std::abs(center.Y - y0 - 0.002 * (center.X - 80)));
+            }
+        }
+        EXPECT_LT(step, 0.005) << blur;
+        EXPECT_GT(vertex, 2 * step) << blur;
+    }
+}
+
+TEST_F(EdgeLineTest, FittedLineIsDrawnBetweenTheEndsOfTheSegment)
+{
+    Image image;
+    EdgeLine gauge = OverEdge(image, 0);
+    Geometry::SimpleCalibration(8, 1);
+    ASSERT_TRUE(gauge.Detect(image));
+    RecordingTarget target;
+    Graph::DrawTo(&target);
+    gauge.SetWindow(1000, 0, 160, 120);
+    gauge.Draw(true, true);
+    Graph::DrawTo(nullptr);
+    const auto has = [&](const char* call) {
+        return std::find(target.Calls.begin(), target.Calls.end(), call) != target.Calls.end();
+    };
+    EXPECT_TRUE(has("Move 1030 60") && has("Line 1130 60"));
+    EXPECT_TRUE(has("Move 1127 60") && has("Line 1134 60")); // the cross of the first point
 }
 
 TEST_F(EdgeLineTest, LinesFromOneSideTouchThePointsFarthestOut)

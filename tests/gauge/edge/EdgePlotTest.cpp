@@ -7,6 +7,9 @@
 #include "gauge/EdgePoint.h"
 #include "gauge/edge/Pictures.h"
 
+#include <algorithm>
+#include <string>
+
 namespace Tesk {
 namespace {
 
@@ -65,8 +68,10 @@ TEST_F(EdgePlotTest, MarkOfAnEdgeTellsItsIndex)
     RecordingTarget target;
     Graph::DrawTo(&target);
     plot_.Draw(gauge_);
-    plot_.Draw(EdgePoint());
+    plot_.Draw(EdgePoint()); // without a signal
     Graph::DrawTo(nullptr);
+    const std::string stroke = "Line " + std::to_string(Graph::ToTarget(10 * gauge_.Edges[0].Position)) + " 511";
+    EXPECT_EQ(std::count(target.Calls.begin(), target.Calls.end(), stroke), 1);
 }
 
 } // namespace
