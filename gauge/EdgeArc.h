@@ -18,7 +18,22 @@ class EdgeArc : public EdgeRow
     using Field = ReadOnly<T, EdgeArc>;
 
 public:
-    XY ArcBeg{0, 0}, ArcMid{0, 0}, ArcEnd{0, 0}; ///< the three points through which the reference arc runs, in pixels
+    /// The three points through which the reference arc runs, in pixels; programs that are exported write them under
+    /// their second names, so that the ends of the current probe are `From` and `To` here.
+    /// @{
+    union {
+        XY ArcBeg{0, 0};
+        XY Beg;
+    };
+    union {
+        XY ArcMid{0, 0};
+        XY Mid;
+    };
+    union {
+        XY ArcEnd{0, 0};
+        XY End;
+    };
+    /// @}
     /// \name What follows from them
     /// As of the latest placing, drag or detection; three points on a line leave it as it was.
     /// @{

@@ -7,6 +7,21 @@
 
 namespace Tesk {
 
+/// The five points of a reference ellipse; programs that are exported write them one by one.
+struct EllipsePoints
+{
+    std::array<XY, 5> RefPoints{XY(0, 0), XY(0, 0), XY(0, 0), XY(0, 0), XY(0, 0)}; ///< in pixels
+    XY &Beg = RefPoints[0], &Mid0 = RefPoints[1], &Mid1 = RefPoints[2], &Mid2 = RefPoints[3], &End = RefPoints[4];
+
+    EllipsePoints() = default;
+    EllipsePoints(const EllipsePoints& Other) : RefPoints(Other.RefPoints) {}
+    EllipsePoints& operator=(const EllipsePoints& Other)
+    {
+        RefPoints = Other.RefPoints;
+        return *this;
+    }
+};
+
 /// Places probes across an ellipse and fits one to the edges that they find: a consensus search over the ellipses
 /// through five of them, then the direct fit of Fitzgibbon, Pilu and Fisher (1999), as computed by Halir and Flusser
 /// (1998), to those that agree. Detections refuse what `EdgePoint` does, a `SampleIndex` beyond the probes, and a
@@ -15,7 +30,7 @@ namespace Tesk {
 ///     EdgeEllipse gauge;
 ///     gauge.Locate({320, 240}, 120, 80, 30, 40);
 ///     if (gauge.Detect(image)) std::printf("%.2f x %.2f\n", 2 * gauge.FittedFirstAxis, 2 * gauge.FittedSecondAxis);
-class EdgeEllipse : public EdgeRow
+class EdgeEllipse : public EdgeRow, public EllipsePoints
 {
     template <typename T>
     using Field = ReadOnly<T, EdgeEllipse>;
@@ -27,8 +42,7 @@ public:
     double StartParameter = 0;               ///< where the arc begins, in radians: (cos, sin) times the half axes
     double EndParameter = 6.283185307179586; ///< where it ends
     bool Closed = true;                      ///< the whole ellipse
-    std::array<XY, 5> RefPoints{};           ///< of the reference, to be dragged
-    int RefState = 2;                        ///< what is out of date: 0 nothing, 1 the ellipse, 2 `RefPoints`
+    int RefState = 2; ///< what is out of date: 0 nothing, 1 the ellipse, 2 `RefPoints`, unless these were set
     Field<XY> FittedCenter = XY(128, 0);
     Field<double> FittedFirstAxis = 128.0, FittedSecondAxis = 64.0; ///< half axes, the longer one first as a rule
     Field<double> FittedAngle;                                      ///< of the first one, in degrees
@@ -84,6 +98,7 @@ private:
     };
 
     Reference Ref() const;
+    int Stale() const;
     bool RefThrough(const std::array<XY, 5>& points, Reference& reference) const;
     std::array<XY, 5> Points() const;
     void Refresh();
@@ -93,7 +108,8 @@ private:
     void DrawFitted(const edges::WorldMap& world) const;
     void Draw(bool handles, bool points, const edges::WorldMap& world) const;
 
-    XY grabbed_{0, 0}; ///< from the pointer to the centre, while the body is dragged
+    std::array<XY, 5> known_ = RefPoints; ///< as they were when they agreed with the ellipse
+    XY grabbed_{0, 0};                    ///< from the pointer to the centre, while the body is dragged
 };
 
 } // namespace Tesk

@@ -19,7 +19,18 @@ class EdgeLine : public EdgeRow
     using Field = ReadOnly<T, EdgeLine>;
 
 public:
-    XY RefBeg{0, 0}, RefEnd{0, 0}; ///< the ends of the reference segment, in pixels
+    /// The ends of the reference segment, in pixels; programs that are exported write them under their second names,
+    /// so that those of the current probe are `From` and `To` here.
+    /// @{
+    union {
+        XY RefBeg{0, 0};
+        XY Beg;
+    };
+    union {
+        XY RefEnd{0, 0};
+        XY End;
+    };
+    /// @}
     Field<XY> FittedCenter = XY(0, 0);
     Field<XY> FittedBeg = XY(0, 0), FittedEnd = XY(0, 0); ///< as long as the reference segment
     Field<double> FittedAngle;                            ///< in degrees, from the x axis towards the y axis

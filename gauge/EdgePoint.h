@@ -60,13 +60,23 @@ class EdgePoint
     using Array = ReadOnlyArray<T, EdgePoint>;
 
 public:
-    XY Beg{0, 0}, End{0, 0}; ///< the ends of the probe, in pixels
-    int Breadth = 1;         ///< pixels across the probe that are added up, 1 to 1024
-    int Smoothing = 1;       ///< samples along the probe that are added up, 1 to 63; made odd by a detection
-    int Noise = 5;           ///< changes weaker than this are ignored, in gray levels for two samples, 0 to 255
-    int MinimumSlope = 0;    ///< of an edge, in gray levels for two samples, 0 to 255
-    int MinimumStep = 50;    ///< of an edge, in gray levels, 0 to 255
-    int MinimumSpan = 0;     ///< of an edge, in samples, 0 to 64
+    /// The ends of the probe, in pixels; programs that are exported write them under their second names.
+    /// @{
+    union {
+        XY Beg{0, 0};
+        XY From;
+    };
+    union {
+        XY End{0, 0};
+        XY To;
+    };
+    /// @}
+    int Breadth = 1;      ///< pixels across the probe that are added up, 1 to 1024
+    int Smoothing = 1;    ///< samples along the probe that are added up, 1 to 63; made odd by a detection
+    int Noise = 5;        ///< changes weaker than this are ignored, in gray levels for two samples, 0 to 255
+    int MinimumSlope = 0; ///< of an edge, in gray levels for two samples, 0 to 255
+    int MinimumStep = 50; ///< of an edge, in gray levels, 0 to 255
+    int MinimumSpan = 0;  ///< of an edge, in samples, 0 to 64
     Polarities Polarity = Both;
     bool SplitPeaks = false; ///< separates edges of the same polarity that touch
     /// Places each edge by a blurred step that is fitted to its samples, instead of by the vertex of a parabola through

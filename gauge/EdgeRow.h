@@ -29,10 +29,14 @@ class EdgeRow : public EdgePoint
     using Field = ReadOnly<T, EdgeRow>;
 
 public:
-    double ProbeLength = 32; ///< of each probe, which is centred on the reference shape
-    double Density = 5;      ///< pixels from one probe to the next, 1 to 32
-    double Clearance = 0;    ///< pixels at the ends of the reference shape without a probe, 0 to 8
-    bool Oblique = true;     ///< probes square to the reference shape; else only along rows and columns
+    /// Of each probe, which is centred on the reference shape; programs that are exported call it `Width`.
+    union {
+        double ProbeLength = 32;
+        double Width;
+    };
+    double Density = 5;   ///< pixels from one probe to the next, 1 to 32
+    double Clearance = 0; ///< pixels at the ends of the reference shape without a probe, 0 to 8
+    bool Oblique = true;  ///< probes square to the reference shape; else only along rows and columns
     FittingSide Fitting = FitOver;
     Field<int> NumSamples;                   ///< probes of the last detection
     int SampleIndex = All;                   ///< `All`, or the index of the only probe that is looked at

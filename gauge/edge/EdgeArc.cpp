@@ -156,8 +156,8 @@ bool EdgeArc::Measure(const Image& src, int edgeIndex, const WorldMap& world)
     const bool ran = RunProbes(src, edgeIndex, [&](int i) {
         const double angle = Spaced(first, last, i, samples);
         const XY place = OnArc(angle, Radius), half = HalfRadially(angle, ProbeLength, Oblique);
-        Beg = {place.X - half.X, place.Y - half.Y};
-        End = {place.X + half.X, place.Y + half.Y};
+        From = {place.X - half.X, place.Y - half.Y};
+        To = {place.X + half.X, place.Y + half.Y};
     });
     if (!ran || SamplePoints.size() < fewestPoints) return false;
     Transform(world);
@@ -220,8 +220,8 @@ int EdgeArc::Along(const Image& src)
             return code;
     }
     Restart();
-    Beg = {0, ProbeLength / 2};
-    End = {width >= 1 && height >= 1 ? width : 0, ProbeLength / 2};
+    From = {0, ProbeLength / 2};
+    To = {width >= 1 && height >= 1 ? width : 0, ProbeLength / 2};
     Breadth = static_cast<int>(ProbeLength);
     if (const int code = Probe(ring)) return code;
     Replace([&](Edge& edge) {

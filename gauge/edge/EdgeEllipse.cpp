@@ -7,6 +7,7 @@
 #include "gauge/edge/WorldMap.h"
 #include "measure/fit/PointFit.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -76,16 +77,23 @@ bool EdgeEllipse::RefThrough(const std::array<XY, 5>& points, Reference& referen
     return true;
 }
 
+/// `RefState`, but for points that a program has set.
+int EdgeEllipse::Stale() const
+{
+    const auto same = [](XY a, XY b) { return a.X == b.X && a.Y == b.Y; };
+    return std::equal(RefPoints.begin(), RefPoints.end(), known_.begin(), same) ? RefState : 1;
+}
+
 EdgeEllipse::Reference EdgeEllipse::Ref() const
 {
     Reference reference{Center, FirstAxis, SecondAxis, std::cos(Angle), std::sin(Angle), StartParameter, EndParameter};
-    if (RefState == 1) RefThrough(RefPoints, reference);
+    if (Stale() == 1) RefThrough(RefPoints, reference);
     return reference;
 }
 
 std::array<XY, 5> EdgeEllipse::Points() const
 {
-    if (RefState != 2) return RefPoints;
+    if (Stale() != 2) return RefPoints;
     const Reference reference = Ref();
     std::array<XY, 5> points;
     for (int i = 0; i < 5; i++) {
@@ -99,9 +107,10 @@ std::array<XY, 5> EdgeEllipse::Points() const
 /// Brings the points and the ellipse up to date with each other.
 void EdgeEllipse::Refresh()
 {
-    if (RefState == 2) {
+    const int stale = Stale();
+    if (stale == 2) {
         RefPoints = Points();
-    } else if (RefState == 1) {
+    } else if (stale == 1) {
         const Reference reference = Ref();
         Center = reference.center;
         FirstAxis = reference.first;
@@ -111,6 +120,7 @@ void EdgeEllipse::Refresh()
         EndParameter = reference.end;
     }
     RefState = 0;
+    known_ = RefPoints;
 }
 
 void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double Angle, double ProbeLength)
@@ -124,6 +134,7 @@ void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double 
     EndParameter = StartParameter + turn;
     Closed = true;
     RefState = 2;
+    known_ = RefPoints;
 }
 
 void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double Angle, double StartAngle,
@@ -139,9 +150,11 @@ void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double 
     EndParameter = ToRadians(EndAngle);
     Closed = false;
     RefState = 0;
+    known_ = RefPoints;
     const Reference reference = Ref();
     for (std::size_t i = 0; i < 5; i++)
         RefPoints[i] = reference.At(StartParameter + static_cast<double>(i) / 5 * (EndParameter - StartParameter));
+    known_ = RefPoints;
 }
 
 bool EdgeEllipse::Detect(const Image& Src, int EdgeIndex)
@@ -171,15 +184,15 @@ bool EdgeEllipse::Measure(const Image& src, int edgeIndex, const WorldMap& world
     const bool ran = RunProbes(src, edgeIndex, [&](int i) {
         const double parameter = Spaced(first, last, i, samples);
         if (Oblique) {
-            Beg = reference.At(parameter, -half);
-            End = reference.At(parameter, half);
+            From = reference.At(parameter, -half);
+            To = reference.At(parameter, half);
             return;
         }
         const XY at = reference.At(parameter);
         const bool across = std::abs(at.X - reference.center.X) > std::abs(at.Y - reference.center.Y);
         const XY h = across ? XY(half, 0) : XY(0, half);
-        Beg = {at.X - h.X, at.Y - h.Y};
-        End = {at.X + h.X, at.Y + h.Y};
+        From = {at.X - h.X, at.Y - h.Y};
+        To = {at.X + h.X, at.Y + h.Y};
     });
     if (!ran || SamplePoints.size() < fewestPoints) return false;
     Transform(world);
@@ -232,6 +245,7 @@ void EdgeEllipse::Transfer(Archive& Block)
     TransferAnalysis(Block);
     if (!Block.Reading()) return;
     RefState = 2;
+    known_ = RefPoints;
     Refresh();
 }
 

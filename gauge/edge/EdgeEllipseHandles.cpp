@@ -133,6 +133,7 @@ void EdgeEllipse::Drag(int X, int Y)
         Center = {Center.X + dx, Center.Y + dy};
         for (XY& point : RefPoints)
             point = {point.X + dx, point.Y + dy};
+        known_ = RefPoints;
     }
     const auto* const held = std::find(std::begin(pointHandles), std::end(pointHandles), Handle);
     if (held == std::end(pointHandles)) return;

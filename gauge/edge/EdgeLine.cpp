@@ -95,8 +95,8 @@ bool EdgeLine::Measure(const Image& src, int edgeIndex, const WorldMap& world)
     const XY half = HalfProbe(RefBeg, RefEnd, length, ProbeLength, Oblique);
     const bool ran = RunProbes(src, edgeIndex, [&](int i) {
         const XY center = Spaced(stretch.to, stretch.from, i, samples);
-        Beg = {center.X - half.X, center.Y - half.Y};
-        End = {center.X + half.X, center.Y + half.Y};
+        From = {center.X - half.X, center.Y - half.Y};
+        To = {center.X + half.X, center.Y + half.Y};
     });
     if (!ran || SamplePoints.size() < fewestPoints) return false;
     Transform(world);

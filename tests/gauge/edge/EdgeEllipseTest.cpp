@@ -96,8 +96,8 @@ TEST_F(EdgeEllipseTest, ArcsAreSampledFromTheirEnd)
     gauge.Detect(image);
     EXPECT_EQ(gauge.NumDetectedPoints, 1);
     const double t = ToRadians(150), c = std::cos(ToRadians(20)), s = std::sin(ToRadians(20));
-    EXPECT_NEAR((gauge.Beg.X + gauge.End.X) / 2, 80 + c * 50 * std::cos(t) - s * 30 * std::sin(t), 1e-9);
-    EXPECT_NEAR((gauge.Beg.Y + gauge.End.Y) / 2, 60 + s * 50 * std::cos(t) + c * 30 * std::sin(t), 1e-9);
+    EXPECT_NEAR((gauge.From.X + gauge.To.X) / 2, 80 + c * 50 * std::cos(t) - s * 30 * std::sin(t), 1e-9);
+    EXPECT_NEAR((gauge.From.Y + gauge.To.Y) / 2, 60 + s * 50 * std::cos(t) + c * 30 * std::sin(t), 1e-9);
     gauge.SampleIndex = All;
     ASSERT_TRUE(gauge.Detect(image));
     ExpectEllipse(gauge, {81.3, 60.6}, 50, 30, 20, 0.3);
