@@ -97,10 +97,7 @@ bool EdgePoint::Sample(const Image& src, int& code)
         SampleGray(src, grid, grid.At(count + Smoothing - 1, 0), signal.data());
     } else {
         const bool whole = (std::abs(u.X) < upright || std::abs(u.Y) < upright) && IsWhole(Beg) && IsWhole(End);
-        if (!SampleRgb(src, grid, whole, signal.data())) {
-            signal.clear();
-            return false;
-        }
+        if (!SampleRgb(src, grid, whole, signal.data())) return false;
     }
     if (StepModel && Smoothing >= 2) raw_.assign(signal.begin(), signal.end());
     if (Smoothing >= 2) RunningSums(signal.data(), count, Smoothing);
@@ -117,11 +114,14 @@ int EdgePoint::Probe(const Image& src)
     Smoothing = Max(Smoothing, 1) | 1;
     NumEdges = SignalLength = 0;
     Edges.values_.clear();
-    Signal.values_.clear();
-    Derivative.values_.clear();
     return WithMemory(images::noWorkingMemory, [&]() -> int {
         int code = NoError;
-        if (Sample(src, code)) FindEdges();
+        if (Sample(src, code)) {
+            FindEdges();
+        } else {
+            Signal.values_.clear();
+            Derivative.values_.clear();
+        }
         return code;
     });
 }

@@ -42,11 +42,14 @@ double EdgePoint::SkewAt(double position) const
 {
     const XY u = direction_;
     const auto moment = [](double v) {
-        const double f = v - std::floor(v);
-        return f * (1 - f) * (1 - 2 * f);
+        // Before 0 the fraction is negative, and counts from the other neighbour.
+        const double f = v - static_cast<double>(static_cast<std::int64_t>(v));
+        return f < 0 ? f * (1 + f) * (1 + 2 * f) : f * (1 - f) * (1 - 2 * f);
     };
     const double cubeX = u.X * u.X * u.X, cubeY = u.Y * u.Y * u.Y, middle = std::round(position);
     const int breadth = Max(Breadth, 1);
+    constexpr double farthest = 1e15;
+    if (!(Abs(Beg.X) < farthest && Abs(Beg.Y) < farthest)) return 0;
     double sum = 0;
     for (int i = -1; i <= 1; i++)
         for (int j = 0; j < breadth; j++) {

@@ -77,6 +77,7 @@ template <typename Keep>
 std::span<const XY> Gather(std::span<const XY> points, Keep keep, FitScratch& scratch)
 {
     scratch.points.clear();
+    scratch.points.reserve(points.size());
     for (std::size_t i = 0; i < points.size(); i++)
         if (keep(i)) scratch.points.push_back(points[i]);
     return scratch.points;

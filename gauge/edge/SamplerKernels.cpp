@@ -115,7 +115,12 @@ void Sums(const GrayRows& rows, const edges::ProbeGrid& grid, double half, bool 
     const auto pitch = hn::Set(integers, rows.pitch), byte = hn::Set(integers, 0xff);
     HWY_ALIGN std::int32_t offsets[lanes];
     HWY_ALIGN float rests[lanes];
-    for (int next = 0; next < grid.samples; next += lanes) {
+    // One or two samples behind the last block cost less by themselves.
+    constexpr int few = 2;
+    const int inBlocks = grid.samples % lanes <= few ? grid.samples - grid.samples % lanes : grid.samples;
+    for (int i = inBlocks; i < grid.samples; i++)
+        samples[i] = BilinearSum(rows, grid, i, half);
+    for (int next = 0; next < inBlocks; next += lanes) {
         const int i = std::min(next, grid.samples - lanes);
         const XY at = grid.At(i, 0);
         const int column = static_cast<int>(at.X) - farthest, row = static_cast<int>(at.Y) - farthest;

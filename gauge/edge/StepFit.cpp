@@ -64,30 +64,28 @@ struct Equations
     static constexpr int count = 4;
     double a[count][count] = {}, b[count] = {};
 
-    /// By square roots, in place; false if they do not determine the unknowns.
+    /// By elimination, without square roots; false if they do not determine the unknowns.
     bool Solve()
     {
         constexpr double singular = 1e-10;
+        double inverse[count];
         for (int i = 0; i < count; i++) {
-            for (int j = 0; j <= i; j++) {
+            const double whole = a[i][i];
+            for (int j = 0; j < i; j++) {
                 double sum = a[i][j];
                 for (int k = 0; k < j; k++)
-                    sum -= a[i][k] * a[j][k];
-                if (j < i)
-                    a[i][j] = sum / a[j][j];
-                else if (sum > singular * a[i][i])
-                    a[i][i] = std::sqrt(sum);
-                else
-                    return false;
+                    sum -= a[i][k] * a[j][k] * inverse[k];
+                a[i][j] = sum;
+                a[i][i] -= sum * sum * inverse[j];
+                b[i] -= sum * b[j] * inverse[j];
             }
-            for (int k = 0; k < i; k++)
-                b[i] -= a[i][k] * b[k];
-            b[i] /= a[i][i];
+            if (!(a[i][i] > singular * whole)) return false;
+            inverse[i] = 1 / a[i][i];
         }
         for (int i = count - 1; i >= 0; i--) {
             for (int k = i + 1; k < count; k++)
                 b[i] -= a[k][i] * b[k];
-            b[i] /= a[i][i];
+            b[i] *= inverse[i];
         }
         return true;
     }
@@ -149,8 +147,8 @@ void AddCore(const StepSamples& window, double skew, const BlurredStep& s, Equat
 bool FitStep(const StepSamples& window, double skew, BlurredStep& step)
 {
     constexpr int mostIterations = 8;
-    // A last move of that many samples leaves far less behind, since moves shrink like squares.
-    constexpr double settled = 2e-3, farthest = 1, narrowest = 0.3, widest = 16, longestMove = 0.5, mostGrowth = 4;
+    // A last move of that many samples leaves a tenth of it behind, at most.
+    constexpr double settled = 1e-2, farthest = 1, narrowest = 0.3, widest = 16, longestMove = 0.5, mostGrowth = 4;
     const Flank before(window.samples, window.from, window.coreFrom),
         behind(window.samples, window.coreTo + 1, window.to + 1);
     BlurredStep s = step;
