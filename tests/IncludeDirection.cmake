@@ -49,6 +49,7 @@ set(shared
     measure/fit/EdgeWalk.h measure/fit/PointFit.h measure/fit/PointHull.h measure/fit/PointMeasure.h
     measure/fit/PointShape.h # edges, fits and shapes of sets of points
     measure/path/ChordWalk.h # chains of sites reduced to polygons
+    measure/profile/LinePixels.h # pixels along oblique lines, for snakes
     measure/region/RunLists.h measure/region/RunPixels.h measure/region/RunSets.h # runs, of regions and of blobs
     measure/region/RunScanner.h measure/region/ScanKernels.h measure/region/Outline.h measure/region/RowChains.h
     measure/table/ClipboardText.h measure/table/TextFields.h)    # tables as text, of samples and of blobs

@@ -64,18 +64,22 @@ void WalkEdges(const T* signal, int count, int minimumStep, int noise, Polaritie
     }
 }
 
-/// The edge that a selection means; false if there is none. `selection` is a rank, one from the end where it is
-/// negative, or an `EdgeSelection`.
-template <typename T>
+/// The edge that a selection means among those for which `accept(edge)` holds; false if there is none. `selection` is a
+/// rank, one from the end where it is negative, or an `EdgeSelection`.
+template <typename T, typename Accept>
 bool SelectEdge(const T* signal, int count, int minimumStep, int noise, Polarities polarity, int selection,
-                EdgeStep& selected)
+                EdgeStep& selected, Accept accept)
 {
     bool any = false;
     const auto take = [&](const EdgeStep& edge) {
         selected = edge;
         any = true;
     };
-    const auto walk = [&](auto found) { WalkEdges(signal, count, minimumStep, noise, polarity, found); };
+    const auto walk = [&](auto found) {
+        WalkEdges(signal, count, minimumStep, noise, polarity, [&](const EdgeStep& edge) {
+            if (accept(edge)) found(edge);
+        });
+    };
     switch (selection) {
     case BestSlope:
         walk([&](const EdgeStep& edge) {
@@ -109,6 +113,15 @@ bool SelectEdge(const T* signal, int count, int minimumStep, int noise, Polariti
         if (at++ == rank) take(edge);
     });
     return any;
+}
+
+/// The same among all edges.
+template <typename T>
+bool SelectEdge(const T* signal, int count, int minimumStep, int noise, Polarities polarity, int selection,
+                EdgeStep& selected)
+{
+    return SelectEdge(signal, count, minimumStep, noise, polarity, selection, selected,
+                      [](const EdgeStep&) { return true; });
 }
 
 } // namespace Tesk::profiles
