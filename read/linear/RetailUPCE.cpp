@@ -1,0 +1,59 @@
+// UPC-E: six digits whose number sets tell the number system and the check digit. ISO/IEC 15420.
+#include "read/linear/RetailFrame.h"
+#include "read/linear/RetailPatterns.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace Tesk::linear {
+
+namespace {
+
+constexpr RetailLayout upce = {33, 51, 6, 0, 6};
+
+/// The eleven digits of UPC-A, without the check digit, that were shortened by leaving out zeros.
+std::array<char, 11> Lengthened(char system, std::string_view six)
+{
+    std::array<char, 11> digits;
+    digits.fill('0');
+    digits[0] = system;
+    const int last = six[5] - '0';
+    // How many digits of the maker's number are kept; the others belong to the article's number, at the end.
+    const std::size_t kept = last <= 2 ? 2u : last == 3 ? 3u : last == 4 ? 4u : 5u;
+    for (std::size_t i = 0; i < kept; ++i)
+        digits[1 + i] = six[i];
+    for (std::size_t i = kept; i < 5; ++i)
+        digits[6 + i] = six[i];
+    if (last <= 2) digits[3] = six[5];
+    if (last >= 5) digits[10] = six[5];
+    return digits;
+}
+
+} // namespace
+
+bool DecodeUPCE(const Line& line)
+{
+    return ReadRetail(line, upce, [&](int first, const RetailRows& rows) {
+        std::array<char, 8> text;
+        for (int i = 0; i < 6; ++i)
+            text[static_cast<std::size_t>(i + 1)] = DigitOf(rows, i);
+        const unsigned sets = SetsOf(rows, 0, 6);
+        for (std::size_t check = 0; check < upceCheckSets.size(); ++check) {
+            if (sets != upceCheckSets[check] && (sets ^ 0b111111) != upceCheckSets[check]) continue;
+            text[0] = sets == upceCheckSets[check] ? '1' : '0';
+            text[7] = static_cast<char>('0' + check);
+            const std::array<char, 11> digits = Lengthened(text[0], {text.data() + 1, 6});
+            if (CheckDigit({digits.data(), digits.size()}) != static_cast<int>(check)) continue;
+            Symbol symbol(CodeUPCE);
+            symbol.Add({text.data(), text.size()});
+            symbol.AddPattern(111);
+            AddDigits(symbol, rows, 0, 6);
+            symbol.AddPattern(111111);
+            return line.Report(symbol, first);
+        }
+        return -1;
+    });
+}
+
+} // namespace Tesk::linear
