@@ -20,7 +20,7 @@ constexpr auto charactersByMask = [] {
 }();
 
 /// The character whose seven elements begin at `first`, or 0.
-char ReadCharacter(const Line& line, int first)
+char ReadCharacter(const Line& line, int first, ElementSpread& spread)
 {
     std::array<std::int64_t, 7> sorted;
     for (int i = 0; i < 7; ++i)
@@ -33,7 +33,9 @@ char ReadCharacter(const Line& line, int first)
     // The greatest ratio of the widths is the same for both: 3.5 * 5 / (2 * 2), or 35 / 8.
     if (2 * wide < narrow) return 0;
     if (wideCount == 2 ? 4 * wide > 7 * narrow : 32 * wide > 105 * narrow) return 0;
-    return charactersByMask[WideElements(line, first, 7, 1, 7 - wideCount, true)];
+    const unsigned wideElements = WideElements(line, first, 7, 1, 7 - wideCount, true);
+    spread.Add(line, first, wideElements, 7);
+    return charactersByMask[wideElements];
 }
 
 bool IsFrame(char character)
@@ -44,7 +46,8 @@ bool IsFrame(char character)
 /// Reads the symbol that begins at the edge `first`, as `ReadFromEachEdge` tells.
 int ReadSymbol(const Line& line, int first)
 {
-    char character = ReadCharacter(line, first);
+    ElementSpread spread;
+    char character = ReadCharacter(line, first, spread);
     if (!IsFrame(character)) return -1;
     Symbol symbol(CodeCodabar);
     int next = first;
@@ -52,7 +55,7 @@ int ReadSymbol(const Line& line, int first)
         if (count > maximumTextLength || next + 7 >= line.Edges()) return -1;
         // Gaps are as wide as an element, and never as a character.
         if (count > 0 && 2 * line.Width(next - 1) > line.Span(next - 8, 7)) return -1;
-        character = ReadCharacter(line, next);
+        character = ReadCharacter(line, next, spread);
         if (character == 0) return -1;
         symbol.Add(character);
         for (const CodabarCharacter& known : codabarCharacters)
@@ -60,7 +63,7 @@ int ReadSymbol(const Line& line, int first)
         if (count > 0 && IsFrame(character)) break;
         symbol.AddPattern(1);
     }
-    if (symbol.Text().size() < 3) return -1;
+    if (symbol.Text().size() < 3 || !spread.IsUniform()) return -1;
     const int last = next + 7, elements = last - first;
     if (!line.IsQuiet(first, last, 7 * line.Span(first, elements), elements + 1)) return -1;
     if (!LuhnHolds(symbol.Text())) symbol.Flag(ChecksumFailed);

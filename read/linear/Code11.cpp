@@ -17,7 +17,7 @@ constexpr std::array<std::string_view, 12> patterns = {"NNNNW", "WNNNW", "NWNNW"
 constexpr int startStop = 11;
 
 /// The value of the character whose five elements begin at `first`, or -1. Each one has narrow and wide elements.
-int ReadCharacter(const Line& line, int first)
+int ReadCharacter(const Line& line, int first, ElementSpread& spread)
 {
     std::int64_t least = INT64_MAX, most = 0;
     for (int i = 0; i < 5; ++i) {
@@ -28,6 +28,7 @@ int ReadCharacter(const Line& line, int first)
     unsigned wide = 0;
     for (int i = 0; i < 5; ++i)
         wide = wide << 1 | (2 * line.Width(first + i) > least + most ? 1u : 0u);
+    spread.Add(line, first, wide, 5);
     for (std::size_t value = 0; value < patterns.size(); ++value)
         if (TwoWidthMask(patterns[value]) == wide) return static_cast<int>(value);
     return -1;
@@ -53,7 +54,8 @@ bool IsValid(std::string_view text)
 /// Reads the symbol that begins at the edge `first`, as `ReadFromEachEdge` tells.
 int ReadSymbol(const Line& line, int first)
 {
-    if (ReadCharacter(line, first) != startStop) return -1;
+    ElementSpread spread;
+    if (ReadCharacter(line, first, spread) != startStop) return -1;
     Symbol symbol(Code11);
     const auto addElements = [&](int value) {
         symbol.AddTwoWidth(TwoWidthMask(patterns[static_cast<std::size_t>(value)]), 5);
@@ -63,7 +65,7 @@ int ReadSymbol(const Line& line, int first)
     for (;; next += 6) {
         if (next + 5 >= line.Edges() || symbol.Text().size() > maximumTextLength) return -1;
         if (2 * line.Width(next - 1) > line.Span(next - 6, 5)) return -1;
-        const int value = ReadCharacter(line, next);
+        const int value = ReadCharacter(line, next, spread);
         if (value < 0) return -1;
         symbol.AddPattern(1);
         addElements(value);
@@ -71,7 +73,7 @@ int ReadSymbol(const Line& line, int first)
         if (symbol.Text().size() == maximumTextLength) return -1;
         symbol.Add(characters[static_cast<std::size_t>(value)]);
     }
-    if (symbol.Text().empty()) return -1;
+    if (symbol.Text().empty() || !spread.IsUniform()) return -1;
     const int last = next + 5, elements = last - first;
     if (!line.IsQuiet(first, last, 7 * line.Span(first, elements), elements + 1)) return -1;
     if (!IsValid(symbol.Text())) symbol.Flag(ChecksumFailed);

@@ -23,8 +23,15 @@ constexpr auto valuesByMask = [] {
     return values;
 }();
 
+/// Whether the elements from `first` on may be a start character, by a look at its first eight.
+bool MayStart(const Line& line, int first)
+{
+    const auto isWider = [&](int wide, int narrow) { return line.Width(first + wide) >= line.Width(first + narrow); };
+    return isWider(1, 0) && isWider(1, 2) && isWider(4, 3) && isWider(4, 5) && isWider(6, 5) && isWider(6, 7);
+}
+
 /// The value of the character whose nine elements begin at `first`, or -1.
-int ReadCharacter(const Line& line, int first)
+int ReadCharacter(const Line& line, int first, ElementSpread& spread)
 {
     const unsigned wideElements = WideElements(line, first, 9, 1, 6, true);
     std::int64_t wide = 0;
@@ -32,6 +39,7 @@ int ReadCharacter(const Line& line, int first)
         if (wideElements >> (8 - i) & 1) wide += line.Width(first + i);
     const std::int64_t narrow = line.Span(first, 9) - wide;
     if (2 * wide < narrow || 2 * wide > 5 * narrow) return -1;
+    spread.Add(line, first, wideElements, 9);
     return valuesByMask[wideElements];
 }
 
@@ -50,28 +58,37 @@ bool HasCheckCharacter(std::string_view text)
     return text.size() > 1 && sum % 43 == valueOf(text.back());
 }
 
+/// Whether the shift characters of a text must be those of the full ASCII set: a shift stands for a character that
+/// cannot be printed without it, so that a plain text with a slash is not taken for one.
+bool IsNeeded(char shift, char letter)
+{
+    const bool isPlain = shift == '/' && ((letter >= 'P' && letter <= 'Y') || letter == 'M' || letter == 'N');
+    return !isPlain && !(shift == '%' && letter >= 'X');
+}
+
 /// Adds the text with each pair that begins with a shift character as the character that it stands for. False if there
-/// is a shift character that has no letter behind it.
-bool AddFullASCII(std::string_view text, Symbol& symbol)
+/// is a shift character that has no letter behind it, or, if `strict`, one that no printer would put there.
+bool AddFullASCII(std::string_view text, bool strict, Symbol& symbol)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (std::string_view("$%/+").find(text[i]) == std::string_view::npos) {
             symbol.Add(text[i]);
             continue;
         }
-        const int character = i + 1 < text.size() ? ShiftedCharacter(text[i], text[i + 1]) : -1;
-        if (character < 0) return false;
+        if (i + 1 == text.size()) return false;
+        const int character = ShiftedCharacter(text[i], text[i + 1]);
+        if (character < 0 || (strict && !IsNeeded(text[i], text[i + 1]))) return false;
         symbol.Add(static_cast<char>(character));
         ++i;
     }
     return true;
 }
 
-/// Puts the text into the symbol as the enabled symbologies have it: a text without shift characters is no less a Code
-/// 39 for the other one being enabled. False if it is none.
+/// Puts the text into the symbol as the enabled symbologies have it: a text without pairs is no less a Code 39 for the
+/// other one being enabled. False if it is none.
 bool AddText(const LinearSettings& settings, std::string_view text, Symbol& symbol)
 {
-    if (settings.detect39Extended && AddFullASCII(text, symbol)) {
+    if (settings.detect39Extended && AddFullASCII(text, settings.detect39, symbol)) {
         if (!settings.detect39 || symbol.Text().size() < text.size()) symbol.SetSymbology(Code39Extended);
         return true;
     }
@@ -84,7 +101,8 @@ bool AddText(const LinearSettings& settings, std::string_view text, Symbol& symb
 /// Reads the symbol that begins at the edge `first`, as `ReadFromEachEdge` tells.
 int ReadSymbol(const Line& line, int first)
 {
-    if (ReadCharacter(line, first) != startStop) return -1;
+    ElementSpread spread;
+    if (!MayStart(line, first) || ReadCharacter(line, first, spread) != startStop) return -1;
     std::array<char, 2 * maximumTextLength> characters;
     std::size_t count = 0;
     Symbol symbol(Code39);
@@ -97,7 +115,7 @@ int ReadSymbol(const Line& line, int first)
         if (next + 9 >= line.Edges()) return -1;
         // A gap is never wider than 5.3 modules, of the 12 or more of a character.
         if (2 * line.Width(next - 1) > line.Span(next - 10, 9)) return -1;
-        const int value = ReadCharacter(line, next);
+        const int value = ReadCharacter(line, next, spread);
         if (value < 0) return -1;
         symbol.AddPattern(1);
         addElements(value);
@@ -105,7 +123,7 @@ int ReadSymbol(const Line& line, int first)
         if (count == characters.size()) return -1;
         characters[count++] = code39Characters[static_cast<std::size_t>(value)].character;
     }
-    if (count == 0) return -1;
+    if (count == 0 || !spread.IsUniform()) return -1;
     const int last = next + 9, elements = last - first;
     if (!line.IsQuiet(first, last, 8 * line.Span(first, elements), elements + 1)) return -1;
     const std::string_view text(characters.data(), count);

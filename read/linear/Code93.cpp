@@ -79,6 +79,9 @@ bool AddText(std::span<const std::uint8_t> values, Symbol& symbol)
 /// Reads the symbol that begins at the edge `first`, as `ReadFromEachEdge` tells.
 int ReadSymbol(const Line& line, int first)
 {
+    // The fifth element of the start character is much wider than its neighbours: most edges are passed here.
+    const std::int64_t widest = line.Width(first + 4);
+    if (widest <= line.Width(first + 3) || widest <= line.Width(first + 5)) return -1;
     if (ReadCharacter(line, first) != startStop) return -1;
     Symbol symbol(Code93);
     symbol.AddPattern(code93Patterns[startStop]);

@@ -54,6 +54,11 @@ int ReadSymbol(const Line& line, int first)
     if (left < 0) return -1;
     const int right = ReadFinder(line, first + rightFinder + 4, -1);
     if (right < 0) return -1;
+    // The finder pattern beside a guard has fifteen modules.
+    for (const int guard : {0, elements - 2, elements - 1}) {
+        const std::int64_t finder = line.Span(first + (guard == 0 ? leftFinder : rightFinder), 5);
+        if (!IsNarrow(15 * line.Width(first + guard), finder)) return -1;
+    }
     // Each character counts its elements towards its finder pattern.
     const DatabarValue values[] = {ReadDatabarCharacter(line, first + outerLeft, 1, databarOutside),
                                    ReadDatabarCharacter(line, first + innerLeft + 7, -1, databarInside),

@@ -17,6 +17,12 @@ std::int64_t CountWidths(int modules, int parts, int widest, bool hasNarrow);
 /// The place of the widths among all of the same sum, in lexicographic order.
 std::int64_t RankOfWidths(std::span<const int> widths, int widest, bool hasNarrow);
 
+/// Whether an element of a guard, which has one module, has a third to two.
+constexpr bool IsNarrow(std::int64_t width, std::int64_t module)
+{
+    return 3 * width >= module && width <= 2 * module;
+}
+
 /// A data character that was read.
 struct DatabarValue
 {

@@ -35,7 +35,7 @@ bool IsCheckCharacter(const Line& line, int first, int value)
     const std::int64_t total = line.Span(first, characterElements);
     for (int i = 0; i + 1 < characterElements; ++i) {
         const int expected = CheckElement(value, i) + CheckElement(value, i + 1);
-        if (4 * std::abs(checkModules * line.Span(first + i, 2) - expected * total) > 3 * total) return false;
+        if (2 * std::abs(checkModules * line.Span(first + i, 2) - expected * total) > total) return false;
     }
     return true;
 }
@@ -46,6 +46,8 @@ int ReadSymbol(const Line& line, int first)
     const std::int64_t checkWidth = line.Span(first + check, characterElements);
     if (!HasRatio(line.Span(first + leftData, characterElements), checkWidth)) return -1;
     if (!HasRatio(line.Span(first + rightData, characterElements), checkWidth)) return -1;
+    for (const int guard : {0, elements - 2, elements - 1})
+        if (!IsNarrow(line.Width(first + guard) * checkModules, checkWidth)) return -1;
     const DatabarValue left = ReadDatabarCharacter(line, first + leftData, 1, limitedData);
     if (left.value < 0) return -1;
     const DatabarValue right = ReadDatabarCharacter(line, first + rightData, 1, limitedData);

@@ -40,7 +40,7 @@ constexpr DatabarGroup limitedGroups[] = {{17, 9, 6, 3, 6538, 28, 0},         {1
 
 constexpr DatabarCharacter databarOutside = {16, 4, false, true, outsideGroups, 5};
 constexpr DatabarCharacter databarInside = {15, 4, true, false, insideGroups, 4};
-constexpr DatabarCharacter limitedData = {26, 7, true, true, limitedGroups, 7};
+constexpr DatabarCharacter limitedData = {26, 7, false, true, limitedGroups, 7};
 
 /// The finder patterns of GS1 DataBar by value, from the outside.
 constexpr std::array<int, 9> databarFinders = {38211, 35511, 33711, 31911, 27411, 25611, 23811, 15711, 13911};

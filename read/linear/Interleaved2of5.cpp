@@ -30,11 +30,12 @@ struct NarrowWindow
 };
 
 /// The digit of five elements, every second one from `first` on, which narrow the window down; -1 if there is none.
-int ReadDigit(const Line& line, int first, NarrowWindow& window)
+int ReadDigit(const Line& line, int first, NarrowWindow& window, ElementSpread& spread)
 {
     const unsigned wide = WideElements(line, first, 5, 2, 3, false);
     for (int i = 0; i < 5; ++i) {
         const std::int64_t width = line.Width(first + 2 * i);
+        spread.Add(line, first + 2 * i, wide >> (4 - i) & 1, 1);
         if (wide >> (4 - i) & 1)
             window.AddWide(width);
         else
@@ -70,18 +71,24 @@ int ReadSymbol(const Line& line, int first)
     if (window.IsEmpty()) return -1;
     Symbol symbol(Code2of5);
     symbol.AddPattern(1111);
+    ElementSpread spread;
+    spread.Add(line, first, 0, 4);
     int next = first + 4;
     while (next + 10 < line.Edges()) {
         NarrowWindow narrower = window;
-        const int bars = ReadDigit(line, next, narrower);
-        const int spaces = bars < 0 ? -1 : ReadDigit(line, next + 1, narrower);
+        ElementSpread wider = spread;
+        const int bars = ReadDigit(line, next, narrower, wider);
+        const int spaces = bars < 0 ? -1 : ReadDigit(line, next + 1, narrower, wider);
         if (spaces < 0) break;
         if (symbol.Text().size() + 2 > maximumTextLength) return -1;
         window = narrower;
+        spread = wider;
         AddPair(bars, spaces, symbol);
         next += 10;
     }
     if (symbol.Text().empty() || !IsStop(line, next, window)) return -1;
+    spread.Add(line, next, 0b100, 3);
+    if (!spread.IsUniform()) return -1;
     symbol.AddPattern(311);
     const int last = next + 3;
     // A pair has 18 modules where wide elements have three, and the frame nine.

@@ -107,6 +107,26 @@ unsigned WideElements(const Line& line, int first, int count, int step, int narr
     return wide;
 }
 
+void ElementSpread::Add(const Line& line, int first, unsigned wide, int count)
+{
+    for (int i = 0; i < count; ++i) {
+        Extremes& extremes = extremes_[static_cast<std::size_t>((first + i) % 2)][wide >> (count - 1 - i) & 1];
+        const std::int64_t width = line.Width(first + i);
+        extremes.least = std::min(extremes.least, width);
+        extremes.most = std::max(extremes.most, width);
+    }
+}
+
+bool ElementSpread::IsUniform() const
+{
+    return std::ranges::all_of(extremes_, [](const auto& kinds) {
+        const Extremes &narrow = kinds[0], &wide = kinds[1];
+        if (narrow.most > 0 && 2 * narrow.most > 5 * narrow.least) return false;
+        if (wide.most > 0 && wide.most > 2 * wide.least) return false;
+        return wide.least > narrow.most;
+    });
+}
+
 int CheckDigit(std::string_view digits)
 {
     int sum = 0;

@@ -91,6 +91,24 @@ bool ReadFromEachEdge(const Line& line, int edges, F read)
 /// other ones are narrower. Of equal ones the earlier counts as narrower if `ranked`, else neither does.
 unsigned WideElements(const Line& line, int first, int count, int step, int narrower, bool ranked);
 
+/// The extremes of the widths of narrow and of wide elements, bars apart from spaces, as ink that spreads makes them
+/// different. Elements of one kind are alike all over a symbol of a two-width symbology, even a bent one: random
+/// patterns rarely look so.
+class ElementSpread
+{
+public:
+    /// Adds an element for each of the lowest `count` bits of `wide`, the highest for the one at `first`.
+    void Add(const Line& line, int first, unsigned wide, int count);
+    bool IsUniform() const;
+
+private:
+    struct Extremes
+    {
+        std::int64_t least = INT64_MAX, most = 0;
+    };
+    std::array<std::array<Extremes, 2>, 2> extremes_; ///< by the parity of the element, and whether it is wide
+};
+
 /// The pattern "WNN" is 4: a bit for each letter, set for W.
 constexpr unsigned TwoWidthMask(std::string_view letters)
 {

@@ -14,13 +14,14 @@ bool IsNarrow(std::int64_t width, std::int64_t digitWidth)
 }
 
 /// The digit whose eight elements begin at `first`, or -1.
-int ReadDigit(const Line& line, int first)
+int ReadDigit(const Line& line, int first, ElementSpread& spread)
 {
     const std::int64_t width = line.Span(first, 8);
     int digit = 0;
     for (int i = 0; i < 8; i += 2) {
         const bool isZero = IsNarrow(line.Width(first + i), width);
         if (isZero == IsNarrow(line.Width(first + i + 1), width)) return -1;
+        spread.Add(line, first + i, isZero ? 0b01 : 0b10, 2);
         digit = 2 * digit + (isZero ? 0 : 1);
     }
     return digit < 10 ? digit : -1;
@@ -33,9 +34,11 @@ int ReadSymbol(const Line& line, int first)
     if (IsNarrow(line.Width(first), firstWidth) || !IsNarrow(line.Width(first + 1), firstWidth)) return -1;
     Symbol symbol(CodeMSI);
     symbol.AddPattern(21);
+    ElementSpread spread;
+    spread.Add(line, first, 0b10, 2);
     int next = first + 2;
     for (; next + 8 < line.Edges(); next += 8) {
-        const int digit = ReadDigit(line, next);
+        const int digit = ReadDigit(line, next, spread);
         if (digit < 0) break;
         if (symbol.Text().size() == maximumTextLength) return -1;
         symbol.Add(static_cast<char>('0' + digit));
@@ -47,6 +50,8 @@ int ReadSymbol(const Line& line, int first)
     if (!IsNarrow(line.Width(next), lastWidth) || IsNarrow(line.Width(next + 1), lastWidth) ||
         !IsNarrow(line.Width(next + 2), lastWidth))
         return -1;
+    spread.Add(line, next, 0b010, 3);
+    if (!spread.IsUniform()) return -1;
     symbol.AddPattern(121);
     const int last = next + 3;
     const std::int64_t modules = 12 * static_cast<std::int64_t>(symbol.Text().size()) + 7;

@@ -32,7 +32,7 @@ Extremes ExtremesOf(const Line& line, int first, unsigned wide)
 
 /// The digit whose elements begin at `first`, or -1. The wide elements are alike, which sets the stop character apart,
 /// and at most five times as wide as the narrow ones.
-int ReadDigit(const Line& line, int first)
+int ReadDigit(const Line& line, int first, ElementSpread& spread)
 {
     const unsigned wide = WideElements(line, first, 5, 1, 3, false);
     const int digit = twoOfFiveByMask[wide];
@@ -40,14 +40,16 @@ int ReadDigit(const Line& line, int first)
     const Extremes extremes = ExtremesOf(line, first, wide);
     const bool fits = extremes.wideMost <= 5 * extremes.narrowLeast && extremes.wideMost <= 2 * extremes.wideLeast &&
                       4 * extremes.wideLeast >= 5 * extremes.narrowMost;
-    return fits ? digit : -1;
+    if (!fits) return -1;
+    spread.Add(line, first, wide, 5);
+    return digit;
 }
 
 /// Whether a start or stop character, one wide element before four narrow ones, begins at `first`.
 bool IsFrame(const Line& line, int first)
 {
     const Extremes extremes = ExtremesOf(line, first, 0b10000);
-    return extremes.wideMost > extremes.narrowMost && extremes.wideMost <= 5 * extremes.narrowLeast;
+    return extremes.wideMost > extremes.narrowMost && 4 * extremes.wideMost <= 5 * line.Span(first + 1, 4);
 }
 
 /// A gap is as wide as a narrow element, and not wider than a whole half of the character before it; and characters of
@@ -64,10 +66,13 @@ int ReadSymbol(const Line& line, int first)
     if (!IsFrame(line, first)) return -1;
     Symbol symbol(CodeMatrix2of5);
     symbol.AddPattern(311111);
+    ElementSpread spread;
+    // The wide bar of the frame may be wider than those of digits: only its narrow elements are compared with theirs.
+    spread.Add(line, first + 1, 0, 5);
     int next = first + 6;
     for (;; next += 6) {
         if (next + 5 >= line.Edges() || !Joins(line, next - 6, next)) return -1;
-        const int digit = ReadDigit(line, next);
+        const int digit = ReadDigit(line, next, spread);
         if (digit < 0) break;
         symbol.AddTwoWidth(TwoWidthMask(twoOfFiveDigits[static_cast<std::size_t>(digit)]), 5);
         symbol.AddPattern(1);
@@ -75,6 +80,8 @@ int ReadSymbol(const Line& line, int first)
         if (symbol.Text().size() == maximumTextLength) return -1;
     }
     if (symbol.Text().empty() || !IsFrame(line, next)) return -1;
+    spread.Add(line, next + 1, 0, 4);
+    if (!spread.IsUniform()) return -1;
     symbol.AddPattern(31111);
     const int last = next + 5;
     // A digit has 10 modules with its gap where wide elements have three, and the frame 15.

@@ -33,6 +33,21 @@ bool Fits(std::int64_t bar, std::int64_t space)
     return 3 * space <= 26 * bar && bar <= space;
 }
 
+/// What the bars and spaces of a code must have in common, which is more than the bounds beside each space ask: spaces
+/// are alike, narrow bars are alike, and so are wide ones.
+bool AreAlike(const Line& line, int first, const Run& run)
+{
+    ElementSpread spread;
+    std::int64_t least = INT64_MAX, most = 0;
+    for (int i = 0; i < run.bars; ++i) {
+        spread.Add(line, first + 2 * i, run.wide[static_cast<std::size_t>(i)] ? 1 : 0, 1);
+        if (i + 1 == run.bars) break;
+        least = std::min(least, line.Width(first + 2 * i + 1));
+        most = std::max(most, line.Width(first + 2 * i + 1));
+    }
+    return 2 * most <= 3 * least && spread.IsUniform();
+}
+
 /// A bar is as wide beside the space before it as beside the one behind it.
 Run FindRun(const Line& line, int first)
 {
@@ -88,7 +103,7 @@ int ReadSymbol(const Line& line, int first)
         if (checks && last + 1 < line.Edges() && !IsQuiet(line.Width(last - 1), line.Width(last), end[-1])) continue;
         const auto wide = std::count(run.wide.begin(), end, true);
         if (wide == 0 || wide == run.bars) return -1;
-        return Report(line, first, run);
+        return AreAlike(line, first, run) ? Report(line, first, run) : -1;
     }
     return -1;
 }

@@ -21,6 +21,11 @@ bool MayBeRetail(const Line& line, int first, const RetailLayout& layout)
         const std::int64_t scaled = line.Width(first + i) * layout.modules;
         if (1000 * scaled < 333 * window || scaled > (isGuard ? 2 : 5) * window) return false;
     }
+    // A digit has seven modules, and never five or nine.
+    for (int digit = 0; digit < layout.digits; ++digit) {
+        const std::int64_t scaled = line.Span(first + DigitElement(layout, digit), 4) * layout.modules;
+        if (5 * window >= scaled || scaled >= 9 * window) return false;
+    }
     return line.IsQuiet(first, first + layout.elements, quietModules * window, layout.modules);
 }
 
@@ -28,11 +33,15 @@ namespace {
 
 using DigitWidths = std::array<std::int64_t, 4>;
 
-/// The row at the smallest distance, the lower one of two. `module` counts in sevenths of the unit of the widths.
+/// The greatest distance of a digit from its row, in modules: random elements are mostly further off.
+constexpr int tolerance = 2;
+
+/// The row at the smallest distance, the lower one of two; -1 if it is too far. `module` counts in sevenths of the unit
+/// of the widths.
 int NearestRow(const DigitWidths& widths, std::int64_t module, bool edgeToSimilarEdge)
 {
-    int nearest = 0;
-    std::int64_t smallest = INT64_MAX;
+    int nearest = -1;
+    std::int64_t smallest = tolerance * module + 1;
     for (int row = 0; row < 20; ++row) {
         const auto& pattern = retailDigits[static_cast<std::size_t>(row)];
         std::int64_t distance = 0;
@@ -79,6 +88,7 @@ RetailRows MatchDigits(const Line& line, int first, const RetailLayout& layout, 
                                     line.Width(element + 3)};
         const std::int64_t module = attempt.ownModule ? line.Span(element, 4) : windowModule;
         int row = NearestRow(widths, module, attempt.edgeToSimilarEdge);
+        if (row < 0) return {{-1}};
         if (attempt.edgeToSimilarEdge) row = SplitRow(row, widths);
         rows[static_cast<std::size_t>(digit)] = row;
     }
@@ -109,6 +119,7 @@ constexpr RetailLayout ean8 = {43, 67, 8, 24, 3};
 /// The rows as they are met from the other end: mirrored, a digit of set A looks like one of set B.
 RetailRows Mirrored(const RetailRows& rows, int count)
 {
+    if (rows[0] < 0) return rows;
     RetailRows mirrored{};
     for (int i = 0; i < count; ++i)
         mirrored[static_cast<std::size_t>(i)] = (rows[static_cast<std::size_t>(count - 1 - i)] + 10) % 20;
@@ -132,7 +143,7 @@ bool HasCheckDigit(std::string_view digits)
 int TakeEAN13(const Line& line, int first, const RetailRows& rows, bool mirrored)
 {
     // The right half is in set C throughout, which has the widths of set A.
-    if (SetsOf(rows, 6, 6) != 0) return -1;
+    if (rows[0] < 0 || SetsOf(rows, 6, 6) != 0) return -1;
     const auto set = std::find(firstDigitSets.begin(), firstDigitSets.end(), SetsOf(rows, 0, 6));
     if (set == firstDigitSets.end()) return -1;
     std::array<char, 13> digits;
@@ -151,7 +162,7 @@ int TakeEAN13(const Line& line, int first, const RetailRows& rows, bool mirrored
 
 int TakeEAN8(const Line& line, int first, const RetailRows& rows, bool mirrored)
 {
-    if (SetsOf(rows, 0, 8) != 0) return -1;
+    if (rows[0] < 0 || SetsOf(rows, 0, 8) != 0) return -1;
     std::array<char, 8> digits;
     for (int i = 0; i < 8; ++i)
         digits[static_cast<std::size_t>(i)] = DigitOf(rows, i);

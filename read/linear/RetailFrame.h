@@ -37,7 +37,7 @@ inline int DigitElement(const RetailLayout& layout, int digit)
 
 /// Whether the widths of the elements at `first`, and its quiet zones, may be those of a symbol.
 bool MayBeRetail(const Line& line, int first, const RetailLayout& layout);
-/// The row of each digit.
+/// The row of each digit; the first is -1 if one of them is too far from all rows.
 RetailRows MatchDigits(const Line& line, int first, const RetailLayout& layout, RetailAttempt attempt);
 /// A bit for each of `count` digits from `digit` on, the highest for the first: set for number set B.
 unsigned SetsOf(const RetailRows& rows, int digit, int count);

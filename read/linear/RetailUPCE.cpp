@@ -2,8 +2,10 @@
 #include "read/linear/RetailFrame.h"
 #include "read/linear/RetailPatterns.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace Tesk::linear {
@@ -30,11 +32,26 @@ std::array<char, 11> Lengthened(char system, std::string_view six)
     return digits;
 }
 
+/// Whether the bars of the guards are alike, and their spaces: six digits with one check would be read from random
+/// elements too often.
+bool HasEvenGuards(const Line& line, int first)
+{
+    std::array<std::int64_t, 2> least = {INT64_MAX, INT64_MAX}, most = {0, 0};
+    for (int i = 0; i < upce.elements; ++i) {
+        if (i == 3) i = upce.elements - upce.endGuard;
+        const std::size_t colour = static_cast<std::size_t>(i % 2);
+        least[colour] = std::min(least[colour], line.Width(first + i));
+        most[colour] = std::max(most[colour], line.Width(first + i));
+    }
+    return most[0] <= 2 * least[0] && most[1] <= 2 * least[1];
+}
+
 } // namespace
 
 bool DecodeUPCE(const Line& line)
 {
     return ReadRetail(line, upce, [&](int first, const RetailRows& rows) {
+        if (rows[0] < 0 || !HasEvenGuards(line, first)) return -1;
         std::array<char, 8> text;
         for (int i = 0; i < 6; ++i)
             text[static_cast<std::size_t>(i + 1)] = DigitOf(rows, i);
