@@ -1,7 +1,6 @@
 // Code 11, of digits and dashes: five elements and a gap a character, one or two check characters. USS Code 11.
 #include "read/linear/LinearFrame.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -16,23 +15,47 @@ constexpr std::array<std::string_view, 12> patterns = {"NNNNW", "WNNNW", "NWNNW"
                                                        "NWWNN", "NNNWW", "WNNWN", "WNNNN", "NNWNN", "NNWWN"};
 constexpr int startStop = 11;
 
-/// The value of the character whose five elements begin at `first`, or -1. Each one has narrow and wide elements.
-int ReadCharacter(const Line& line, int first, ElementSpread& spread)
+/// The widths of narrow and wide bars and spaces, which ink makes different. They follow the symbol: characters of one
+/// wide element do not tell by themselves what is narrow.
+class Levels
 {
-    std::int64_t least = INT64_MAX, most = 0;
-    for (int i = 0; i < 5; ++i) {
-        least = std::min(least, line.Width(first + i));
-        most = std::max(most, line.Width(first + i));
+public:
+    /// Takes them from a start character. False if the elements from `first` on are none.
+    bool Start(const Line& line, int first)
+    {
+        for (int i = 0; i < 5; ++i)
+            levels_[IsWide(startStop, i)][static_cast<std::size_t>(i % 2)] = line.Width(first + i);
+        for (std::size_t colour = 0; colour < 2; ++colour)
+            if (3 * levels_[1][colour] < 4 * levels_[0][colour]) return false;
+        return ReadCharacter(line, first) == startStop;
     }
-    if (2 * most < 3 * least || most > 5 * least) return -1;
-    unsigned wide = 0;
-    for (int i = 0; i < 5; ++i)
-        wide = wide << 1 | (2 * line.Width(first + i) > least + most ? 1u : 0u);
-    spread.Add(line, first, wide, 5);
-    for (std::size_t value = 0; value < patterns.size(); ++value)
-        if (TwoWidthMask(patterns[value]) == wide) return static_cast<int>(value);
-    return -1;
-}
+
+    /// The value of the character whose five elements begin at `first`, or -1.
+    int ReadCharacter(const Line& line, int first)
+    {
+        unsigned wide = 0;
+        for (int i = 0; i < 5; ++i) {
+            const std::size_t colour = static_cast<std::size_t>(i % 2);
+            const std::int64_t width = line.Width(first + i);
+            const bool isWide = 2 * width > levels_[0][colour] + levels_[1][colour];
+            if (2 * width < levels_[0][colour] || width > 2 * levels_[1][colour]) return -1;
+            std::int64_t& level = levels_[isWide][colour];
+            level = (3 * level + width) / 4;
+            wide = wide << 1 | (isWide ? 1u : 0u);
+        }
+        for (std::size_t value = 0; value < patterns.size(); ++value)
+            if (TwoWidthMask(patterns[value]) == wide) return static_cast<int>(value);
+        return -1;
+    }
+
+private:
+    static bool IsWide(int value, int element)
+    {
+        return patterns[static_cast<std::size_t>(value)][static_cast<std::size_t>(element)] == 'W';
+    }
+
+    std::array<std::array<std::int64_t, 2>, 2> levels_{}; ///< by whether wide, and bars before spaces
+};
 
 /// Whether the last character is the check character, modulo 11, of those before it, whose weights run from 1 to
 /// `weights` again and again, from the right.
@@ -54,8 +77,10 @@ bool IsValid(std::string_view text)
 /// Reads the symbol that begins at the edge `first`, as `ReadFromEachEdge` tells.
 int ReadSymbol(const Line& line, int first)
 {
+    Levels levels;
+    if (!levels.Start(line, first)) return -1;
     ElementSpread spread;
-    if (ReadCharacter(line, first, spread) != startStop) return -1;
+    spread.Add(line, first, TwoWidthMask(patterns[startStop]), 5);
     Symbol symbol(Code11);
     const auto addElements = [&](int value) {
         symbol.AddTwoWidth(TwoWidthMask(patterns[static_cast<std::size_t>(value)]), 5);
@@ -65,8 +90,9 @@ int ReadSymbol(const Line& line, int first)
     for (;; next += 6) {
         if (next + 5 >= line.Edges() || symbol.Text().size() > maximumTextLength) return -1;
         if (2 * line.Width(next - 1) > line.Span(next - 6, 5)) return -1;
-        const int value = ReadCharacter(line, next, spread);
+        const int value = levels.ReadCharacter(line, next);
         if (value < 0) return -1;
+        spread.Add(line, next, TwoWidthMask(patterns[static_cast<std::size_t>(value)]), 5);
         symbol.AddPattern(1);
         addElements(value);
         if (value == startStop) break;

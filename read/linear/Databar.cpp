@@ -31,6 +31,18 @@ int ReadFinder(const Line& line, int first, int step)
     return -1;
 }
 
+/// What ink that spreads has added to each bar of a finder pattern. The left one has bars as its second and fourth
+/// element, the right one, which is mirrored, as its other ones.
+std::int64_t SpreadOf(const Line& line, int first, int step, int value)
+{
+    const int pattern = databarFinders[static_cast<std::size_t>(value)];
+    const int expected = pattern / 1000 % 10 + pattern / 10 % 10;
+    const std::int64_t total = line.Span(step > 0 ? first : first - 4, 5);
+    const std::int64_t measured = line.Width(first + step) + line.Width(first + 3 * step);
+    // The spread changes the total too, by one of it, and the two elements by two.
+    return step * (15 * measured - expected * total) / (30 + expected);
+}
+
 /// The values of the two finder patterns, as one number, that belong to a sum of widths.
 int FindersOf(int sum)
 {
@@ -59,11 +71,14 @@ int ReadSymbol(const Line& line, int first)
         const std::int64_t finder = line.Span(first + (guard == 0 ? leftFinder : rightFinder), 5);
         if (!IsNarrow(15 * line.Width(first + guard), finder)) return -1;
     }
+    const std::int64_t spread =
+        (SpreadOf(line, first + leftFinder, 1, left) + SpreadOf(line, first + rightFinder + 4, -1, right)) / 2;
     // Each character counts its elements towards its finder pattern.
-    const DatabarValue values[] = {ReadDatabarCharacter(line, first + outerLeft, 1, databarOutside),
-                                   ReadDatabarCharacter(line, first + innerLeft + 7, -1, databarInside),
-                                   ReadDatabarCharacter(line, first + outerRight + 7, -1, databarOutside),
-                                   ReadDatabarCharacter(line, first + innerRight, 1, databarInside)};
+    const DatabarValue values[] = {
+        ReadDatabarCharacter(line, first + outerLeft, 1, true, databarOutside, spread),
+        ReadDatabarCharacter(line, first + innerLeft + 7, -1, true, databarInside, spread),
+        ReadDatabarCharacter(line, first + outerRight + 7, -1, false, databarOutside, spread),
+        ReadDatabarCharacter(line, first + innerRight, 1, false, databarInside, spread)};
     int sum = 0;
     for (int i = 0; i < 4; ++i) {
         if (values[i].value < 0) return -1;

@@ -90,15 +90,17 @@ std::int64_t RankOfWidths(std::span<const int> widths, int widest, bool hasNarro
     return rank;
 }
 
-DatabarValue ReadDatabarCharacter(const Line& line, int first, int step, const DatabarCharacter& character)
+DatabarValue ReadDatabarCharacter(const Line& line, int first, int step, bool spaceFirst,
+                                  const DatabarCharacter& character, std::int64_t spread)
 {
     const std::size_t pairs = static_cast<std::size_t>(character.pairs);
     std::array<std::int64_t, 7> oddWidths{}, evenWidths{};
     std::int64_t odd = 0, even = 0;
+    const std::int64_t oddSpread = spaceFirst ? -spread : spread;
     for (std::size_t i = 0; i < pairs; ++i) {
         const int element = first + 2 * step * static_cast<int>(i);
-        odd += oddWidths[i] = line.Width(element);
-        even += evenWidths[i] = line.Width(element + step);
+        odd += oddWidths[i] = line.Width(element) - oddSpread;
+        even += evenWidths[i] = line.Width(element + step) + oddSpread;
     }
     const std::int64_t total = odd + even;
     if (total <= 0) return {};

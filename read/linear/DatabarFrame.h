@@ -30,8 +30,10 @@ struct DatabarValue
     std::array<int, 14> widths{}; ///< of its elements in modules, from the one that counts as the first
 };
 
-/// Reads the data character whose first element is `first`, the next one `step` further.
-DatabarValue ReadDatabarCharacter(const Line& line, int first, int step, const DatabarCharacter& character);
+/// Reads the data character whose first element is `first`, a space or a bar, the next one `step` further. Ink that
+/// spreads has made bars wider by `spread`, and spaces narrower.
+DatabarValue ReadDatabarCharacter(const Line& line, int first, int step, bool spaceFirst,
+                                  const DatabarCharacter& character, std::int64_t spread);
 /// The sum of the widths weighed by the powers of three from the `exponent`th on, modulo `modulus`.
 int WeighedSum(const DatabarValue& value, int count, int exponent, int modulus);
 /// Adds the elements of a character, from the last if `backward`.

@@ -48,9 +48,14 @@ int ReadSymbol(const Line& line, int first)
     if (!HasRatio(line.Span(first + rightData, characterElements), checkWidth)) return -1;
     for (const int guard : {0, elements - 2, elements - 1})
         if (!IsNarrow(line.Width(first + guard) * checkModules, checkWidth)) return -1;
-    const DatabarValue left = ReadDatabarCharacter(line, first + leftData, 1, limitedData);
+    // The bars of a check character have as many modules as its spaces.
+    std::int64_t spread = 0;
+    for (int i = 0; i < characterElements; ++i)
+        spread += (i % 2 == 0 ? -1 : 1) * line.Width(first + check + i);
+    spread /= characterElements;
+    const DatabarValue left = ReadDatabarCharacter(line, first + leftData, 1, true, limitedData, spread);
     if (left.value < 0) return -1;
-    const DatabarValue right = ReadDatabarCharacter(line, first + rightData, 1, limitedData);
+    const DatabarValue right = ReadDatabarCharacter(line, first + rightData, 1, true, limitedData, spread);
     if (right.value < 0) return -1;
     const int sum = (WeighedSum(left, characterElements, 0, modulus) +
                      WeighedSum(right, characterElements, characterElements, modulus)) %

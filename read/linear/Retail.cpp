@@ -21,10 +21,12 @@ bool MayBeRetail(const Line& line, int first, const RetailLayout& layout)
         const std::int64_t scaled = line.Width(first + i) * layout.modules;
         if (1000 * scaled < 333 * window || scaled > (isGuard ? 2 : 5) * window) return false;
     }
-    // A digit has seven modules, and never five or nine.
+    // A digit has seven modules, and never five or nine. UPC-E, which has one guard that could be taken for half of the
+    // other, may be off by one only.
+    const int off = layout.secondHalf > 0 ? 2 : 1;
     for (int digit = 0; digit < layout.digits; ++digit) {
         const std::int64_t scaled = line.Span(first + DigitElement(layout, digit), 4) * layout.modules;
-        if (5 * window >= scaled || scaled >= 9 * window) return false;
+        if ((7 - off) * window >= scaled || scaled >= (7 + off) * window) return false;
     }
     return line.IsQuiet(first, first + layout.elements, quietModules * window, layout.modules);
 }

@@ -222,11 +222,11 @@ TEST(LinearCodeTest, AWrongCheckIsFlaggedOrVoidsTheSymbolAsItsSymbologySays)
         EXPECT_EQ((Find(reads, Code11)->flags & linear::ChecksumFailed) == 0, right);
     }
     // The check digits of 2 of 5, MSI and Codabar.
-    for (const auto& [symbology, text, right] : {std::tuple{Code2of5, "01234567899876543210", false},
+    for (const auto& [symbology, text, right] : {std::tuple{Code2of5, "42", false},
                                                  {CodeITF14, "12345678901231", true},
                                                  {CodeMSI, "01234567897", true},
                                                  {CodeMSI, "80", false},
-                                                 {CodeCodabar, "D40156C", true},
+                                                 {CodeCodabar, "D40154C", true},
                                                  {CodeCodabar, "C7D", false}}) {
         const auto printed = std::ranges::find(printedSymbols, std::string_view(text), &PrintedSymbol::text);
         ASSERT_NE(printed, std::end(printedSymbols)) << text;
