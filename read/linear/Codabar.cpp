@@ -2,11 +2,9 @@
 #include "read/linear/CodabarPatterns.h"
 #include "read/linear/LinearFrame.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 
 namespace Tesk::linear {
 
@@ -22,10 +20,10 @@ constexpr auto charactersByMask = [] {
 /// The character whose seven elements begin at `first`, or 0.
 char ReadCharacter(const Line& line, int first, ElementSpread& spread)
 {
+    const std::array<int, 7> ranks = RanksOf<7>(line, first, 1, true);
     std::array<std::int64_t, 7> sorted;
     for (int i = 0; i < 7; ++i)
-        sorted[static_cast<std::size_t>(i)] = line.Width(first + i);
-    std::sort(sorted.begin(), sorted.end(), std::greater<>());
+        sorted[static_cast<std::size_t>(6 - ranks[static_cast<std::size_t>(i)])] = line.Width(first + i);
     // The third widest element is a wide one if it is nearer to the second than to the fourth.
     const int wideCount = sorted[2] - sorted[3] > sorted[1] - sorted[2] ? 3 : 2;
     const std::int64_t wide = sorted[0] + sorted[1] + (wideCount == 3 ? sorted[2] : 0);
@@ -33,7 +31,7 @@ char ReadCharacter(const Line& line, int first, ElementSpread& spread)
     // The greatest ratio of the widths is the same for both: 3.5 * 5 / (2 * 2), or 35 / 8.
     if (2 * wide < narrow) return 0;
     if (wideCount == 2 ? 4 * wide > 7 * narrow : 32 * wide > 105 * narrow) return 0;
-    const unsigned wideElements = WideElements(line, first, 7, 1, 7 - wideCount, true);
+    const unsigned wideElements = WideElements(ranks, 7 - wideCount);
     spread.Add(line, first, wideElements, 7);
     return charactersByMask[wideElements];
 }

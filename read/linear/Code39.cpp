@@ -33,7 +33,7 @@ bool MayStart(const Line& line, int first)
 /// The value of the character whose nine elements begin at `first`, or -1.
 int ReadCharacter(const Line& line, int first, ElementSpread& spread)
 {
-    const unsigned wideElements = WideElements(line, first, 9, 1, 6, true);
+    const unsigned wideElements = WideElements(RanksOf<9>(line, first, 1, true), 6);
     std::int64_t wide = 0;
     for (int i = 0; i < 9; ++i)
         if (wideElements >> (8 - i) & 1) wide += line.Width(first + i);

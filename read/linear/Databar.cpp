@@ -19,6 +19,7 @@ int ReadFinder(const Line& line, int first, int step)
     const std::int64_t a = line.Width(first), b = line.Width(first + step), c = line.Width(first + 2 * step);
     const std::int64_t rest = line.Width(first + 3 * step) + line.Width(first + 4 * step);
     const std::int64_t total = a + b + c + rest;
+    if (total <= 0) return -1;
     // The second and third element have 10 to 12 of the modules, and the last two have two.
     const std::int64_t inner = b + c;
     if (24 * inner < 19 * (inner + rest) || 28 * inner > 25 * (inner + rest)) return -1;
@@ -108,7 +109,8 @@ int ReadSymbol(const Line& line, int first)
 
 bool DecodeDatabar(const Line& line)
 {
-    return ReadFromEachEdge(line, elements + 1, [&](int first) { return ReadSymbol(line, first); });
+    return ReadFromEachEdge(
+        line, elements + 1, [&](int first) { return ReadSymbol(line, first); }, false);
 }
 
 } // namespace Tesk::linear

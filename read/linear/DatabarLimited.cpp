@@ -80,7 +80,8 @@ int ReadSymbol(const Line& line, int first)
 
 bool DecodeDatabarLimited(const Line& line)
 {
-    return ReadFromEachEdge(line, elements + 1, [&](int first) { return ReadSymbol(line, first); });
+    return ReadFromEachEdge(
+        line, elements + 1, [&](int first) { return ReadSymbol(line, first); }, false);
 }
 
 } // namespace Tesk::linear

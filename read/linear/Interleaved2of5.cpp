@@ -32,7 +32,7 @@ struct NarrowWindow
 /// The digit of five elements, every second one from `first` on, which narrow the window down; -1 if there is none.
 int ReadDigit(const Line& line, int first, NarrowWindow& window, ElementSpread& spread)
 {
-    const unsigned wide = WideElements(line, first, 5, 2, 3, false);
+    const unsigned wide = WideElements(RanksOf<5>(line, first, 2, false), 3);
     for (int i = 0; i < 5; ++i) {
         const std::int64_t width = line.Width(first + 2 * i);
         spread.Add(line, first + 2 * i, wide >> (4 - i) & 1, 1);

@@ -90,23 +90,6 @@ int Line::Report(Symbol& symbol, int first, bool mirrored) const
     return last;
 }
 
-unsigned WideElements(const Line& line, int first, int count, int step, int narrower, bool ranked)
-{
-    std::array<std::int64_t, 9> widths;
-    for (int i = 0; i < count; ++i)
-        widths[static_cast<std::size_t>(i)] = line.Width(first + i * step);
-    unsigned wide = 0;
-    for (int i = 0; i < count; ++i) {
-        int below = 0;
-        for (int j = 0; j < count; ++j) {
-            const std::int64_t own = widths[static_cast<std::size_t>(i)], other = widths[static_cast<std::size_t>(j)];
-            below += other < own || (ranked && other == own && j < i) ? 1 : 0;
-        }
-        wide = wide << 1 | (below >= narrower ? 1u : 0u);
-    }
-    return wide;
-}
-
 void ElementSpread::Add(const Line& line, int first, unsigned wide, int count)
 {
     for (int i = 0; i < count; ++i) {

@@ -61,6 +61,12 @@ public:
     /// Whether the elements before the edge `first` and behind the edge `last` are at least `zone` / `divisor` wide; at
     /// an end of the line nothing is asked. Always true unless quiet zones are to be checked.
     bool IsQuiet(int first, int last, std::int64_t zone, std::int64_t divisor) const;
+    /// Whether a quiet zone may lie before the edge `first`, which has five elements behind it: in every symbology it
+    /// is wider than three elements of mean width, and two of those at its side are asked for.
+    bool MayBegin(int first) const
+    {
+        return !settings.checkQuietZone || first == 0 || 5 * Width(first - 1) >= 2 * Span(first, 5);
+    }
     /// Reports a symbol whose first edge is `first`, unless it has no text or too much of it. `mirrored` if its text
     /// runs against the list; its elements are in the order of the text. The index of its last edge, or -1.
     int Report(Symbol& symbol, int first, bool mirrored = false) const;
@@ -75,21 +81,50 @@ public:
 
 /// Calls `read` with each edge that has at least `edges` - 1 behind it; it returns the index of the last edge of the
 /// symbol that it reported, or -1. Goes on behind a symbol. Whether there was one.
+///
+/// Edges that have no quiet zone before them are passed at once, which spares most of the work, unless the symbology
+/// needs none.
 template <typename F>
-bool ReadFromEachEdge(const Line& line, int edges, F read)
+bool ReadFromEachEdge(const Line& line, int edges, F read, bool needsQuietZone = true)
 {
     bool found = false;
     for (int first = 0; first + edges <= line.Edges();) {
-        const int last = read(first);
+        const int last = needsQuietZone && !line.MayBegin(first) ? -1 : read(first);
         found = found || last >= 0;
         first = last >= 0 ? last + 1 : first + 1;
     }
     return found;
 }
 
-/// A bit for each of `count` elements, `step` apart, the highest for the first: set where at least `narrower` of the
-/// other ones are narrower. Of equal ones the earlier counts as narrower if `ranked`, else neither does.
-unsigned WideElements(const Line& line, int first, int count, int step, int narrower, bool ranked);
+/// The ranks of the widths of `count` elements, `step` apart: how many of the other ones are narrower. Of equal ones
+/// the earlier counts as narrower if `ranked`, else neither does.
+template <int count>
+std::array<int, count> RanksOf(const Line& line, int first, int step, bool ranked)
+{
+    std::array<std::int64_t, count> widths;
+    for (int i = 0; i < count; ++i)
+        widths[static_cast<std::size_t>(i)] = line.Width(first + i * step);
+    // Each pair is compared once, without a branch: this is where most of the time goes on lines without symbols.
+    std::array<int, count> ranks{};
+    const std::int64_t tie = ranked ? 0 : 1;
+    for (std::size_t j = 1; j < count; ++j) {
+        for (std::size_t i = 0; i < j; ++i) {
+            ranks[i] += widths[j] < widths[i] ? 1 : 0;
+            ranks[j] += widths[i] + tie <= widths[j] ? 1 : 0;
+        }
+    }
+    return ranks;
+}
+
+/// A bit for each of the elements, the highest for the first: set where the rank is at least `narrower`.
+template <std::size_t count>
+unsigned WideElements(const std::array<int, count>& ranks, int narrower)
+{
+    unsigned wide = 0;
+    for (const int rank : ranks)
+        wide = wide << 1 | (rank >= narrower ? 1u : 0u);
+    return wide;
+}
 
 /// The extremes of the widths of narrow and of wide elements, bars apart from spaces, as ink that spreads makes them
 /// different. Elements of one kind are alike all over a symbol of a two-width symbology, even a bent one: random

@@ -34,7 +34,7 @@ Extremes ExtremesOf(const Line& line, int first, unsigned wide)
 /// and at most five times as wide as the narrow ones.
 int ReadDigit(const Line& line, int first, ElementSpread& spread)
 {
-    const unsigned wide = WideElements(line, first, 5, 1, 3, false);
+    const unsigned wide = WideElements(RanksOf<5>(line, first, 1, false), 3);
     const int digit = twoOfFiveByMask[wide];
     if (digit < 0) return -1;
     const Extremes extremes = ExtremesOf(line, first, wide);

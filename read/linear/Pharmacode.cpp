@@ -112,7 +112,8 @@ int ReadSymbol(const Line& line, int first)
 
 bool DecodePharmacode(const Line& line)
 {
-    return ReadFromEachEdge(line, 4, [&](int first) { return ReadSymbol(line, first); });
+    return ReadFromEachEdge(
+        line, 4, [&](int first) { return ReadSymbol(line, first); }, false);
 }
 
 } // namespace Tesk::linear
