@@ -106,7 +106,7 @@ bool ElementSpread::IsUniform() const
         const Extremes &narrow = kinds[0], &wide = kinds[1];
         if (narrow.most > 0 && 2 * narrow.most > 5 * narrow.least) return false;
         if (wide.most > 0 && wide.most > 2 * wide.least) return false;
-        return wide.least > narrow.most;
+        return wide.most == 0 || 5 * wide.least >= 6 * narrow.most;
     });
 }
 

@@ -49,7 +49,7 @@ int ReadDigit(const Line& line, int first, ElementSpread& spread)
 bool IsFrame(const Line& line, int first)
 {
     const Extremes extremes = ExtremesOf(line, first, 0b10000);
-    return extremes.wideMost > extremes.narrowMost && 4 * extremes.wideMost <= 5 * line.Span(first + 1, 4);
+    return 2 * extremes.wideMost >= 3 * extremes.narrowMost && 4 * extremes.wideMost <= 5 * line.Span(first + 1, 4);
 }
 
 /// A gap is as wide as a narrow element, and not wider than a whole half of the character before it; and characters of
