@@ -281,6 +281,8 @@ bool CorrectDataMatrix(std::span<std::uint16_t> words, const DataMatrixSize& siz
         if (!code.Decode(words.data() + block, size.BlockData(block), size.BlockCheck(), size.blocks, erasures, errors,
                          scratch))
             return false;
+        // Beyond half of the distance a code word may be found, which is not the one that was printed.
+        if (erasures + 2 * errors > size.BlockCheck()) return false;
         worst = std::max(worst, errors + (erasures + 1) / 2);
     }
     // An odd check word corrects nothing.
