@@ -274,12 +274,20 @@ private:
         for (int i = 0; i < Left(); ++i)
             if (Peek(i) != padWord) return false;
         const std::string_view text = text_.View();
-        if (text.size() < 2) return false;
-        const int position = Place(text[text.size() - 2]), total = Place(text[text.size() - 1]);
+        int position = 0, total = 0, characters = 2;
+        if (set_ == SetC && at_ > 4 && Peek(-4) == padWord) {
+            // The position and the total are meant in set A or B, but pads before them have latched to C.
+            position = Place(CharacterB(Peek(-3)));
+            total = Place(CharacterB(Peek(-2)));
+            characters = 4;
+        } else if (text.size() >= 2) {
+            position = Place(text[text.size() - 2]);
+            total = Place(text[text.size() - 1]);
+        }
         if (position < 1 || total < 2 || position > total) return false;
         text_.symbolPosition = position - 1;
         text_.symbolTotal = total;
-        text_.RemoveLast(2);
+        text_.RemoveLast(characters);
         at_ = static_cast<int>(words_.size());
         return true;
     }

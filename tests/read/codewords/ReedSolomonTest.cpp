@@ -1,9 +1,10 @@
-// Correction against an encoder without tables: within capacity all is restored, beyond it nothing is that is no code word.
+// Correction against an encoder without tables: within capacity all is restored, beyond it nothing is that is no code
+// word.
+#include "read/codewords/ReedSolomon.h"
 #include "SlowField.h"
 #include "read/codewords/DataMatrixSizes.h"
 #include "read/codewords/DotCodeTables.h"
 #include "read/codewords/QRTables.h"
-#include "read/codewords/ReedSolomon.h"
 
 #include <gtest/gtest.h>
 
@@ -149,21 +150,6 @@ TEST(ReedSolomon, RefusesWhatIsNotOfTheField)
     EXPECT_FALSE(ReedSolomonPrime().Decode(words.data(), 107, 6, 1, erasures, errors, scratch));
     EXPECT_FALSE(ReedSolomonPrime().Decode(words.data(), 10, 0, 1, erasures, errors, scratch));
     EXPECT_TRUE(ReedSolomonPrime().Decode(words.data(), 106, 6, 1, erasures, errors, scratch));
-}
-
-TEST(ReedSolomon, WordsOfABlockLieAStrideApart)
-{
-    const ReedSolomonBinary code = ReedSolomonBinary::DataMatrix();
-    Damage damage(slowDataMatrix, code);
-    const Words word = damage.RandomCodeWord(9, 6), hurt = damage.Hurt(word, 2, 2);
-    Words dealt(3 * word.size(), 77);
-    for (std::size_t i = 0; i < word.size(); ++i)
-        dealt[1 + 3 * i] = hurt[i];
-    ReedSolomon::Scratch scratch;
-    int erasures = 0, errors = 0;
-    ASSERT_TRUE(code.Decode(dealt.data() + 1, 9, 6, 3, erasures, errors, scratch));
-    for (std::size_t i = 0; i < dealt.size(); ++i)
-        EXPECT_EQ(dealt[i], i % 3 == 1 ? word[i / 3] : 77);
 }
 
 } // namespace
