@@ -53,7 +53,7 @@ set(shared
     measure/region/RunLists.h measure/region/RunPixels.h measure/region/RunSets.h # runs, of regions and of blobs
     measure/region/RunScanner.h measure/region/ScanKernels.h measure/region/Outline.h measure/region/RowChains.h
     measure/table/ClipboardText.h measure/table/TextFields.h # tables as text, of samples and of blobs
-    read/codewords/ReedSolomon.h read/codewords/SymbolText.h # from cells to text, for what finds and grades matrix codes
+    read/codewords/ReedSolomon.h read/codewords/SymbolText.h read/codewords/SymbolReader.h # from cells to text, for what finds and grades matrix codes
     read/codewords/CellGrid.h read/codewords/DataMatrixSizes.h read/codewords/DataMatrixCells.h read/codewords/DataMatrixText.h
     read/codewords/QRTables.h read/codewords/QRCells.h read/codewords/QRText.h
     read/codewords/DotCodeTables.h read/codewords/DotCodeCells.h read/codewords/DotCodeText.h)

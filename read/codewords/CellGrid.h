@@ -1,11 +1,9 @@
 // The sampled cells of a symbol, with a border around, in a table of the largest size.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
 
 namespace Tesk::codewords {
 
@@ -28,13 +26,14 @@ public:
     std::uint8_t At(int row, int column) const { return cells_[Index(row, column)]; }
     bool IsDark(int row, int column) const { return (At(row, column) & LightCell) == 0; }
 
-    /// Exchanges rows and columns, border included: what is seen from the other side.
-    void Transpose(int rows, int columns)
+    /// Mirrors `rows` x `columns` cells and their border at the diagonal through the lower left corner, where the solid
+    /// sides of a Data Matrix meet: what is seen from the other side. They become `columns` x `rows`.
+    void Mirror(int rows, int columns)
     {
-        const int last = std::max(rows, columns) + Border;
-        for (int row = -Border; row < last; ++row)
-            for (int column = -Border; column < row; ++column)
-                std::swap(At(row, column), At(column, row));
+        const CellGrid seen = *this;
+        for (int row = -Border; row < columns + Border; ++row)
+            for (int column = -Border; column < rows + Border; ++column)
+                At(row, column) = seen.At(rows - 1 - column, columns - 1 - row);
     }
 
 private:

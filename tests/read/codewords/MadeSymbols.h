@@ -50,10 +50,6 @@ constexpr MadeSymbol madeSymbols[] = {
      "]Q10123456789ABC",
      "fec3fc16906eb6bb7465dbabaec10107faafe008009fb4bb07df73ef2c59d14eb9e58077bffa54705470ba834dd7752e977704311fe8df"
      "0"},
-    {"Kanji", MadeFamily::QR, 25, 25,
-     "]Q1\\000020\212\277\216\232\203e\203X\203g",
-     "fe0e3fc166106eab6bb75fe5dbaeaaec173507faaafe003f0027d45f6a300235f22749a8b4572709f140744fde73804a6b8ad660ff0064"
-     "c5ffa8eb7052912ba6ffadd3d892ea1e8f04d0c4fe0c5f0"},
     {"bytes, version information, Structured Append", MadeFamily::QR, 45, 45,
      "]Q1Version seven has version information, \201\377",
      "fe5cfc564bfc12400ea6906eacbb7594bb75d6b84935dba0dafbffaec104f46c2107faaaaaaaafe0040313f9001b703f90c860051870c0"

@@ -1,81 +1,44 @@
 // Whole symbols, made by others, from cells to text: as they are, damaged, and turned.
 #include "MadeSymbols.h"
-#include "read/codewords/DataMatrixCells.h"
-#include "read/codewords/DataMatrixText.h"
-#include "read/codewords/DotCodeCells.h"
-#include "read/codewords/DotCodeText.h"
-#include "read/codewords/QRCells.h"
-#include "read/codewords/QRText.h"
+#include "read/codewords/SymbolReader.h"
 
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <random>
-#include <span>
 #include <string>
 #include <vector>
 
 namespace Tesk::codewords {
 namespace {
 
-/// All that is needed to read a symbol.
-struct Reader
+struct Reader : SymbolReader
 {
-    DataMatrixCells dataMatrix;
-    DataMatrixGrid dataMatrixGrid;
-    QRCells qr;
-    QRGrid qrGrid;
-    DotCodeCells dotCode;
-    SymbolText text;
-    std::vector<std::uint16_t> words, data;
-    double unused = 0;
-
     template <typename IsDark>
-    bool ReadDataMatrix(int size, IsDark isDark)
+    bool ReadDataMatrixCells(int size, IsDark isDark, int views = Straight)
     {
-        if (!dataMatrix.Prepare(size)) return false;
-        for (int row = 0; row < dataMatrix.Size().rows; ++row)
-            for (int column = 0; column < dataMatrix.Size().columns; ++column)
+        const DataMatrixSize& cells = DataMatrixSizes()[static_cast<std::size_t>(size)];
+        for (int row = 0; row < cells.rows; ++row)
+            for (int column = 0; column < cells.columns; ++column)
                 dataMatrixGrid.At(row, column) = isDark(row, column) ? 0 : LightCell;
-        words.resize(static_cast<std::size_t>(dataMatrix.Size().Words()));
-        dataMatrix.Read(dataMatrixGrid, words);
-        if (!CorrectDataMatrix(words, dataMatrix.Size(), unused)) return false;
-        dataMatrix.Mark(dataMatrixGrid, words);
-        return DataMatrixText(std::span(words).first(static_cast<std::size_t>(dataMatrix.Size().data)), true, text);
+        return ReadDataMatrix(dataMatrixGrid, size, views, true) == SymbolRead;
     }
 
     template <typename IsDark>
-    bool ReadQR(int side, IsDark isDark)
+    bool ReadQRCells(int side, IsDark isDark)
     {
         QRFormat format;
         int version = 0;
-        if (!ReadQRFormat(side, isDark, format) || !ReadQRVersion(side, isDark, version) || !qr.Prepare(version))
-            return false;
+        if (!ReadQRFormat(side, isDark, format) || !ReadQRVersion(side, isDark, version)) return false;
         for (int row = 0; row < side; ++row)
             for (int column = 0; column < side; ++column)
                 qrGrid.At(row, column) = isDark(row, column) ? 0 : LightCell;
-        qr.Mask(qrGrid, format.mask);
-        const QRBlocks blocks = BlocksOfQR(version, format.level);
-        words.resize(static_cast<std::size_t>(blocks.words));
-        data.resize(static_cast<std::size_t>(blocks.Data()));
-        qr.Read(qrGrid, words);
-        if (!CorrectQR(words, version, format.level, data, unused)) return false;
-        qr.Mark(qrGrid, words, format);
-        return QRText(data, version, true, text);
+        return ReadQR(qrGrid, version, format, true) == SymbolRead;
     }
 
-    template <typename HasDot>
-    bool ReadDotCode(int rows, int columns, bool first, HasDot hasDot)
-    {
-        if (!dotCode.Prepare(columns, rows, first)) return false;
-        words.resize(static_cast<std::size_t>(dotCode.Words()));
-        dotCode.Read(hasDot, words);
-        if (!CorrectDotCode(words, unused)) return false;
-        const auto count = static_cast<std::size_t>(DotCodeBlocks::Of(dotCode.Words()).data);
-        return DotCodeText(std::span(words).first(count), true, text);
-    }
+    DataMatrixGrid dataMatrixGrid;
+    QRGrid qrGrid;
 };
 
 int SizeOf(int rows, int columns)
@@ -105,9 +68,9 @@ struct Cells
 bool ReadCells(Reader& reader, const MadeSymbol& symbol, const Cells& cells)
 {
     if (symbol.family == MadeFamily::DataMatrix)
-        return reader.ReadDataMatrix(SizeOf(symbol.rows, symbol.columns), cells);
-    if (symbol.family == MadeFamily::QR) return reader.ReadQR(symbol.rows, cells);
-    return reader.ReadDotCode(symbol.rows, symbol.columns, true, cells);
+        return reader.ReadDataMatrixCells(SizeOf(symbol.rows, symbol.columns), cells);
+    if (symbol.family == MadeFamily::QR) return reader.ReadQRCells(symbol.rows, cells);
+    return reader.ReadDotCode(symbol.columns, symbol.rows, true, cells, true) == SymbolRead;
 }
 
 TEST(MadeSymbols, AreReadAsTheyAre)
@@ -116,12 +79,12 @@ TEST(MadeSymbols, AreReadAsTheyAre)
     for (const MadeSymbol& symbol : madeSymbols) {
         SCOPED_TRACE(symbol.name);
         ASSERT_TRUE(ReadCells(*reader, symbol, Cells(symbol)));
-        EXPECT_EQ(reader->text.View(), symbol.text);
+        EXPECT_EQ(reader->Text().View(), symbol.text);
         // Dots in the corners may be printed in any case, which costs two words.
-        EXPECT_GE(reader->unused, symbol.family == MadeFamily::DotCode ? 0.7 : 1.0);
+        EXPECT_GE(reader->UnusedError(), symbol.family == MadeFamily::DotCode ? 0.7 : 1.0);
         const bool appended = std::string(symbol.name).find("Structured Append") != std::string::npos;
-        EXPECT_EQ(reader->text.symbolTotal, appended ? 7 : 0);
-        EXPECT_EQ(reader->text.symbolPosition, !appended ? 0 : symbol.family == MadeFamily::QR ? 3 : 2);
+        EXPECT_EQ(reader->Text().symbolTotal, appended ? 7 : 0);
+        EXPECT_EQ(reader->Text().symbolPosition, !appended ? 0 : symbol.family == MadeFamily::QR ? 3 : 2);
     }
 }
 
@@ -137,12 +100,12 @@ TEST(MadeSymbols, WrongCellsAreCorrectedAndMarked)
             for (int i = 0; i < 2; ++i)
                 cells.dark[random() % static_cast<unsigned>(symbol.rows * symbol.columns)].flip();
             ASSERT_TRUE(ReadCells(*reader, symbol, cells));
-            EXPECT_EQ(reader->text.View(), symbol.text);
+            EXPECT_EQ(reader->Text().View(), symbol.text);
             if (symbol.family == MadeFamily::DotCode) continue;
             const bool qr = symbol.family == MadeFamily::QR;
             for (int row = 0; row < symbol.rows; ++row)
                 for (int column = 0; column < symbol.columns; ++column) {
-                    if (qr && reader->qr.At(row, column).Is(SymbolModule::RemainderBit)) continue;
+                    if (qr && reader->QR().At(row, column).Is(SymbolModule::RemainderBit)) continue;
                     const int cell = qr ? reader->qrGrid.At(row, column) : reader->dataMatrixGrid.At(row, column);
                     EXPECT_EQ((cell & WrongCell) != 0, cells(row, column) != whole(row, column))
                         << row << ", " << column;
@@ -156,14 +119,33 @@ TEST(MadeSymbols, DotCodeIsReadUpsideDownByTheParityOfItsLattice)
     for (const MadeSymbol& symbol : madeSymbols) {
         if (symbol.family != MadeFamily::DotCode) continue;
         const Cells dark(symbol);
-        EXPECT_TRUE(reader->ReadDotCode(symbol.rows, symbol.columns, false, [&](int row, int column) {
+        const auto turned = [&](int row, int column) {
             return dark(symbol.rows - 1 - row, symbol.columns - 1 - column);
-        }));
-        EXPECT_EQ(reader->text.View(), symbol.text);
+        };
+        EXPECT_EQ(reader->ReadDotCode(symbol.columns, symbol.rows, false, turned, true), SymbolRead);
+        EXPECT_EQ(reader->Text().View(), symbol.text);
         // A quarter turn exchanges the sides.
-        EXPECT_TRUE(reader->ReadDotCode(symbol.columns, symbol.rows, symbol.columns % 2 != 0,
-                                        [&](int row, int column) { return dark(column, symbol.columns - 1 - row); }));
-        EXPECT_EQ(reader->text.View(), symbol.text);
+        const auto quarter = [&](int row, int column) { return dark(column, symbol.columns - 1 - row); };
+        EXPECT_EQ(reader->ReadDotCode(symbol.rows, symbol.columns, symbol.columns % 2 != 0, quarter, true), SymbolRead);
+        EXPECT_EQ(reader->Text().View(), symbol.text);
+    }
+}
+
+TEST(MadeSymbols, MirroredDataMatrixIsReadWhereThatIsAskedFor)
+{
+    const auto reader = std::make_unique<Reader>();
+    for (const MadeSymbol& symbol : madeSymbols) {
+        const Cells dark(symbol);
+        const auto mirrored = [&](int row, int column) {
+            return dark(symbol.rows - 1 - column, symbol.columns - 1 - row);
+        };
+        if (symbol.family != MadeFamily::DataMatrix || symbol.rows != symbol.columns) continue;
+        const int size = SizeOf(symbol.rows, symbol.columns);
+        EXPECT_FALSE(reader->ReadDataMatrixCells(size, mirrored));
+        EXPECT_TRUE(reader->ReadDataMatrixCells(size, mirrored, AutoView));
+        EXPECT_EQ(reader->View(), Mirrored);
+        EXPECT_EQ(reader->Text().View(), symbol.text);
+        EXPECT_EQ(reader->dataMatrixGrid.At(0, 0), mirrored(0, 0) ? 0 : LightCell);
     }
 }
 
@@ -174,9 +156,9 @@ TEST(MadeSymbols, CellsOfNoSymbolAreRefused)
     const auto noise = [&](int, int) { return random() % 2 != 0; };
     int read = 0;
     for (int i = 0; i < 300; ++i) {
-        read += reader->ReadDataMatrix(Size18 + i % (Size16x48 - Size18), noise);
-        read += reader->ReadQR(QRSide(1 + i % 40), noise);
-        read += reader->ReadDotCode(i % 131, (7 * i) % 131 + 1, i % 2 == 0, noise);
+        read += reader->ReadDataMatrixCells(Size18 + i % (Size16x48 - Size18), noise);
+        read += reader->ReadQRCells(QRSide(1 + i % 40), noise);
+        read += reader->ReadDotCode(i % 131, (7 * i) % 131 + 1, i % 2 == 0, noise, false) == SymbolRead;
     }
     // A small Data Matrix of noise may be a code word.
     EXPECT_LE(read, 6);
