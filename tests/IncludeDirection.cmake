@@ -43,6 +43,7 @@ set(shared
     image/histogram/LevelCounts.h    # for thresholds and equalisations
     image/histogram/MaskedCounts.h   # for thresholds of blobs under masks
     image/morpho/MorphoExtremum.h    # dilation and erosion as steps of other operations
+    image/morpho/RegionalPeaks.h     # peaks of scores
     image/histogram/NoiseEstimate.h  # for watersheds
     image/operator/PixelSteps.h      # copies and scales as steps of other operations
     image/pyramid/PyramidScale.h     # halving, which is a resampling too

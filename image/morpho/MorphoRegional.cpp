@@ -3,6 +3,7 @@
 
 #include "image/morpho/MorphoExtremum.h"
 #include "image/morpho/MorphoFrame.h"
+#include "image/morpho/RegionalPeaks.h"
 #include "measure/Path.h"
 
 #include <array>
@@ -14,12 +15,6 @@ namespace Tesk {
 namespace {
 
 using namespace morpho;
-
-struct Peak
-{
-    int x, y;
-    int height; ///< gray level, or its complement for minima
-};
 
 /// Connected components by flood fill: the first pixel, in row order, of each connected patch of pixels that are at
 /// least `least` high and that no neighbour surpasses.
@@ -125,21 +120,25 @@ private:
     std::array<std::vector<Peak>, heights> byHeight_;
 };
 
+std::vector<Peak> ListPeaks(Extremum extremum, int least, int most, const Image& src, bool connexity8)
+{
+    Peaks all(extremum, least, src, connexity8);
+    if (most < 1) {
+        std::vector<Peak> peaks;
+        all.Each([&](const Peak& peak) { peaks.push_back(peak); });
+        return peaks;
+    }
+    HighestPeaks highest(static_cast<std::size_t>(most));
+    all.Each([&](const Peak& peak) { highest.Insert(peak); });
+    return highest.List();
+}
+
 void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, const Image& src, Path& dst,
                bool connexity8)
 {
     if (entry.Refuses(CheckType(src, {Gray})) || entry.Refuses(CheckReach(src))) return;
     std::vector<Peak> peaks;
-    const bool done = Guarded(entry, [&] {
-        Peaks all(extremum, least, src, connexity8);
-        if (maxCount < 1) {
-            all.Each([&](const Peak& peak) { peaks.push_back(peak); });
-            return;
-        }
-        HighestPeaks highest(static_cast<std::size_t>(maxCount));
-        all.Each([&](const Peak& peak) { highest.Insert(peak); });
-        peaks = highest.List();
-    });
+    const bool done = Guarded(entry, [&] { peaks = ListPeaks(extremum, least, maxCount, src, connexity8); });
     if (!done) return;
     dst.Clear();
     dst.OrgX = src.X;
@@ -153,6 +152,11 @@ void FindPeaks(const Entry& entry, Extremum extremum, int least, int maxCount, c
 }
 
 } // namespace
+
+std::vector<Peak> morpho::FindMaxima(int least, int most, const Image& src, bool connexity8)
+{
+    return ListPeaks(Extremum::Maximum, least, most, src, connexity8);
+}
 
 void Morpho::RegionalMaxima(int MinGray, int MaxCount, const Image& Src, Path& Dst, bool Connexity8)
 {
