@@ -299,6 +299,8 @@ public:
     int TryBorderSelect(const Image& Src, int Selection);
     /// Makes sure that a predefined feature has a column.
     int ProvideColumn(int Feature);
+    /// Writes a feature that has a column of `Int` or `Float`, of the blob at a position, which must be valid.
+    int TrySetFeature(int Position, int Feature, double Value);
     /// Takes runs in scan order whose labels, each below `NumLabels`, say to which blob they belong, as a segmentation
     /// does. The runs are written.
     int TryTakeLabeled(std::span<LabeledRun> Runs, int NumLabels, bool Connexity8);

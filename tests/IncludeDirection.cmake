@@ -39,6 +39,8 @@ set(shared
     image/filter/SquareFilters.h     # the 3 x 3 filters as steps of other operations
     image/geometry/GeometryModel.h   # points mapped by a calibration, for gauges
     image/geometry/TurnKernels.h     # transposition, so that rows can be filtered as columns are
+    image/geometry/GeometryModel.h   # fits of registration models
+    measure/path/PathMoments.h       # area, center and length of outlines
     image/geometry/Warps.h           # warps into an image that is sized for them
     image/histogram/LevelCounts.h    # for thresholds and equalisations
     image/histogram/MaskedCounts.h   # for thresholds of blobs under masks

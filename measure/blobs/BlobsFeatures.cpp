@@ -192,4 +192,17 @@ float& Blobs::FloatFeature(int BlobIndex, int Feature)
     return own ? *reinterpret_cast<float*>(cell) : Dummy<float>();
 }
 
+int Blobs::TrySetFeature(int Position, int Feature, double Value)
+{
+    const int type = Type(Feature) == Int ? Int : Float;
+    if (const int code = CheckReading(Feature, type)) return code;
+    return WithMemory(noTable, [&] {
+        std::uint8_t* cell = WriteCell(ColumnOf(Feature), Order[Position]);
+        if (type == Int)
+            *reinterpret_cast<int*>(cell) = static_cast<int>(Value);
+        else
+            *reinterpret_cast<float*>(cell) = static_cast<float>(Value);
+    });
+}
+
 } // namespace Tesk

@@ -39,12 +39,11 @@ double Path::Perimeter(bool Euclidean) const
     const Entry entry("Tesk::Path::Perimeter");
     if (entry.Refuses(CheckSites())) return 0;
     const std::span<const Site> sites = View();
+    if (Euclidean) return static_cast<double>(PerimeterOf(sites));
     std::int64_t sum = 0;
     Site from = sites.back();
     for (const Site to : sites) {
-        const auto squared = static_cast<double>(SquaredDistance(from, to));
-        sum += Euclidean ? static_cast<std::int64_t>(std::sqrt(squared))
-                         : Max(std::abs(to.X - from.X), std::abs(to.Y - from.Y));
+        sum += Max(std::abs(to.X - from.X), std::abs(to.Y - from.Y));
         from = to;
     }
     return static_cast<double>(sum);

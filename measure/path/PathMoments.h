@@ -17,6 +17,16 @@ inline std::int64_t TwiceArea(std::span<const Site> sites)
     return sum;
 }
 
+/// The length of the closed path, that of each step without its fraction.
+inline std::int64_t PerimeterOf(std::span<const Site> sites)
+{
+    std::int64_t sum = 0;
+    for (std::size_t i = 0; i < sites.size(); i++)
+        sum += static_cast<std::int64_t>(
+            std::sqrt(static_cast<double>(SquaredDistance(sites[i > 0 ? i - 1 : sites.size() - 1], sites[i]))));
+    return sum;
+}
+
 /// Integrals over the inside of a polygon, about its first site.
 struct PolygonMoments
 {
