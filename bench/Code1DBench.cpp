@@ -1,0 +1,279 @@
+// How many photographs of linear codes are read right, wrong and not at all, and in what time, beside ZXing-C++ and
+// ZBar on the same pictures. The argument is a folder of folders FAMILY-N with pictures NAME.png or NAME.jpg, and the
+// text of each in NAME.txt; those of families without linear codes must give nothing.
+//
+//     code1d-bench FOLDER [FAMILY [NAME]]    NAME: tells what each picture gives
+#include "Bench.h"
+
+#include "read/Code1DReader.h"
+
+// Before the other one, whose macros have names of its classes.
+#include <zbar.h>
+
+#define ZX_USE_UTF8 1
+#include <ZXing/ReadBarcode.h>
+
+#include <filesystem>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+/// What a family is made of, for each reader.
+struct Family
+{
+    std::string name;
+    std::function<void(Tesk::Code1DReader&)> enable;
+    ZXing::BarcodeFormats formats;
+    std::vector<zbar::zbar_symbol_type_t> types;
+};
+
+void EnableRetail(Tesk::Code1DReader& reader)
+{
+    reader.DetectEAN13 = reader.DetectEAN8 = reader.DetectUPCA = reader.DetectUPCE = true;
+}
+
+void EnableAll(Tesk::Code1DReader& reader)
+{
+    EnableRetail(reader);
+    reader.DetectEAN128 = reader.Detect2of5 = reader.Detect39 = reader.Detect39Extended = true;
+    reader.Detect93 = reader.DetectCodabar = reader.DetectDatabar = reader.DetectDatabarLimited = true;
+}
+
+const std::vector<Family>& Families()
+{
+    using enum ZXing::BarcodeFormat;
+    using Reader = Tesk::Code1DReader;
+    const std::vector<zbar::zbar_symbol_type_t> retail = {zbar::ZBAR_EAN13, zbar::ZBAR_EAN8, zbar::ZBAR_UPCA,
+                                                          zbar::ZBAR_UPCE};
+    const ZXing::BarcodeFormats retailFormats = EAN13 | EAN8 | UPCA | UPCE;
+    static const std::vector<Family> families = {
+        {"codabar", [](Reader& r) { r.DetectCodabar = true; }, Codabar, {zbar::ZBAR_CODABAR}},
+        {"code128", [](Reader& r) { r.DetectEAN128 = true; }, Code128, {zbar::ZBAR_CODE128}},
+        {"code39", [](Reader& r) { r.Detect39 = r.Detect39Extended = true; }, Code39, {zbar::ZBAR_CODE39}},
+        {"code93", [](Reader& r) { r.Detect93 = true; }, Code93, {zbar::ZBAR_CODE93}},
+        {"databarltd", [](Reader& r) { r.DetectDatabarLimited = true; }, DataBar, {zbar::ZBAR_DATABAR}},
+        {"rss14", [](Reader& r) { r.DetectDatabar = true; }, DataBar, {zbar::ZBAR_DATABAR}},
+        {"itf", [](Reader& r) { r.Detect2of5 = true; }, ITF, {zbar::ZBAR_I25}},
+        {"ean13", EnableRetail, retailFormats, retail},
+        {"ean8", EnableRetail, retailFormats, retail},
+        {"upca", EnableRetail, retailFormats, retail},
+        {"upce", EnableRetail, retailFormats, retail},
+        {"multi", EnableAll, LinearCodes, {}},
+        {"falsepositives", EnableAll, LinearCodes, {}},
+        {"datamatrix", EnableAll, LinearCodes, {}},
+        {"qrcode", EnableAll, LinearCodes, {}}};
+    return families;
+}
+
+struct Picture
+{
+    std::string name;
+    std::optional<std::string> text;
+    Tesk::Image image;
+};
+
+/// The digits of UPC-A that those of UPC-E stand for.
+std::string Expanded(const std::string& upce)
+{
+    const std::string d = upce.substr(1, 6);
+    std::string body;
+    switch (d[5]) {
+    case '0':
+    case '1':
+    case '2':
+        body = d.substr(0, 2) + d[5] + "0000" + d.substr(2, 3);
+        break;
+    case '3':
+        body = d.substr(0, 3) + "00000" + d.substr(3, 2);
+        break;
+    case '4':
+        body = d.substr(0, 4) + "00000" + d[4];
+        break;
+    default:
+        body = d.substr(0, 5) + "0000" + d[5];
+    }
+    return upce[0] + body + upce[7];
+}
+
+/// A text without what readers may add or leave out.
+std::string Plain(const std::string& family, std::string text)
+{
+    if (text.starts_with("]C1")) text.erase(0, 3);
+    std::erase_if(text, [](unsigned char c) { return c < 32; });
+    while (!text.empty() && text.back() == ' ')
+        text.pop_back();
+    while (!text.empty() && text.front() == ' ')
+        text.erase(0, 1);
+    if (family == "codabar" && text.size() > 2 && std::isalpha(static_cast<unsigned char>(text.front())))
+        text = text.substr(1, text.size() - 2);
+    if (family == "rss14" || family == "databarltd") std::erase_if(text, [](char c) { return c == '(' || c == ')'; });
+    if (family == "upce" && text.size() == 8) text = Expanded(text);
+    if (family.starts_with("upc") || family == "ean13")
+        while (!text.empty() && text.front() == '0')
+            text.erase(0, 1);
+    return text;
+}
+
+struct Count
+{
+    int right = 0, wrong = 0, none = 0;
+    std::vector<double> times;
+
+    double Median()
+    {
+        if (times.empty()) return 0;
+        std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2), times.end());
+        return times[times.size() / 2];
+    }
+};
+
+using Texts = std::vector<std::string>;
+
+Texts ReadOurs(const Family& family, const Tesk::Image& image)
+{
+    static Tesk::Code1DReader reader;
+    reader.DetectEAN128 = reader.DetectEAN13 = reader.DetectEAN8 = reader.DetectUPCA = reader.DetectUPCE = false;
+    reader.Detect2of5 = reader.Detect39 = reader.Detect39Extended = reader.Detect93 = reader.DetectCodabar = false;
+    reader.DetectDatabar = reader.DetectDatabarLimited = false;
+    family.enable(reader);
+    reader.LookCloser = !std::getenv("FIRST_ROAD");
+    Texts texts;
+    if (!reader.Decode(image)) return texts;
+    for (int i = 0; i < reader.NumDecoded; i++) {
+        reader.Choose(i);
+        texts.emplace_back(static_cast<const char*>(reader.AsciiString));
+    }
+    return texts;
+}
+
+Texts ReadZXing(const Family& family, const Tesk::Image& image)
+{
+    ZXing::DecodeHints hints;
+    hints.setFormats(family.formats).setTryHarder(true).setTryRotate(true);
+    if (family.name == "code39") hints.setTryCode39ExtendedMode(true);
+    Texts texts;
+    for (const auto& result : ZXing::ReadBarcodes(
+             {image.FirstPixel, image.Width, image.Height, ZXing::ImageFormat::Lum, image.Pitch}, hints))
+        texts.push_back(result.text());
+    return texts;
+}
+
+Texts ReadZBar(const Family& family, const Tesk::Image& image)
+{
+    zbar::ImageScanner scanner;
+    if (!family.types.empty()) {
+        scanner.set_config(zbar::ZBAR_NONE, zbar::ZBAR_CFG_ENABLE, 0);
+        for (const auto type : family.types)
+            scanner.set_config(type, zbar::ZBAR_CFG_ENABLE, 1);
+    } else {
+        scanner.set_config(zbar::ZBAR_QRCODE, zbar::ZBAR_CFG_ENABLE, 0);
+    }
+    std::vector<std::uint8_t> packed;
+    for (int y = 0; y < image.Height; y++)
+        packed.insert(packed.end(), image.Row(y), image.Row(y) + image.Width);
+    zbar::Image view(static_cast<unsigned>(int(image.Width)), static_cast<unsigned>(int(image.Height)), "Y800",
+                     packed.data(), packed.size());
+    scanner.scan(view);
+    Texts texts;
+    for (auto symbol = view.symbol_begin(); symbol != view.symbol_end(); ++symbol)
+        texts.push_back(symbol->get_data());
+    return texts;
+}
+
+struct Contender
+{
+    const char* name;
+    Texts (*read)(const Family&, const Tesk::Image&);
+};
+constexpr Contender contenders[] = {{"Tesk", ReadOurs}, {"ZXing", ReadZXing}, {"ZBar", ReadZBar}};
+
+std::vector<Picture> Load(const fs::path& folder, const std::string& family)
+{
+    std::vector<fs::path> paths;
+    for (const auto& directory : fs::directory_iterator(folder)) {
+        if (!directory.is_directory() || !directory.path().filename().string().starts_with(family + "-")) continue;
+        for (const auto& file : fs::directory_iterator(directory))
+            if (file.path().extension() == ".png" || file.path().extension() == ".jpg") paths.push_back(file.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    std::vector<Picture> pictures(paths.size());
+    for (std::size_t i = 0; i < paths.size(); i++) {
+        pictures[i].name = paths[i].parent_path().filename().string() + "/" + paths[i].filename().string();
+        pictures[i].image.Read(paths[i].c_str(), Tesk::Gray);
+        std::ifstream text(fs::path(paths[i]).replace_extension(".txt"));
+        if (text && family != "multi" && family != "qrcode" && family != "datamatrix")
+            pictures[i].text = std::string(std::istreambuf_iterator<char>(text), {});
+    }
+    return pictures;
+}
+
+void Judge(const Family& family, const Picture& picture, const Texts& texts, Count& count, const char* who, bool tell)
+{
+    const char* verdict = "none";
+    if (texts.empty()) {
+        count.none++;
+    } else if (!picture.text && family.name == "multi") {
+        count.right += static_cast<int>(texts.size());
+        verdict = "read";
+    } else if (!picture.text) {
+        count.wrong++;
+        verdict = "WRONG";
+    } else {
+        const std::string expected = Plain(family.name, *picture.text);
+        const bool all = std::all_of(texts.begin(), texts.end(),
+                                     [&](const std::string& text) { return Plain(family.name, text) == expected; });
+        all ? count.right++ : count.wrong++;
+        verdict = all ? "right" : "WRONG";
+    }
+    if (!tell) return;
+    std::printf("  %-28s %-6s %-6s", picture.name.c_str(), who, verdict);
+    for (const std::string& text : texts)
+        std::printf(" [%s]", text.c_str());
+    std::printf("\n");
+}
+
+void Row(const Family& family, const std::vector<Picture>& pictures, const char* only)
+{
+    Count counts[std::size(contenders)];
+    for (const Picture& picture : pictures) {
+        if (only && picture.name.find(only) == std::string::npos) continue;
+        for (std::size_t k = 0; k < std::size(contenders); k++) {
+            Texts texts;
+            double shortest = 1e30;
+            for (int round = 0; round < 5; round++) {
+                const auto begin = Clock::now();
+                texts = contenders[k].read(family, picture.image);
+                shortest = std::min(shortest, std::chrono::duration<double, std::micro>(Clock::now() - begin).count());
+            }
+            counts[k].times.push_back(shortest);
+            Judge(family, picture, texts, counts[k], contenders[k].name, only != nullptr);
+        }
+    }
+    std::printf("%-15s %3zu", family.name.c_str(), pictures.size());
+    for (std::size_t k = 0; k < std::size(contenders); k++)
+        std::printf("  %-5s %3d right %2d wrong %2d none %6.0f us", contenders[k].name, counts[k].right,
+                    counts[k].wrong, counts[k].none, counts[k].Median());
+    std::printf("\n");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 2) {
+        std::printf("code1d-bench FOLDER [FAMILY [NAME]]\n");
+        return 2;
+    }
+    bench::Start(1, argv);
+    Tesk::Status::ErrorBehavior(Tesk::IgnoreIt);
+    for (const Family& family : Families())
+        if (argc < 3 || std::string(argv[2]) == "all" || family.name == argv[2])
+            Row(family, Load(argv[1], family.name), argc > 3 ? argv[3] : nullptr);
+    return 0;
+}

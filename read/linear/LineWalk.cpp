@@ -1,0 +1,191 @@
+// Lines of an image as gray values, and the edges on them.
+#include "read/linear/LineWalk.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+
+namespace Tesk::linear {
+
+namespace {
+
+int GrayOf(GrayPixel pixel)
+{
+    return pixel;
+}
+int GrayOf(Gray16Pixel pixel)
+{
+    return pixel;
+}
+int GrayOf(RgbPixel pixel)
+{
+    return std::max({pixel.Red, pixel.Green, pixel.Blue});
+}
+int GrayOf(RgbaPixel pixel)
+{
+    return std::max({pixel.Red, pixel.Green, pixel.Blue});
+}
+
+/// Calls `visit(x, y)` for the pixels of Bresenham's line.
+template <typename F>
+void Bresenham(Pixel from, Pixel to, F visit)
+{
+    const int dx = std::abs(to.x - from.x), dy = std::abs(to.y - from.y);
+    const int stepX = to.x < from.x ? -1 : 1, stepY = to.y < from.y ? -1 : 1;
+    int x = from.x, y = from.y, rest = (dx > dy ? dx : -dy) / 2;
+    for (int i = std::max(dx, dy); i >= 0; i--) {
+        visit(x, y);
+        const int before = rest;
+        if (before > -dx) {
+            rest -= dy;
+            x += stepX;
+        }
+        if (before < dy) {
+            rest += dx;
+            y += stepY;
+        }
+    }
+}
+
+/// The pixel at or before a place, and the weight of the next one in 1/256, both within the image.
+struct Between
+{
+    int first, second, weight;
+};
+
+Between Neighbours(double v, int count)
+{
+    if (!(v > 0)) return {0, 0, 0};
+    if (v >= count - 1) return {count - 1, count - 1, 0};
+    const int first = static_cast<int>(v);
+    return {first, first + 1, static_cast<int>((v - first) * 256)};
+}
+
+constexpr int largestGray = 65535;
+
+/// One direction of the search for edges; `sign` -1 turns the gray values about.
+struct Swing
+{
+    int from, to;             ///< the extremes, with the sign
+    std::ptrdiff_t fromIndex; ///< of the first extreme
+};
+
+/// Where a swing crosses its middle level.
+int CrossingOf(std::span<const int> line, int sign, const Swing& swing)
+{
+    const int sum = swing.from + swing.to;
+    std::ptrdiff_t i = swing.fromIndex + 1;
+    while (2 * sign * line[static_cast<std::size_t>(i)] < sum)
+        i++;
+    const int before = sign * line[static_cast<std::size_t>(i - 1)], here = sign * line[static_cast<std::size_t>(i)];
+    const int position = static_cast<int>(256 * i);
+    return here == before ? position : position + 128 * (sum - 2 * before) / (here - before);
+}
+
+} // namespace
+
+template <typename F>
+decltype(auto) Raster::ByPixel(F f) const
+{
+    switch (type_) {
+    case Gray16:
+        return f(static_cast<const Gray16Pixel*>(nullptr));
+    case Rgb:
+        return f(static_cast<const RgbPixel*>(nullptr));
+    case Rgba:
+        return f(static_cast<const RgbaPixel*>(nullptr));
+    default:
+        return f(static_cast<const GrayPixel*>(nullptr));
+    }
+}
+
+int Raster::At(int x, int y) const
+{
+    return ByPixel([&]<typename T>(const T*) { return GrayOf(reinterpret_cast<const T*>(first_ + pitch_ * y)[x]); });
+}
+
+int Raster::Walk(Pixel from, Pixel to, int* out) const
+{
+    ByPixel([&]<typename T>(const T*) {
+        if (from.y == to.y && from.x <= to.x) {
+            const T* row = reinterpret_cast<const T*>(first_ + pitch_ * from.y);
+            for (int x = from.x; x <= to.x; x++)
+                *out++ = GrayOf(row[x]);
+            return;
+        }
+        Bresenham(from, to, [&](int x, int y) { *out++ = GrayOf(reinterpret_cast<const T*>(first_ + pitch_ * y)[x]); });
+    });
+    return std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)) + 1;
+}
+
+int Raster::WalkAdded(Pixel from, Pixel to, int lines, double dx, double dy, int* out) const
+{
+    const int count = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y)) + 1;
+    std::fill(out, out + count, 0);
+    ByPixel([&]<typename T>(const T*) {
+        for (int k = 0; k < lines; k++) {
+            const double away = k - (lines - 1) / 2.0;
+            const int shiftX = static_cast<int>(std::lround(away * dx)),
+                      shiftY = static_cast<int>(std::lround(away * dy));
+            int* sum = out;
+            Bresenham(from, to, [&](int x, int y) {
+                const int u = std::clamp(x + shiftX, 0, width_ - 1), v = std::clamp(y + shiftY, 0, height_ - 1);
+                *sum++ += GrayOf(reinterpret_cast<const T*>(first_ + pitch_ * v)[u]);
+            });
+        }
+    });
+    return count;
+}
+
+void Raster::Sample(XY start, double dx, double dy, int count, int* out) const
+{
+    ByPixel([&]<typename T>(const T*) {
+        for (int i = 0; i < count; i++) {
+            const Between x = Neighbours(start.X + i * dx, width_), y = Neighbours(start.Y + i * dy, height_);
+            const T* upper = reinterpret_cast<const T*>(first_ + pitch_ * y.first);
+            const T* lower = reinterpret_cast<const T*>(first_ + pitch_ * y.second);
+            const int above = (256 - x.weight) * GrayOf(upper[x.first]) + x.weight * GrayOf(upper[x.second]);
+            const int below = (256 - x.weight) * GrayOf(lower[x.first]) + x.weight * GrayOf(lower[x.second]);
+            const std::int64_t sum = std::int64_t{256 - y.weight} * above + std::int64_t{y.weight} * below;
+            out[i] = static_cast<int>(sum >> 16);
+        }
+    });
+}
+
+EdgeRule EdgeRule::Of(int noise, int step)
+{
+    return {std::clamp(noise, 0, largestGray), std::clamp(step, 1, largestGray + 1)};
+}
+
+int FindEdges(std::span<const int> line, EdgeRule rule, int* out, bool& rising)
+{
+    rising = false;
+    const auto size = static_cast<std::ptrdiff_t>(line.size());
+    if (size < 2) return 0;
+    int count = 0, sign = 1, last = 0;
+    // The swing at hand goes up in `sign * value`, from the extreme before it.
+    Swing swing{line[0], line[0], 0};
+    std::ptrdiff_t extremeIndex = 0;
+    const auto close = [&] {
+        if (swing.to - swing.from < rule.step || sign == last) return;
+        if (count == 0) rising = sign > 0;
+        out[count++] = CrossingOf(line, sign, swing);
+        last = sign;
+    };
+    for (std::ptrdiff_t i = 1; i < size; i++) {
+        const int value = sign * line[static_cast<std::size_t>(i)];
+        if (value > swing.to) {
+            swing.to = value;
+            extremeIndex = i;
+        } else if (value < swing.to - rule.noise) {
+            close();
+            sign = -sign;
+            swing = {-swing.to, -value, extremeIndex};
+            extremeIndex = i;
+        }
+    }
+    close();
+    return count;
+}
+
+} // namespace Tesk::linear

@@ -1,0 +1,175 @@
+// Scan lines: parallel ones, and those across groups of bars; each line's edges go to the decoders, and reads to the
+// ballot.
+#include "foundation/Angles.h"
+#include "read/linear/ScanState.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <numbers>
+
+namespace Tesk::linear {
+
+namespace {
+
+constexpr int fewestEdges = 6;
+/// What decoders take for an edge, in samples.
+constexpr std::int64_t workOfEdge = 6;
+/// Oblique lines do not cut the corners of a picture nearer than this.
+constexpr double cornerMargin = 100;
+/// A line across a group goes on beside it by this part of its length, and pixels: outer bars that were not found, and
+/// quiet zones.
+constexpr double groupMargin = 0.2, groupMarginPixels = 12;
+constexpr int shortestLine = 10;
+constexpr int mostDirections = 180;
+
+} // namespace
+
+bool LineReader::Read(Pixel from, Pixel to)
+{
+    const int steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
+    if (steps == 0) return false;
+    if (static_cast<int>(scratch_.line.size()) < steps + 1) return false;
+    place.start = XY(from.x, from.y);
+    place.step = XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
+    const int count = raster_.Walk(from, to, scratch_.line.data());
+    return Read(std::span<const int>(scratch_.line).first(static_cast<std::size_t>(count)));
+}
+
+bool LineReader::Read(std::span<const int> line)
+{
+    if (scratch_.edges.size() < line.size()) scratch_.edges.resize(line.size());
+    if (scratch_.reversed.size() < line.size()) scratch_.reversed.resize(line.size());
+    EdgeList list;
+    const int count = FindEdges(line, rule, scratch_.edges.data(), list.rising);
+    work_ += static_cast<std::int64_t>(line.size()) + workOfEdge * count;
+    if (count < fewestEdges) return false;
+    list.positions = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(count));
+    list.length = static_cast<int>(line.size() - 1) * 256;
+    return DecodeLine(list, scratch_.reversed, settings_, *this);
+}
+
+void LineReader::Take(const SymbolRead& read)
+{
+    reads_++;
+    ballot_.Vote(read, place, votes, keepModules_);
+}
+
+Clipped Clip(XY origin, XY direction, int width, int height)
+{
+    Clipped part{-1e9, 1e9};
+    const auto cut = [&](double at, double step, double last) {
+        if (std::abs(step) < 1e-9) {
+            if (!(at >= -0.5 && at <= last + 0.5)) part.to = part.from - 1;
+            return;
+        }
+        const double a = -at / step, b = (last - at) / step;
+        part.from = std::max(part.from, std::min(a, b));
+        part.to = std::min(part.to, std::max(a, b));
+    };
+    cut(origin.X, direction.X, width - 1);
+    cut(origin.Y, direction.Y, height - 1);
+    return part;
+}
+
+bool ReadSegment(LineReader& reader, XY from, XY to, int least)
+{
+    const double length = std::hypot(to.X - from.X, to.Y - from.Y);
+    if (!(length >= 1)) return false;
+    const XY direction((to.X - from.X) / length, (to.Y - from.Y) / length);
+    const int width = reader.Source().Width(), height = reader.Source().Height();
+    Clipped part = Clip(from, direction, width, height);
+    part.from = std::max(part.from, 0.0);
+    part.to = std::min(part.to, length);
+    if (part.Empty() || part.to - part.from < least) return false;
+    const auto place = [&](double t) {
+        return Pixel{std::clamp(static_cast<int>(std::lround(from.X + t * direction.X)), 0, width - 1),
+                     std::clamp(static_cast<int>(std::lround(from.Y + t * direction.Y)), 0, height - 1)};
+    };
+    return reader.Read(place(part.from), place(part.to));
+}
+
+void ScanParallel(LineReader& reader, XY direction, int density)
+{
+    const int width = reader.Source().Width(), height = reader.Source().Height();
+    const XY normal(-direction.Y, direction.X);
+    double least = 0, most = 0;
+    for (const XY corner : {XY(width - 1, 0), XY(0, height - 1), XY(width - 1, height - 1)}) {
+        const double offset = corner.X * normal.X + corner.Y * normal.Y;
+        least = std::min(least, offset);
+        most = std::max(most, offset);
+    }
+    const double margin = std::min(cornerMargin * std::abs(direction.X * direction.Y), (most - least) / 4);
+    reader.place.direction = direction;
+    for (double offset = least + margin; offset <= most - margin + 1e-6; offset += density) {
+        const XY origin(offset * normal.X, offset * normal.Y);
+        const Clipped part = Clip(origin, direction, width, height);
+        if (part.Empty()) continue;
+        reader.place.offset = static_cast<int>(std::lround(offset));
+        ReadSegment(reader, XY(origin.X + part.from * direction.X, origin.Y + part.from * direction.Y),
+                    XY(origin.X + part.to * direction.X, origin.Y + part.to * direction.Y), 0);
+    }
+}
+
+void ScanGroups(LineReader& reader, int density)
+{
+    constexpr int groupsOfPass = 1 << 24;
+    for (const bool alongRows : {false, true}) {
+        BarFinder& bars = reader.Scratch().bars;
+        const auto groups = bars.Find(reader.Source(), alongRows, density, reader.rule);
+        reader.Charge(bars.Work());
+        reader.place.alongRows = alongRows;
+        reader.place.group = alongRows ? groupsOfPass : 0;
+        for (const BarGroup& group : groups) {
+            reader.place.group++;
+            const XY across(group.last.X - group.first.X, group.last.Y - group.first.Y);
+            const double width = std::hypot(across.X, across.Y);
+            if (!(width >= 1)) continue;
+            const XY direction(across.X / width, across.Y / width);
+            const double beside = groupMargin * width + groupMarginPixels;
+            // Lines of ascending offset go down from their normal.
+            const double sign = -direction.Y * group.along.X + direction.X * group.along.Y < 0 ? -1 : 1;
+            reader.place.direction = direction;
+            for (double k = -(group.length - 1) / 2; k <= (group.length - 1) / 2; k += density) {
+                const XY shift(sign * k * group.along.X, sign * k * group.along.Y);
+                reader.place.offset = static_cast<int>(std::lround(k));
+                ReadSegment(
+                    reader,
+                    XY(group.first.X + shift.X - beside * direction.X, group.first.Y + shift.Y - beside * direction.Y),
+                    XY(group.last.X + shift.X + beside * direction.X, group.last.Y + shift.Y + beside * direction.Y),
+                    shortestLine);
+            }
+        }
+    }
+}
+
+void ScanDirections(LineReader& reader, int directions, bool reverse, int density)
+{
+    if (directions == Auto) {
+        reader.votes = VoteRule::SameGroup;
+        ScanGroups(reader, density);
+        return;
+    }
+    if (directions >= 0) {
+        reader.votes = VoteRule::SameWay;
+        const int count = std::clamp(directions, 1, mostDirections);
+        for (int i = 0; i < count; i++) {
+            const double angle = i * std::numbers::pi / count;
+            reader.place.directionIndex = i;
+            const bool vertical = directions == 0 || 2 * i == count;
+            ScanParallel(reader,
+                         vertical ? XY(0, 1)
+                         : i == 0 ? XY(1, 0)
+                                  : XY(std::cos(angle), std::sin(angle)),
+                         density);
+        }
+        return;
+    }
+    reader.votes = VoteRule::AnyWay;
+    const double widest = -static_cast<double>(directions), step = reverse ? widest : 2 * widest;
+    reader.place.directionIndex = 0;
+    for (double angle = -widest; angle <= widest; angle += step, reader.place.directionIndex++)
+        ScanParallel(reader, XY(-std::sin(ToRadians(angle)), std::cos(ToRadians(angle))), density);
+}
+
+} // namespace Tesk::linear

@@ -1,0 +1,183 @@
+// What a reader of linear symbols keeps from one scan to the next: votes, trained colours, and memory.
+#pragma once
+
+#include "foundation/Records.h"
+#include "read/linear/BarGroups.h"
+#include "read/linear/LineWalk.h"
+#include "read/linear/LinearCode.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace Tesk::linear {
+
+constexpr int slotCount = 32, leastVotes = 3, mostColorBars = 16;
+
+/// A text, and where it was read how often.
+struct ScanVote
+{
+    int votes = 0;
+    Symbologies symbology = NoSymbology;
+    std::array<char, maximumTextLength + 1> text{};
+    int textLength = 0;
+    int firstLine = 0, lastLine = 0; ///< offsets of these scan lines
+    /// Where the text begins and ends on the first line, where it ends and begins on the last: around the symbol.
+    std::array<Site, 4> corners{};
+    Site direction{0, 0}; ///< of the first read, of length 4096
+    int directionIndex = 0;
+    int flags = 0; ///< `ReadFlags`
+    int fnc1Position = 0;
+    int group = 0;
+    int elementCount = 0;
+    std::array<std::uint8_t, maximumElements> modules{};
+
+    std::string_view Text() const { return {text.data(), static_cast<std::size_t>(textLength)}; }
+};
+
+/// A scan line as votes see it.
+struct LinePlace
+{
+    XY start{0, 0};
+    XY step{1, 0};      ///< from one sample to the next
+    XY direction{1, 0}; ///< of length 1
+    int offset = 0, directionIndex = 0, group = 0;
+    bool alongRows = false;
+};
+
+/// Which reads go to one slot.
+enum class VoteRule
+{
+    SameWay,   ///< those that run in the same way along the scan lines
+    SameGroup, ///< those of one group of bars, along nearly the same direction
+    AnyWay
+};
+
+/// The table of texts.
+class Ballot
+{
+public:
+    void Clear();
+    void Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules);
+    /// Moves what was read often enough, and is a symbol by its corners, to the front. How many symbols there are.
+    int Count(int votesNeeded);
+    const ScanVote& operator[](int index) const { return slots_[static_cast<std::size_t>(index)]; }
+    /// The symbol read most often of the first `count`.
+    int Best(int count) const;
+    void Move(int count, int dx, int dy);
+
+private:
+    ScanVote& SlotOf(const SymbolRead& read, const LinePlace& place, VoteRule rule);
+
+    std::array<ScanVote, slotCount> slots_{};
+};
+
+/// A bar whose colour is looked at.
+struct ColorBar
+{
+    std::array<XY, 4> corners{}; ///< around it, in pixels of the window
+    RgbPixel color{0, 0, 0};
+    bool passed = false;
+};
+
+/// The bars of a Pharmacode, in the order of the scan line.
+struct ColorBars
+{
+    int count = 0;
+    std::array<ColorBar, mostColorBars> bars{};
+};
+
+/// Memory that scans use again and again.
+struct ScanScratch
+{
+    std::vector<int> line, edges, reversed, fine, filtered;
+    BarFinder bars;
+};
+
+struct ScanState
+{
+    Ballot ballot;
+    ColorBars trained, inspected; ///< those of the sample, and those of the last decoding
+    std::array<char, maximumTextLength + 1> trainedText{};
+    ScanScratch scratch;
+};
+
+/// Reads lines of an image, and votes.
+class LineReader : public ReadSink
+{
+public:
+    LineReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch,
+               bool keepModules)
+        : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), keepModules_(keepModules)
+    {}
+    virtual ~LineReader() = default;
+
+    /// The next lines.
+    LinePlace place;
+    VoteRule votes = VoteRule::SameWay;
+    EdgeRule rule{10, 32};
+
+    /// Reads the pixels from one to another.
+    bool Read(Pixel from, Pixel to);
+    /// Reads a line of samples, of which `place` tells start and step.
+    bool Read(std::span<const int> line);
+    void Take(const SymbolRead& read) override;
+
+    const Raster& Source() const { return raster_; }
+    Ballot& Votes() const { return ballot_; }
+    ScanScratch& Scratch() const { return scratch_; }
+    /// A measure of the work so far: samples, and edges by what decoders take for each.
+    std::int64_t Work() const { return work_; }
+    int Reads() const { return reads_; }
+    void Charge(std::int64_t work) { work_ += work; }
+
+private:
+    const Raster& raster_;
+    const LinearSettings& settings_;
+    Ballot& ballot_;
+    ScanScratch& scratch_;
+    bool keepModules_;
+    std::int64_t work_ = 0;
+    int reads_ = 0;
+};
+
+/// The grades of ten profiles across a symbol.
+struct PrintQuality
+{
+    static constexpr int profiles = 10, indicators = 10;
+    std::array<std::array<int, indicators>, profiles> values{}; ///< 4 for A to 0 for F, in the order of the report
+    int Grade(std::size_t profile) const;                       ///< the lowest of its indicators
+    double Mean() const;                                        ///< of the grades
+};
+/// Grades a symbol on a picture of which a corner lies at `origin` of the coordinates of the symbol.
+PrintQuality GradePrint(const Raster& raster, const ScanVote& symbol, XY origin, std::vector<int>& line);
+
+/// The bars of a Pharmacode and their colours, found on its first and its last scan line; `parallel` tells that these
+/// were those of `ScanParallel`. False if the two lines do not show the same bars.
+bool FindColorBars(const Image& src, const LinearSettings& settings, EdgeRule rule, const ScanVote& symbol,
+                   bool parallel, ScanScratch& scratch, ColorBars& bars);
+
+/// The part of a line that lies on a picture.
+struct Clipped
+{
+    double from = 0, to = -1; ///< in units of the direction
+    bool Empty() const { return !(from <= to); }
+};
+Clipped Clip(XY origin, XY direction, int width, int height);
+
+/// A line between two points of the picture, cut to it. False where fewer than `least` pixels of it are left.
+bool ReadSegment(LineReader& reader, XY from, XY to, int least);
+
+/// Scan lines of one direction, `density` pixels from one to the next.
+void ScanParallel(LineReader& reader, XY direction, int density);
+/// Scan lines across groups of bars.
+void ScanGroups(LineReader& reader, int density);
+/// Scans in the directions that a setting of `NumDirections` stands for.
+void ScanDirections(LineReader& reader, int directions, bool reverse, int density);
+/// The second look, where the first one found nothing: at no more than three times its work. How many symbols there
+/// are.
+int LookCloser(LineReader& reader, int directions, int density);
+
+} // namespace Tesk::linear
