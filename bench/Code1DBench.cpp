@@ -112,7 +112,10 @@ std::string Plain(const std::string& family, std::string text)
         text.erase(0, 1);
     if (family == "codabar" && text.size() > 2 && std::isalpha(static_cast<unsigned char>(text.front())))
         text = text.substr(1, text.size() - 2);
-    if (family == "rss14" || family == "databarltd") std::erase_if(text, [](char c) { return c == '(' || c == ')'; });
+    if (family == "rss14" || family == "databarltd") {
+        std::erase_if(text, [](char c) { return c == '(' || c == ')'; });
+        if (text.size() == 16 && text.starts_with("01")) text.erase(0, 2);
+    }
     if (family == "upce" && text.size() == 8) text = Expanded(text);
     if (family.starts_with("upc") || family == "ean13")
         while (!text.empty() && text.front() == '0')
@@ -157,11 +160,10 @@ Texts ReadZXing(const Family& family, const Tesk::Image& image)
     ZXing::DecodeHints hints;
     hints.setFormats(family.formats).setTryHarder(true).setTryRotate(true);
     if (family.name == "code39") hints.setTryCode39ExtendedMode(true);
-    Texts texts;
-    for (const auto& result : ZXing::ReadBarcodes(
-             {image.FirstPixel, image.Width, image.Height, ZXing::ImageFormat::Lum, image.Pitch}, hints))
-        texts.push_back(result.text());
-    return texts;
+    // One symbol: the search for more fails an assertion of version 1.4 on some of the pictures.
+    const auto result = ZXing::ReadBarcode(
+        {image.FirstPixel, image.Width, image.Height, ZXing::ImageFormat::Lum, image.Pitch}, hints);
+    return result.isValid() ? Texts{result.text()} : Texts{};
 }
 
 Texts ReadZBar(const Family& family, const Tesk::Image& image)

@@ -188,6 +188,16 @@ int Ballot::Count(int votesNeeded)
     return static_cast<int>(count);
 }
 
+bool Ballot::HasClearWinner(int votes) const
+{
+    int first = 0, second = 0;
+    for (const ScanVote& slot : slots_) {
+        second = std::max(second, std::min(first, slot.votes));
+        first = std::max(first, slot.votes);
+    }
+    return first >= votes && first >= 2 * second;
+}
+
 int Ballot::Best(int count) const
 {
     return static_cast<int>(std::max_element(slots_.begin(), slots_.begin() + count,

@@ -14,8 +14,7 @@ namespace {
 
 constexpr int none = -1, removed = -2;
 
-/// A bar side reaches over that many distances of lines, and keeps to a line by that part of its length.
-constexpr int leastLines = 6;
+/// A bar side keeps to a line by that part of its length.
 constexpr double straightness = 0.025;
 /// Bar sides of more than this slope against the lines' normal are those of the other pass: 1.25 is beyond 45 degrees.
 constexpr int steepest = 320;
@@ -54,9 +53,11 @@ double BarFinder::Chain::Length() const
     return std::hypot(to.X - from.X, to.Y - from.Y);
 }
 
-std::span<const BarGroup> BarFinder::Find(const Raster& raster, bool alongRows, int density, EdgeRule rule)
+std::span<const BarGroup> BarFinder::Find(const Raster& raster, bool alongRows, int density, EdgeRule rule,
+                                          int reach)
 {
     density_ = density;
+    reach_ = reach;
     work_ = 0;
     groups_.clear();
     FindEdgesOfLines(raster, alongRows, rule);
@@ -200,7 +201,7 @@ void BarFinder::CollectChains(bool removeOthers)
         };
         chain.from = place(chain.head);
         chain.to = place(chain.tail);
-        const bool good = chain.to.Y - chain.from.Y >= leastLines * density_ && IsStraight(chain);
+        const bool good = chain.to.Y - chain.from.Y >= reach_ * density_ && IsStraight(chain);
         const int mark = good ? static_cast<int>(chains_.size()) : removeOthers ? removed : none;
         for (int e = chain.head; e != none; e = edges_[static_cast<std::size_t>(e)].next)
             edges_[static_cast<std::size_t>(e)].chain = mark;

@@ -23,8 +23,12 @@ struct BarGroup
 class BarFinder
 {
 public:
+    /// A bar side reaches over that many distances of lines.
+    static constexpr int usualReach = 6;
+
     /// Looks along the columns of a picture, or along its rows, for sides of bars that cross these.
-    std::span<const BarGroup> Find(const Raster& raster, bool alongRows, int density, EdgeRule rule);
+    std::span<const BarGroup> Find(const Raster& raster, bool alongRows, int density, EdgeRule rule,
+                                   int reach = usualReach);
     /// Pixels and edges looked at.
     std::int64_t Work() const { return work_; }
 
@@ -58,7 +62,7 @@ private:
     void MakeGroups(bool alongRows);
     void MakeGroup(std::span<const int> chains, bool alongRows);
 
-    int density_ = 5;
+    int density_ = 5, reach_ = usualReach;
     std::vector<int> line_, found_, lineStarts_, rootOf_, members_;
     std::vector<std::uint8_t> lineRising_;
     std::vector<Edge> edges_;

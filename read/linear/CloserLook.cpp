@@ -1,10 +1,174 @@
-// The second look at a picture in which the first found nothing.
+// The second look at a picture in which the first found nothing: lines nearer to each other and averaged along the bars,
+// weaker bars, blur undone. What it reads must agree on several lines.
 #include "read/linear/ScanState.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdlib>
 
 namespace Tesk::linear {
 
-int LookCloser(LineReader& reader, int, int)
+namespace {
+
+/// The whole of the second look takes no more than that many times the work of the first.
+constexpr int workFactor = 3;
+/// The part of it that sweeps may take where groups of bars are looked for as well.
+constexpr double sweepPart = 0.8;
+/// Lines beside each other that are added to one: noise goes, and bars stay.
+constexpr int breadth = 3;
+/// Of the range of gray values on a line: what is no bar, and what is one.
+constexpr int noisePart = 40, stepPart = 12, leastRange = 8;
+/// How much of its second difference a line is sharpened by, in halves, one after the other until one is read.
+constexpr std::array<int, 3> sharpenings = {0, 1, 2};
+/// A line of fewer edges is not looked at sharpened.
+constexpr int fewestEdges = 12;
+/// Lines of a sweep lie this far apart, in pixels; the next sweep takes those between.
+constexpr int sweepSpacing = 8;
+constexpr std::array<int, 4> sweeps = {2, 6, 4, 0};
+/// A text that as many lines read, and twice as many as any other one, ends the search.
+constexpr int clearVotes = 4;
+/// The sides of bars that are looked at once more.
+constexpr int weakNoise = 5, weakStep = 12, leastReach = 3;
+/// Across groups of bars, in pixels.
+constexpr double sampleStep = 0.8, groupSpacing = 2;
+
+/// Adds the second differences, taken `halves` / 2 times: the inverse of a slight blur.
+std::span<const int> Sharpened(std::span<const int> line, int halves, std::vector<int>& out)
 {
+    if (halves == 0) return line;
+    const std::size_t n = line.size();
+    if (out.size() < n) out.resize(n);
+    out[0] = line[0];
+    out[n - 1] = line[n - 1];
+    for (std::size_t i = 1; i + 1 < n; i++)
+        out[i] = line[i] + halves * (2 * line[i] - line[i - 1] - line[i + 1]) / 2;
+    return std::span<const int>(out).first(n);
+}
+
+class CloserScan
+{
+public:
+    explicit CloserScan(LineReader& reader) : reader_(reader), begin_(reader.Work()) {}
+
+    /// Sweeps rows and columns, then looks for weaker groups of bars, where these are asked for.
+    void Run(bool rows, bool columns, bool groups, int density)
+    {
+        limit_ = begin_ + begin_ * workFactor * (groups ? sweepPart : 1.0);
+        for (const int sweep : sweeps) {
+            if (rows) Sweep(sweep, true);
+            if (columns) Sweep(sweep, false);
+            if (IsClear()) return;
+        }
+        limit_ = begin_ + begin_ * workFactor;
+        if (groups) ScanBars(density);
+    }
+
+private:
+    bool Spent() const { return static_cast<double>(reader_.Work()) >= limit_; }
+    bool IsClear() const { return reader_.Votes().HasClearWinner(clearVotes); }
+
+    void Sweep(int first, bool alongRows)
+    {
+        const Raster& raster = reader_.Source();
+        const int length = alongRows ? raster.Width() : raster.Height();
+        const int across = alongRows ? raster.Height() : raster.Width();
+        reader_.place.alongRows = alongRows;
+        reader_.place.direction = alongRows ? XY(1, 0) : XY(0, 1);
+        reader_.place.directionIndex = alongRows ? 0 : 1;
+        for (int v = first; v < across && !Spent(); v += sweepSpacing) {
+            reader_.place.offset = v;
+            ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0},
+                        alongRows ? Pixel{length - 1, v} : Pixel{v, length - 1},
+                        alongRows ? XY(0, 1) : XY(1, 0));
+        }
+    }
+
+    /// Lines across groups of bars, averaged along these: weak bars and short ones, too.
+    void ScanBars(int density)
+    {
+        for (const bool alongRows : {true, false}) {
+            BarFinder& bars = reader_.Scratch().bars;
+            const auto groups =
+                bars.Find(reader_.Source(), alongRows, density, EdgeRule::Of(weakNoise, weakStep), leastReach);
+            reader_.Charge(bars.Work());
+            reader_.place.alongRows = alongRows;
+            for (const BarGroup& group : groups) {
+                if (Spent()) return;
+                reader_.place.directionIndex = alongRows ? 2 : 3;
+                ScanGroup(group);
+            }
+        }
+    }
+
+    void ScanGroup(const BarGroup& group)
+    {
+        const XY across(group.last.X - group.first.X, group.last.Y - group.first.Y);
+        const double width = std::hypot(across.X, across.Y);
+        if (!(width >= 1)) return;
+        const XY direction(across.X / width, across.Y / width);
+        const double beside = groupMargin * width + groupMarginPixels;
+        const XY from(group.first.X - beside * direction.X, group.first.Y - beside * direction.Y);
+        const Clipped part = Clip(from, direction, reader_.Source().Width(), reader_.Source().Height());
+        const double first = std::max(0.0, part.from), last = std::min(width + 2 * beside, part.to);
+        const int count = static_cast<int>((last - first) / sampleStep) + 1;
+        if (part.Empty() || count < 16) return;
+        ScanScratch& scratch = reader_.Scratch();
+        if (static_cast<int>(scratch.fine.size()) < count) scratch.fine.resize(static_cast<std::size_t>(count));
+        const double sign = -direction.Y * group.along.X + direction.X * group.along.Y < 0 ? -1 : 1;
+        reader_.place.direction = direction;
+        reader_.place.step = XY(direction.X * sampleStep, direction.Y * sampleStep);
+        for (double k = -(group.length - 1) / 2; k <= (group.length - 1) / 2 && !Spent(); k += groupSpacing) {
+            reader_.place.offset = static_cast<int>(std::lround(k));
+            reader_.place.start = XY(from.X + first * direction.X + sign * k * group.along.X,
+                                     from.Y + first * direction.Y + sign * k * group.along.Y);
+            reader_.Source().SampleAdded(reader_.place.start, reader_.place.step, count, breadth, group.along,
+                                         scratch.fine.data());
+            reader_.Charge(count * breadth);
+            ReadLine(std::span<const int>(scratch.fine).first(static_cast<std::size_t>(count)));
+        }
+    }
+
+    /// Reads the line that is the sum of some beside each other, `shift` from one to the next.
+    void ReadClosely(Pixel from, Pixel to, XY shift)
+    {
+        ScanScratch& scratch = reader_.Scratch();
+        const int steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
+        if (steps < 1) return;
+        reader_.place.start = XY(from.x, from.y);
+        reader_.place.step =
+            XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
+        const int count = reader_.Source().WalkAdded(from, to, breadth, shift.X, shift.Y, scratch.line.data());
+        reader_.Charge(count * breadth / 2);
+        ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count)));
+    }
+
+    void ReadLine(std::span<const int> line)
+    {
+        const auto [least, most] = std::minmax_element(line.begin(), line.end());
+        const int range = *most - *least;
+        if (range < leastRange * breadth) return;
+        reader_.rule = EdgeRule::Of(range / noisePart, range / stepPart);
+        for (const int halves : sharpenings) {
+            if (reader_.Read(Sharpened(line, halves, reader_.Scratch().filtered))) return;
+            if (reader_.EdgeCount() < fewestEdges) return;
+        }
+    }
+
+    LineReader& reader_;
+    std::int64_t begin_;
+    double limit_ = 0;
+};
+
+} // namespace
+
+int LookCloser(LineReader& reader, int directions, int density)
+{
+    reader.Votes().Clear();
+    reader.votes = VoteRule::AnyWay;
+    reader.place.group = 0;
+    CloserScan scan(reader);
+    scan.Run(directions != 0, directions != 1, directions == Auto, density);
     return reader.Votes().Count(leastVotes);
 }
 

@@ -47,10 +47,11 @@ void Bresenham(Pixel from, Pixel to, F visit)
     }
 }
 
-/// The pixel at or before a place, and the weight of the next one in 1/256, both within the image.
+/// The pixels before and behind a place, held to the image, and how far it lies from the one to the other.
 struct Between
 {
-    int first, second, weight;
+    int first, second;
+    double fraction;
 };
 
 Between Neighbours(double v, int count)
@@ -58,7 +59,7 @@ Between Neighbours(double v, int count)
     if (!(v > 0)) return {0, 0, 0};
     if (v >= count - 1) return {count - 1, count - 1, 0};
     const int first = static_cast<int>(v);
-    return {first, first + 1, static_cast<int>((v - first) * 256)};
+    return {first, first + 1, v - first};
 }
 
 constexpr int largestGray = 65535;
@@ -128,6 +129,13 @@ int Raster::WalkAdded(Pixel from, Pixel to, int lines, double dx, double dy, int
             const int shiftX = static_cast<int>(std::lround(away * dx)),
                       shiftY = static_cast<int>(std::lround(away * dy));
             int* sum = out;
+            if (from.y == to.y && from.x <= to.x && shiftX == 0) {
+                const T* row = reinterpret_cast<const T*>(first_ +
+                                                          pitch_ * std::clamp(from.y + shiftY, 0, height_ - 1));
+                for (int x = from.x; x <= to.x; x++)
+                    *sum++ += GrayOf(row[x]);
+                continue;
+            }
             Bresenham(from, to, [&](int x, int y) {
                 const int u = std::clamp(x + shiftX, 0, width_ - 1), v = std::clamp(y + shiftY, 0, height_ - 1);
                 *sum++ += GrayOf(reinterpret_cast<const T*>(first_ + pitch_ * v)[u]);
@@ -144,10 +152,39 @@ void Raster::Sample(XY start, double dx, double dy, int count, int* out) const
             const Between x = Neighbours(start.X + i * dx, width_), y = Neighbours(start.Y + i * dy, height_);
             const T* upper = reinterpret_cast<const T*>(first_ + pitch_ * y.first);
             const T* lower = reinterpret_cast<const T*>(first_ + pitch_ * y.second);
-            const int above = (256 - x.weight) * GrayOf(upper[x.first]) + x.weight * GrayOf(upper[x.second]);
-            const int below = (256 - x.weight) * GrayOf(lower[x.first]) + x.weight * GrayOf(lower[x.second]);
-            const std::int64_t sum = std::int64_t{256 - y.weight} * above + std::int64_t{y.weight} * below;
-            out[i] = static_cast<int>(sum >> 16);
+            const int left = GrayOf(upper[x.first]), right = GrayOf(upper[x.second]);
+            const int leftBelow = GrayOf(lower[x.first]), rightBelow = GrayOf(lower[x.second]);
+            const double above = left + x.fraction * (right - left);
+            const double below = leftBelow + x.fraction * (rightBelow - leftBelow);
+            out[i] = static_cast<int>(above + y.fraction * (below - above));
+        }
+    });
+}
+
+void Raster::SampleAdded(XY start, XY step, int count, int lines, XY shift, int* out) const
+{
+    // Places count in 1/256 pixel, steps finer, so that they add up.
+    constexpr int stepBits = 32, placeBits = 8;
+    const auto fixed = [](double v) { return static_cast<std::int64_t>(std::ldexp(v, stepBits)); };
+    std::fill(out, out + count, 0);
+    ByPixel([&]<typename T>(const T*) {
+        for (int k = 0; k < lines; k++) {
+            const double away = k - (lines - 1) / 2.0;
+            std::int64_t x = fixed(start.X + away * shift.X), y = fixed(start.Y + away * shift.Y);
+            const std::int64_t stepX = fixed(step.X), stepY = fixed(step.Y);
+            for (int i = 0; i < count; i++, x += stepX, y += stepY) {
+                const int column = static_cast<int>(x >> stepBits), row = static_cast<int>(y >> stepBits);
+                const int u = std::clamp(column, 0, width_ - 1), v = std::clamp(row, 0, height_ - 1);
+                const int nextU = std::clamp(column + 1, 0, width_ - 1), nextV = std::clamp(row + 1, 0, height_ - 1);
+                const int weightX = static_cast<int>(x >> (stepBits - placeBits) & 255);
+                const int weightY = static_cast<int>(y >> (stepBits - placeBits) & 255);
+                const T* upper = reinterpret_cast<const T*>(first_ + pitch_ * v);
+                const T* lower = reinterpret_cast<const T*>(first_ + pitch_ * nextV);
+                const int above = GrayOf(upper[u]) * (256 - weightX) + GrayOf(upper[nextU]) * weightX;
+                const int below = GrayOf(lower[u]) * (256 - weightX) + GrayOf(lower[nextU]) * weightX;
+                // Of 16-bit pixels, the sum of the products fits in no int.
+                out[i] += (above >> 8) + (((below - above) >> 8) * weightY >> 8);
+            }
         }
     });
 }

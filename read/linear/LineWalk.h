@@ -33,6 +33,8 @@ public:
     int WalkAdded(Pixel from, Pixel to, int lines, double dx, double dy, int* out) const;
     /// Bilinear samples of a line at `count` places, from `start` on, in steps of `dx`, `dy`.
     void Sample(XY start, double dx, double dy, int count, int* out) const;
+    /// The sums of such lines, `shift` from one to the next, to both sides of the one told.
+    void SampleAdded(XY start, XY step, int count, int lines, XY shift, int* out) const;
     int At(int x, int y) const;
 
 private:

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <iterator>
 #include <numbers>
 
 namespace Tesk::linear {
@@ -13,13 +14,10 @@ namespace Tesk::linear {
 namespace {
 
 constexpr int fewestEdges = 6;
-/// What decoders take for an edge, in samples.
-constexpr std::int64_t workOfEdge = 6;
+/// What finding an edge, and each decoder, takes for an edge, in samples.
+constexpr int workOfFinding = 4, workOfDecoder = 3;
 /// Oblique lines do not cut the corners of a picture nearer than this.
 constexpr double cornerMargin = 100;
-/// A line across a group goes on beside it by this part of its length, and pixels: outer bars that were not found, and
-/// quiet zones.
-constexpr double groupMargin = 0.2, groupMarginPixels = 12;
 constexpr int shortestLine = 10;
 constexpr int mostDirections = 180;
 
@@ -42,16 +40,28 @@ bool LineReader::Read(std::span<const int> line)
     if (scratch_.reversed.size() < line.size()) scratch_.reversed.resize(line.size());
     EdgeList list;
     const int count = FindEdges(line, rule, scratch_.edges.data(), list.rising);
-    work_ += static_cast<std::int64_t>(line.size()) + workOfEdge * count;
+    edgeCount_ = count;
+    work_ += static_cast<std::int64_t>(line.size()) + std::int64_t{workOfEdge_} * count;
     if (count < fewestEdges) return false;
     list.positions = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(count));
     list.length = static_cast<int>(line.size() - 1) * 256;
     return DecodeLine(list, scratch_.reversed, settings_, *this);
 }
 
+int LineReader::WorkOfEdge(const LinearSettings& settings)
+{
+    const bool enabled[] = {settings.detectEAN13 || settings.detectUPCA, settings.detectEAN8, settings.detectUPCE,
+                            settings.detectEAN128, settings.detect2of5 || settings.detectITF14,
+                            settings.detectMatrix2of5, settings.detectMSI, settings.detect11,
+                            settings.detectPharmacode, settings.detectDatabar, settings.detectDatabarLimited,
+                            settings.detect39 || settings.detect39Extended, settings.detect93,
+                            settings.detectCodabar};
+    return workOfFinding +
+           workOfDecoder * static_cast<int>(std::count(std::begin(enabled), std::end(enabled), true));
+}
+
 void LineReader::Take(const SymbolRead& read)
 {
-    reads_++;
     ballot_.Vote(read, place, votes, keepModules_);
 }
 

@@ -14,6 +14,9 @@
 
 namespace Tesk::linear {
 
+/// A line across a group goes on beside it by this part of its length, and pixels: outer bars that were not found, and
+/// quiet zones.
+constexpr double groupMargin = 0.2, groupMarginPixels = 12;
 constexpr int slotCount = 32, leastVotes = 3, mostColorBars = 16;
 
 /// A text, and where it was read how often.
@@ -64,6 +67,8 @@ public:
     /// Moves what was read often enough, and is a symbol by its corners, to the front. How many symbols there are.
     int Count(int votesNeeded);
     const ScanVote& operator[](int index) const { return slots_[static_cast<std::size_t>(index)]; }
+    /// Whether a text has as many votes, and twice as many as any other one.
+    bool HasClearWinner(int votes) const;
     /// The symbol read most often of the first `count`.
     int Best(int count) const;
     void Move(int count, int dx, int dy);
@@ -110,7 +115,8 @@ class LineReader : public ReadSink
 public:
     LineReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch,
                bool keepModules)
-        : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), keepModules_(keepModules)
+        : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), keepModules_(keepModules),
+          workOfEdge_(WorkOfEdge(settings))
     {}
     virtual ~LineReader() = default;
 
@@ -130,17 +136,20 @@ public:
     ScanScratch& Scratch() const { return scratch_; }
     /// A measure of the work so far: samples, and edges by what decoders take for each.
     std::int64_t Work() const { return work_; }
-    int Reads() const { return reads_; }
+    int EdgeCount() const { return edgeCount_; } ///< of the last line
     void Charge(std::int64_t work) { work_ += work; }
 
 private:
+    static int WorkOfEdge(const LinearSettings& settings);
+
     const Raster& raster_;
     const LinearSettings& settings_;
     Ballot& ballot_;
     ScanScratch& scratch_;
     bool keepModules_;
+    int workOfEdge_;
     std::int64_t work_ = 0;
-    int reads_ = 0;
+    int edgeCount_ = 0;
 };
 
 /// The grades of ten profiles across a symbol.
