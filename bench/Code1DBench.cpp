@@ -161,8 +161,8 @@ Texts ReadZXing(const Family& family, const Tesk::Image& image)
     hints.setFormats(family.formats).setTryHarder(true).setTryRotate(true);
     if (family.name == "code39") hints.setTryCode39ExtendedMode(true);
     // One symbol: the search for more fails an assertion of version 1.4 on some of the pictures.
-    const auto result = ZXing::ReadBarcode(
-        {image.FirstPixel, image.Width, image.Height, ZXing::ImageFormat::Lum, image.Pitch}, hints);
+    const auto result =
+        ZXing::ReadBarcode({image.FirstPixel, image.Width, image.Height, ZXing::ImageFormat::Lum, image.Pitch}, hints);
     return result.isValid() ? Texts{result.text()} : Texts{};
 }
 

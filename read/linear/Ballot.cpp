@@ -125,7 +125,7 @@ ScanVote& Ballot::SlotOf(const SymbolRead& read, const LinePlace& place, VoteRul
     return slot;
 }
 
-void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules)
+void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules, int weight)
 {
     const auto at = [&](int position) {
         return SiteAt(
@@ -138,7 +138,7 @@ void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule,
         slot.textLength = read.textLength;
         slot.flags = read.flags | (place.alongRows ? ScannedAlongRows : 0);
         slot.fnc1Position = read.fnc1Position;
-        slot.votes = 1;
+        slot.votes = weight;
         slot.symbology = read.symbology;
         slot.direction = SiteAt(XY(place.direction.X * directionScale, place.direction.Y * directionScale));
         slot.directionIndex = place.directionIndex;
@@ -152,7 +152,7 @@ void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule,
         }
         return;
     }
-    slot.votes++;
+    slot.votes += weight;
     auto& [a, b, c, d] = slot.corners;
     const XY normal = Normal(slot);
     const double offset = (Along(from, normal) + Along(to, normal)) / 2;
@@ -170,11 +170,25 @@ void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule,
         slot.lastLine = place.offset;
 }
 
-int Ballot::Count(int votesNeeded)
+bool Ballot::IsOutvoted(const ScanVote& slot, int outvoting) const
 {
+    int others = 0;
+    for (const ScanVote& other : slots_) {
+        const bool isOther = other.symbology != slot.symbology || other.Text() != slot.Text();
+        if (other.votes > 0 && isOther && (IsInside(slot, CenterOf(other)) || IsInside(other, CenterOf(slot))))
+            others += other.votes;
+    }
+    return slot.votes < outvoting * others;
+}
+
+int Ballot::Count(int votesNeeded, int outvoting)
+{
+    std::array<bool, slotCount> valid{};
+    for (std::size_t i = 0; i < slots_.size(); i++)
+        valid[i] = slots_[i].votes >= votesNeeded && !IsOutvoted(slots_[i], outvoting);
     std::size_t count = 0;
     for (std::size_t i = 0; i < slots_.size(); i++) {
-        if (slots_[i].votes < votesNeeded || !CheckQuadrilateral(slots_[i])) continue;
+        if (!valid[i] || !CheckQuadrilateral(slots_[i])) continue;
         bool known = false;
         for (std::size_t k = 0; k < count && !known; k++) {
             if (!IsSame(slots_[k], slots_[i])) continue;
@@ -188,14 +202,14 @@ int Ballot::Count(int votesNeeded)
     return static_cast<int>(count);
 }
 
-bool Ballot::HasClearWinner(int votes) const
+bool Ballot::HasClearWinner(int votes, int outvoting) const
 {
     int first = 0, second = 0;
     for (const ScanVote& slot : slots_) {
         second = std::max(second, std::min(first, slot.votes));
         first = std::max(first, slot.votes);
     }
-    return first >= votes && first >= 2 * second;
+    return first >= votes && first >= outvoting * second;
 }
 
 int Ballot::Best(int count) const

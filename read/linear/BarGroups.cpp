@@ -53,8 +53,7 @@ double BarFinder::Chain::Length() const
     return std::hypot(to.X - from.X, to.Y - from.Y);
 }
 
-std::span<const BarGroup> BarFinder::Find(const Raster& raster, bool alongRows, int density, EdgeRule rule,
-                                          int reach)
+std::span<const BarGroup> BarFinder::Find(const Raster& raster, bool alongRows, int density, EdgeRule rule, int reach)
 {
     density_ = density;
     reach_ = reach;

@@ -1,5 +1,5 @@
-// The second look at a picture in which the first found nothing: lines nearer to each other and averaged along the bars,
-// weaker bars, blur undone. What it reads must agree on several lines.
+// The second look at a picture in which the first found nothing: lines nearer to each other and averaged along the
+// bars, weaker bars, blur undone. What it reads must agree on several lines.
 #include "read/linear/ScanState.h"
 
 #include <algorithm>
@@ -17,17 +17,24 @@ constexpr int workFactor = 3;
 constexpr double sweepPart = 0.8;
 /// Lines beside each other that are added to one: noise goes, and bars stay.
 constexpr int breadth = 3;
-/// Of the range of gray values on a line: what is no bar, and what is one.
-constexpr int noisePart = 40, stepPart = 12, leastRange = 8;
-/// How much of its second difference a line is sharpened by, in halves, one after the other until one is read.
-constexpr std::array<int, 3> sharpenings = {0, 1, 2};
+/// Of the range of gray values on a line: what is no bar.
+constexpr int noisePart = 40, leastRange = 8;
+/// A line is looked at in these ways, one after the other until it is read: sharpened by its second difference so many
+/// halves, with bars of at least that part of its range, in percent. Weak bars are those of faint or blurred print; the
+/// strong ones leave out the halo of a sharpened picture, which would stand in the quiet zones.
+struct Way
+{
+    int halves, step;
+};
+constexpr std::array<Way, 5> ways = {{{0, 15}, {1, 8}, {0, 28}, {1, 25}, {2, 15}}};
 /// A line of fewer edges is not looked at sharpened.
 constexpr int fewestEdges = 12;
 /// Lines of a sweep lie this far apart, in pixels; the next sweep takes those between.
 constexpr int sweepSpacing = 8;
 constexpr std::array<int, 4> sweeps = {2, 6, 4, 0};
-/// A text that as many lines read, and twice as many as any other one, ends the search.
-constexpr int clearVotes = 4;
+/// A text counts with as many votes as three lines give where its elements fit, and ends the search with those of four.
+/// All other texts in its place must have no more than that part of its votes.
+constexpr int enoughVotes = leastVotes * goodFit, clearVotes = 4 * goodFit, outvoting = 3;
 /// The sides of bars that are looked at once more.
 constexpr int weakNoise = 5, weakStep = 12, leastReach = 3;
 /// Across groups of bars, in pixels.
@@ -66,7 +73,7 @@ public:
 
 private:
     bool Spent() const { return static_cast<double>(reader_.Work()) >= limit_; }
-    bool IsClear() const { return reader_.Votes().HasClearWinner(clearVotes); }
+    bool IsClear() const { return reader_.Votes().HasClearWinner(clearVotes, outvoting); }
 
     void Sweep(int first, bool alongRows)
     {
@@ -78,8 +85,7 @@ private:
         reader_.place.directionIndex = alongRows ? 0 : 1;
         for (int v = first; v < across && !Spent(); v += sweepSpacing) {
             reader_.place.offset = v;
-            ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0},
-                        alongRows ? Pixel{length - 1, v} : Pixel{v, length - 1},
+            ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0}, alongRows ? Pixel{length - 1, v} : Pixel{v, length - 1},
                         alongRows ? XY(0, 1) : XY(1, 0));
         }
     }
@@ -136,8 +142,7 @@ private:
         const int steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
         if (steps < 1) return;
         reader_.place.start = XY(from.x, from.y);
-        reader_.place.step =
-            XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
+        reader_.place.step = XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
         const int count = reader_.Source().WalkAdded(from, to, breadth, shift.X, shift.Y, scratch.line.data());
         reader_.Charge(count * breadth / 2);
         ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count)));
@@ -148,9 +153,9 @@ private:
         const auto [least, most] = std::minmax_element(line.begin(), line.end());
         const int range = *most - *least;
         if (range < leastRange * breadth) return;
-        reader_.rule = EdgeRule::Of(range / noisePart, range / stepPart);
-        for (const int halves : sharpenings) {
-            if (reader_.Read(Sharpened(line, halves, reader_.Scratch().filtered))) return;
+        for (const Way way : ways) {
+            reader_.rule = EdgeRule::Of(range / noisePart, static_cast<int>(std::int64_t{range} * way.step / 100));
+            if (reader_.Read(Sharpened(line, way.halves, reader_.Scratch().filtered))) return;
             if (reader_.EdgeCount() < fewestEdges) return;
         }
     }
@@ -167,9 +172,10 @@ int LookCloser(LineReader& reader, int directions, int density)
     reader.Votes().Clear();
     reader.votes = VoteRule::AnyWay;
     reader.place.group = 0;
+    reader.byFit = true;
     CloserScan scan(reader);
     scan.Run(directions != 0, directions != 1, directions == Auto, density);
-    return reader.Votes().Count(leastVotes);
+    return reader.Votes().Count(enoughVotes, outvoting);
 }
 
 } // namespace Tesk::linear

@@ -130,8 +130,8 @@ int Raster::WalkAdded(Pixel from, Pixel to, int lines, double dx, double dy, int
                       shiftY = static_cast<int>(std::lround(away * dy));
             int* sum = out;
             if (from.y == to.y && from.x <= to.x && shiftX == 0) {
-                const T* row = reinterpret_cast<const T*>(first_ +
-                                                          pitch_ * std::clamp(from.y + shiftY, 0, height_ - 1));
+                const T* row =
+                    reinterpret_cast<const T*>(first_ + pitch_ * std::clamp(from.y + shiftY, 0, height_ - 1));
                 for (int x = from.x; x <= to.x; x++)
                     *sum++ += GrayOf(row[x]);
                 continue;

@@ -17,7 +17,7 @@ namespace Tesk::linear {
 /// A line across a group goes on beside it by this part of its length, and pixels: outer bars that were not found, and
 /// quiet zones.
 constexpr double groupMargin = 0.2, groupMarginPixels = 12;
-constexpr int slotCount = 32, leastVotes = 3, mostColorBars = 16;
+constexpr int slotCount = 32, leastVotes = 3, goodFit = 3, mostColorBars = 16;
 
 /// A text, and where it was read how often.
 struct ScanVote
@@ -63,18 +63,20 @@ class Ballot
 {
 public:
     void Clear();
-    void Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules);
-    /// Moves what was read often enough, and is a symbol by its corners, to the front. How many symbols there are.
-    int Count(int votesNeeded);
+    void Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules, int weight = 1);
+    /// Moves what was read often enough, and is a symbol by its corners, to the front. With `outvoting` it must have
+    /// that multiple of the votes of all other texts in its place. How many symbols there are.
+    int Count(int votesNeeded, int outvoting = 0);
     const ScanVote& operator[](int index) const { return slots_[static_cast<std::size_t>(index)]; }
-    /// Whether a text has as many votes, and twice as many as any other one.
-    bool HasClearWinner(int votes) const;
+    /// Whether a text has as many votes, and that multiple of those of any other one.
+    bool HasClearWinner(int votes, int outvoting) const;
     /// The symbol read most often of the first `count`.
     int Best(int count) const;
     void Move(int count, int dx, int dy);
 
 private:
     ScanVote& SlotOf(const SymbolRead& read, const LinePlace& place, VoteRule rule);
+    bool IsOutvoted(const ScanVote& slot, int outvoting) const;
 
     std::array<ScanVote, slotCount> slots_{};
 };
@@ -124,6 +126,7 @@ public:
     LinePlace place;
     VoteRule votes = VoteRule::SameWay;
     EdgeRule rule{10, 32};
+    bool byFit = false; ///< reads whose elements fit have more votes than others: `goodFit` of them, not one
 
     /// Reads the pixels from one to another.
     bool Read(Pixel from, Pixel to);
