@@ -12,7 +12,7 @@ namespace Tesk::linear {
 
 namespace {
 
-constexpr int none = -1, removed = -2;
+constexpr int none = -1;
 
 /// A bar side keeps to a line by that part of its length.
 constexpr double straightness = 0.025;
@@ -61,10 +61,11 @@ std::span<const BarGroup> BarFinder::Find(const Raster& raster, bool alongRows, 
     groups_.clear();
     FindEdgesOfLines(raster, alongRows, rule);
     Link();
-    CollectChains(true);
-    // What was removed may have stood between the parts of a side.
+    CollectChains();
+    // What is removed may have stood between the parts of a side.
+    RemoveOthers();
     Link();
-    CollectChains(false);
+    CollectChains();
     Unite();
     MakeGroups(alongRows);
     return groups_;
@@ -75,26 +76,28 @@ void BarFinder::FindEdgesOfLines(const Raster& raster, bool alongRows, EdgeRule 
     const int length = alongRows ? raster.Width() : raster.Height(),
               across = alongRows ? raster.Height() : raster.Width();
     line_.resize(static_cast<std::size_t>(length));
-    found_.resize(static_cast<std::size_t>(length));
+    found_.resize(static_cast<std::size_t>(length) + 2);
+    turns_.resize(static_cast<std::size_t>(length) + 2);
     edges_.clear();
     lineStarts_.clear();
-    lineRising_.clear();
     for (int v = density_ / 2; v < across; v += density_) {
         const int last = length - 1;
         raster.Walk(alongRows ? Pixel{0, v} : Pixel{v, 0}, alongRows ? Pixel{last, v} : Pixel{v, last}, line_.data());
+        const auto turns =
+            std::span<const Turn>(turns_).first(static_cast<std::size_t>(FindTurns(line_, rule.noise, turns_.data())));
         bool rising = false;
-        const int count = FindEdges(line_, rule, found_.data(), rising);
+        const int count = EdgesBetween(line_, turns, rule.step, found_.data(), rising);
         const int line = static_cast<int>(lineStarts_.size());
         lineStarts_.push_back(static_cast<int>(edges_.size()));
-        lineRising_.push_back(rising ? 1 : 0);
-        for (int i = 0; i < count; i++) {
+        for (int i = 0; i < count; i++, rising = !rising) {
             const int position = found_[static_cast<std::size_t>(i)];
-            edges_.push_back({position, SlopeAt(raster, alongRows, v, position), none, none, none, line});
+            edges_.push_back({position, SlopeAt(raster, alongRows, v, position), none, none, none, line, rising});
         }
         work_ += length + 4 * count;
         if (density_ > across) break;
     }
-    lineStarts_.push_back(static_cast<int>(edges_.size()));
+    edgesFound_ = static_cast<int>(edges_.size());
+    lineStarts_.push_back(edgesFound_);
 }
 
 /// The slope by the gradient across the edge, so that bars narrower than their shift from line to line are followed,
@@ -114,12 +117,6 @@ int BarFinder::SlopeAt(const Raster& raster, bool alongRows, int v, int position
     if (alongLine == 0) return 0;
     const std::int64_t slope = std::int64_t{-256} * acrossLines / alongLine;
     return static_cast<int>(std::clamp<std::int64_t>(slope, -steepest, steepest)) * density_;
-}
-
-bool BarFinder::IsRising(int edge) const
-{
-    const auto line = static_cast<std::size_t>(edges_[static_cast<std::size_t>(edge)].line);
-    return ((edge - lineStarts_[line]) & 1) == (lineRising_[line] ? 0 : 1);
 }
 
 void BarFinder::Link()
@@ -142,7 +139,7 @@ void BarFinder::LinkLines(int line, int next)
     int low = start(next);
     for (int e = start(line); e < start(line + 1); e++) {
         Edge& edge = edges_[static_cast<std::size_t>(e)];
-        if (edge.chain == removed || edge.next != none) continue;
+        if (edge.next != none) continue;
         const int expected = edge.position + edge.slope * (next - line);
         while (low > start(next) && edges_[static_cast<std::size_t>(low - 1)].position >= expected - tolerance)
             low--;
@@ -152,7 +149,7 @@ void BarFinder::LinkLines(int line, int next)
         for (int f = low; f < start(next + 1); f++) {
             const Edge& other = edges_[static_cast<std::size_t>(f)];
             if (other.position > expected + tolerance) break;
-            if (other.chain == removed || IsRising(f) != IsRising(e)) continue;
+            if (other.rising != edge.rising) continue;
             const int distance = std::abs(other.position - expected) +
                                  std::abs(other.position - other.slope * (next - line) - edge.position);
             if (distance / 2 < least) {
@@ -186,11 +183,11 @@ bool BarFinder::IsStraight(const Chain& chain) const
     return true;
 }
 
-void BarFinder::CollectChains(bool removeOthers)
+void BarFinder::CollectChains()
 {
     chains_.clear();
     for (std::size_t i = 0; i < edges_.size(); i++) {
-        if (edges_[i].previous != none || edges_[i].chain == removed) continue;
+        if (edges_[i].previous != none) continue;
         Chain chain{static_cast<int>(i), static_cast<int>(i), {0, 0}, {0, 0}};
         while (edges_[static_cast<std::size_t>(chain.tail)].next != none)
             chain.tail = edges_[static_cast<std::size_t>(chain.tail)].next;
@@ -201,11 +198,26 @@ void BarFinder::CollectChains(bool removeOthers)
         chain.from = place(chain.head);
         chain.to = place(chain.tail);
         const bool good = chain.to.Y - chain.from.Y >= reach_ * density_ && IsStraight(chain);
-        const int mark = good ? static_cast<int>(chains_.size()) : removeOthers ? removed : none;
+        const int mark = good ? static_cast<int>(chains_.size()) : none;
         for (int e = chain.head; e != none; e = edges_[static_cast<std::size_t>(e)].next)
             edges_[static_cast<std::size_t>(e)].chain = mark;
         if (good) chains_.push_back(chain);
     }
+}
+
+/// Keeps the edges of chains alone.
+void BarFinder::RemoveOthers()
+{
+    std::size_t kept = 0;
+    for (std::size_t line = 0; line + 1 < lineStarts_.size(); line++) {
+        const auto from = static_cast<std::size_t>(lineStarts_[line]);
+        const auto to = static_cast<std::size_t>(lineStarts_[line + 1]);
+        lineStarts_[line] = static_cast<int>(kept);
+        for (std::size_t i = from; i < to; i++)
+            if (edges_[i].chain != none) edges_[kept++] = edges_[i];
+    }
+    lineStarts_.back() = static_cast<int>(kept);
+    edges_.resize(kept, Edge{});
 }
 
 bool BarFinder::AreNeighbours(const Chain& a, const Chain& b) const

@@ -5,7 +5,6 @@
 #include "foundation/Records.h"
 #include "read/linear/LineWalk.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -31,6 +30,7 @@ public:
                                    int reach = usualReach);
     /// Pixels and edges looked at.
     std::int64_t Work() const { return work_; }
+    int EdgesFound() const { return edgesFound_; }
 
 private:
     /// An edge on a line, with the links to the next ones of its bar side.
@@ -41,6 +41,7 @@ private:
         int next, previous;
         int chain;
         int line;
+        bool rising;
     };
     struct Chain
     {
@@ -53,8 +54,8 @@ private:
     int SlopeAt(const Raster& raster, bool alongRows, int v, int position) const;
     void Link();
     void LinkLines(int line, int next);
-    bool IsRising(int edge) const;
-    void CollectChains(bool removeOthers);
+    void CollectChains();
+    void RemoveOthers();
     bool IsStraight(const Chain& chain) const;
     void Unite();
     bool AreNeighbours(const Chain& a, const Chain& b) const;
@@ -64,12 +65,13 @@ private:
 
     int density_ = 5, reach_ = usualReach;
     std::vector<int> line_, found_, lineStarts_, rootOf_, members_;
-    std::vector<std::uint8_t> lineRising_;
+    std::vector<Turn> turns_;
     std::vector<Edge> edges_;
     std::vector<Chain> chains_;
     std::vector<double> lengths_;
     std::vector<XY> centers_, kept_;
     std::vector<BarGroup> groups_;
+    int edgesFound_ = 0;
     std::int64_t work_ = 0;
 };
 

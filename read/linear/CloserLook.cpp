@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 namespace Tesk::linear {
@@ -14,7 +15,7 @@ namespace {
 /// The whole of the second look takes no more than that many times the work of the first.
 constexpr int workFactor = 3;
 /// The part of it that sweeps may take where groups of bars are looked for as well.
-constexpr double sweepPart = 0.8;
+constexpr double sweepPart = 0.6;
 /// Lines beside each other that are added to one: noise goes, and bars stay.
 constexpr int breadth = 3;
 /// Of the range of gray values on a line: what is no bar.
@@ -22,11 +23,10 @@ constexpr int noisePart = 40, leastRange = 8;
 /// A line is looked at in these ways, one after the other until it is read: sharpened by its second difference so many
 /// halves, with bars of at least that part of its range, in percent. Weak bars are those of faint or blurred print; the
 /// strong ones leave out the halo of a sharpened picture, which would stand in the quiet zones.
-struct Way
-{
-    int halves, step;
-};
-constexpr std::array<Way, 5> ways = {{{0, 15}, {1, 8}, {0, 28}, {1, 25}, {2, 15}}};
+constexpr std::array<int, 3> sharpenings = {0, 1, 2};
+constexpr std::array<int, 2> stepParts = {12, 28};
+/// Where rows or columns have that many times the edges of the others, they are swept first.
+constexpr double clearlyMore = 1.3;
 /// A line of fewer edges is not looked at sharpened.
 constexpr int fewestEdges = 12;
 /// Lines of a sweep lie this far apart, in pixels; the next sweep takes those between.
@@ -38,7 +38,8 @@ constexpr int enoughVotes = leastVotes * goodFit, clearVotes = 4 * goodFit, outv
 /// The sides of bars that are looked at once more.
 constexpr int weakNoise = 5, weakStep = 12, leastReach = 3;
 /// Across groups of bars, in pixels.
-constexpr double sampleStep = 0.8, groupSpacing = 2;
+constexpr double leastSlant = 0.1;
+constexpr double sampleStep = 0.8, groupSpacing = 2, mostGroupLines = 16;
 
 /// Adds the second differences, taken `halves` / 2 times: the inverse of a slight blur.
 std::span<const int> Sharpened(std::span<const int> line, int halves, std::vector<int>& out)
@@ -62,18 +63,33 @@ public:
     void Run(bool rows, bool columns, bool groups, int density)
     {
         limit_ = begin_ + begin_ * workFactor * (groups ? sweepPart : 1.0);
-        for (const int sweep : sweeps) {
-            if (rows) Sweep(sweep, true);
-            if (columns) Sweep(sweep, false);
-            if (IsClear()) return;
-        }
+        const ScanScratch& scratch = reader_.Scratch();
+        const int onRows = scratch.rowEdges, onColumns = scratch.columnEdges;
+        if (groups && rows && columns && onRows > clearlyMore * onColumns)
+            SweepAll(true, false), rows = false;
+        else if (groups && rows && columns && onColumns > clearlyMore * onRows)
+            SweepAll(false, true), columns = false;
+        if (IsClear()) return;
+        SweepAll(rows, columns);
+        if (IsClear()) return;
         limit_ = begin_ + begin_ * workFactor;
-        if (groups) ScanBars(density);
+        if (groups) ScanFormerGroups();
+        if (groups && !IsClear()) ScanBars(density);
     }
 
 private:
     bool Spent() const { return static_cast<double>(reader_.Work()) >= limit_; }
     bool IsClear() const { return reader_.Votes().HasClearWinner(clearVotes, outvoting); }
+
+    /// Until it is clear what is there, or all is swept, which is the result.
+    void SweepAll(bool rows, bool columns)
+    {
+        for (const int sweep : sweeps) {
+            if (rows) Sweep(sweep, true);
+            if (columns) Sweep(sweep, false);
+            if (IsClear()) return;
+        }
+    }
 
     void Sweep(int first, bool alongRows)
     {
@@ -87,6 +103,20 @@ private:
             reader_.place.offset = v;
             ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0}, alongRows ? Pixel{length - 1, v} : Pixel{v, length - 1},
                         alongRows ? XY(0, 1) : XY(1, 0));
+        }
+    }
+
+    /// The groups of the first look, closer: those that rows and columns do not cross well.
+    void ScanFormerGroups()
+    {
+        for (const BarGroup& group : reader_.Scratch().groups) {
+            if (Spent()) return;
+            const double x = std::abs(group.along.X), y = std::abs(group.along.Y);
+            if (std::min(x, y) < leastSlant * std::max(x, y)) continue;
+            const bool alongRows = y > x;
+            reader_.place.alongRows = alongRows;
+            reader_.place.directionIndex = alongRows ? 2 : 3;
+            ScanGroup(group);
         }
     }
 
@@ -122,9 +152,10 @@ private:
         ScanScratch& scratch = reader_.Scratch();
         if (static_cast<int>(scratch.fine.size()) < count) scratch.fine.resize(static_cast<std::size_t>(count));
         const double sign = -direction.Y * group.along.X + direction.X * group.along.Y < 0 ? -1 : 1;
+        const double spacing = std::max(groupSpacing, group.length / mostGroupLines);
         reader_.place.direction = direction;
         reader_.place.step = XY(direction.X * sampleStep, direction.Y * sampleStep);
-        for (double k = -(group.length - 1) / 2; k <= (group.length - 1) / 2 && !Spent(); k += groupSpacing) {
+        for (double k = -(group.length - 1) / 2; k <= (group.length - 1) / 2 && !Spent(); k += spacing) {
             reader_.place.offset = static_cast<int>(std::lround(k));
             reader_.place.start = XY(from.X + first * direction.X + sign * k * group.along.X,
                                      from.Y + first * direction.Y + sign * k * group.along.Y);
@@ -153,10 +184,15 @@ private:
         const auto [least, most] = std::minmax_element(line.begin(), line.end());
         const int range = *most - *least;
         if (range < leastRange * breadth) return;
-        for (const Way way : ways) {
-            reader_.rule = EdgeRule::Of(range / noisePart, static_cast<int>(std::int64_t{range} * way.step / 100));
-            if (reader_.Read(Sharpened(line, way.halves, reader_.Scratch().filtered))) return;
-            if (reader_.EdgeCount() < fewestEdges) return;
+        reader_.rule = EdgeRule::Of(range / noisePart, 0);
+        for (const int halves : sharpenings) {
+            const auto sharpened = Sharpened(line, halves, reader_.Scratch().filtered);
+            reader_.FindTurns(sharpened);
+            for (const int part : stepParts) {
+                if (reader_.ReadTurns(sharpened, static_cast<int>(std::int64_t{range} * part / 100))) return;
+                if (reader_.EdgeCount() < fewestEdges) break;
+            }
+            if (reader_.EdgeCount() < fewestEdges && halves == 0) return;
         }
     }
 

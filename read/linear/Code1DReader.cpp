@@ -151,8 +151,6 @@ void Code1DReader::Scan(const Image& src)
     ScanScratch& scratch = state_->scratch;
     const auto longest = static_cast<std::size_t>(std::max(raster.Width(), raster.Height())) + 1;
     if (scratch.line.size() < longest) scratch.line.resize(longest);
-    if (scratch.edges.size() < longest) scratch.edges.resize(longest);
-    if (scratch.reversed.size() < longest) scratch.reversed.resize(longest);
 
     LineReader reader(raster, settings, state_->ballot, scratch, CheckQuality);
     reader.rule = EdgeRule::Of(Noise, Step);

@@ -81,11 +81,14 @@ public:
         if (steps < 1) return false;
         const auto size = static_cast<std::size_t>(steps) + 1;
         for (std::vector<int>* buffer : {&scratch_.line, &scratch_.edges, &scratch_.reversed})
-            if (buffer->size() < size) buffer->resize(size);
+            if (buffer->size() < size + 2) buffer->resize(size + 2);
+        if (scratch_.turns.size() < size + 2) scratch_.turns.resize(size + 2);
         raster_.Walk(first, last, scratch_.line.data());
         EdgeList list;
-        const int count =
-            FindEdges(std::span<const int>(scratch_.line).first(size), rule_, scratch_.edges.data(), list.rising);
+        const auto pixels = std::span<const int>(scratch_.line).first(size);
+        const auto turns = std::span<const Turn>(scratch_.turns)
+                               .first(static_cast<std::size_t>(FindTurns(pixels, rule_.noise, scratch_.turns.data())));
+        const int count = EdgesBetween(pixels, turns, rule_.step, scratch_.edges.data(), list.rising);
         list.positions = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(count));
         list.length = steps * 256;
         LinePlace place;

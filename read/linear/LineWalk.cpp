@@ -64,23 +64,31 @@ Between Neighbours(double v, int count)
 
 constexpr int largestGray = 65535;
 
-/// One direction of the search for edges; `sign` -1 turns the gray values about.
-struct Swing
+/// Where the swing from one turn to the next crosses its middle level.
+template <int sign>
+int CrossingOf(std::span<const int> line, Turn from, Turn to)
 {
-    int from, to;             ///< the extremes, with the sign
-    std::ptrdiff_t fromIndex; ///< of the first extreme
-};
-
-/// Where a swing crosses its middle level.
-int CrossingOf(std::span<const int> line, int sign, const Swing& swing)
-{
-    const int sum = swing.from + swing.to;
-    std::ptrdiff_t i = swing.fromIndex + 1;
-    while (2 * sign * line[static_cast<std::size_t>(i)] < sum)
+    const int sum = from.value + to.value;
+    auto i = static_cast<std::size_t>(from.index) + 1;
+    while (sign * (2 * line[i] - sum) < 0)
         i++;
-    const int before = sign * line[static_cast<std::size_t>(i - 1)], here = sign * line[static_cast<std::size_t>(i)];
-    const int position = static_cast<int>(256 * i);
-    return here == before ? position : position + 128 * (sum - 2 * before) / (here - before);
+    const int position = static_cast<int>(256 * i), before = line[i - 1];
+    return line[i] == before ? position : position + 128 * (sum - 2 * before) / (line[i] - before);
+}
+
+/// Follows a line up (`sign` 1) or down from a turn; `i` moves to the sample that has turned, or behind the last one.
+template <int sign>
+Turn Follow(std::span<const int> line, int noise, std::size_t& i)
+{
+    Turn turn{static_cast<int>(i), line[i]};
+    while (++i < line.size()) {
+        const int gain = sign * (line[i] - turn.value);
+        if (gain > 0)
+            turn = {static_cast<int>(i), line[i]};
+        else if (gain < -noise)
+            break;
+    }
+    return turn;
 }
 
 } // namespace
@@ -194,35 +202,31 @@ EdgeRule EdgeRule::Of(int noise, int step)
     return {std::clamp(noise, 0, largestGray), std::clamp(step, 1, largestGray + 1)};
 }
 
-int FindEdges(std::span<const int> line, EdgeRule rule, int* out, bool& rising)
+int FindTurns(std::span<const int> line, int noise, Turn* out)
 {
-    rising = false;
-    const auto size = static_cast<std::ptrdiff_t>(line.size());
-    if (size < 2) return 0;
-    int count = 0, sign = 1, last = 0;
-    // The swing at hand goes up in `sign * value`, from the extreme before it.
-    Swing swing{line[0], line[0], 0};
-    std::ptrdiff_t extremeIndex = 0;
-    const auto close = [&] {
-        if (swing.to - swing.from < rule.step || sign == last) return;
-        if (count == 0) rising = sign > 0;
-        out[count++] = CrossingOf(line, sign, swing);
-        last = sign;
-    };
-    for (std::ptrdiff_t i = 1; i < size; i++) {
-        const int value = sign * line[static_cast<std::size_t>(i)];
-        if (value > swing.to) {
-            swing.to = value;
-            extremeIndex = i;
-        } else if (value < swing.to - rule.noise) {
-            close();
-            sign = -sign;
-            swing = {-swing.to, -value, extremeIndex};
-            extremeIndex = i;
-        }
+    if (line.empty()) return 0;
+    Turn* next = out;
+    *next++ = {0, line[0]};
+    for (std::size_t i = 0; i < line.size();) {
+        *next++ = Follow<1>(line, noise, i);
+        if (i < line.size()) *next++ = Follow<-1>(line, noise, i);
     }
-    close();
-    return count;
+    return static_cast<int>(next - out);
+}
+
+int EdgesBetween(std::span<const int> line, std::span<const Turn> turns, int step, int* out, bool& rising)
+{
+    int* next = out;
+    int last = 0;
+    rising = false;
+    for (std::size_t k = 1; k < turns.size(); k++) {
+        const int sign = k % 2 == 1 ? 1 : -1;
+        if (sign == last || sign * (turns[k].value - turns[k - 1].value) < step) continue;
+        if (next == out) rising = sign > 0;
+        *next++ = sign > 0 ? CrossingOf<1>(line, turns[k - 1], turns[k]) : CrossingOf<-1>(line, turns[k - 1], turns[k]);
+        last = sign;
+    }
+    return static_cast<int>(next - out);
 }
 
 } // namespace Tesk::linear

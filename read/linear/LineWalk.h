@@ -56,9 +56,18 @@ struct EdgeRule
     static EdgeRule Of(int noise, int step);
 };
 
-/// Finds the edges of a line, alternately rising and falling, in 1/256 pixel; `out` needs as many places as the line
-/// has pixels. A second swing in the same direction as the last edge, after one that was too small, is no edge: bars
-/// and spaces alternate. How many there are.
-int FindEdges(std::span<const int> line, EdgeRule rule, int* out, bool& rising);
+/// Where a line turns, by more than the noise.
+struct Turn
+{
+    int index, value;
+};
+
+/// The ends of the alternately rising and falling swings of a line; the first one may have no height. `out` needs two
+/// places more than the line has pixels.
+int FindTurns(std::span<const int> line, int noise, Turn* out);
+/// The edges between the turns of a line, alternately rising and falling, in 1/256 pixel; `out` needs a place for each
+/// turn. A second swing in the same direction as the last edge, after one that was too small, is no edge: bars and
+/// spaces alternate. How many there are.
+int EdgesBetween(std::span<const int> line, std::span<const Turn> turns, int step, int* out, bool& rising);
 
 } // namespace Tesk::linear

@@ -100,7 +100,10 @@ struct ColorBars
 struct ScanScratch
 {
     std::vector<int> line, edges, reversed, fine, filtered;
+    std::vector<Turn> turns;
     BarFinder bars;
+    std::vector<BarGroup> groups;      ///< of both passes of the first look
+    int rowEdges = 0, columnEdges = 0; ///< that were found on rows and on columns
 };
 
 struct ScanState
@@ -132,6 +135,9 @@ public:
     bool Read(Pixel from, Pixel to);
     /// Reads a line of samples, of which `place` tells start and step.
     bool Read(std::span<const int> line);
+    /// The two halves of that, of which the second may be taken with several steps.
+    void FindTurns(std::span<const int> line);
+    bool ReadTurns(std::span<const int> line, int step);
     void Take(const SymbolRead& read) override;
 
     const Raster& Source() const { return raster_; }
@@ -152,7 +158,7 @@ private:
     bool keepModules_;
     int workOfEdge_;
     std::int64_t work_ = 0;
-    int edgeCount_ = 0;
+    int turnCount_ = 0, edgeCount_ = 0;
 };
 
 /// The grades of ten profiles across a symbol.

@@ -258,8 +258,9 @@ TEST_F(Code1DReaderTest, SettingsOfAnyValueAndSmallPicturesAreTaken)
                 reader = Code1DReader();
                 reader.NumDirections = directions;
                 reader.*setting = extreme;
-                const std::string read = Text(image);
-                EXPECT_EQ(read, extreme == MaxInt ? "" : text);
+                Text(image);
+                reader.LookCloser = false;
+                EXPECT_EQ(Text(image), extreme == MaxInt ? "" : text);
             }
 }
 
