@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
+#include <cstdint>
 #include <cstdlib>
+#include <vector>
 
 namespace Tesk::linear {
 
@@ -23,12 +24,15 @@ constexpr int noisePart = 40, leastRange = 8;
 /// A line is looked at in these ways, one after the other until it is read: sharpened by its second difference so many
 /// halves, with bars of at least that part of its range, in percent. Weak bars are those of faint or blurred print; the
 /// strong ones leave out the halo of a sharpened picture, which would stand in the quiet zones.
-constexpr std::array<int, 3> sharpenings = {0, 1, 2};
+struct Way
+{
+    int halves;
+    bool doubled;
+};
+constexpr std::array<Way, 3> ways = {{{0, false}, {1, true}, {2, true}}};
 constexpr std::array<int, 2> stepParts = {12, 28};
 /// Where rows or columns have that many times the edges of the others, they are swept first.
 constexpr double clearlyMore = 1.3;
-/// A line of fewer edges is not looked at sharpened.
-constexpr int fewestEdges = 12;
 /// Lines of a sweep lie this far apart, in pixels; the next sweep takes those between.
 constexpr int sweepSpacing = 8;
 constexpr std::array<int, 4> sweeps = {2, 6, 4, 0};
@@ -52,6 +56,22 @@ std::span<const int> Sharpened(std::span<const int> line, int halves, std::vecto
     for (std::size_t i = 1; i + 1 < n; i++)
         out[i] = line[i] + halves * (2 * line[i] - line[i - 1] - line[i + 1]) / 2;
     return std::span<const int>(out).first(n);
+}
+
+/// Twice as many samples, those between others by the cubic through four of them: extremes of narrow bars that lie
+/// between pixels come out.
+std::span<const int> Doubled(std::span<const int> line, std::vector<int>& out)
+{
+    const std::size_t n = line.size();
+    if (n < 4) return line;
+    if (out.size() < 2 * n) out.resize(2 * n);
+    for (std::size_t i = 0; i + 1 < n; i++) {
+        const int before = line[i > 0 ? i - 1 : 0], behind = line[std::min(i + 2, n - 1)];
+        out[2 * i] = line[i];
+        out[2 * i + 1] = (9 * (line[i] + line[i + 1]) - before - behind) / 16;
+    }
+    out[2 * n - 2] = line[n - 1];
+    return std::span<const int>(out).first(2 * n - 1);
 }
 
 class CloserScan
@@ -99,10 +119,18 @@ private:
         reader_.place.alongRows = alongRows;
         reader_.place.direction = alongRows ? XY(1, 0) : XY(0, 1);
         reader_.place.directionIndex = alongRows ? 0 : 1;
+        // Between lines of the first sweep that have too few edges for a symbol, there is none.
+        std::vector<std::uint8_t>& promising = alongRows ? reader_.Scratch().rows : reader_.Scratch().columns;
+        const bool isFirst = first == sweeps[0];
+        if (isFirst) promising.assign(static_cast<std::size_t>(across / sweepSpacing) + 2, 1);
         for (int v = first; v < across && !Spent(); v += sweepSpacing) {
+            const auto block = static_cast<std::size_t>(v / sweepSpacing);
+            const std::size_t other = first > sweeps[0] ? block + 1 : block > 0 ? block - 1 : block;
+            if (!isFirst && !promising[block] && !promising[other]) continue;
             reader_.place.offset = v;
             ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0}, alongRows ? Pixel{length - 1, v} : Pixel{v, length - 1},
                         alongRows ? XY(0, 1) : XY(1, 0));
+            if (isFirst) promising[block] = reader_.EdgeCount() >= reader_.FewestEdges() ? 1 : 0;
         }
     }
 
@@ -185,14 +213,22 @@ private:
         const int range = *most - *least;
         if (range < leastRange * breadth) return;
         reader_.rule = EdgeRule::Of(range / noisePart, 0);
-        for (const int halves : sharpenings) {
-            const auto sharpened = Sharpened(line, halves, reader_.Scratch().filtered);
-            reader_.FindTurns(sharpened);
-            for (const int part : stepParts) {
-                if (reader_.ReadTurns(sharpened, static_cast<int>(std::int64_t{range} * part / 100))) return;
-                if (reader_.EdgeCount() < fewestEdges) break;
+        const XY step = reader_.place.step;
+        for (const Way way : ways) {
+            ScanScratch& scratch = reader_.Scratch();
+            auto samples = Sharpened(line, way.halves, scratch.filtered);
+            if (way.doubled) {
+                samples = Doubled(samples, scratch.doubled);
+                reader_.place.step = XY(step.X / 2, step.Y / 2);
             }
-            if (reader_.EdgeCount() < fewestEdges && halves == 0) return;
+            reader_.FindTurns(samples);
+            bool read = false;
+            for (const int part : stepParts) {
+                read = reader_.ReadTurns(samples, static_cast<int>(std::int64_t{range} * part / 100));
+                if (read || reader_.EdgeCount() < reader_.FewestEdges() / 2) break;
+            }
+            reader_.place.step = step;
+            if (read || reader_.EdgeCount() < reader_.FewestEdges() / 2) return;
         }
     }
 

@@ -4,6 +4,7 @@
 #include "foundation/Angles.h"
 #include "foundation/Entry.h"
 #include "image/core/Refusals.h"
+#include "read/core/Expansion.h"
 #include "read/core/SymbologyLabel.h"
 #include "read/linear/ScanState.h"
 #include "read/linear/Settings.h"
@@ -286,6 +287,12 @@ int Code1DReader::InspectColors(const Image& src)
     }
     ValidColors = all;
     return NoError;
+}
+
+int Code1DReader::ExpandGS1(const char In[], char Out[], int OutLength, bool Verbose)
+{
+    const Entry entry("Tesk::Code1DReader::ExpandGS1");
+    return Tesk::ExpandGS1(In, Out, OutLength, Verbose);
 }
 
 RgbPixel Code1DReader::BarColor(int Index) const

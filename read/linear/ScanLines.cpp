@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <numbers>
 
@@ -69,11 +68,11 @@ int LineReader::WorkOfEdge(const LinearSettings& settings)
 {
     int work = workOfFinding;
     const auto add = [&](bool enabled, int decoder) { work += enabled ? decoder : 0; };
-    add(settings.detectEAN13 || settings.detectUPCA, 1);
-    add(settings.detectEAN8, 1);
-    add(settings.detectUPCE, 1);
+    add(settings.detectEAN13 || settings.detectUPCA, 2);
+    add(settings.detectEAN8, 2);
+    add(settings.detectUPCE, 2);
     add(settings.detectEAN128, 3);
-    add(settings.detect2of5 || settings.detectITF14, 9);
+    add(settings.detect2of5 || settings.detectITF14, 12);
     add(settings.detectMatrix2of5, 3);
     add(settings.detectMSI, 3);
     add(settings.detect11, 5);
@@ -82,8 +81,31 @@ int LineReader::WorkOfEdge(const LinearSettings& settings)
     add(settings.detectDatabarLimited, 1);
     add(settings.detect39 || settings.detect39Extended, 20);
     add(settings.detect93, 3);
-    add(settings.detectCodabar, 20);
+    add(settings.detectCodabar, 24);
     return work;
+}
+
+int LineReader::FewestEdges(const LinearSettings& settings)
+{
+    int fewest = MaxInt;
+    const auto add = [&](bool enabled, int edges) {
+        if (enabled) fewest = std::min(fewest, edges);
+    };
+    add(settings.detectEAN13 || settings.detectUPCA, 60);
+    add(settings.detectEAN8, 44);
+    add(settings.detectUPCE, 34);
+    add(settings.detectEAN128, 20);
+    add(settings.detect2of5, 18);
+    add(settings.detectITF14, 78);
+    add(settings.detectMatrix2of5, 18);
+    add(settings.detectMSI, 14);
+    add(settings.detect11, 18);
+    add(settings.detectPharmacode, fewestEdges);
+    add(settings.detectDatabar || settings.detectDatabarLimited, 45);
+    add(settings.detect39 || settings.detect39Extended, 30);
+    add(settings.detect93, 20);
+    add(settings.detectCodabar, 24);
+    return fewest;
 }
 
 void LineReader::Take(const SymbolRead& read)

@@ -99,8 +99,9 @@ struct ColorBars
 /// Memory that scans use again and again.
 struct ScanScratch
 {
-    std::vector<int> line, edges, reversed, fine, filtered;
+    std::vector<int> line, edges, reversed, fine, filtered, doubled;
     std::vector<Turn> turns;
+    std::vector<std::uint8_t> rows, columns; ///< where a symbol may be
     BarFinder bars;
     std::vector<BarGroup> groups;      ///< of both passes of the first look
     int rowEdges = 0, columnEdges = 0; ///< that were found on rows and on columns
@@ -121,7 +122,7 @@ public:
     LineReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch,
                bool keepModules)
         : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), keepModules_(keepModules),
-          workOfEdge_(WorkOfEdge(settings))
+          workOfEdge_(WorkOfEdge(settings)), fewestEdges_(FewestEdges(settings))
     {}
     virtual ~LineReader() = default;
 
@@ -146,17 +147,20 @@ public:
     /// A measure of the work so far: samples, and edges by what decoders take for each.
     std::int64_t Work() const { return work_; }
     int EdgeCount() const { return edgeCount_; } ///< of the last line
+    /// What the smallest symbol that is looked for has.
+    int FewestEdges() const { return fewestEdges_; }
     void Charge(std::int64_t work) { work_ += work; }
 
 private:
     static int WorkOfEdge(const LinearSettings& settings);
+    static int FewestEdges(const LinearSettings& settings);
 
     const Raster& raster_;
     const LinearSettings& settings_;
     Ballot& ballot_;
     ScanScratch& scratch_;
     bool keepModules_;
-    int workOfEdge_;
+    int workOfEdge_, fewestEdges_;
     std::int64_t work_ = 0;
     int turnCount_ = 0, edgeCount_ = 0;
 };

@@ -189,7 +189,7 @@ TEST_F(Code1DReaderTest, CloserLookReadsWhatIsFaintBlurredOrSmall)
     for (const Print& print : {faint, blurred, small, short_}) {
         Picture(image, 260, 120, EAN13Modules(text), print);
         reader.LookCloser = true;
-        EXPECT_EQ(Text(image), text);
+        EXPECT_EQ(Text(image), text) << print.dark << " " << print.module << " " << print.height;
         reader.LookCloser = false;
         more += Text(image).empty();
     }
