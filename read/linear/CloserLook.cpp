@@ -26,10 +26,10 @@ constexpr int noisePart = 40, leastRange = 8;
 /// strong ones leave out the halo of a sharpened picture, which would stand in the quiet zones.
 struct Way
 {
-    int halves;
+    int halves, distance;
     bool doubled;
 };
-constexpr std::array<Way, 3> ways = {{{0, false}, {1, true}, {2, true}}};
+constexpr std::array<Way, 3> ways = {{{0, 1, false}, {1, 1, true}, {2, 1, true}}};
 constexpr std::array<int, 2> stepParts = {12, 28};
 /// Where rows or columns have that many times the edges of the others, they are swept first.
 constexpr double clearlyMore = 1.3;
@@ -45,16 +45,19 @@ constexpr int weakNoise = 5, weakStep = 12, leastReach = 3;
 constexpr double leastSlant = 0.1;
 constexpr double sampleStep = 0.8, groupSpacing = 2, mostGroupLines = 16;
 
-/// Adds the second differences, taken `halves` / 2 times: the inverse of a slight blur.
-std::span<const int> Sharpened(std::span<const int> line, int halves, std::vector<int>& out)
+/// Adds the second differences over a distance, taken `halves` / 2 times: the inverse of a slight blur.
+std::span<const int> Sharpened(std::span<const int> line, int halves, int distance, std::vector<int>& out)
 {
     if (halves == 0) return line;
-    const std::size_t n = line.size();
+    const std::size_t n = line.size(), d = static_cast<std::size_t>(distance);
+    if (n < 2 * d + 1) return line;
     if (out.size() < n) out.resize(n);
-    out[0] = line[0];
-    out[n - 1] = line[n - 1];
-    for (std::size_t i = 1; i + 1 < n; i++)
-        out[i] = line[i] + halves * (2 * line[i] - line[i - 1] - line[i + 1]) / 2;
+    for (std::size_t i = 0; i < d; i++) {
+        out[i] = line[i];
+        out[n - 1 - i] = line[n - 1 - i];
+    }
+    for (std::size_t i = d; i + d < n; i++)
+        out[i] = line[i] + halves * (2 * line[i] - line[i - d] - line[i + d]) / 2;
     return std::span<const int>(out).first(n);
 }
 
@@ -151,14 +154,16 @@ private:
     /// Lines across groups of bars, averaged along these: weak bars and short ones, too.
     void ScanBars(int density)
     {
-        for (const bool alongRows : {true, false}) {
+        const bool rowsFirst = reader_.Scratch().rowEdges >= reader_.Scratch().columnEdges;
+        for (const bool alongRows : {rowsFirst, !rowsFirst}) {
+            if (Spent()) return;
             BarFinder& bars = reader_.Scratch().bars;
             const auto groups =
                 bars.Find(reader_.Source(), alongRows, density, EdgeRule::Of(weakNoise, weakStep), leastReach);
             reader_.Charge(bars.Work());
             reader_.place.alongRows = alongRows;
             for (const BarGroup& group : groups) {
-                if (Spent()) return;
+                if (Spent() || IsClear()) return;
                 reader_.place.directionIndex = alongRows ? 2 : 3;
                 ScanGroup(group);
             }
@@ -183,7 +188,10 @@ private:
         const double spacing = std::max(groupSpacing, group.length / mostGroupLines);
         reader_.place.direction = direction;
         reader_.place.step = XY(direction.X * sampleStep, direction.Y * sampleStep);
-        for (double k = -(group.length - 1) / 2; k <= (group.length - 1) / 2 && !Spent(); k += spacing) {
+        // From the middle to both ends.
+        const int lines = std::max(1, static_cast<int>((group.length - 1) / spacing) + 1);
+        for (int i = 0; i < lines && !Spent(); i++) {
+            const double k = (i % 2 == 0 ? 1 : -1) * ((i + 1) / 2) * spacing;
             reader_.place.offset = static_cast<int>(std::lround(k));
             reader_.place.start = XY(from.X + first * direction.X + sign * k * group.along.X,
                                      from.Y + first * direction.Y + sign * k * group.along.Y);
@@ -216,7 +224,7 @@ private:
         const XY step = reader_.place.step;
         for (const Way way : ways) {
             ScanScratch& scratch = reader_.Scratch();
-            auto samples = Sharpened(line, way.halves, scratch.filtered);
+            auto samples = Sharpened(line, way.halves, way.distance, scratch.filtered);
             if (way.doubled) {
                 samples = Doubled(samples, scratch.doubled);
                 reader_.place.step = XY(step.X / 2, step.Y / 2);

@@ -68,20 +68,20 @@ int LineReader::WorkOfEdge(const LinearSettings& settings)
 {
     int work = workOfFinding;
     const auto add = [&](bool enabled, int decoder) { work += enabled ? decoder : 0; };
-    add(settings.detectEAN13 || settings.detectUPCA, 2);
-    add(settings.detectEAN8, 2);
-    add(settings.detectUPCE, 2);
-    add(settings.detectEAN128, 3);
-    add(settings.detect2of5 || settings.detectITF14, 12);
-    add(settings.detectMatrix2of5, 3);
-    add(settings.detectMSI, 3);
-    add(settings.detect11, 5);
+    add(settings.detectEAN13 || settings.detectUPCA, 1);
+    add(settings.detectEAN8, 1);
+    add(settings.detectUPCE, 1);
+    add(settings.detectEAN128, 2);
+    add(settings.detect2of5 || settings.detectITF14, 4);
+    add(settings.detectMatrix2of5, 2);
+    add(settings.detectMSI, 2);
+    add(settings.detect11, 3);
     add(settings.detectPharmacode, 1);
     add(settings.detectDatabar, 1);
     add(settings.detectDatabarLimited, 1);
-    add(settings.detect39 || settings.detect39Extended, 20);
-    add(settings.detect93, 3);
-    add(settings.detectCodabar, 24);
+    add(settings.detect39 || settings.detect39Extended, 5);
+    add(settings.detect93, 2);
+    add(settings.detectCodabar, 5);
     return work;
 }
 
