@@ -80,61 +80,92 @@ std::span<const int> Doubled(std::span<const int> line, std::vector<int>& out)
 class CloserScan
 {
 public:
-    explicit CloserScan(LineReader& reader) : reader_(reader), begin_(reader.Work()) {}
+    explicit CloserScan(LineReader& reader)
+        : reader_(reader), begin_(reader.Work()), rows_{reader.Scratch().rows}, columns_{reader.Scratch().columns}
+    {
+        rows_.promising.clear();
+        columns_.promising.clear();
+    }
 
-    /// Sweeps rows and columns, then looks for weaker groups of bars, where these are asked for.
+    /// Sweeps rows and columns, and looks for weaker groups of bars in between, where these are asked for.
     void Run(bool rows, bool columns, bool groups, int density)
     {
-        limit_ = begin_ + begin_ * workFactor * (groups ? sweepPart : 1.0);
         const ScanScratch& scratch = reader_.Scratch();
-        const int onRows = scratch.rowEdges, onColumns = scratch.columnEdges;
-        if (groups && rows && columns && onRows > clearlyMore * onColumns)
-            SweepAll(true, false), rows = false;
-        else if (groups && rows && columns && onColumns > clearlyMore * onRows)
-            SweepAll(false, true), columns = false;
-        if (IsClear()) return;
-        SweepAll(rows, columns);
-        if (IsClear()) return;
+        const double onRows = scratch.rowEdges, onColumns = scratch.columnEdges;
+        const bool rowsFirst = groups && onRows > clearlyMore * onColumns;
+        const bool columnsFirst = groups && onColumns > clearlyMore * onRows;
+        rows_.left = rows ? static_cast<int>(sweeps.size()) : 0;
+        columns_.left = columns ? static_cast<int>(sweeps.size()) : 0;
+        limit_ = begin_ + begin_ * workFactor * (groups ? sweepPart : 1.0);
+        SweepAll(!columnsFirst, !rowsFirst);
+        SweepAll(true, true);
         limit_ = begin_ + begin_ * workFactor;
-        if (groups) ScanFormerGroups();
+        if (groups && !IsClear()) ScanFormerGroups();
         if (groups && !IsClear()) ScanBars(density);
+        SweepAll(true, true);
     }
 
 private:
+    /// How far rows or columns are swept.
+    struct Progress
+    {
+        std::vector<std::uint8_t>& promising; ///< of the lines of the first sweep, those that may cross a symbol
+        int left = 0, next = 0;               ///< sweeps, and the line that comes next in the present one
+    };
+
     bool Spent() const { return static_cast<double>(reader_.Work()) >= limit_; }
     bool IsClear() const { return reader_.Votes().HasClearWinner(clearVotes, outvoting); }
 
-    /// Until it is clear what is there, or all is swept, which is the result.
+    /// Until it is clear what is there, the work is spent, or all is swept.
     void SweepAll(bool rows, bool columns)
     {
-        for (const int sweep : sweeps) {
-            if (rows) Sweep(sweep, true);
-            if (columns) Sweep(sweep, false);
-            if (IsClear()) return;
+        while ((rows && rows_.left > 0) || (columns && columns_.left > 0)) {
+            if (rows && rows_.left > 0) Sweep(rows_, true);
+            if (columns && columns_.left > 0) Sweep(columns_, false);
+            if (Spent() || IsClear()) return;
         }
     }
 
-    void Sweep(int first, bool alongRows)
+    /// Goes on with a sweep. Beside a line that is read, the next ones that share no pixel with it are looked at, too.
+    void Sweep(Progress& progress, bool alongRows)
     {
-        const Raster& raster = reader_.Source();
-        const int length = alongRows ? raster.Width() : raster.Height();
-        const int across = alongRows ? raster.Height() : raster.Width();
+        const std::size_t index = sweeps.size() - static_cast<std::size_t>(progress.left);
+        const int across = alongRows ? reader_.Source().Height() : reader_.Source().Width();
         reader_.place.alongRows = alongRows;
         reader_.place.direction = alongRows ? XY(1, 0) : XY(0, 1);
         reader_.place.directionIndex = alongRows ? 0 : 1;
-        // Between lines of the first sweep that have too few edges for a symbol, there is none.
-        std::vector<std::uint8_t>& promising = alongRows ? reader_.Scratch().rows : reader_.Scratch().columns;
-        const bool isFirst = first == sweeps[0];
-        if (isFirst) promising.assign(static_cast<std::size_t>(across / sweepSpacing) + 2, 1);
-        for (int v = first; v < across && !Spent(); v += sweepSpacing) {
-            const auto block = static_cast<std::size_t>(v / sweepSpacing);
-            const std::size_t other = first > sweeps[0] ? block + 1 : block > 0 ? block - 1 : block;
-            if (!isFirst && !promising[block] && !promising[other]) continue;
-            reader_.place.offset = v;
-            ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0}, alongRows ? Pixel{length - 1, v} : Pixel{v, length - 1},
-                        alongRows ? XY(0, 1) : XY(1, 0));
-            if (isFirst) promising[block] = reader_.EdgeCount() >= reader_.FewestEdges() ? 1 : 0;
+        for (; progress.next * sweepSpacing + sweeps[index] < across; progress.next++) {
+            if (Spent()) return;
+            const int v = progress.next * sweepSpacing + sweeps[index];
+            if (index > 0 && !IsPromising(progress, v)) continue;
+            const bool read = ReadRowOrColumn(v, alongRows);
+            if (index == 0) progress.promising.push_back(read || reader_.EdgeCount() >= reader_.FewestEdges() ? 1 : 0);
+            // The last sweeps have these for their own.
+            if (!read || index >= 2) continue;
+            if (v >= breadth) ReadRowOrColumn(v - breadth, alongRows);
+            if (v + breadth < across) ReadRowOrColumn(v + breadth, alongRows);
         }
+        progress.next = 0;
+        progress.left--;
+    }
+
+    /// Between lines of the first sweep that have too few edges for a symbol, there is none.
+    static bool IsPromising(const Progress& progress, int v)
+    {
+        const auto at = [&](int line) {
+            return line >= 0 && line < static_cast<int>(progress.promising.size()) &&
+                   progress.promising[static_cast<std::size_t>(line)] != 0;
+        };
+        const int before = v >= sweeps[0] ? (v - sweeps[0]) / sweepSpacing : -1;
+        return at(before) || at(before + 1);
+    }
+
+    bool ReadRowOrColumn(int v, bool alongRows)
+    {
+        const int last = (alongRows ? reader_.Source().Width() : reader_.Source().Height()) - 1;
+        reader_.place.offset = v;
+        return ReadClosely(alongRows ? Pixel{0, v} : Pixel{v, 0}, alongRows ? Pixel{last, v} : Pixel{v, last},
+                           alongRows ? XY(0, 1) : XY(1, 0));
     }
 
     /// The groups of the first look, closer: those that rows and columns do not cross well.
@@ -203,23 +234,23 @@ private:
     }
 
     /// Reads the line that is the sum of some beside each other, `shift` from one to the next.
-    void ReadClosely(Pixel from, Pixel to, XY shift)
+    bool ReadClosely(Pixel from, Pixel to, XY shift)
     {
         ScanScratch& scratch = reader_.Scratch();
         const int steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
-        if (steps < 1) return;
+        if (steps < 1) return false;
         reader_.place.start = XY(from.x, from.y);
         reader_.place.step = XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
         const int count = reader_.Source().WalkAdded(from, to, breadth, shift.X, shift.Y, scratch.line.data());
         reader_.Charge(count * breadth / 2);
-        ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count)));
+        return ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count)));
     }
 
-    void ReadLine(std::span<const int> line)
+    bool ReadLine(std::span<const int> line)
     {
         const auto [least, most] = std::minmax_element(line.begin(), line.end());
         const int range = *most - *least;
-        if (range < leastRange * breadth) return;
+        if (range < leastRange * breadth) return false;
         reader_.rule = EdgeRule::Of(range / noisePart, 0);
         const XY step = reader_.place.step;
         for (const Way way : ways) {
@@ -236,13 +267,16 @@ private:
                 if (read || reader_.EdgeCount() < reader_.FewestEdges() / 2) break;
             }
             reader_.place.step = step;
-            if (read || reader_.EdgeCount() < reader_.FewestEdges() / 2) return;
+            if (read) return true;
+            if (reader_.EdgeCount() < reader_.FewestEdges() / 2) return false;
         }
+        return false;
     }
 
     LineReader& reader_;
     std::int64_t begin_;
     double limit_ = 0;
+    Progress rows_, columns_;
 };
 
 } // namespace

@@ -101,7 +101,7 @@ struct ScanScratch
 {
     std::vector<int> line, edges, reversed, fine, filtered, doubled;
     std::vector<Turn> turns;
-    std::vector<std::uint8_t> rows, columns; ///< where a symbol may be
+    std::vector<std::uint8_t> rows, columns; ///< of the closer look: where a symbol may be
     BarFinder bars;
     std::vector<BarGroup> groups;      ///< of both passes of the first look
     int rowEdges = 0, columnEdges = 0; ///< that were found on rows and on columns
