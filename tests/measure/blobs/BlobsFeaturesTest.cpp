@@ -1,15 +1,12 @@
 #include "image/Image.h"
 #include "measure/Blobs.h"
-#include "measure/Path.h"
 #include "tests/Failures.h"
-#include "tests/Noise.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <functional>
-#include <numbers>
+#include <string>
+#include <vector>
 
 using namespace Tesk;
 using checks::Message;
@@ -17,47 +14,6 @@ using checks::Message;
 namespace {
 
 constexpr int size = 24;
-
-/// Pixels by pixels, as a slow twin of a blob.
-struct Pixels
-{
-    bool set[size][size] = {};
-
-    bool At(int x, int y) const { return x >= 0 && y >= 0 && x < size && y < size && set[y][x]; }
-    void Each(const std::function<void(int, int)>& f) const
-    {
-        for (int y = 0; y < size; y++)
-            for (int x = 0; x < size; x++)
-                if (set[y][x]) f(x, y);
-    }
-};
-
-/// A blob in one piece: a pixel that walks about.
-Pixels RandomPixels(checks::Noise& noise, int steps)
-{
-    Pixels pixels;
-    int x = size / 2, y = size / 2;
-    for (int i = 0; i < steps; i++) {
-        pixels.set[y][x] = true;
-        x = Clamp(x + noise.Byte() % 3 - 1, 1, size - 2);
-        y = Clamp(y + noise.Byte() % 3 - 1, 1, size - 2);
-    }
-    return pixels;
-}
-
-Region RegionOf(const Pixels& pixels)
-{
-    Region region;
-    for (int y = 0; y < size; y++)
-        for (int x = 0; x < size; x++) {
-            if (!pixels.set[y][x]) continue;
-            const int start = x;
-            while (pixels.At(x, y))
-                x++;
-            region.AddRun(start, x, y);
-        }
-    return region;
-}
 
 class BlobsFeatures : public checks::IgnoringFailures
 {
@@ -91,135 +47,6 @@ protected:
 
     Image image_;
 };
-
-/// The ellipse with the moments of weighted pixels.
-void ExpectEllipse(Blobs& blobs, int first, const Pixels& pixels, const std::function<double(int, int)>& weight)
-{
-    double a = 0, x = 0, y = 0, xx = 0, xy = 0, yy = 0;
-    pixels.Each([&](int i, int j) {
-        const double w = weight(i, j);
-        a += w;
-        x += w * i;
-        y += w * j;
-    });
-    x /= a;
-    y /= a;
-    pixels.Each([&](int i, int j) {
-        const double w = weight(i, j) / a;
-        xx += w * ((i - x) * (i - x) + 1.0 / 12);
-        yy += w * ((j - y) * (j - y) + 1.0 / 12);
-        xy += w * (i - x) * (j - y);
-    });
-    const double mean = (xx + yy) / 2, root = std::hypot((xx - yy) / 2, xy), l1 = mean + root, l2 = mean - root;
-    EXPECT_NEAR(blobs.FloatFeature(0, first), 4 * std::sqrt(l1), 1e-4);
-    EXPECT_NEAR(blobs.FloatFeature(0, first + 1), 4 * std::sqrt(l2), 1e-4);
-    EXPECT_NEAR(blobs.FloatFeature(0, first + 3), std::sqrt(1 - l2 / l1 * l2 / l1), 1e-4);
-    if (root <= 1e-6) return;
-    const double turn = blobs.FloatFeature(0, first + 2) * std::numbers::pi / 180 + std::atan2(2 * xy, xx - yy) / 2;
-    EXPECT_NEAR(std::sin(turn), 0, 1e-4);
-}
-
-TEST_F(BlobsFeatures, AreThoseOfThePixels)
-{
-    checks::Noise noise{7};
-    for (int round = 0; round < 60; round++) {
-        const Pixels pixels = RandomPixels(noise, 1 + round * 4);
-        Blobs blobs;
-        blobs.AppendBlob(RegionOf(pixels), false);
-        int area = 0, inner = 0, left = size, right = 0, top = size, bottom = 0;
-        double x = 0, y = 0, mass = 0, squares = 0, mx = 0, my = 0;
-        std::vector<int> values;
-        pixels.Each([&](int i, int j) {
-            area++;
-            bool inside = true;
-            for (int dy = -1; dy <= 1; dy++)
-                for (int dx = -1; dx <= 1; dx++)
-                    inside = inside && pixels.At(i + dx, j + dy);
-            inner += inside;
-            const int v = image_.Row(j)[i];
-            values.push_back(v);
-            x += i;
-            y += j;
-            mass += v;
-            squares += v * v;
-            mx += v * i;
-            my += v * j;
-            left = Min(left, i);
-            right = Max(right, i);
-            top = Min(top, j);
-            bottom = Max(bottom, j);
-        });
-        std::sort(values.begin(), values.end());
-        const double mean = mass / area;
-        const struct
-        {
-            int feature;
-            double expected;
-        } expected[] = {
-            {BlobArea, area * 1.0},
-            {BlobWorldArea, area * 1.0},
-            {BlobFullPerimeter, area - inner * 1.0},
-            {BlobCenterX, x / area},
-            {BlobCenterY, y / area},
-            {BlobMass, mass},
-            {BlobAverage, mean},
-            {BlobDeviation, std::sqrt(Max(squares / area - mean * mean, 0.0))},
-            {BlobMedian, values[static_cast<std::size_t>((area + 1) / 2 - 1)] + 1.0},
-            {BlobMinimum, values.front() * 1.0},
-            {BlobMaximum, values.back() * 1.0},
-            {BlobCentroidX, mx / mass},
-            {BlobCentroidY, my / mass},
-            {BlobBoxX, left * 1.0},
-            {BlobBoxY, top * 1.0},
-            {BlobBoxWidth, right - left + 1.0},
-            {BlobBoxHeight, bottom - top + 1.0},
-            {BlobWorldBoxHeight, bottom - top + 1.0},
-            {BlobAspectRatio, (bottom - top + 1.0) / (right - left + 1.0)},
-        };
-        for (const auto& [feature, value] : expected) {
-            if ((feature == BlobCentroidX || feature == BlobCentroidY) && mass == 0) continue;
-            EXPECT_NEAR(Value(blobs, feature), value, 1e-5 * (1 + std::abs(value))) << feature << " in " << round;
-        }
-        Value(blobs, BlobEllipseAngle);
-        ExpectEllipse(blobs, BlobEllipse, pixels, [](int, int) { return 1.0; });
-        if (mass == 0) continue;
-        Value(blobs, BlobEllipsoid);
-        ExpectEllipse(blobs, BlobEllipsoid, pixels, [this](int i, int j) { return 1.0 * image_.Row(j)[i]; });
-
-        // The hull is that of the pixels' centers; its boxes are found by turning all of it to each side.
-        Path all, hull;
-        pixels.Each([&all](int i, int j) { all.Append(i, j); });
-        all.ConvexHull(hull);
-        EXPECT_EQ(Value(blobs, BlobConvexArea), std::abs(hull.Area()));
-        EXPECT_EQ(Value(blobs, BlobConvexPerimeter), hull.Perimeter(true));
-        if (hull.Length < 3) continue;
-        double least = 1e9, most = -1, leastLength = 0, mostLength = 0;
-        for (int i = 0; i < hull.Length; i++) {
-            const Site p = hull.Vertex(i), q = hull.Vertex((i + 1) % hull.Length);
-            const double angle = std::atan2(q.Y - p.Y, q.X - p.X), c = std::cos(angle), s = std::sin(angle);
-            double u0 = 1e9, u1 = -1e9, v0 = 1e9, v1 = -1e9;
-            pixels.Each([&](int px, int py) {
-                u0 = Min(u0, px * c + py * s);
-                u1 = Max(u1, px * c + py * s);
-                v0 = Min(v0, py * c - px * s);
-                v1 = Max(v1, py * c - px * s);
-            });
-            if (v1 - v0 < least - 1e-9) {
-                least = v1 - v0;
-                leastLength = u1 - u0;
-            }
-            if (v1 - v0 > most + 1e-9) {
-                most = v1 - v0;
-                mostLength = u1 - u0;
-            }
-        }
-        const double feret[] = {Value(blobs, BlobFeretWidth), Value(blobs, BlobFeretHeight)};
-        const double diameter[] = {Value(blobs, BlobDiametralWidth), Value(blobs, BlobDiametralHeight)};
-        EXPECT_NEAR(Min(feret[0], feret[1]), Min(least, leastLength), 1e-4) << round;
-        EXPECT_GE(feret[0], feret[1]);
-        EXPECT_TRUE(std::abs(diameter[0] - most) < 1e-4 || std::abs(diameter[1] - most) < 1e-4) << round << mostLength;
-    }
-}
 
 TEST_F(BlobsFeatures, OfShapesWorkedOutByHand)
 {
