@@ -1,0 +1,154 @@
+// A whole job as a sequence: round parts are told from the belt, measured in millimetres by the target beside them,
+// chosen by their features, tabled and written.
+#include "engine/Sequence.h"
+#include "image/Geometry.h"
+#include "image/Morpho.h"
+#include "measure/Blobs.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cwchar>
+#include <filesystem>
+#include <fstream>
+#include <numbers>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace TeskTests;
+
+namespace {
+
+class Inspection : public SequenceTest
+{
+protected:
+    ~Inspection() override { Geometry::SimpleCalibration(1, 1); }
+
+    Operation& Add(const wchar_t* className, const wchar_t* method, const wchar_t* label)
+    {
+        return Append(Engine::FindMethod(className, method, label));
+    }
+    static std::size_t Index(const Operation& operation, const wchar_t* argument)
+    {
+        for (std::size_t i = 0; i < operation.Args.size(); i++)
+            if (!std::wcscmp(Engine::Tree[operation.Args[i].Node]->Identifier, argument)) return i;
+        ADD_FAILURE();
+        return 0;
+    }
+    template <typename T>
+    static T& Value(const Operation& operation, const wchar_t* argument)
+    {
+        return ValueOf<T>(operation, Index(operation, argument));
+    }
+    static void Name(Operation& operation, const std::string& path)
+    {
+        SetText(static_cast<Var<const char*>&>(*operation.Args[Index(operation, L"PathName")].Variable), path);
+    }
+    void Bind(Operation& operation, const wchar_t* argument, const Operation& source)
+    {
+        for (int i = 0; i < engine_.NumOperations(); i++)
+            if (&At(i) == &operation)
+                engine_.ReplaceOperationArgument(i, static_cast<int>(Index(operation, argument)),
+                                                 source.Args[Index(source, L"Dst")].Variable);
+    }
+
+    /// Takes the belt away and brings the parts to one brightness.
+    void FlattenLight(const std::string& picture)
+    {
+        constexpr int widest = 91;
+        Name(Add(L"Image", L"Read", L"Read  from File"), picture);
+        Operation& smooth = Add(L"Kernel", L"Binomial", L"Binomial 3 x 3");
+        Operation& open = Add(L"Morpho", L"Open", L"Open");
+        Value<Morpho>(open, L"Morpho").Square(widest);
+        const auto blur = [this]() -> Operation& {
+            Operation& box = Add(L"Kernel", L"BoxLowPass", L"Box");
+            Value<int>(box, L"FilterWidth") = Value<int>(box, L"FilterHeight") = widest / 2;
+            return box;
+        };
+        Operation& belt = blur();
+        Operation& raised = Add(L"Operator", L"AddCorrect", L"Additive - Gray");
+        Bind(raised, L"Src", smooth);
+        Bind(raised, L"SrcWhite", belt);
+        Operation& dilate = Add(L"Morpho", L"Dilate", L"Dilate");
+        EXPECT_EQ(Value<Morpho>(dilate, L"Morpho").Width, widest) << "the same element";
+        blur();
+        Operation& peak = Add(L"Operator", L"Maximize", L"Const max Image");
+        Value<int>(peak, L"Const") = 40;
+        Operation& flat = Add(L"Operator", L"MultiplyCorrect", L"Multiplicative - Gray");
+        Bind(flat, L"Src", raised);
+        Bind(flat, L"SrcWhite", peak);
+        Value<int>(flat, L"White") = 200;
+    }
+};
+
+/// The outer and the inner diameter of a ring with an area and an ellipse of inertia.
+std::pair<double, double> Diameters(const Blobs& blobs, int i)
+{
+    const double sum = double{blobs.FloatFeature(i, BlobEllipseWidth)} * blobs.FloatFeature(i, BlobEllipseHeight),
+                 difference = 4 * blobs.FloatFeature(i, BlobWorldArea) / std::numbers::pi;
+    return {std::sqrt((sum + difference) / 2), std::sqrt(std::max((sum - difference) / 2, 0.0))};
+}
+
+TEST_F(Inspection, OfWashersFindsTheirTrueDiameters)
+{
+    const std::string samples = TESK_SAMPLES, folder = testing::TempDir();
+    FlattenLight(samples + "/washers.png");
+    Operation& calibrate = Add(L"Geometry", L"CalibrateTarget", L"Calibrate with a Target");
+    Value<double>(calibrate, L"GridStep") = 4;
+    Value<bool>(calibrate, L"WhiteOnBlack") = true;
+    Name(Add(L"Geometry", L"Write", L"Write  to File"), folder + "camera.cal");
+    Operation& segment = Add(L"Blobs", L"Segment", L"Automatic");
+    Value<int>(segment, L"MinimumArea") = 500;
+    Add(L"Blobs", L"BorderSelect", L"Border of an Image");
+    Value<Features>(Add(L"Blobs", L"Evaluate", L"Evaluate"), L"Feature") = BlobWorldArea;
+    // Round parts: the axes of the ellipse differ by less than a fifth.
+    Operation& round = Add(L"Blobs", L"ByFeatureSelect", L"Fractional Feature");
+    Value<Features>(round, L"Feature") = BlobEccentricity;
+    Value<float>(round, L"Maximum") = 0.768f;
+    Value<SelectionMode>(round, L"Selection") = Tesk::Remove;
+    Value<RangeMode>(round, L"Range") = Outside;
+    Operation& sort = Add(L"Blobs", L"ByFeatureSort", L"Sort");
+    Value<Features>(sort, L"Feature") = BlobWorldArea;
+    Value<bool>(sort, L"Increasing") = false;
+    Operation& pixels = Add(L"Region", L"BlobAppend", L"Blobs");
+    Value<int>(pixels, L"BlobIndex") = AllSelected;
+    Name(Add(L"Region", L"Write", L"Write  to File"), folder + "parts.rgn");
+    engine_.Execute();
+    ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    EXPECT_GE(Value<Geometry>(calibrate, L"Geometry").NumAnchors, 20);
+
+    Blobs& blobs = Value<Blobs>(sort, L"Blobs");
+    std::vector<std::pair<double, double>> truth, found;
+    std::ifstream sizes(samples + "/washers.txt");
+    std::string names;
+    std::getline(sizes, names);
+    for (double outer, inner; sizes >> outer >> inner;)
+        truth.emplace_back(outer, inner);
+    ASSERT_GE(truth.size(), 5u);
+    for (int i = 0; i < blobs.NumSelectedBlobs; i++)
+        found.push_back(Diameters(blobs, i));
+    ASSERT_EQ(found.size(), truth.size()) << "other parts are not round";
+    std::sort(truth.begin(), truth.end());
+    std::sort(found.begin(), found.end());
+    for (std::size_t i = 0; i < truth.size(); i++) {
+        EXPECT_NEAR(found[i].first, truth[i].first, 0.05);
+        EXPECT_NEAR(found[i].second, truth[i].second, 0.05);
+    }
+    // The table: a line for the names, and one for each part that was selected, the largest first.
+    const std::wstring table = blobs.ToUnicodeString(BlobWorldArea, AllSelected);
+    EXPECT_EQ(static_cast<std::size_t>(std::count(table.begin(), table.end(), L'\n')), truth.size() + 1);
+    std::wistringstream lines(table.substr(table.find(L'\n')));
+    double before = 1e9;
+    for (double area; lines >> area; before = area)
+        EXPECT_LE(area, before);
+    Region written;
+    written.Read((folder + "parts.rgn").c_str());
+    EXPECT_GT(written.NumRuns, 0);
+    EXPECT_EQ(written.Area(), blobs.FeatureAverage(BlobArea, Image(), AllSelected, false));
+    Geometry camera;
+    camera.Read((folder + "camera.cal").c_str());
+    EXPECT_EQ(Status::Error().Code, NoError);
+    EXPECT_NEAR(Geometry::ScaleFromPixel, 0.1, 0.001);
+}
+
+} // namespace
