@@ -20,17 +20,17 @@ namespace {
 /// What the cell of a value that has not been computed holds.
 constexpr std::uint32_t notComputed = 0x80000000u;
 
-/// A column's cells, row by row.
+/// A column's cells, row by row; without a row there is no buffer to point into.
 struct Column
 {
-    const std::uint8_t* cells;
-    std::size_t pitch;
+    const std::uint8_t* rows;
+    std::size_t offset, pitch;
 
     template <typename T>
     T At(int row) const
     {
         T value;
-        std::memcpy(&value, cells + static_cast<std::size_t>(row) * pitch, sizeof value);
+        std::memcpy(&value, rows + static_cast<std::size_t>(row) * pitch + offset, sizeof value);
         return value;
     }
 };
@@ -186,7 +186,8 @@ void FeatureTable::SelectValues(const char* context, int feature, T minimum, T m
     entry.Guards(noMemory, [&] {
         OnType(type, [&](auto zero) {
             using V = decltype(zero);
-            const Column column{Rows() + Record(feature).Offset, static_cast<std::size_t>(int(RowPitch))};
+            const Column column{Rows(), static_cast<std::size_t>(Record(feature).Offset),
+                                static_cast<std::size_t>(int(RowPitch))};
             ChangeSelection(static_cast<SelectionMode>(selection), Walk::FromTheEnd, [&](int row) {
                 const V value = column.At<V>(row);
                 const auto v = static_cast<T>(value);
@@ -208,7 +209,8 @@ void FeatureTable::SamplesSelect(int Feature, double Minimum, double Maximum, Ra
 
 int FeatureTable::FirstOf(int feature, bool increasing) const
 {
-    const Column column{Rows() + Record(feature).Offset, static_cast<std::size_t>(int(RowPitch))};
+    const Column column{Rows(), static_cast<std::size_t>(Record(feature).Offset),
+                        static_cast<std::size_t>(int(RowPitch))};
     const int* order = Order;
     int first = 0;
     OnType(Record(feature).Type, [&](auto zero) {
@@ -244,7 +246,8 @@ int FeatureTable::TrySort(int feature, bool increasing)
     const int type = Record(feature).Type;
     if (!IsWhole(type) && !IsReal(type)) return RefuseType(feature, Int);
     return WithMemory(noMemory, [&] {
-        const Column column{Rows() + Record(feature).Offset, static_cast<std::size_t>(int(RowPitch))};
+        const Column column{Rows(), static_cast<std::size_t>(Record(feature).Offset),
+                            static_cast<std::size_t>(int(RowPitch))};
         const std::span<int> rows(WriteOrder().data(), static_cast<std::size_t>(int(NumSelected)));
         OnType(type, [&](auto zero) { SortRows<decltype(zero)>(rows, column, increasing); });
     });
