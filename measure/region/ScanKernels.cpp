@@ -4,8 +4,25 @@
 #include "image/kernels/ByLevel.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
+
+#ifndef TESK_SCAN_KERNELS_ONCE
+#define TESK_SCAN_KERNELS_ONCE
+namespace Tesk::kernels {
+
+/// For each byte the places of its set bits, from the lowest on.
+inline constexpr auto setBits = [] {
+    std::array<std::array<std::uint8_t, 8>, 256> places{};
+    for (std::size_t byte = 0; byte < places.size(); byte++)
+        for (std::size_t bit = 0, count = 0; bit < 8; bit++)
+            if (byte >> bit & 1) places[byte][count++] = static_cast<std::uint8_t>(bit);
+    return places;
+}();
+
+} // namespace Tesk::kernels
+#endif
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "measure/region/ScanKernels.cpp"
@@ -33,16 +50,7 @@ public:
     {
         std::uint64_t changes = word ^ (word << 1 | open_);
         open_ = word >> (wordBits - 1);
-        if (changes != 0) {
-            // More columns are written than there are, and overwritten later: fewer branches that cannot be foreseen.
-            const int count = std::popcount(changes);
-            for (int i = 0; i < count; i += 4)
-                for (int k = 0; k < 4; k++) {
-                    end_[i + k] = column_ + std::countr_zero(changes);
-                    changes &= changes - 1;
-                }
-            end_ += count;
-        }
+        if (changes != 0) AddChanges(changes);
         column_ += static_cast<std::int32_t>(wordBits);
     }
 
@@ -53,6 +61,35 @@ public:
     }
 
 private:
+    // More columns are written than there are, and overwritten later: fewer branches that cannot be foreseen.
+    void AddChanges(std::uint64_t changes)
+    {
+        const int count = std::popcount(changes);
+#if HWY_TARGET != HWY_SCALAR
+        constexpr int many = 12; // from here on, whole bytes at a time are faster than bit by bit
+        if (count > many) {
+            std::int32_t* end = end_;
+            const hn::CappedTag<std::int32_t, 8> d;
+            const hn::Rebind<std::uint8_t, decltype(d)> bytes;
+            for (std::int32_t column = column_; changes != 0; column += 8, changes >>= 8) {
+                const std::size_t byte = changes & 0xff;
+                for (std::size_t i = 0; i < 8; i += hn::Lanes(d))
+                    hn::StoreU(hn::Add(hn::PromoteTo(d, hn::LoadU(bytes, &setBits[byte][i])), hn::Set(d, column)), d,
+                               end + i);
+                end += std::popcount(byte);
+            }
+            end_ = end;
+            return;
+        }
+#endif
+        for (int i = 0; i < count; i += 4)
+            for (int k = 0; k < 4; k++) {
+                end_[i + k] = column_ + std::countr_zero(changes);
+                changes &= changes - 1;
+            }
+        end_ += count;
+    }
+
     std::int32_t *begin_, *end_, column_ = 0;
     std::uint64_t open_ = 0; ///< whether the latest pixel belongs to a run
 };
