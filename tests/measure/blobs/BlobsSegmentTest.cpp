@@ -437,6 +437,11 @@ TEST_F(BlobsSegment, ManyBlobsAndWideImages)
     blobs.Segment(128, image, true, true, 1);
     ASSERT_EQ(blobs.NumBlobs, 1000000);
     EXPECT_EQ(FirstOf(blobs, 999999), std::pair(1998, 1998));
+    blobs.Evaluate(BlobFeretBox, image);
+    blobs.ByFeatureSort(BlobBoxX, image, false);
+    EXPECT_EQ(FirstOf(blobs, 0).first, 1998);
+    blobs.ByFeatureSelect(BlobBoxY, image, 0, 99, Remove);
+    EXPECT_EQ(blobs.NumSelectedBlobs, 1000000 - 50 * 1000);
     image.Set(32767, 2, Gray);
     for (int y = 0; y < 2; y++)
         std::fill_n(image.Row(y), 32767, y == 0 ? 0 : 255);

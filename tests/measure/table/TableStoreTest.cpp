@@ -176,6 +176,11 @@ TEST_F(Tables, SelectByValue)
 
 TEST_F(Tables, SortSearchAndSelectByPosition)
 {
+    FeatureTable none = Mixed(0);
+    none.SamplesSelect(0, -3, 3, Inside, Select);
+    none.SamplesSort(0, true);
+    EXPECT_EQ(none.SamplesFirst(0, true), 0);
+    EXPECT_EQ(Status::Error().Code, NoError);
     FeatureTable table = Mixed(6); // n: -5 -4 -1 4 11 20
     table.SamplesSort(0, false);
     EXPECT_EQ(table.Order[0], 5);
