@@ -10,8 +10,10 @@
 #include "gauge/EdgeEllipse.h"
 #include "gauge/EdgeLine.h"
 #include "gauge/EdgeMap.h"
+#include "gauge/EdgePlot.h"
 #include "gauge/EdgePoint.h"
 #include "gauge/EdgeRectangle.h"
+#include "gauge/SnakeGauge.h"
 #include "image/Geometry.h"
 #include "image/Histogram.h"
 #include "image/Image.h"
@@ -20,6 +22,8 @@
 #include "image/Operator.h"
 #include "image/Pyramid.h"
 #include "image/Source.h"
+#include "match/Locator.h"
+#include "match/ShapeMatcher.h"
 #include "measure/ArcPath.h"
 #include "measure/Blobs.h"
 #include "measure/Classifier.h"
@@ -30,6 +34,7 @@
 #include "measure/Quad.h"
 #include "measure/Region.h"
 #include "measure/TableStore.h"
+#include "read/Code1DReader.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE
