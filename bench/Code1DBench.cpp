@@ -13,6 +13,7 @@
 #define ZX_USE_UTF8 1
 #include <ZXing/ReadBarcode.h>
 
+#include <cctype>
 #include <filesystem>
 #include <iterator>
 #include <map>

@@ -154,7 +154,7 @@ private:
 ///
 /// Inspections take `Gray` and `Gray16` images, `Sample` `Rgb` ones, too (`UnsupportedType`, `VoidObject`). Refused
 /// with all results as before, too: a snake of fewer than 2 nodes (`VoidObject`), an axis of more than 2^20 pixels, or
-/// with more than 2^31 pixels in all probes (`OutOfRange`), no memory (`CannotAllocate`). Without a positive `Breadth`
+/// with more than 2^30 pixels in all probes (`OutOfRange`), no memory (`CannotAllocate`). Without a positive `Breadth`
 /// there is no edge.
 class SnakeGauge : public Snake
 {
