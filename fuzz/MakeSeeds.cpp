@@ -1,6 +1,11 @@
 // Writes small valid files of every format into FOLDER/FORMAT, for the fuzzers to start from.
 #include "foundation/Archive.h"
 #include "foundation/Services.h"
+#include "gauge/EdgeArc.h"
+#include "gauge/EdgeEllipse.h"
+#include "gauge/EdgeLine.h"
+#include "gauge/EdgePoint.h"
+#include "gauge/EdgeRectangle.h"
 #include "image/Geometry.h"
 #include "image/Image.h"
 #include "image/Source.h"
@@ -37,6 +42,45 @@ void Put(const fs::path& path, const std::vector<std::uint8_t>& bytes)
 void Put(const fs::path& path, const std::string& text)
 {
     Put(path, std::vector<std::uint8_t>(text.begin(), text.end()));
+}
+
+template <typename Gauge, typename F>
+void PutGauge(const fs::path& folder, F locate)
+{
+    for (int i = 0; i < 4; i++) {
+        Gauge gauge;
+        locate(gauge, XY(28 + 3 * i, 24), 12.0 + 4 * i);
+        gauge.Breadth = 1 + 2 * i;
+        gauge.Smoothing = 1 + i / 2 * 2;
+        gauge.MinimumStep = 20;
+        std::vector<std::uint8_t> block;
+        Archive archive = Archive::IntoMemory(block);
+        gauge.Transfer(archive);
+        Put(folder / std::to_string(i), block);
+    }
+}
+
+void PutGauges(const fs::path& root)
+{
+    PutGauge<EdgePoint>(root / "edgepoint", [](EdgePoint& gauge, XY at, double size) { gauge.Locate(at, size, size); });
+    PutGauge<EdgeLine>(root / "edgeline",
+                       [](EdgeLine& gauge, XY at, double size) { gauge.Locate(at, size, 5 * size, 16); });
+    PutGauge<EdgeArc>(root / "edgearc", [](EdgeArc& gauge, XY at, double size) {
+        if (size > 20)
+            gauge.Locate(at, size, 10, 200, 12);
+        else
+            gauge.Locate(at, size, 12);
+    });
+    PutGauge<EdgeEllipse>(root / "edgeellipse", [](EdgeEllipse& gauge, XY at, double size) {
+        if (size > 20)
+            gauge.Locate(at, size, size / 2, 30, 10, 200, 12);
+        else
+            gauge.Locate(at, size, size / 2, 30, 12);
+    });
+    PutGauge<EdgeRectangle>(root / "edgerectangle", [](EdgeRectangle& gauge, XY at, double size) {
+        gauge.Locate(at, XY(size, size / 2), 3 * size, 8);
+        gauge.FourSides = size > 20;
+    });
 }
 
 } // namespace
@@ -109,6 +153,7 @@ int main(int argc, char** argv)
         region.Transfer(regions);
         Put(root / "region" / std::to_string(i), block);
     }
+    PutGauges(root);
     FeatureTable table;
     table._AppendFeature(Int, L"Class");
     table._AppendFeature(Dble, L"Length");

@@ -1,6 +1,11 @@
 #include "engine/Engine.h"
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
+#include "gauge/EdgeArc.h"
+#include "gauge/EdgeEllipse.h"
+#include "gauge/EdgeLine.h"
+#include "gauge/EdgePoint.h"
+#include "gauge/EdgeRectangle.h"
 #include "image/Geometry.h"
 #include "image/Operator.h"
 #include "measure/Path.h"
@@ -326,6 +331,13 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     region.Write(Path("a.Region").c_str());
     // Pixels of one value are one blob.
     Append(FindMethod(L"Segment", L"Threshold"));
+    for (const wchar_t* gauge : {L"EdgePoint", L"EdgeLine", L"EdgeArc", L"EdgeEllipse", L"EdgeRectangle"})
+        Append(Engine::FindMethod(gauge, nullptr, L"Detect"));
+    EdgePoint().Write(Path("a.EdgePoint").c_str());
+    EdgeLine().Write(Path("a.EdgeLine").c_str());
+    EdgeArc().Write(Path("a.EdgeArc").c_str());
+    EdgeEllipse().Write(Path("a.EdgeEllipse").c_str());
+    EdgeRectangle().Write(Path("a.EdgeRectangle").c_str());
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
     for (int node = 181; node < Engine::NumNodes; node++) {

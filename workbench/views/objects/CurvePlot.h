@@ -2,7 +2,7 @@
 #pragma once
 
 #include "image/Histogram.h"
-#include "workbench/logic/IController.h"
+#include "workbench/views/objects/GenericPlotController.h"
 
 #include <string>
 
@@ -28,5 +28,10 @@ inline std::string CurveText(const AnyVariable& Object)
         return std::string(text ? text : "");
     });
 }
+
+/// Indexes of the store across, and the values that fill the plot.
+PlotAxes CurveAxes(const AnyVariable& Object);
+/// "Index: value", with the values of red, green and blue where there are these.
+QString CurveReadOut(const AnyVariable& Object, double Across);
 
 } // namespace TeskPlus

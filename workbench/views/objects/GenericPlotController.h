@@ -7,10 +7,12 @@
 #include "workbench/views/picture/GraphSurface.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QPointer>
 
 #include <optional>
 #include <span>
+#include <vector>
 
 namespace TeskPlus {
 
@@ -42,13 +44,33 @@ struct PlotBox
     void (*Set)(AnyVariable& Object, int Value) = nullptr;
 };
 
+/// The values that stand at the ends of a stretch of a plot, which is given in parts of its extent.
+struct PlotScale
+{
+    double First, Last;
+    double From = 0, To = 1;
+};
+
+/// The numbers beside a plot: below it, from left to right, and left of it, where `First` stands at the bottom of each
+/// stretch.
+struct PlotAxes
+{
+    PlotScale Across;
+    std::vector<PlotScale> Up;
+};
+
+/// Round values over a scale, at most that many and one more, no closer than whole numbers: those with a number.
+std::vector<double> PlotTicks(const PlotScale& Scale, int Most);
+/// A number beside an axis, in at most six characters.
+QString TickText(double Value);
+
 /// What is plotted for a class.
 struct PlotRow
 {
     int Width, Height;
     PredefinedColors Color;
     /// Draws the object into a box of target pixels at 0, 0; null where the handles draw it.
-    void (*Plot)(AnyVariable& Object, int Width, int Height);
+    void (*Plot)(AnyVariable& Object, int Width, int Height) = nullptr;
     /// The entry of the context menu, and the text that it copies; null for no menu.
     const wchar_t* CopyLabel = nullptr;
     std::string (*CopyText)(const AnyVariable& Object) = nullptr;
@@ -57,6 +79,10 @@ struct PlotRow
     std::span<const PlotBox> Boxes = {};
     /// Whether the object has something to plot now, without which the window stays hidden; null for always.
     bool (*IsShown)(const AnyVariable& Object) = nullptr;
+    /// Null for a plot without numbers.
+    PlotAxes (*Axes)(const AnyVariable& Object) = nullptr;
+    /// What the plot holds at a value of the axis across, for the line that shows what is under the pointer.
+    QString (*ReadOut)(const AnyVariable& Object, double Across) = nullptr;
 };
 
 /// A plot in a window of its own, named "ImageForm", or embedded in a sheet.
@@ -86,6 +112,8 @@ protected:
 private:
     void MenuAsked(QPoint at);
     void TakePointer();
+    void TakeHandles();
+    void ShowReadOut();
     void PointerMoved(QPoint at, bool isPressed);
     void Pressed(QPoint at);
     void Released(QPoint at);
@@ -94,7 +122,8 @@ private:
     bool HasPlot() const;
 
     std::unique_ptr<PlotHandles> handles_;
-    bool isHeld_ = false; ///< the button went down on something
+    std::optional<QPoint> pointer_; ///< on the plot, while it is there
+    bool isHeld_ = false;           ///< the button went down on something
     std::vector<QPointer<QCheckBox>> boxes_;
     std::vector<int> remembered_; ///< the settings that boxes have switched off
     QPointer<ToolWindow> window_;

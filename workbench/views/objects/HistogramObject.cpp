@@ -7,7 +7,14 @@
 namespace TeskPlus {
 
 namespace {
-constexpr PlotRow plot{512, 256, Green, PlotCurve, L"&Copy frequencies to Clipboard", CurveText};
+constexpr PlotRow plot{.Width = 512,
+                       .Height = 256,
+                       .Color = Green,
+                       .Plot = PlotCurve,
+                       .CopyLabel = L"&Copy frequencies to Clipboard",
+                       .CopyText = CurveText,
+                       .Axes = CurveAxes,
+                       .ReadOut = CurveReadOut};
 }
 
 extern const ObjectView viewHistogram{.Type = CodeOf(L"Histogram"), .Plot = &plot};

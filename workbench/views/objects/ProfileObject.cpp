@@ -7,7 +7,14 @@
 namespace TeskPlus {
 
 namespace {
-constexpr PlotRow plot{512, 256, Blue, PlotCurve, L"&Copy values to Clipboard", CurveText};
+constexpr PlotRow plot{.Width = 512,
+                       .Height = 256,
+                       .Color = Blue,
+                       .Plot = PlotCurve,
+                       .CopyLabel = L"&Copy values to Clipboard",
+                       .CopyText = CurveText,
+                       .Axes = CurveAxes,
+                       .ReadOut = CurveReadOut};
 constexpr SheetView sheet{.Menu = sheetMenu::Tabs, .PlotPage = L"Plot"};
 } // namespace
 

@@ -37,8 +37,9 @@ void GraphWidget::Redraw()
 void GraphWidget::paintEvent(QPaintEvent*)
 {
     const double ratio = devicePixelRatioF();
-    const int width = static_cast<int>(std::ceil(this->width() * ratio));
-    const int height = static_cast<int>(std::ceil(this->height() * ratio));
+    const QRect area = Area();
+    const int width = static_cast<int>(std::ceil(std::max(area.width(), 1) * ratio));
+    const int height = static_cast<int>(std::ceil(std::max(area.height(), 1) * ratio));
     if (!isDrawn_ || width != surface_.Width() || height != surface_.Height()) {
         surface_.Resize(width, height);
         surface_.SetOrigin({0, 0});
@@ -49,7 +50,9 @@ void GraphWidget::paintEvent(QPaintEvent*)
     }
     QImage shown = ShownPixels(surface_);
     shown.setDevicePixelRatio(ratio);
-    QPainter(this).drawImage(QPointF(0, 0), shown);
+    QPainter painter(this);
+    if (!margins_.isNull()) painter.fillRect(rect(), Qt::white);
+    painter.drawImage(QPointF(area.topLeft()), shown);
 }
 
 } // namespace TeskPlus

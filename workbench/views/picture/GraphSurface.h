@@ -5,6 +5,7 @@
 #include "foundation/Graph.h"
 
 #include <QImage>
+#include <QMargins>
 #include <QWidget>
 
 #include <functional>
@@ -37,6 +38,10 @@ public:
 
     /// Called with the surface's size in its own pixels; it is white.
     std::function<void(int Width, int Height)> Draw;
+    /// Room around the drawing, which stays white.
+    void SetMargins(const QMargins& margins) { margins_ = margins; }
+    /// Where the drawing stands in the widget.
+    QRect Area() const { return rect().marginsRemoved(margins_); }
     /// Draws anew; until then the surface is kept.
     void Redraw();
 
@@ -45,6 +50,7 @@ protected:
 
 private:
     Tesk::CairoTarget surface_;
+    QMargins margins_;
     bool isDrawn_ = false;
 };
 

@@ -317,7 +317,7 @@ void ImageController::LeftPressed(QPoint At)
         if (!row->Press(child, At.x(), At.y())) return;
         childrenOperation_ = child.CurrentOperation();
         Run(childrenOperation_, child.CurrentVariable(), true);
-    } else if (row->IsHeld && row->IsHeld()) {
+    } else if (row->IsHeld && row->IsHeld(child)) {
         form_.SetCursor(Qt::CrossCursor);
         const IController* dragged = row->Dragged ? row->Dragged(child) : &child;
         childrenOperation_ = dragged ? dragged->CurrentOperation() : nullptr;

@@ -36,7 +36,7 @@ struct OverlayRow
     /// Moves what `Hit` found last; the picture bounds it where the object asks for that.
     void (*Drag)(IController& Child, const Image& Picture, int X, int Y) = nullptr;
     /// Whether a press would now take hold of something.
-    bool (*IsHeld)() = nullptr;
+    bool (*IsHeld)(const IController& Child) = nullptr;
     /// A press that selects something and runs the sequence at once, with no drag; false if there was nothing.
     bool (*Press)(IController& Child, int X, int Y) = nullptr;
     /// Whose operation a drag runs, where it is not the overlay's own.
@@ -95,7 +95,7 @@ inline XY OnStore(const XY& point, const Image* picture)
 
 /// For classes whose handle is shared by their objects: whether the last hit took hold of one.
 template <typename T>
-bool IsHandleSet()
+bool IsHandleSet(const IController&)
 {
     return T::Handle != NoHandle;
 }

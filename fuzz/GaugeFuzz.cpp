@@ -1,0 +1,77 @@
+// Any bytes as a file of a gauge: read, then placed on a picture, detected, drawn, dragged and written again.
+#include TESK_FUZZ_HEADER
+
+#include "foundation/Archive.h"
+#include "foundation/CairoTarget.h"
+#include "foundation/Graph.h"
+#include "image/Image.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+using namespace Tesk;
+
+namespace {
+
+using Gauge = TESK_FUZZ_GAUGE;
+
+void Require(bool condition)
+{
+    if (!condition) std::abort();
+}
+
+const Image& Picture()
+{
+    static Image image;
+    if (image.Type != Undefined) return image;
+    image.Set(64, 48, Gray);
+    for (int y = 0; y < image.Height; y++)
+        for (int x = 0; x < image.Width; x++)
+            image.Row(y)[x] = static_cast<std::uint8_t>(x * x + 5 * y * y < 900 ? 200 - y : 30 + x);
+    return image;
+}
+
+std::vector<std::uint8_t> Written(Gauge& gauge)
+{
+    std::vector<std::uint8_t> bytes;
+    Archive writer = Archive::IntoMemory(bytes);
+    gauge.Transfer(writer);
+    Require(writer.Good());
+    return bytes;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const Image& picture = Picture();
+    static CairoTarget target(64, 48);
+    Status::ErrorBehavior(IgnoreIt);
+    Gauge gauge;
+    Archive reader = Archive::FromMemory({data, size}, ShortFile::KeepsFields);
+    gauge.Transfer(reader);
+    const std::vector<std::uint8_t> bytes = Written(gauge);
+    Gauge again;
+    Archive second = Archive::FromMemory(bytes, ShortFile::KeepsFields);
+    again.Transfer(second);
+    Require(second.Good() && Written(again) == bytes);
+
+    // Broad probes only cost time.
+    constexpr int broadest = 40;
+    gauge.Breadth = std::min(gauge.Breadth, broadest);
+    gauge.SetWindow(picture);
+    Graph::DrawTo(&target);
+    gauge.Detect(picture);
+    gauge.Draw(true, true);
+    for (int at = 0; at < 64; at += 7)
+        if (gauge.HitHandle(at, 3 * at / 4) != NoHandle) {
+            gauge.HandleOctant();
+            gauge.Drag(at + 5, at - 9);
+        }
+    gauge.Detect(picture);
+    gauge.Draw(true, true);
+    Graph::DrawTo(nullptr);
+    return 0;
+}
