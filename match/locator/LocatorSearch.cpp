@@ -79,8 +79,9 @@ const Image* Search::Mask(int depth) const
 
 int Search::MakePyramid(const Image& image)
 {
-    // The loops read as many bytes behind the last pixel as only the library's own stores have.
-    if (!image.OwnsBuffer) {
+    // The loops read as many bytes behind the last pixel as only the library's own stores have, and take the rows of a
+    // mask to be as far apart as those of the image.
+    if (!image.OwnsBuffer || (masks_ && masks_->levels[0].Pitch != image.Pitch)) {
         if (const int code = pyramid_[0].Fit(image.Width, image.Height, Gray)) return code;
         images::CopyRows(image, pyramid_[0]);
         image_ = &pyramid_[0];

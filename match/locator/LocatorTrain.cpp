@@ -160,7 +160,8 @@ int Masks::Build(const Model& model, int depths)
     for (int depth = 1; depth < depths; depth++) {
         const auto i = static_cast<std::size_t>(depth);
         // A mask that is smaller than the pattern fits no image that could be searched.
-        if (levels[i - 1].Width < 3 || levels[i - 1].Height < 3) break;
+        const int least = model.levels[i].halved ? 2 : 3;
+        if (levels[i - 1].Width < least || levels[i - 1].Height < least) break;
         if (const int code = ReduceTo(model.levels[i], levels[i - 1], levels[i])) return code;
     }
     return NoError;

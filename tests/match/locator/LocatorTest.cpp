@@ -209,6 +209,15 @@ TEST_F(LocatorTest, SearchesUnderAMaskAlone)
     locator.SearchMask();
     locator.Find(image);
     EXPECT_EQ(locator.NumLocations, 1);
+    // A level one pixel wide still has its mask.
+    image.Window(11, 7, 2, 128);
+    locator.Train(image);
+    mask.Set(2, 128, Gray);
+    std::memset(mask.Buffer, 255, mask.BufferSize);
+    locator.SearchMask(mask);
+    locator.Find(image);
+    EXPECT_EQ(locator.NumLocations, 1);
+    image.Window();
 }
 
 TEST_F(LocatorTest, MapsPointsAndImagesBetweenPatternAndLocation)
