@@ -26,11 +26,11 @@ constexpr int noisePart = 40, leastRange = 8;
 /// strong ones leave out the halo of a sharpened picture, which would stand in the quiet zones.
 struct Way
 {
-    int halves, distance;
+    int halves;
     bool doubled;
+    std::array<int, 2> steps;
 };
-constexpr std::array<Way, 3> ways = {{{0, 1, false}, {1, 1, true}, {2, 1, true}}};
-constexpr std::array<int, 2> stepParts = {12, 28};
+constexpr std::array<Way, 3> ways = {{{0, false, {15, 28}}, {1, false, {8, 25}}, {2, false, {15, 30}}}};
 /// Where rows or columns have that many times the edges of the others, they are swept first.
 constexpr double clearlyMore = 1.3;
 /// Lines of a sweep lie this far apart, in pixels; the next sweep takes those between.
@@ -45,19 +45,16 @@ constexpr int weakNoise = 5, weakStep = 12, leastReach = 3;
 constexpr double leastSlant = 0.1;
 constexpr double sampleStep = 0.8, groupSpacing = 2, mostGroupLines = 16;
 
-/// Adds the second differences over a distance, taken `halves` / 2 times: the inverse of a slight blur.
-std::span<const int> Sharpened(std::span<const int> line, int halves, int distance, std::vector<int>& out)
+/// Adds the second differences, taken `halves` / 2 times: the inverse of a slight blur.
+std::span<const int> Sharpened(std::span<const int> line, int halves, std::vector<int>& out)
 {
     if (halves == 0) return line;
-    const std::size_t n = line.size(), d = static_cast<std::size_t>(distance);
-    if (n < 2 * d + 1) return line;
+    const std::size_t n = line.size();
     if (out.size() < n) out.resize(n);
-    for (std::size_t i = 0; i < d; i++) {
-        out[i] = line[i];
-        out[n - 1 - i] = line[n - 1 - i];
-    }
-    for (std::size_t i = d; i + d < n; i++)
-        out[i] = line[i] + halves * (2 * line[i] - line[i - d] - line[i + d]) / 2;
+    out[0] = line[0];
+    out[n - 1] = line[n - 1];
+    for (std::size_t i = 1; i + 1 < n; i++)
+        out[i] = line[i] + halves * (2 * line[i] - line[i - 1] - line[i + 1]) / 2;
     return std::span<const int>(out).first(n);
 }
 
@@ -242,7 +239,7 @@ private:
         reader_.place.start = XY(from.x, from.y);
         reader_.place.step = XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
         const int count = reader_.Source().WalkAdded(from, to, breadth, shift.X, shift.Y, scratch.line.data());
-        reader_.Charge(count * breadth / 2);
+        reader_.Charge(count / 2);
         return ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count)));
     }
 
@@ -255,14 +252,14 @@ private:
         const XY step = reader_.place.step;
         for (const Way way : ways) {
             ScanScratch& scratch = reader_.Scratch();
-            auto samples = Sharpened(line, way.halves, way.distance, scratch.filtered);
+            auto samples = Sharpened(line, way.halves, scratch.filtered);
             if (way.doubled) {
                 samples = Doubled(samples, scratch.doubled);
                 reader_.place.step = XY(step.X / 2, step.Y / 2);
             }
             reader_.FindTurns(samples);
             bool read = false;
-            for (const int part : stepParts) {
+            for (const int part : way.steps) {
                 read = reader_.ReadTurns(samples, static_cast<int>(std::int64_t{range} * part / 100));
                 if (read || reader_.EdgeCount() < reader_.FewestEdges() / 2) break;
             }

@@ -85,6 +85,13 @@ int LineReader::WorkOfEdge(const LinearSettings& settings)
     return work;
 }
 
+/// Symbologies of which a wrong text hardly fits and passes its checks twice.
+bool HasManyChecks(Symbologies symbology)
+{
+    return symbology == CodeEAN13 || symbology == CodeUPCA || symbology == CodeEAN128 || symbology == Code93 ||
+           symbology == CodeDatabar || symbology == CodeDatabarLimited;
+}
+
 int LineReader::FewestEdges(const LinearSettings& settings)
 {
     int fewest = MaxInt;
@@ -113,7 +120,7 @@ void LineReader::Take(const SymbolRead& read)
     int weight = 1;
     if (byFit) {
         const auto edges = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(edgeCount_));
-        if (Misfit(edges, read) <= largestMisfit) weight = goodFit;
+        if (Misfit(edges, read) <= largestMisfit) weight = HasManyChecks(read.symbology) ? wellChecked : goodFit;
     }
     ballot_.Vote(read, place, votes, keepModules_, weight);
 }
