@@ -19,6 +19,8 @@ constexpr int workFactor = 3;
 constexpr double sweepPart = 0.6;
 /// Lines beside each other that are added to one: noise goes, and bars stay.
 constexpr int breadth = 3;
+/// Bright pixels that are put at both ends of a row or column.
+constexpr int border = lineBorder;
 /// Of the range of gray values on a line: what is no bar.
 constexpr int noisePart = 40, leastRange = 8;
 /// A line is looked at in these ways, one after the other until it is read: sharpened by its second difference so many
@@ -236,11 +238,17 @@ private:
         ScanScratch& scratch = reader_.Scratch();
         const int steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
         if (steps < 1) return false;
-        reader_.place.start = XY(from.x, from.y);
-        reader_.place.step = XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
-        const int count = reader_.Source().WalkAdded(from, to, breadth, shift.X, shift.Y, scratch.line.data());
+        const XY step(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
+        reader_.place.start = XY(from.x - border * step.X, from.y - border * step.Y);
+        reader_.place.step = step;
+        int* pixels = scratch.line.data() + border;
+        const int count = reader_.Source().WalkAdded(from, to, breadth, shift.X, shift.Y, pixels);
         reader_.Charge(count / 2);
-        return ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count)));
+        // A bar that the picture cuts off ends there.
+        const int bright = *std::max_element(pixels, pixels + count);
+        std::fill_n(scratch.line.data(), border, bright);
+        std::fill_n(pixels + count, border, bright);
+        return ReadLine(std::span<const int>(scratch.line).first(static_cast<std::size_t>(count + 2 * border)));
     }
 
     bool ReadLine(std::span<const int> line)

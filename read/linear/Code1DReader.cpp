@@ -150,7 +150,7 @@ void Code1DReader::Scan(const Image& src)
     const Raster raster(src);
     const LinearSettings settings = SettingsOf(*this);
     ScanScratch& scratch = state_->scratch;
-    const auto longest = static_cast<std::size_t>(std::max(raster.Width(), raster.Height())) + 1;
+    const auto longest = static_cast<std::size_t>(std::max(raster.Width(), raster.Height())) + 1 + 2 * lineBorder;
     if (scratch.line.size() < longest) scratch.line.resize(longest);
 
     LineReader reader(raster, settings, state_->ballot, scratch, CheckQuality);

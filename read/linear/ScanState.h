@@ -17,6 +17,8 @@ namespace Tesk::linear {
 /// A line across a group goes on beside it by this part of its length, and pixels: outer bars that were not found, and
 /// quiet zones.
 constexpr double groupMargin = 0.2, groupMarginPixels = 12;
+/// Room before and behind the pixels of a line.
+constexpr int lineBorder = 4;
 constexpr int slotCount = 32, leastVotes = 3, goodFit = 3, wellChecked = 5, mostColorBars = 16;
 
 /// A text, and where it was read how often.
