@@ -125,7 +125,7 @@ ScanVote& Ballot::SlotOf(const SymbolRead& read, const LinePlace& place, VoteRul
     return slot;
 }
 
-void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules, int weight)
+void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, int weight)
 {
     const auto at = [&](int position) {
         return SiteAt(
@@ -146,7 +146,7 @@ void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule,
         slot.corners = {from, to, to, from};
         slot.group = place.group;
         slot.elementCount = 0;
-        if (keepModules && read.modules.size() <= slot.modules.size()) {
+        if (read.modules.size() <= slot.modules.size()) {
             std::copy(read.modules.begin(), read.modules.end(), slot.modules.begin());
             slot.elementCount = static_cast<int>(read.modules.size());
         }

@@ -132,7 +132,6 @@ private:
         const int across = alongRows ? reader_.Source().Height() : reader_.Source().Width();
         reader_.place.alongRows = alongRows;
         reader_.place.direction = alongRows ? XY(1, 0) : XY(0, 1);
-        reader_.place.directionIndex = alongRows ? 0 : 1;
         for (; progress.next * sweepSpacing + sweeps[index] < across; progress.next++) {
             if (Spent()) return;
             const int v = progress.next * sweepSpacing + sweeps[index];
@@ -176,7 +175,6 @@ private:
             if (std::min(x, y) < leastSlant * std::max(x, y)) continue;
             const bool alongRows = y > x;
             reader_.place.alongRows = alongRows;
-            reader_.place.directionIndex = alongRows ? 2 : 3;
             ScanGroup(group);
         }
     }
@@ -194,7 +192,6 @@ private:
             reader_.place.alongRows = alongRows;
             for (const BarGroup& group : groups) {
                 if (Spent() || IsClear()) return;
-                reader_.place.directionIndex = alongRows ? 2 : 3;
                 ScanGroup(group);
             }
         }
@@ -291,6 +288,7 @@ int LookCloser(LineReader& reader, int directions, int density)
     reader.Votes().Clear();
     reader.votes = VoteRule::AnyWay;
     reader.place.group = 0;
+    reader.place.directionIndex = -1;
     reader.byFit = true;
     CloserScan scan(reader);
     scan.Run(directions != 0, directions != 1, directions == Auto, density);

@@ -122,7 +122,7 @@ void LineReader::Take(const SymbolRead& read)
         const auto edges = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(edgeCount_));
         if (Misfit(edges, read) <= largestMisfit) weight = HasManyChecks(read.symbology) ? wellChecked : goodFit;
     }
-    ballot_.Vote(read, place, votes, keepModules_, weight);
+    ballot_.Vote(read, place, votes, weight);
 }
 
 Clipped Clip(XY origin, XY direction, int width, int height)

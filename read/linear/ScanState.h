@@ -65,7 +65,7 @@ class Ballot
 {
 public:
     void Clear();
-    void Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, bool keepModules, int weight = 1);
+    void Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, int weight = 1);
     /// Moves what was read often enough, and is a symbol by its corners, to the front. With `outvoting` it must have
     /// that multiple of the votes of all other texts in its place. How many symbols there are.
     int Count(int votesNeeded, int outvoting = 0);
@@ -121,10 +121,9 @@ struct ScanState
 class LineReader : public ReadSink
 {
 public:
-    LineReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch,
-               bool keepModules)
-        : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), keepModules_(keepModules),
-          workOfEdge_(WorkOfEdge(settings)), fewestEdges_(FewestEdges(settings))
+    LineReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch)
+        : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), workOfEdge_(WorkOfEdge(settings)),
+          fewestEdges_(FewestEdges(settings))
     {}
     virtual ~LineReader() = default;
 
@@ -161,7 +160,6 @@ private:
     const LinearSettings& settings_;
     Ballot& ballot_;
     ScanScratch& scratch_;
-    bool keepModules_;
     int workOfEdge_, fewestEdges_;
     std::int64_t work_ = 0;
     int turnCount_ = 0, edgeCount_ = 0;

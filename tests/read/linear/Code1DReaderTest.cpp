@@ -264,5 +264,35 @@ TEST_F(Code1DReaderTest, SettingsOfAnyValueAndSmallPicturesAreTaken)
             }
 }
 
+TEST_F(Code1DReaderTest, AnyPictureIsTakenWithAnySettings)
+{
+    checks::Noise random{11};
+    for (int round = 0; round < 150; round++) {
+        const PixelTypes types[] = {Gray, Gray16, Rgb, Rgba};
+        image.Set(static_cast<int>(random() >> 8) % 150 + 1, static_cast<int>(random() >> 8) % 90 + 1,
+                  types[random() >> 30]);
+        const int bytes = RowBytes(image.Width, image.Type);
+        for (int y = 0; y < image.Height; y++) // bars of noise, which some rows break
+            for (int x = 0; x < bytes; x++)
+                image.Row(y)[x] = y == 0 || random() >> 28 == 0 ? random.Byte() : image.Row(y - 1)[x];
+        if (round % 3 == 0) image.Window(image.Width / 3, image.Height / 4, image.Width, image.Height);
+        reader.NumDirections = round % 2 == 0 ? static_cast<int>(Auto) : static_cast<int>(random() >> 28) - 6;
+        reader.Density = static_cast<int>(random() >> 29);
+        reader.Noise = static_cast<int>(random() >> 26);
+        reader.Step = static_cast<int>(random() >> 25);
+        reader.CheckQuietZone = random() >> 31 != 0;
+        reader.CheckQuality = true;
+        reader.DetectPharmacode = reader.DetectMSI = reader.DetectMatrix2of5 = reader.Detect11 = round % 5 == 0;
+        const bool decoded = reader.Decode(image);
+        EXPECT_EQ(decoded, reader.NumDecoded > 0);
+        for (int i = 0; i < reader.NumDecoded; i++) {
+            reader.Choose(i, image);
+            EXPECT_EQ(Status::Error().Code, NoError);
+            EXPECT_NE(char(reader.AsciiGrade), 0);
+            reader.Draw(true, true, true, true);
+        }
+    }
+}
+
 } // namespace
 } // namespace Tesk

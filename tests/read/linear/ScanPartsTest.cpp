@@ -59,10 +59,10 @@ TEST(Votes, TheLeastVotedSlotIsReplacedAndTheFirstOfThese)
     Ballot ballot;
     LinePlace place;
     for (int i = 0; i < slotCount; i++) {
-        ballot.Vote(ReadOf("T" + std::to_string(i), 0, 100), place, VoteRule::SameWay, false);
-        if (i != 5 && i != 9) ballot.Vote(ReadOf("T" + std::to_string(i), 0, 100), place, VoteRule::SameWay, false);
+        ballot.Vote(ReadOf("T" + std::to_string(i), 0, 100), place, VoteRule::SameWay);
+        if (i != 5 && i != 9) ballot.Vote(ReadOf("T" + std::to_string(i), 0, 100), place, VoteRule::SameWay);
     }
-    ballot.Vote(ReadOf("new", 0, 100), place, VoteRule::SameWay, false);
+    ballot.Vote(ReadOf("new", 0, 100), place, VoteRule::SameWay);
     EXPECT_EQ(ballot[5].Text(), "new");
     EXPECT_EQ(ballot[5].votes, 1);
     EXPECT_EQ(ballot[9].Text(), "T9");
@@ -76,7 +76,7 @@ TEST(Votes, CornersFollowTheOuterLinesAndBecomeSquare)
     for (const int y : {20, 10, 40, 30}) {
         place.start = XY(0, y);
         place.offset = y;
-        ballot.Vote(ReadOf("A", 100 + y / 2, 200 + y / 2), place, VoteRule::SameWay, false);
+        ballot.Vote(ReadOf("A", 100 + y / 2, 200 + y / 2), place, VoteRule::SameWay);
     }
     ASSERT_EQ(ballot.Count(4), 1);
     EXPECT_EQ(ballot[0].firstLine, 20);
@@ -92,7 +92,7 @@ TEST(Votes, CornersFollowTheOuterLinesAndBecomeSquare)
     // Of no width.
     Ballot narrow;
     for (int i = 0; i < 3; i++)
-        narrow.Vote(ReadOf("A", 50, 52), place, VoteRule::SameWay, false);
+        narrow.Vote(ReadOf("A", 50, 52), place, VoteRule::SameWay);
     EXPECT_EQ(narrow.Count(3), 0);
 }
 
@@ -101,10 +101,10 @@ TEST(Votes, OthersInItsPlaceOutvoteAText)
     Ballot ballot;
     LinePlace place;
     for (int i = 0; i < 5; i++)
-        ballot.Vote(ReadOf("A", 50, 100), place, VoteRule::AnyWay, false);
-    ballot.Vote(ReadOf("B", 52, 99), place, VoteRule::AnyWay, false);
+        ballot.Vote(ReadOf("A", 50, 100), place, VoteRule::AnyWay);
+    ballot.Vote(ReadOf("B", 52, 99), place, VoteRule::AnyWay);
     EXPECT_TRUE(ballot.HasClearWinner(5, 5));
-    ballot.Vote(ReadOf("B", 52, 99), place, VoteRule::AnyWay, false);
+    ballot.Vote(ReadOf("B", 52, 99), place, VoteRule::AnyWay);
     EXPECT_FALSE(ballot.HasClearWinner(5, 3));
     EXPECT_EQ(ballot.Count(3, 3), 0);
     EXPECT_EQ(ballot.Count(3), 1);
