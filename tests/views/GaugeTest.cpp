@@ -11,6 +11,7 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -79,7 +80,7 @@ void ExpectAt(const XY& place, double x, double y)
 TEST_F(GaugeViews, GaugesStartInTheMiddleOfTheirPicture)
 {
     OpenBorder();
-    for (const wchar_t* gauge : {L"EdgePoint", L"EdgeLine", L"EdgeArc", L"EdgeEllipse", L"EdgeRectangle"}) {
+    for (const wchar_t* gauge : {L"EdgeLine", L"EdgeArc", L"EdgeEllipse", L"EdgeRectangle", L"EdgePoint"}) {
         ASSERT_TRUE(Add(gauge, L"Detect")) << StatusText().toStdString();
         EXPECT_EQ(StatusText(), "");
     }

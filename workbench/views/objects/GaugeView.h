@@ -7,6 +7,7 @@
 #include "workbench/views/objects/ObjectView.h"
 
 #include <algorithm>
+#include <type_traits>
 
 namespace TeskPlus {
 

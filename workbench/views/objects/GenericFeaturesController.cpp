@@ -115,6 +115,11 @@ FeaturesGrid::FeaturesGrid(const FeaturesRow& row) : wanted_(row.MinimumWidth, r
         // A third press on a head brings back the order of the object.
         horizontalHeader()->setSortIndicatorClearable(true);
     }
+    // Where the size is given, all columns share it.
+    if (!row.FixedSize.isEmpty()) {
+        horizontalHeader()->setMinimumSectionSize(1);
+        horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    }
     if (row.SelectsRows) {
         setSelectionBehavior(QAbstractItemView::SelectRows);
         setSelectionMode(QAbstractItemView::SingleSelection);

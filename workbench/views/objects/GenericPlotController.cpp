@@ -20,8 +20,8 @@ namespace TeskPlus {
 
 std::vector<double> PlotTicks(const PlotScale& Scale, int Most)
 {
+    if (!std::isfinite(Scale.First) || !std::isfinite(Scale.Last) || Most < 1) return {};
     const double low = std::min(Scale.First, Scale.Last), high = std::max(Scale.First, Scale.Last);
-    if (!std::isfinite(low) || !std::isfinite(high) || Most < 1) return {};
     const double extent = high - low;
     if (!(extent > 0) || !std::isfinite(extent)) return {low};
     const double unit = std::pow(10.0, std::floor(std::log10(extent / Most)));

@@ -61,7 +61,7 @@ struct PlotAxes
 
 /// Round values over a scale, at most that many and one more, no closer than whole numbers: those with a number.
 std::vector<double> PlotTicks(const PlotScale& Scale, int Most);
-/// A number beside an axis, in at most six characters.
+/// A number beside an axis, in at most seven characters.
 QString TickText(double Value);
 
 /// What is plotted for a class.
