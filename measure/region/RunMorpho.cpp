@@ -1,4 +1,5 @@
 // Erosion and dilation of lists of runs, a row of the structuring element at a time.
+#include "measure/region/BitRows.h"
 #include "measure/region/RunLists.h"
 #include "measure/region/RunSets.h"
 
@@ -50,6 +51,7 @@ int Held(int extent)
 
 RunList Eroded(RunSpan src, const Element& element)
 {
+    if (SuitsBits(src, element)) return ErodedBits(src, element);
     RunList result, moved;
     Shrink(src, Held(element.halfWidth), 0, result);
     const auto cut = [&](int shrink, int rows) {
@@ -67,6 +69,7 @@ RunList Eroded(RunSpan src, const Element& element)
 
 RunList Dilated(RunSpan src, const Element& element)
 {
+    if (SuitsBits(src, element)) return DilatedBits(src, element);
     RunList result, moved;
     const int half = Held(element.halfWidth);
     Grow(src, half, 2 * half, 0, result);

@@ -161,6 +161,14 @@ std::size_t OfBits(const std::uint8_t* s, std::size_t n, std::int32_t* columns)
     return edges.Finish(n);
 }
 
+std::size_t OfWords(const std::uint64_t* s, std::size_t n, std::int32_t* columns)
+{
+    Edges edges(columns);
+    for (std::size_t x = 0; x < n; x += wordBits)
+        edges.Add(s[x / wordBits] & LowBits(std::min(wordBits, n - x)));
+    return edges.Finish(n);
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace Tesk::kernels
 HWY_AFTER_NAMESPACE();
@@ -170,6 +178,7 @@ namespace Tesk::kernels {
 
 HWY_EXPORT(OfBand);
 HWY_EXPORT(OfBits);
+HWY_EXPORT(OfWords);
 
 std::size_t BandEdges(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges)
 {
@@ -179,6 +188,11 @@ std::size_t BandEdges(const std::uint8_t* s, std::size_t n, Band band, std::int3
 std::size_t BitEdges(const std::uint8_t* s, std::size_t n, std::int32_t* edges)
 {
     return ByLevel(BitEdgesPlain, HWY_DYNAMIC_DISPATCH(OfBits))(s, n, edges);
+}
+
+std::size_t WordEdges(const std::uint64_t* s, std::size_t n, std::int32_t* edges)
+{
+    return ByLevel(WordEdgesPlain, HWY_DYNAMIC_DISPATCH(OfWords))(s, n, edges);
 }
 
 } // namespace Tesk::kernels

@@ -41,8 +41,12 @@ std::size_t BandEdges(const std::uint8_t* s, std::size_t n, Band band, std::int3
 /// The same for the bits that are set of `n` packed pixels, the most significant bit first.
 std::size_t BitEdges(const std::uint8_t* s, std::size_t n, std::int32_t* edges);
 
+/// The same for the bits that are set of `n` pixels in words, the first pixel in the lowest bit.
+std::size_t WordEdges(const std::uint64_t* s, std::size_t n, std::int32_t* edges);
+
 // The definitions of the above.
 std::size_t BandEdgesPlain(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges);
 std::size_t BitEdgesPlain(const std::uint8_t* s, std::size_t n, std::int32_t* edges);
+std::size_t WordEdgesPlain(const std::uint64_t* s, std::size_t n, std::int32_t* edges);
 
 } // namespace Tesk::kernels

@@ -13,4 +13,9 @@ std::size_t BitEdgesPlain(const std::uint8_t* s, std::size_t n, std::int32_t* ed
     return regions::EdgesWhere(n, edges, [&](std::size_t x) { return (s[x / 8] << x % 8 & 0x80) != 0; });
 }
 
+std::size_t WordEdgesPlain(const std::uint64_t* s, std::size_t n, std::int32_t* edges)
+{
+    return regions::EdgesWhere(n, edges, [&](std::size_t x) { return (s[x / 64] >> x % 64 & 1) != 0; });
+}
+
 } // namespace Tesk::kernels

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <functional>
 #include <iterator>
+#include <tuple>
 
 using namespace Tesk;
 using namespace Tesk::checks;
@@ -204,6 +205,38 @@ TEST_F(RegionSets, MorphologyIsThatOfPixelsUnderTheElement)
         joined.Gradient(joined, element, InternalGradient, over_);
         EXPECT_EQ(PixelsOf(joined), Less(pixels, PixelsOf(eroded)));
     }
+}
+
+TEST_F(RegionSets, MorphologyIsTheSameForManyRunsAndForFew)
+{
+    const int sizes[][3] = {{3, 3, 1}, {3, 3, 3}, {5, 5, 3}, {7, 5, 3}, {1, 7, 1}, {5, 9, 5}, {61, 3, 1}, {3, 131, 1}};
+    Noise noise{17};
+    for (const auto& [width, height, diagonal] : sizes)
+        for (const int columns : {40, 63, 64, 65, 200}) {
+            Morpho element;
+            element.Set(width, height, diagonal);
+            Region noisy, sparse;
+            for (int y = 0; y < 50; y++)
+                for (int x = noise.Byte() % 5 - 2; x < columns;) {
+                    const int end = x + 1 + noise.Byte() % (width + 12);
+                    noisy.AddRun(x, end, y);
+                    x = end + 1 + noise.Byte() % 3;
+                }
+            // A run far away: too few of them for so large a frame.
+            sparse.RegionAppend(noisy);
+            sparse.AddRun(20000, 20001, 20000);
+            Region few, many;
+            many.Dilate(noisy, element);
+            few.Dilate(sparse, element);
+            RunTuples runs = RunsOf(few);
+            std::erase_if(runs, [](const auto& run) { return std::get<2>(run) > 10000; });
+            EXPECT_EQ(RunsOf(many), runs) << width << ' ' << height << ' ' << diagonal << ' ' << columns;
+            many.Erode(noisy, element);
+            few.Erode(sparse, element);
+            runs = RunsOf(few);
+            std::erase_if(runs, [](const auto& run) { return std::get<2>(run) > 10000; });
+            EXPECT_EQ(RunsOf(many), runs) << width << ' ' << height << ' ' << diagonal << ' ' << columns;
+        }
 }
 
 TEST_F(RegionSets, ErosionByARowKeepsLabelsAndRunsThatItEmpties)
