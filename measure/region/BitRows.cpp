@@ -58,14 +58,15 @@ public:
             row[to / wordBits] ^= Word{1} << to % wordBits;
         }
         // Each bit becomes the parity of those up to it: set from the start of a run up to its end.
-        for (int shift = 1; shift < wordBits; shift *= 2)
-            for (Word& word : words_)
-                word ^= word << shift;
         for (std::size_t y = 0; y < frame_.Rows(); y++) {
+            Word* row = Row(y);
+            for (int shift = 1; shift < wordBits; shift *= 2)
+                for (std::size_t i = 0; i < pitch_; i++)
+                    row[i] ^= row[i] << shift;
             Word open = 0;
-            for (Word* word = Row(y); word < Row(y) + pitch_; word++) {
-                *word ^= open;
-                open = Word{0} - (*word >> (wordBits - 1));
+            for (std::size_t i = 0; i < pitch_; i++) {
+                row[i] ^= open;
+                open = Word{0} - (row[i] >> (wordBits - 1));
             }
         }
     }
@@ -107,9 +108,10 @@ public:
             words_[i] = combine(words_[i], Word{0});
     }
 
-    RunList Runs() const
+    RunList Runs(std::size_t expected) const
     {
         RunList runs;
+        runs.reserve(expected);
         std::vector<std::int32_t> edges(pitch_ * wordBits + 1 + kernels::edgeSlack);
         for (std::size_t y = 0; y < frame_.Rows(); y++) {
             const std::size_t count = kernels::WordEdges(words_.data() + y * pitch_, pitch_ * wordBits, edges.data());
@@ -135,9 +137,9 @@ private:
 template <typename Combine>
 RunList Moved(RunSpan src, const Frame& frame, const Element& element, Combine combine)
 {
-    BitRows bits(frame);
-    bits.Set(src);
-    BitRows wide(bits);
+    BitRows wide(frame);
+    wide.Set(src);
+    const BitRows bits(element.diagonal > 0 ? wide : BitRows({}));
     wide.Across(element.halfWidth, combine);
     BitRows result(wide);
     for (int k = 1; k <= element.box; k++)
@@ -147,7 +149,7 @@ RunList Moved(RunSpan src, const Frame& frame, const Element& element, Combine c
         wide.Across(element.halfWidth - k, combine);
         result.Combined(wide, k, combine);
     }
-    return result.Runs();
+    return result.Runs(src.size());
 }
 
 } // namespace
