@@ -307,7 +307,7 @@ void Outliers(const Subject& subject)
                 const Picture picture(size, size, 1, [&](double x, double y) {
                     const double turn = std::atan2(y - pose.y, x - pose.x) / degree + 360;
                     const double along = subject.quantities.size() == 2 ? Local(pose, x, y).X + 500 : turn / 72 * 50;
-                    return subject.distance(pose, x, y) - (std::fmod(along, 50) < 10 ? displacement : 0);
+                    return subject.distance(pose, x, y) - (std::fmod(along, 50) < 6 ? displacement : 0);
                 });
                 rendered::Noise random(1);
                 Image image;
