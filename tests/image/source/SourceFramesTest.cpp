@@ -22,7 +22,9 @@ protected:
     void SetUp() override
     {
         Status::ErrorBehavior(IgnoreIt);
-        folder_ = std::filesystem::path(::testing::TempDir()) / "SourceFramesTest";
+        // Tests run side by side.
+        folder_ = std::filesystem::path(::testing::TempDir()) /
+                  (std::string("frames_") + ::testing::UnitTest::GetInstance()->current_test_info()->name());
         std::filesystem::create_directories(folder_);
     }
     void TearDown() override { std::filesystem::remove_all(folder_); }
