@@ -38,6 +38,21 @@ struct XY
     static ReadOnly<DraggingHandles, XY> Handle;
 };
 
+inline XY operator+(XY a, XY b)
+{
+    return {a.X + b.X, a.Y + b.Y};
+}
+
+inline XY operator-(XY a, XY b)
+{
+    return {a.X - b.X, a.Y - b.Y};
+}
+
+inline XY operator*(double f, XY p)
+{
+    return {f * p.X, f * p.Y};
+}
+
 /// A pixel position.
 struct Site
 {

@@ -6,25 +6,6 @@
 
 namespace Tesk::snakes {
 
-namespace {
-
-XY operator+(XY a, XY b)
-{
-    return {a.X + b.X, a.Y + b.Y};
-}
-
-XY operator-(XY a, XY b)
-{
-    return {a.X - b.X, a.Y - b.Y};
-}
-
-XY operator*(double f, XY p)
-{
-    return {f * p.X, f * p.Y};
-}
-
-} // namespace
-
 CubicSpline::CubicSpline(const std::vector<XY>& points, const SplineEnds& ends) : points_(points)
 {
     for (std::size_t i = 1; i < points.size(); i++) {

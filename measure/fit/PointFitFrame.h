@@ -23,11 +23,6 @@ XY Real(P p)
     return {static_cast<double>(p.X), static_cast<double>(p.Y)};
 }
 
-inline XY operator-(XY a, XY b)
-{
-    return {a.X - b.X, a.Y - b.Y};
-}
-
 inline double Cross(XY a, XY b)
 {
     return a.X * b.Y - a.Y * b.X;

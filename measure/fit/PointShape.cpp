@@ -17,21 +17,6 @@ namespace {
 /// Areas and radii that differ by less are equal but for rounding.
 constexpr double tie = 1e-12;
 
-XY operator+(XY a, XY b)
-{
-    return {a.X + b.X, a.Y + b.Y};
-}
-
-XY operator-(XY a, XY b)
-{
-    return {a.X - b.X, a.Y - b.Y};
-}
-
-XY operator*(double f, XY p)
-{
-    return {f * p.X, f * p.Y};
-}
-
 double Dot(XY a, XY b)
 {
     return a.X * b.X + a.Y * b.Y;
