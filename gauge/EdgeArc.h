@@ -6,8 +6,8 @@
 namespace Tesk {
 
 /// Places probes across an arc and fits a circle to the edges that they find, without outliers, or lays the smallest
-/// circle around them. Detections refuse what `EdgePoint` does, and a `SampleIndex` beyond the probes (`OutOfRange`);
-/// what was fitted before then stays.
+/// circle around them; with a calibrator, `Fitting` is taken as `FitOver`. There is no fit if fewer than 3 are found or
+/// they lie on a line.
 ///
 ///     EdgeArc gauge;
 ///     gauge.Locate({320, 240}, 80, 40); // a circle of radius 80, probes of 40 pixels
@@ -50,11 +50,6 @@ public:
     /// An arc between two directions in degrees.
     void Locate(XY Center, double Radius, double StartAngle, double EndAngle, double ProbeLength);
 
-    /// Finds the edge that `EdgeIndex` selects on each probe, a rank or an `EdgeSelection`, and fits a circle to them:
-    /// in the units of `Geometry::SimpleCalibration`, or of a calibrator. False if fewer than 3 are found or they lie
-    /// on a line. With a calibrator, `Fitting` is taken as `FitOver`.
-    bool Detect(const Image& Src, int EdgeIndex = BestStep);
-    bool Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex = BestStep);
     /// Finds the edges that cross the arc, in the mean over the length of the probes, to be asked for as those of an
     /// `EdgePoint`, in pixels and degrees. Leaves `Breadth` at that length, and `FitState` at 2. Refused: a void image
     /// (`VoidObject`), other types than `Gray` (`UnsupportedType`), a ring beyond all measure (`OutOfRange`), no memory
@@ -71,10 +66,6 @@ public:
     void Write(const wchar_t* PathName) const;
     void Transfer(Archive& Block);
 
-    /// Outlines where edges are looked for in `Graph::LineColor`, and the fitted circle; with `Handles` marks what can
-    /// be dragged, with `Points` the points. The second form takes them back from the units of a calibrator.
-    void Draw(bool Handles, bool Points) const;
-    void Draw(bool Handles, bool Points, const Geometry& Calibrator) const;
     /// The handle under a point of the screen, kept in `Handle`: one of the three points, `LengthHandle` for the length
     /// of the probes, `AllHandle` for the ring.
     DraggingHandles HitHandle(int X, int Y);
@@ -83,6 +74,11 @@ public:
     void Drag(int X, int Y);
 
 private:
+    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world) override;
+    void DrawOutline() const override;
+    void DrawHandles() const override;
+    void DrawFitted(const edges::WorldMap& world) const override;
+
     bool Refresh();
     void PlaceCircle(XY center, double radius, double probeLength);
     void PlaceArc(XY center, double radius, double startRadians, double endRadians, double probeLength);
@@ -90,12 +86,9 @@ private:
     /// Where the probes end, in radians.
     double SweepEnd() const;
     XY OnArc(double radians, double radius) const;
-    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world);
     bool FitOverPoints(XY& center, double& radius);
     int Along(const Image& src);
     XY PointAtHand() const;
-    void Draw(bool handles, bool points, const edges::WorldMap& world) const;
-    void DrawFitted(const edges::WorldMap& world) const;
 
     Grab grab_;
 };

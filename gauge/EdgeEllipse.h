@@ -24,8 +24,8 @@ struct EllipsePoints
 
 /// Places probes across an ellipse and fits one to the edges that they find: a consensus search over the ellipses
 /// through five of them, then the direct fit of Fitzgibbon, Pilu and Fisher (1999), as computed by Halir and Flusser
-/// (1998), to those that agree. Detections refuse what `EdgePoint` does, a `SampleIndex` beyond the probes, and a
-/// `Fitting` other than `FitOver` (`OutOfRange`); what was fitted before then stays.
+/// (1998), to those that agree. There is no fit if fewer than 5 are found or agree; a `Fitting` other than `FitOver` is
+/// refused (`OutOfRange`). `Deviation` and `RobustDeviation` are root mean squares.
 ///
 ///     EdgeEllipse gauge;
 ///     gauge.Locate({320, 240}, 120, 80, 30, 40);
@@ -53,12 +53,6 @@ public:
     void Locate(XY Center, double FirstAxis, double SecondAxis, double Angle, double StartAngle, double EndAngle,
                 double ProbeLength);
 
-    /// Finds the edge that `EdgeIndex` selects on each probe, a rank or an `EdgeSelection`, and fits an ellipse to
-    /// them: in the units of `Geometry::SimpleCalibration`, or of a calibrator. False if fewer than 5 are found or
-    /// agree. `Deviation` and `RobustDeviation` are root mean squares.
-    bool Detect(const Image& Src, int EdgeIndex = BestStep);
-    bool Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex = BestStep);
-
     /// Moves the reference onto the fitted ellipse, by the scale of `Geometry::SimpleCalibration`. Only in
     /// `FitState` 1.
     void Realign();
@@ -70,10 +64,6 @@ public:
     void Write(const wchar_t* PathName) const;
     void Transfer(Archive& Block);
 
-    /// Outlines where edges are looked for in `Graph::LineColor`, and the fitted ellipse; with `Handles` marks what can
-    /// be dragged, with `Points` the points. The second form takes them back from the units of a calibrator.
-    void Draw(bool Handles, bool Points) const;
-    void Draw(bool Handles, bool Points, const Geometry& Calibrator) const;
     /// The handle under a point of the screen, kept in `Handle`: `FromHandle`, `MiddleHandle0` to `MiddleHandle2` and
     /// `ToHandle` for the five points, `LengthHandle` for the length of the probes, `AllHandle` for the body.
     DraggingHandles HitHandle(int X, int Y);
@@ -84,6 +74,11 @@ public:
     void Drag(int X, int Y);
 
 private:
+    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world) override;
+    void DrawOutline() const override;
+    void DrawHandles() const override;
+    void DrawFitted(const edges::WorldMap& world) const override;
+
     /// The reference ellipse, with its axes along (`cosine`, `sine`) and across.
     struct Reference
     {
@@ -97,19 +92,17 @@ private:
         double RadiusOf(XY point) const;
     };
 
+    void Place(XY center, double firstAxis, double secondAxis, double degrees, double probeLength);
     Reference Ref() const;
     int Stale() const;
     bool RefThrough(const std::array<XY, 5>& points, Reference& reference) const;
     std::array<XY, 5> Points() const;
     void Refresh();
-    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world);
     bool FitPoints(const edges::WorldMap& world);
     XY LengthMark(const Reference& reference, int direction) const;
-    void DrawFitted(const edges::WorldMap& world) const;
-    void Draw(bool handles, bool points, const edges::WorldMap& world) const;
 
     std::array<XY, 5> known_ = RefPoints; ///< as they were when they agreed with the ellipse
-    XY grabbed_{0, 0};                    ///< from the pointer to the centre, while the body is dragged
+    Grab grab_;                           ///< of the centre
 };
 
 } // namespace Tesk

@@ -6,8 +6,8 @@
 namespace Tesk {
 
 /// Places probes across a segment and fits a line to the edges that they find, without outliers, or lays one against
-/// them from one side. Detections refuse what `EdgePoint` does, and a `SampleIndex` beyond the probes (`OutOfRange`);
-/// what was fitted before then stays.
+/// them from one side. There is no fit if fewer than 2 are found or they coincide. `FitState` is 2 for a line laid from
+/// one side without a calibrator.
 ///
 ///     EdgeLine gauge;
 ///     gauge.Locate({320, 240}, 200, 0, 40); // 200 pixels along the x axis, probes of 40 pixels
@@ -39,12 +39,6 @@ public:
     /// Places the segment about a point; `Angle` in degrees.
     void Locate(XY Center, double Length, double Angle, double ProbeLength);
 
-    /// Finds the edge that `EdgeIndex` selects on each probe, a rank or an `EdgeSelection`, and fits a line to them: in
-    /// the units of `Geometry::SimpleCalibration`, or of a calibrator. False if fewer than 2 are found or they
-    /// coincide. `FitState` is 2 for a line laid from one side without a calibrator.
-    bool Detect(const Image& Src, int EdgeIndex = BestStep);
-    bool Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex = BestStep);
-
     /// Moves the segment onto the fitted line, by the scale of `Geometry::SimpleCalibration`. Only in `FitState` 1.
     void Realign();
 
@@ -55,10 +49,6 @@ public:
     void Write(const wchar_t* PathName) const;
     void Transfer(Archive& Block);
 
-    /// Outlines where edges are looked for in `Graph::LineColor`, and the fitted line; with `Handles` marks what can be
-    /// dragged, with `Points` the points. The second form takes them back from the units of a calibrator.
-    void Draw(bool Handles, bool Points) const;
-    void Draw(bool Handles, bool Points, const Geometry& Calibrator) const;
     /// The handle under a point of the screen, kept in `Handle`: an end, `LengthHandle` for the length of the probes,
     /// `AllHandle` for the body.
     DraggingHandles HitHandle(int X, int Y);
@@ -67,12 +57,14 @@ public:
     void Drag(int X, int Y);
 
 private:
-    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world);
+    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world) override;
+    void DrawOutline() const override;
+    void DrawHandles() const override;
+    void DrawFitted(const edges::WorldMap& world) const override;
+
     bool FitOverPoints(XY& center, XY& direction);
     bool FitBeside(XY& center, XY& direction);
     bool Conclude(XY center, XY direction, const edges::WorldMap& world);
-    void Draw(bool handles, bool points, const edges::WorldMap& world) const;
-    void DrawFitted(const edges::WorldMap& world) const;
 };
 
 } // namespace Tesk

@@ -133,6 +133,8 @@ public:
     void Drag(int X, int Y);
 
 protected:
+    /// Places the probe about its middle.
+    void PlaceProbe(XY middle, XY half);
     /// The detection in pixels, from `Beg` to `End`. An `ErrorCodes` value, with its message stored and not reported.
     int Probe(const Image& src);
     /// The edge that a selection means among those of the last detection; null if there is none.

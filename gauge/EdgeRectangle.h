@@ -14,8 +14,8 @@ namespace Tesk {
 /// Places probes across the sides of a rectangle and fits to the edges that they find, without outliers, four lines
 /// square to each other; or without `FourSides` two parallel lines, which measures a thickness. With `Fitting` other
 /// than `FitOver` it is the smallest rectangle around them. Sides are numbered 0 to 3 in the order of a walk from the
-/// first corner along the width. Detections refuse what `EdgePoint` does, and a `SampleIndex` beyond the probes
-/// (`OutOfRange`); what was fitted before then stays.
+/// first corner along the width. There is no fit if a side finds no edge, or all find fewer than 6, or than 4 without
+/// `FourSides`.
 ///
 ///     EdgeRectangle gauge;
 ///     gauge.Locate({320, 240}, {200, 120}, 15, 40);
@@ -40,11 +40,6 @@ public:
     /// Places the reference about a point; `Angle` in degrees.
     void Locate(XY Center, XY Size, double Angle, double ProbeLength);
 
-    /// Finds the edge that `EdgeIndex` selects on each probe, a rank or an `EdgeSelection`, and fits a rectangle to
-    /// them: in the units of `Geometry::SimpleCalibration`, or of a calibrator. False if a side finds none, or all find
-    /// fewer than 6, or than 4 without `FourSides`.
-    bool Detect(const Image& Src, int EdgeIndex = BestStep);
-    bool Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex = BestStep);
     /// The edges of a side, and those of them that are no outliers; `Side` is taken modulo 4.
     int NumDetectedPoints(int Side) const;
     int NumFittedPoints(int Side) const;
@@ -60,10 +55,6 @@ public:
     void Write(const wchar_t* PathName) const;
     void Transfer(Archive& Block);
 
-    /// Outlines where edges are looked for in `Graph::LineColor`, and the fitted sides; with `Handles` marks what can
-    /// be dragged, with `Points` the points. The second form takes them back from the units of a calibrator.
-    void Draw(bool Handles, bool Points) const;
-    void Draw(bool Handles, bool Points, const Geometry& Calibrator) const;
     /// The handle under a point of the screen, kept in `Handle`: corners and sides as those of `Quad`, `LengthHandle`
     /// for the length of the probes, `AllHandle` for the body.
     DraggingHandles HitHandle(int X, int Y);
@@ -72,25 +63,29 @@ public:
     void Drag(int X, int Y);
 
 private:
+    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world) override;
+    void DrawOutline() const override;
+    void DrawHandles() const override;
+    void DrawFitted(const edges::WorldMap& world) const override;
+
+    /// The probes across a side: the middles of the outermost, and half of one.
     struct Side
     {
-        XY from, to, half; ///< half a probe
+        XY first, last, half;
         int samples;
     };
 
     Side SideOf(int index) const;
-    bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world);
     bool SampleSides(const Image& src, int edgeIndex);
     void CountMapped(const edges::WorldMap& world);
     bool HasEnough() const;
     std::span<const XY> PointsOf(int side) const;
+    std::array<XY, 2> FirstSide(const edges::WorldMap& world) const;
     double ReferenceAngle() const;
     std::function<bool(std::size_t)> InliersOfSides(const edges::WorldMap& world) const;
     bool FitSides(const edges::WorldMap& world);
     bool FitAround(const edges::WorldMap& world);
     void Conclude(XY middle, XY size, double radians);
-    void DrawFitted(const edges::WorldMap& world) const;
-    void Draw(bool handles, bool points, const edges::WorldMap& world) const;
     XY LengthMark(int direction) const;
 
     std::array<int, 4> detected_{}, fitted_{};

@@ -7,6 +7,8 @@
 
 namespace Tesk {
 
+class Entry;
+
 namespace edges {
 
 /// Memory that fits use again and again.
@@ -47,10 +49,28 @@ public:
     Field<double> RobustDeviation;           ///< mean distance of those that are no outliers
     Field<int> FitState;                     ///< 0 without a fit, 1 with one
 
+    EdgeRow() = default;
+    EdgeRow(const EdgeRow& Other) = default;
+    EdgeRow& operator=(const EdgeRow& Other) = default;
+    EdgeRow(EdgeRow&& Other) = default;
+    EdgeRow& operator=(EdgeRow&& Other) = default;
+    virtual ~EdgeRow() = default;
+
+    /// Finds the edge that `EdgeIndex` selects on each probe, a rank or an `EdgeSelection`, and fits the shape to them:
+    /// in the units of `Geometry::SimpleCalibration`, or of a calibrator. Whether there is a fit. Refused: what
+    /// `EdgePoint` refuses, and a `SampleIndex` beyond the probes (`OutOfRange`); what was fitted before then stays.
+    bool Detect(const Image& Src, int EdgeIndex = BestStep);
+    bool Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex = BestStep);
+
+    /// Outlines where edges are looked for in `Graph::LineColor`, and the fitted shape; with `Handles` marks what can
+    /// be dragged, with `Points` the points. The second form takes them back from the units of a calibrator.
+    void Draw(bool Handles, bool Points) const;
+    void Draw(bool Handles, bool Points, const Geometry& Calibrator) const;
+
 protected:
-    /// Takes a number of probes. True, with all results as before, if a `SampleIndex` beyond them, under `context`, or
-    /// an image that is not sampled was refused.
-    bool Refuses(const char* context, const Image& src, int samples);
+    /// Takes a number of probes. True, with all results as before, if a `SampleIndex` beyond them, or an image that is
+    /// not sampled was refused.
+    bool Refuses(const Entry& entry, const Image& src, int samples);
     /// The number of probes over a length.
     int SamplesOver(double length) const;
     /// Forgets the points and the fit.
@@ -66,14 +86,21 @@ protected:
     void Transform(const edges::WorldMap& world);
     void SetQuality(int fitted, double deviation, double robust);
     void SetFitState(int state) { FitState = state; }
-    /// Marks the points on the picture.
-    void DrawPoints(const edges::WorldMap& world) const;
     void TransferSampling(Archive& block);
     void TransferFitting(Archive& block, bool present);
 
     edges::FitScratch scratch_;
 
 private:
+    /// The detection, with its results in the units of `world`.
+    virtual bool Measure(const Image& src, int edgeIndex, const edges::WorldMap& world) = 0;
+    virtual void DrawOutline() const = 0;
+    virtual void DrawHandles() const = 0;
+    /// In `FitState` 1.
+    virtual void DrawFitted(const edges::WorldMap& world) const = 0;
+    void DrawPoints(const edges::WorldMap& world) const;
+    void DrawAll(bool handles, bool points, const edges::WorldMap& world) const;
+
     bool inPixels_ = true; ///< the points were not transformed
 };
 

@@ -52,7 +52,7 @@ double AngleOf(XY center, XY p)
 /// Half a probe that points outwards.
 XY HalfRadially(double angle, double probeLength, bool oblique)
 {
-    const double c = std::cos(angle), s = std::sin(angle), half = probeLength / 2;
+    const double half = probeLength / 2, c = std::cos(angle), s = std::sin(angle);
     if (oblique) return {half * c, half * s};
     return std::abs(c) >= std::abs(s) ? XY(std::copysign(half, c), 0) : XY(0, std::copysign(half, s));
 }
@@ -85,13 +85,10 @@ void EdgeArc::PlaceCircle(XY center, double radius, double probeLength)
 
 void EdgeArc::PlaceArc(XY center, double radius, double startRadians, double endRadians, double probeLength)
 {
-    const auto at = [&](double angle) {
-        return XY(center.X + radius * std::cos(angle), center.Y + radius * std::sin(angle));
-    };
     Closed = false;
-    ArcBeg = at(startRadians);
-    ArcMid = at((startRadians + endRadians) / 2);
-    ArcEnd = at(endRadians);
+    ArcBeg = center + Radially(radius, startRadians);
+    ArcMid = center + Radially(radius, (startRadians + endRadians) / 2);
+    ArcEnd = center + Radially(radius, endRadians);
     ProbeLength = probeLength;
     Take(center, radius, Min(startRadians, endRadians), Max(startRadians, endRadians));
     Refresh();
@@ -130,18 +127,7 @@ double EdgeArc::SweepEnd() const
 
 XY EdgeArc::OnArc(double radians, double radius) const
 {
-    const XY center = Center;
-    return {center.X + radius * std::cos(radians), center.Y + radius * std::sin(radians)};
-}
-
-bool EdgeArc::Detect(const Image& Src, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap());
-}
-
-bool EdgeArc::Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap(Calibrator));
+    return Center + Radially(radius, radians);
 }
 
 bool EdgeArc::Measure(const Image& src, int edgeIndex, const WorldMap& world)
@@ -150,14 +136,12 @@ bool EdgeArc::Measure(const Image& src, int edgeIndex, const WorldMap& world)
     Refresh();
     const double end = SweepEnd(), length = (end - StartAngle) * Radius, part = Clearance / length;
     const int samples = SamplesOver(length);
-    if (Refuses("Tesk::EdgeArc::_Detect", src, samples)) return false;
+    if (Refuses(entry, src, samples)) return false;
     Restart();
     const double first = (1 - part) * end + part * StartAngle, last = (1 - part) * StartAngle + part * end;
     const bool ran = RunProbes(src, edgeIndex, [&](int i) {
         const double angle = Spaced(first, last, i, samples);
-        const XY place = OnArc(angle, Radius), half = HalfRadially(angle, ProbeLength, Oblique);
-        From = {place.X - half.X, place.Y - half.Y};
-        To = {place.X + half.X, place.Y + half.Y};
+        PlaceProbe(OnArc(angle, Radius), HalfRadially(angle, ProbeLength, Oblique));
     });
     if (!ran || SamplePoints.size() < fewestPoints) return false;
     Transform(world);
@@ -245,13 +229,10 @@ void EdgeArc::Realign()
     const double scale = WorldMap().Scale(), radius = FittedRadius / scale, middle = AngleOf(Center, ArcMid);
     XY center = FittedCenter;
     if (!WorldMap().Reverse(center) || !std::isfinite(radius)) return;
-    const auto at = [&](double angle) {
-        return XY(center.X + radius * std::cos(angle), center.Y + radius * std::sin(angle));
-    };
     const double start = StartAngle, end = EndAngle;
-    ArcBeg = at(start);
-    ArcMid = at(middle);
-    ArcEnd = at(end);
+    ArcBeg = center + Radially(radius, start);
+    ArcMid = center + Radially(radius, middle);
+    ArcEnd = center + Radially(radius, end);
     Take(center, radius, start, end);
     Refresh();
 }

@@ -5,6 +5,7 @@
 #include "foundation/Graph.h"
 #include "gauge/edge/CurveStroke.h"
 #include "gauge/edge/GaugeMarks.h"
+#include "gauge/edge/ProbeRow.h"
 #include "gauge/edge/WorldMap.h"
 
 #include <numbers>
@@ -37,19 +38,8 @@ struct LengthMarks
 
 } // namespace
 
-void EdgeArc::Draw(bool Handles, bool Points) const
+void EdgeArc::DrawOutline() const
 {
-    Draw(Handles, Points, WorldMap());
-}
-
-void EdgeArc::Draw(bool Handles, bool Points, const Geometry& Calibrator) const
-{
-    Draw(Handles, Points, WorldMap(Calibrator));
-}
-
-void EdgeArc::Draw(bool handles, bool points, const WorldMap& world) const
-{
-    const Entry entry("Tesk::EdgeArc::Draw");
     const XY center = InWindow(Center);
     const double start = StartAngle, end = SweepEnd(), half = ProbeLength / 2;
     DrawRing(center, Radius - half, start, end);
@@ -58,14 +48,13 @@ void EdgeArc::Draw(bool handles, bool points, const WorldMap& world) const
         DrawArrow(InWindow(OnArc(angle, Radius - half)), InWindow(OnArc(angle, Radius + half)), half);
         if (Closed) break;
     }
-    if (SampleIndex != All) DrawProbe(false);
-    if (handles) {
-        const LengthMarks marks(Center, ArcMid, ProbeLength);
-        for (const XY mark : {ArcBeg, ArcMid, ArcEnd, marks.inner, marks.outer})
-            DrawHandle(InWindow(mark), false);
-    }
-    if (points) DrawPoints(world);
-    if (SampleIndex == All && FitState == 1) DrawFitted(world);
+}
+
+void EdgeArc::DrawHandles() const
+{
+    const LengthMarks marks(Center, ArcMid, ProbeLength);
+    for (const XY mark : {ArcBeg, ArcMid, ArcEnd, marks.inner, marks.outer})
+        DrawHandle(InWindow(mark), false);
 }
 
 /// A calibration may make another curve of the circle.
@@ -93,7 +82,7 @@ void EdgeArc::DrawFitted(const WorldMap& world) const
     }
     DrawCurve(
         [&](double angle, XY& place) {
-            place = XY(center.X + FittedRadius * std::cos(angle), center.Y + FittedRadius * std::sin(angle));
+            place = center + Radially(FittedRadius, angle);
             if (!world.Reverse(place)) return false;
             place = InWindow(place);
             return true;
@@ -140,9 +129,9 @@ void EdgeArc::Drag(int X, int Y)
     } else if (Handle == ToHandle) {
         ArcEnd = pixel;
     } else if (Handle == AllHandle) {
-        const XY to = grab_.Moved(pixel), by(to.X - ArcBeg.X, to.Y - ArcBeg.Y);
+        const XY by = grab_.Moved(pixel) - ArcBeg;
         for (XY* point : {&ArcBeg, &ArcMid, &ArcEnd})
-            *point = {point->X + by.X, point->Y + by.Y};
+            *point = *point + by;
     } else if (Handle == LengthHandle) {
         const double distance = std::hypot(pixel.X - center.X, pixel.Y - center.Y);
         ProbeLength = std::trunc(2 * Min(double(Radius), std::abs(distance - Radius)));

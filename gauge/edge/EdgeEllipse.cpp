@@ -18,7 +18,6 @@ using namespace edges;
 namespace {
 
 constexpr double turn = 2 * std::numbers::pi;
-constexpr const char* detection = "Tesk::EdgeEllipse::_Detect";
 constexpr std::size_t fewestPoints = 5;
 /// Of the length of the probes: the squared distance up to which points agree with an ellipse.
 constexpr double toleranceOfProbe = 0.03;
@@ -123,14 +122,19 @@ void EdgeEllipse::Refresh()
     known_ = RefPoints;
 }
 
+void EdgeEllipse::Place(XY center, double firstAxis, double secondAxis, double degrees, double probeLength)
+{
+    Center = center;
+    FirstAxis = firstAxis;
+    SecondAxis = secondAxis;
+    Angle = ToRadians(degrees);
+    ProbeLength = probeLength;
+}
+
 void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double Angle, double ProbeLength)
 {
     const Entry entry("Tesk::EdgeEllipse::Locate");
-    this->Center = Center;
-    this->FirstAxis = FirstAxis;
-    this->SecondAxis = SecondAxis;
-    this->Angle = ToRadians(Angle);
-    this->ProbeLength = ProbeLength;
+    Place(Center, FirstAxis, SecondAxis, Angle, ProbeLength);
     EndParameter = StartParameter + turn;
     Closed = true;
     RefState = 2;
@@ -141,11 +145,7 @@ void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double 
                          double EndAngle, double ProbeLength)
 {
     const Entry entry("Tesk::EdgeEllipse::Locate");
-    this->Center = Center;
-    this->FirstAxis = FirstAxis;
-    this->SecondAxis = SecondAxis;
-    this->Angle = ToRadians(Angle);
-    this->ProbeLength = ProbeLength;
+    Place(Center, FirstAxis, SecondAxis, Angle, ProbeLength);
     StartParameter = ToRadians(StartAngle);
     EndParameter = ToRadians(EndAngle);
     Closed = false;
@@ -157,19 +157,9 @@ void EdgeEllipse::Locate(XY Center, double FirstAxis, double SecondAxis, double 
     known_ = RefPoints;
 }
 
-bool EdgeEllipse::Detect(const Image& Src, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap());
-}
-
-bool EdgeEllipse::Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap(Calibrator));
-}
-
 bool EdgeEllipse::Measure(const Image& src, int edgeIndex, const WorldMap& world)
 {
-    const Entry entry(detection);
+    const Entry entry("Tesk::EdgeEllipse::_Detect");
     Refresh();
     const Reference reference = Ref();
     const double end = !Closed                           ? reference.end
@@ -177,7 +167,7 @@ bool EdgeEllipse::Measure(const Image& src, int edgeIndex, const WorldMap& world
                                                          : reference.start + turn;
     const double length = ArcLength(reference.first, reference.second, reference.start, end, Closed);
     const int samples = SamplesOver(length);
-    if (Refuses(detection, src, samples)) return false;
+    if (Refuses(entry, src, samples)) return false;
     Restart();
     const double part = Clearance / length, first = (1 - part) * end + part * reference.start,
                  last = (1 - part) * reference.start + part * end, half = ProbeLength / 2;
@@ -190,9 +180,7 @@ bool EdgeEllipse::Measure(const Image& src, int edgeIndex, const WorldMap& world
         }
         const XY at = reference.At(parameter);
         const bool across = std::abs(at.X - reference.center.X) > std::abs(at.Y - reference.center.Y);
-        const XY h = across ? XY(half, 0) : XY(0, half);
-        From = {at.X - h.X, at.Y - h.Y};
-        To = {at.X + h.X, at.Y + h.Y};
+        PlaceProbe(at, across ? XY(half, 0) : XY(0, half));
     });
     if (!ran || SamplePoints.size() < fewestPoints) return false;
     Transform(world);

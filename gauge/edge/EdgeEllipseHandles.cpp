@@ -24,19 +24,8 @@ constexpr double longestAxis = 2048;
 
 } // namespace
 
-void EdgeEllipse::Draw(bool Handles, bool Points) const
+void EdgeEllipse::DrawOutline() const
 {
-    Draw(Handles, Points, WorldMap());
-}
-
-void EdgeEllipse::Draw(bool Handles, bool Points, const Geometry& Calibrator) const
-{
-    Draw(Handles, Points, WorldMap(Calibrator));
-}
-
-void EdgeEllipse::Draw(bool handles, bool points, const WorldMap& world) const
-{
-    const Entry entry("Tesk::EdgeEllipse::Draw");
     const Reference reference = Ref();
     const XY center = InWindow(reference.center);
     const double angle = std::atan2(reference.sine, reference.cosine), half = ProbeLength / 2;
@@ -51,15 +40,14 @@ void EdgeEllipse::Draw(bool handles, bool points, const WorldMap& world) const
     DrawArrowHead(
         tip, DirectionOf(InWindow(reference.At(reference.end + beforeEnd * (reference.start - reference.end))), tip),
         half);
-    if (SampleIndex != All) DrawProbe(false);
-    if (handles) {
-        for (const XY point : this->Points())
-            DrawHandle(InWindow(point), false);
-        for (const int direction : {-1, 1})
-            DrawHandle(InWindow(LengthMark(reference, direction)), false);
-    }
-    if (points) DrawPoints(world);
-    if (SampleIndex == All && FitState == 1) DrawFitted(world);
+}
+
+void EdgeEllipse::DrawHandles() const
+{
+    for (const XY point : Points())
+        DrawHandle(InWindow(point), false);
+    for (const int direction : {-1, 1})
+        DrawHandle(InWindow(LengthMark(Ref(), direction)), false);
 }
 
 /// The whole of it, or what corresponds to the reference.
@@ -103,8 +91,7 @@ DraggingHandles EdgeEllipse::HitHandle(int X, int Y)
         return SetHandle(LengthHandle);
     if (!(std::abs(reference.RadiusOf(pointer.Point()) - reference.first) <= ProbeLength / 2))
         return SetHandle(NoHandle);
-    const XY pixel = pointer.Pixel();
-    grabbed_ = {reference.center.X - pixel.X, reference.center.Y - pixel.Y};
+    grab_.Take(pointer.Pixel(), reference.center);
     return SetHandle(AllHandle);
 }
 
@@ -129,10 +116,10 @@ void EdgeEllipse::Drag(int X, int Y)
         const double length = 2 * std::abs(reference.RadiusOf(pixel) - reference.first);
         if (std::isfinite(length)) ProbeLength = Max(length, 1.0);
     } else if (Handle == AllHandle) {
-        const double dx = pixel.X + grabbed_.X - Center.X, dy = pixel.Y + grabbed_.Y - Center.Y;
-        Center = {Center.X + dx, Center.Y + dy};
+        const XY by = grab_.Moved(pixel) - Center;
+        Center = Center + by;
         for (XY& point : RefPoints)
-            point = {point.X + dx, point.Y + dy};
+            point = point + by;
         known_ = RefPoints;
     }
     const auto* const held = std::find(std::begin(pointHandles), std::end(pointHandles), Handle);

@@ -23,11 +23,6 @@ constexpr ArchiveFormat format = {"TEDL", 2, L"File \"%ls\" is not an EdgeLine f
                                   L"The version number \"%d\" of this EdgeLine file is too high"};
 constexpr int firstWithFitting = 2;
 
-double LengthOf(XY from, XY to)
-{
-    return std::hypot(to.X - from.X, to.Y - from.Y);
-}
-
 /// For the robust scheme.
 struct LineModel
 {
@@ -68,20 +63,10 @@ void ChainOf(std::span<const XY> points, bool after, std::vector<XY>& chain)
 void EdgeLine::Locate(XY Center, double Length, double Angle, double ProbeLength)
 {
     const Entry entry("Tesk::EdgeLine::Locate");
-    const double radians = ToRadians(Angle), dx = Length / 2 * std::cos(radians), dy = Length / 2 * std::sin(radians);
-    RefBeg = {Center.X - dx, Center.Y - dy};
-    RefEnd = {Center.X + dx, Center.Y + dy};
+    const XY half = Radially(Length / 2, ToRadians(Angle));
+    RefBeg = Center - half;
+    RefEnd = Center + half;
     this->ProbeLength = ProbeLength;
-}
-
-bool EdgeLine::Detect(const Image& Src, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap());
-}
-
-bool EdgeLine::Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap(Calibrator));
 }
 
 bool EdgeLine::Measure(const Image& src, int edgeIndex, const WorldMap& world)
@@ -89,15 +74,12 @@ bool EdgeLine::Measure(const Image& src, int edgeIndex, const WorldMap& world)
     const Entry entry("Tesk::EdgeLine::_Detect");
     const double length = LengthOf(RefBeg, RefEnd);
     const int samples = SamplesOver(length);
-    if (Refuses("Tesk::EdgeLine::_Detect", src, samples)) return false;
+    if (Refuses(entry, src, samples)) return false;
     Restart();
     const Stretch stretch(RefBeg, RefEnd, Clearance / length);
     const XY half = HalfProbe(RefBeg, RefEnd, length, ProbeLength, Oblique);
-    const bool ran = RunProbes(src, edgeIndex, [&](int i) {
-        const XY center = Spaced(stretch.to, stretch.from, i, samples);
-        From = {center.X - half.X, center.Y - half.Y};
-        To = {center.X + half.X, center.Y + half.Y};
-    });
+    const bool ran =
+        RunProbes(src, edgeIndex, [&](int i) { PlaceProbe(Spaced(stretch.to, stretch.from, i, samples), half); });
     if (!ran || SamplePoints.size() < fewestPoints) return false;
     Transform(world);
 
@@ -164,8 +146,8 @@ bool EdgeLine::Conclude(XY center, XY direction, const WorldMap& world)
         direction = {-direction.X, -direction.Y};
     }
     FittedCenter = center;
-    FittedBeg = XY(center.X - half * direction.X, center.Y - half * direction.Y);
-    FittedEnd = XY(center.X + half * direction.X, center.Y + half * direction.Y);
+    FittedBeg = center - half * direction;
+    FittedEnd = center + half * direction;
     FittedAngleRadians = angle;
     FittedAngle = ToDegrees(angle);
     return true;

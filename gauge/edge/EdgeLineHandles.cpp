@@ -27,30 +27,19 @@ struct SideMarks
 
 } // namespace
 
-void EdgeLine::Draw(bool Handles, bool Points) const
+void EdgeLine::DrawOutline() const
 {
-    Draw(Handles, Points, WorldMap());
-}
-
-void EdgeLine::Draw(bool Handles, bool Points, const Geometry& Calibrator) const
-{
-    Draw(Handles, Points, WorldMap(Calibrator));
-}
-
-void EdgeLine::Draw(bool handles, bool points, const WorldMap& world) const
-{
-    const Entry entry("Tesk::EdgeLine::Draw");
     const XY beg = InWindow(RefBeg), end = InWindow(RefEnd);
     DrawBox(beg, end, ProbeLength, 0);
     DrawArrow(beg, end, ProbeLength / 2);
-    if (SampleIndex != All) DrawProbe(false);
-    if (handles) {
-        const SideMarks marks(beg, end, ProbeLength);
-        for (const XY mark : {beg, end, marks.first, marks.second})
-            DrawHandle(mark, false);
-    }
-    if (points) DrawPoints(world);
-    if (SampleIndex == All && FitState == 1) DrawFitted(world);
+}
+
+void EdgeLine::DrawHandles() const
+{
+    const XY beg = InWindow(RefBeg), end = InWindow(RefEnd);
+    const SideMarks marks(beg, end, ProbeLength);
+    for (const XY mark : {beg, end, marks.first, marks.second})
+        DrawHandle(mark, false);
 }
 
 /// Between the perpendiculars at the ends of the segment.

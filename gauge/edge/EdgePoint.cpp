@@ -67,9 +67,13 @@ std::int32_t Scaled(int level, int scale)
 void EdgePoint::Locate(XY Center, double Length, double Angle)
 {
     const Entry entry("Tesk::EdgePoint::Locate");
-    const double radians = ToRadians(Angle), dx = Length / 2 * std::cos(radians), dy = Length / 2 * std::sin(radians);
-    Beg = {Center.X - dx, Center.Y - dy};
-    End = {Center.X + dx, Center.Y + dy};
+    PlaceProbe(Center, Radially(Length / 2, ToRadians(Angle)));
+}
+
+void EdgePoint::PlaceProbe(XY middle, XY half)
+{
+    Beg = middle - half;
+    End = middle + half;
 }
 
 /// Fills `Signal` with the smoothed samples. False, with `code` set on a refusal, if there are none.

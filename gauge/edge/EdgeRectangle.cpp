@@ -25,16 +25,10 @@ namespace {
 
 constexpr double quarter = std::numbers::pi / 2, half = std::numbers::pi;
 constexpr double firstSize = 64;
-constexpr const char* detection = "Tesk::EdgeRectangle::_Detect";
 
 constexpr ArchiveFormat format = {"TEDR", 3, L"File \"%ls\" is not an EdgeRectangle file",
                                   L"The version number \"%d\" of this EdgeRectangle file is too high"};
 constexpr int firstWithFourSides = 2, firstWithFitting = 3;
-
-double Length(XY from, XY to)
-{
-    return std::hypot(to.X - from.X, to.Y - from.Y);
-}
 
 /// Lines through the mean points of the sides, all at one angle or square to it. The sides of the points are given by
 /// how many each has.
@@ -131,13 +125,14 @@ int EdgeRectangle::NumFittedPoints(int Side) const
     return fitted_[static_cast<unsigned>(Side) % 4];
 }
 
-/// A side, with how many probes stand across it: none without `FourSides` for every second one.
+/// Without `FourSides` no probes stand across every second one.
 EdgeRectangle::Side EdgeRectangle::SideOf(int index) const
 {
     const XY from = Rectangle.Corner(index), to = Rectangle.Corner(index + 1);
-    const double length = Length(from, to);
+    const double length = LengthOf(from, to);
     const bool used = FourSides || index % 2 == 0;
-    return {from, to, HalfProbe(from, to, length, ProbeLength, Oblique),
+    const Stretch stretch(from, to, Clearance / length);
+    return {stretch.from, stretch.to, HalfProbe(from, to, length, ProbeLength, Oblique),
             used ? SamplesOver(index % 2 == 0 ? Rectangle.Width : Rectangle.Height) : 0};
 }
 
@@ -147,12 +142,7 @@ bool EdgeRectangle::SampleSides(const Image& src, int edgeIndex)
     int selected = SampleIndex;
     for (int index = 0; index < 4; index++) {
         const Side side = SideOf(index);
-        const Stretch stretch(side.from, side.to, Clearance / Length(side.from, side.to));
-        const auto place = [&](int i) {
-            const XY middle = Spaced(stretch.from, stretch.to, i, side.samples);
-            Beg = {middle.X - side.half.X, middle.Y - side.half.Y};
-            End = {middle.X + side.half.X, middle.Y + side.half.Y};
-        };
+        const auto place = [&](int i) { PlaceProbe(Spaced(side.first, side.last, i, side.samples), side.half); };
         const int before = static_cast<int>(SamplePoints.size());
         if (SampleIndex == All) {
             if (!RunProbes(src, edgeIndex, 0, side.samples - 1, place)) return false;
@@ -194,8 +184,8 @@ bool EdgeRectangle::HasEnough() const
 
 bool EdgeRectangle::Measure(const Image& src, int edgeIndex, const WorldMap& world)
 {
-    const Entry entry(detection);
-    if (Refuses(detection, src, 2 * (SideOf(0).samples + SideOf(1).samples))) return false;
+    const Entry entry("Tesk::EdgeRectangle::_Detect");
+    if (Refuses(entry, src, 2 * (SideOf(0).samples + SideOf(1).samples))) return false;
     Restart();
     detected_ = fitted_ = {};
     if (!SampleSides(src, edgeIndex) || !HasEnough()) return false;
@@ -215,14 +205,21 @@ double EdgeRectangle::ReferenceAngle() const
     return std::isfinite(told) ? told + std::remainder(exact - told, 2 * half) : exact;
 }
 
+/// From the first corner to the second one, in the units of the result; what a calibration cannot show stays as it is.
+std::array<XY, 2> EdgeRectangle::FirstSide(const WorldMap& world) const
+{
+    std::array<XY, 2> ends = {Rectangle.Corner(0), Rectangle.Corner(1)};
+    for (XY& end : ends)
+        world.Apply(end);
+    return ends;
+}
+
 /// Tells the points that lie on the line of most points of their side.
 std::function<bool(std::size_t)> EdgeRectangle::InliersOfSides(const WorldMap& world) const
 {
     constexpr double part = 0.03; // of the probes
-    XY first = Rectangle.Corner(0), second = Rectangle.Corner(1);
-    world.Apply(first);
-    world.Apply(second);
-    const double tolerance = part * ProbeLength * Length(first, second) / Rectangle.Width;
+    const auto [first, second] = FirstSide(world);
+    const double tolerance = part * ProbeLength * LengthOf(first, second) / Rectangle.Width;
     std::vector<bool> inlier(SamplePoints.size(), true);
     std::size_t at = 0;
     for (int side = 0; side < 4; side++) {
@@ -247,8 +244,7 @@ bool EdgeRectangle::FitSides(const WorldMap& world)
     for (std::size_t i = 0; i < SamplePoints.size(); i++)
         fitted_[sides.SideOf(i)] += scratch_.residuals[i] <= quality.threshold;
 
-    const double reference = ReferenceAngle(),
-                 radians = reference + std::remainder(sides.Radians() - reference, half);
+    const double reference = ReferenceAngle(), radians = reference + std::remainder(sides.Radians() - reference, half);
     const double c = std::cos(radians), s = std::sin(radians);
     const auto along = [&](XY p) { return c * p.X + s * p.Y; };
     const auto across = [&](XY p) { return c * p.Y - s * p.X; };
@@ -259,12 +255,9 @@ bool EdgeRectangle::FitSides(const WorldMap& world)
         right = along(sides.Mean(1));
         left = along(sides.Mean(3));
     } else {
-        // What a calibration cannot show leaves the reference as it is.
-        XY first = Rectangle.Corner(0), second = Rectangle.Corner(1);
-        world.Apply(first);
-        world.Apply(second);
+        const auto [first, second] = FirstSide(world);
         left = along(first);
-        right = left + Length(first, second);
+        right = left + LengthOf(first, second);
     }
     const double p = (left + right) / 2, q = (top + bottom) / 2;
     const XY middle(p * c - q * s, p * s + q * c), size(right - left, bottom - top);
@@ -299,16 +292,6 @@ void EdgeRectangle::Conclude(XY middle, XY size, double radians)
     const XY corners[] = {{-u, -v}, {u, -v}, {u, v}, {-u, v}};
     for (std::size_t i = 0; i < 4; i++)
         FittedCorners.values_[i] = FromFrame(corners[i], middle, radians);
-}
-
-bool EdgeRectangle::Detect(const Image& Src, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap());
-}
-
-bool EdgeRectangle::Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex)
-{
-    return Measure(Src, EdgeIndex, WorldMap(Calibrator));
 }
 
 void EdgeRectangle::Realign()

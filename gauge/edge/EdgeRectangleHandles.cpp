@@ -15,33 +15,21 @@ namespace Tesk {
 
 using namespace edges;
 
-void EdgeRectangle::Draw(bool Handles, bool Points) const
+void EdgeRectangle::DrawOutline() const
 {
-    Draw(Handles, Points, WorldMap());
-}
-
-void EdgeRectangle::Draw(bool Handles, bool Points, const Geometry& Calibrator) const
-{
-    Draw(Handles, Points, WorldMap(Calibrator));
-}
-
-void EdgeRectangle::Draw(bool handles, bool points, const WorldMap& world) const
-{
-    const Entry entry("Tesk::EdgeRectangle::Draw");
     for (int side = 0; side < 4; side += FourSides ? 1 : 2) {
         const XY from = InWindow(Rectangle.Corner(side)), to = InWindow(Rectangle.Corner(side + 1));
         DrawBox(from, to, ProbeLength, 0);
         DrawArrow(from, to, ProbeLength / 2);
     }
-    if (SampleIndex != All) DrawProbe(false);
-    if (handles) {
-        for (const DraggingHandles handle : Quad::Handles)
-            DrawHandle(InWindow(Rectangle.PlaceOf(handle)), false);
-        for (const int direction : {-1, 1})
-            DrawHandle(InWindow(LengthMark(direction)), false);
-    }
-    if (points) DrawPoints(world);
-    if (SampleIndex == All && FitState == 1) DrawFitted(world);
+}
+
+void EdgeRectangle::DrawHandles() const
+{
+    for (const DraggingHandles handle : Quad::Handles)
+        DrawHandle(InWindow(Rectangle.PlaceOf(handle)), false);
+    for (const int direction : {-1, 1})
+        DrawHandle(InWindow(LengthMark(direction)), false);
 }
 
 void EdgeRectangle::DrawFitted(const WorldMap& world) const

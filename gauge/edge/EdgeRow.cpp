@@ -19,18 +19,27 @@ constexpr double mostProbes = 65536;
 
 } // namespace
 
+bool EdgeRow::Detect(const Image& Src, int EdgeIndex)
+{
+    return Measure(Src, EdgeIndex, WorldMap());
+}
+
+bool EdgeRow::Detect(const Image& Src, const Geometry& Calibrator, int EdgeIndex)
+{
+    return Measure(Src, EdgeIndex, WorldMap(Calibrator));
+}
+
 int EdgeRow::SamplesOver(double length) const
 {
     const double samples = std::ceil((length - 2 * Clearance) / Density) + 1;
     return samples > 0 && length > 0 ? static_cast<int>(Min(samples, mostProbes)) : 0;
 }
 
-bool EdgeRow::Refuses(const char* context, const Image& src, int samples)
+bool EdgeRow::Refuses(const Entry& entry, const Image& src, int samples)
 {
     if (SampleIndex != All && (SampleIndex < 0 || SampleIndex >= samples))
-        return Status::Raise(Status::Format(OutOfRange, L"The sample index (%d) is out of the allowed range [0..%d]",
-                                            SampleIndex, samples - 1),
-                             context);
+        return entry.Refuse(OutOfRange, L"The sample index (%d) is out of the allowed range [0..%d]", SampleIndex,
+                            samples - 1);
     if (Status::Raise(CheckSampled(src), probeContext)) return true;
     NumSamples = samples;
     return false;
@@ -56,6 +65,27 @@ void EdgeRow::SetQuality(int fitted, double deviation, double robust)
     NumFittedPoints = fitted;
     Deviation = deviation;
     RobustDeviation = robust;
+}
+
+void EdgeRow::Draw(bool Handles, bool Points) const
+{
+    const Entry entry("Tesk::EdgeRow::Draw");
+    DrawAll(Handles, Points, WorldMap());
+}
+
+void EdgeRow::Draw(bool Handles, bool Points, const Geometry& Calibrator) const
+{
+    const Entry entry("Tesk::EdgeRow::Draw");
+    DrawAll(Handles, Points, WorldMap(Calibrator));
+}
+
+void EdgeRow::DrawAll(bool handles, bool points, const WorldMap& world) const
+{
+    DrawOutline();
+    if (SampleIndex != All) DrawProbe(false);
+    if (handles) DrawHandles();
+    if (points) DrawPoints(world);
+    if (SampleIndex == All && FitState == 1) DrawFitted(world);
 }
 
 void EdgeRow::DrawPoints(const WorldMap& world) const

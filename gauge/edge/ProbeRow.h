@@ -29,6 +29,17 @@ inline XY Spaced(XY first, XY last, int index, int count)
     return {Spaced(first.X, last.X, index, count), Spaced(first.Y, last.Y, index, count)};
 }
 
+inline double LengthOf(XY from, XY to)
+{
+    return std::hypot(to.X - from.X, to.Y - from.Y);
+}
+
+/// A way from the middle of a circle outwards.
+inline XY Radially(double radius, double radians)
+{
+    return {radius * std::cos(radians), radius * std::sin(radians)};
+}
+
 /// The ends of a segment without a part of it at each of them.
 struct Stretch
 {
