@@ -79,7 +79,7 @@ std::span<const int> Doubled(std::span<const int> line, std::vector<int>& out)
 class CloserScan
 {
 public:
-    explicit CloserScan(LineReader& reader)
+    explicit CloserScan(VotingReader& reader)
         : reader_(reader), begin_(reader.Work()), rows_{reader.Scratch().rows}, columns_{reader.Scratch().columns}
     {
         rows_.promising.clear();
@@ -199,29 +199,24 @@ private:
 
     void ScanGroup(const BarGroup& group)
     {
-        const XY across(group.last.X - group.first.X, group.last.Y - group.first.Y);
-        const double width = std::hypot(across.X, across.Y);
-        if (!(width >= 1)) return;
-        const XY direction(across.X / width, across.Y / width);
-        const double beside = groupMargin * width + groupMarginPixels;
-        const XY from(group.first.X - beside * direction.X, group.first.Y - beside * direction.Y);
-        const Clipped part = Clip(from, direction, reader_.Source().Width(), reader_.Source().Height());
-        const double first = std::max(0.0, part.from), last = std::min(width + 2 * beside, part.to);
+        const GroupFrame frame(group);
+        if (!(frame.width >= 1)) return;
+        const XY from = group.first - frame.beside * frame.direction;
+        const Clipped part = Clip(from, frame.direction, reader_.Source().Width(), reader_.Source().Height());
+        const double first = std::max(0.0, part.from), last = std::min(frame.width + 2 * frame.beside, part.to);
         const int count = static_cast<int>((last - first) / sampleStep) + 1;
         if (part.Empty() || count < 16) return;
         ScanScratch& scratch = reader_.Scratch();
         if (static_cast<int>(scratch.fine.size()) < count) scratch.fine.resize(static_cast<std::size_t>(count));
-        const double sign = -direction.Y * group.along.X + direction.X * group.along.Y < 0 ? -1 : 1;
         const double spacing = std::max(groupSpacing, group.length / mostGroupLines);
-        reader_.place.direction = direction;
-        reader_.place.step = XY(direction.X * sampleStep, direction.Y * sampleStep);
+        reader_.place.direction = frame.direction;
+        reader_.place.step = sampleStep * frame.direction;
         // From the middle to both ends.
         const int lines = std::max(1, static_cast<int>((group.length - 1) / spacing) + 1);
         for (int i = 0; i < lines && !Spent(); i++) {
             const double k = (i % 2 == 0 ? 1 : -1) * ((i + 1) / 2) * spacing;
             reader_.place.offset = static_cast<int>(std::lround(k));
-            reader_.place.start = XY(from.X + first * direction.X + sign * k * group.along.X,
-                                     from.Y + first * direction.Y + sign * k * group.along.Y);
+            reader_.place.start = from + first * frame.direction + k * frame.down;
             reader_.Source().SampleAdded(reader_.place.start, reader_.place.step, count, breadth, group.along,
                                          scratch.fine.data());
             reader_.Charge(count * breadth);
@@ -275,7 +270,7 @@ private:
         return false;
     }
 
-    LineReader& reader_;
+    VotingReader& reader_;
     std::int64_t begin_;
     double limit_ = 0;
     Progress rows_, columns_;
@@ -283,7 +278,7 @@ private:
 
 } // namespace
 
-int LookCloser(LineReader& reader, int directions, int density)
+int LookCloser(VotingReader& reader, int directions, int density)
 {
     reader.Votes().Clear();
     reader.votes = VoteRule::AnyWay;

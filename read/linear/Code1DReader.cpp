@@ -153,7 +153,7 @@ void Code1DReader::Scan(const Image& src)
     const auto longest = static_cast<std::size_t>(std::max(raster.Width(), raster.Height())) + 1 + 2 * lineBorder;
     if (scratch.line.size() < longest) scratch.line.resize(longest);
 
-    LineReader reader(raster, settings, state_->ballot, scratch);
+    VotingReader reader(raster, settings, state_->ballot, scratch);
     reader.rule = EdgeRule::Of(Noise, Step);
     const int density = std::clamp(Density, 1, mostDensity);
     ScanDirections(reader, NumDirections, Reverse, density);

@@ -15,6 +15,7 @@ namespace {
 constexpr double widthToInset = 4;
 /// A line through the corners goes on beside them by that many pixels, for the quiet zones.
 constexpr double beside = 16;
+constexpr double shortestLine = 2;
 
 /// Where the bars of a line begin and end, in the order of the text.
 struct BarEnds
@@ -24,23 +25,36 @@ struct BarEnds
 };
 
 /// Takes the bars of the read that has the text looked for.
-class BarCollector : public ReadSink
+class BarReader final : public LineReader
 {
 public:
-    BarCollector(std::string_view text, std::span<const int> edges, const LinePlace& place, BarEnds& bars)
-        : text_(text), edges_(edges), place_(place), bars_(bars)
-    {}
+    BarReader(const Raster& raster, const LinearSettings& settings, EdgeRule edges, std::string_view text,
+              ScanScratch& scratch)
+        : LineReader(raster, settings, scratch), text_(text)
+    {
+        rule = edges;
+    }
+
+    /// Reads a line anew. Whether it has the bars.
+    bool Read(XY origin, XY direction, double least, double most, BarEnds& bars)
+    {
+        bars_ = &bars;
+        bars.count = 0;
+        ReadSegment(*this, origin, direction, least, most, shortestLine);
+        return bars.count > 0;
+    }
 
     void Take(const SymbolRead& read) override
     {
-        if (bars_.count > 0 || read.symbology != CodePharmacode || read.Text() != text_) return;
+        if (bars_->count > 0 || read.symbology != CodePharmacode || read.Text() != text_) return;
         const int count = (read.elementCount + 1) / 2;
         if (count > mostColorBars) return;
-        bars_.count = count;
+        bars_->count = count;
         for (int i = 0; i < count; i++) {
             const auto left = static_cast<std::size_t>(read.firstEdge + 2 * i);
             const bool inOrder = read.start <= read.end;
-            bars_.ends[static_cast<std::size_t>(inOrder ? i : count - 1 - i)] = Inset(edges_[left], edges_[left + 1]);
+            bars_->ends[static_cast<std::size_t>(inOrder ? i : count - 1 - i)] =
+                Inset(Edges()[left], Edges()[left + 1]);
         }
     }
 
@@ -53,63 +67,11 @@ private:
             from++;
             to--;
         }
-        return {At(from), At(std::max(from, to))};
+        return {place.start + from * place.step, place.start + std::max(from, to) * place.step};
     }
-    XY At(double t) const { return {place_.start.X + t * place_.step.X, place_.start.Y + t * place_.step.Y}; }
 
     std::string_view text_;
-    std::span<const int> edges_;
-    const LinePlace& place_;
-    BarEnds& bars_;
-};
-
-/// Reads a line anew.
-class BarLine
-{
-public:
-    BarLine(const Raster& raster, const LinearSettings& settings, EdgeRule rule, ScanScratch& scratch)
-        : raster_(raster), settings_(settings), rule_(rule), scratch_(scratch)
-    {}
-
-    bool Read(XY origin, XY direction, double least, double most, std::string_view text, BarEnds& bars) const
-    {
-        const Clipped part = Clip(origin, direction, raster_.Width(), raster_.Height());
-        const double from = std::max(part.from, least), to = std::min(part.to, most);
-        if (!(to - from >= 2)) return false;
-        const Pixel first = At(origin, direction, from), last = At(origin, direction, to);
-        const int steps = std::max(std::abs(last.x - first.x), std::abs(last.y - first.y));
-        if (steps < 1) return false;
-        const auto size = static_cast<std::size_t>(steps) + 1;
-        for (std::vector<int>* buffer : {&scratch_.line, &scratch_.edges, &scratch_.reversed})
-            if (buffer->size() < size + 2) buffer->resize(size + 2);
-        if (scratch_.turns.size() < size + 2) scratch_.turns.resize(size + 2);
-        raster_.Walk(first, last, scratch_.line.data());
-        EdgeList list;
-        const auto pixels = std::span<const int>(scratch_.line).first(size);
-        const auto turns = std::span<const Turn>(scratch_.turns)
-                               .first(static_cast<std::size_t>(FindTurns(pixels, rule_.noise, scratch_.turns.data())));
-        const int count = EdgesBetween(pixels, turns, rule_.step, scratch_.edges.data(), list.rising);
-        list.positions = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(count));
-        list.length = steps * 256;
-        LinePlace place;
-        place.start = XY(first.x, first.y);
-        place.step = XY(static_cast<double>(last.x - first.x) / steps, static_cast<double>(last.y - first.y) / steps);
-        BarCollector collector(text, list.positions, place, bars);
-        DecodeLine(list, scratch_.reversed, settings_, collector);
-        return bars.count > 0;
-    }
-
-private:
-    Pixel At(XY origin, XY direction, double t) const
-    {
-        return {std::clamp(static_cast<int>(std::lround(origin.X + t * direction.X)), 0, raster_.Width() - 1),
-                std::clamp(static_cast<int>(std::lround(origin.Y + t * direction.Y)), 0, raster_.Height() - 1)};
-    }
-
-    const Raster& raster_;
-    const LinearSettings& settings_;
-    EdgeRule rule_;
-    ScanScratch& scratch_;
+    BarEnds* bars_ = nullptr;
 };
 
 /// The mean colour of the pixels in a quadrilateral, row by row; of its first corner where it holds none.
@@ -164,7 +126,7 @@ bool FindColorBars(const Image& src, const LinearSettings& settings, EdgeRule ru
     alone.reverse = settings.reverse;
     alone.checkQuietZone = settings.checkQuietZone;
     alone.minimumBars = settings.minimumBars;
-    const BarLine line(raster, alone, rule, scratch);
+    BarReader line(raster, alone, rule, symbol.Text(), scratch);
 
     BarEnds first, last;
     if (parallel && symbol.directionIndex >= 0) {
@@ -172,8 +134,7 @@ bool FindColorBars(const Image& src, const LinearSettings& settings, EdgeRule ru
         if (norm < 1) return false;
         const XY direction(symbol.direction.X / norm, symbol.direction.Y / norm);
         const auto read = [&](int offset, BarEnds& ends) {
-            return line.Read(XY(-direction.Y * offset, direction.X * offset), direction, MinFloat, MaxFloat,
-                             symbol.Text(), ends);
+            return line.Read(XY(-direction.Y * offset, direction.X * offset), direction, MinFloat, MaxFloat, ends);
         };
         if (!read(symbol.firstLine, first) || !read(symbol.lastLine, last)) return false;
     } else {
@@ -184,8 +145,7 @@ bool FindColorBars(const Image& src, const LinearSettings& settings, EdgeRule ru
             const double along = symbol.direction.X * (to.X - from.X) + symbol.direction.Y * (to.Y - from.Y);
             if (along < 0) std::swap(from, to);
             const XY direction((to.X - from.X) / length, (to.Y - from.Y) / length);
-            return line.Read(XY(from.X - src.X, from.Y - src.Y), direction, -beside, length + beside, symbol.Text(),
-                             ends);
+            return line.Read(XY(from.X - src.X, from.Y - src.Y), direction, -beside, length + beside, ends);
         };
         const auto [a, b, c, d] = symbol.corners;
         if (!read(a, b, first) || !read(d, c, last)) return false;

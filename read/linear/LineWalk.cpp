@@ -1,6 +1,8 @@
 // Lines of an image as gray values, and the edges on them.
 #include "read/linear/LineWalk.h"
 
+#include "measure/profile/LinePixels.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -45,21 +47,6 @@ void Bresenham(Pixel from, Pixel to, F visit)
             y += stepY;
         }
     }
-}
-
-/// The pixels before and behind a place, held to the image, and how far it lies from the one to the other.
-struct Between
-{
-    int first, second;
-    double fraction;
-};
-
-Between Neighbours(double v, int count)
-{
-    if (!(v > 0)) return {0, 0, 0};
-    if (v >= count - 1) return {count - 1, count - 1, 0};
-    const int first = static_cast<int>(v);
-    return {first, first + 1, v - first};
 }
 
 constexpr int largestGray = 65535;
@@ -157,7 +144,8 @@ void Raster::Sample(XY start, double dx, double dy, int count, int* out) const
 {
     ByPixel([&]<typename T>(const T*) {
         for (int i = 0; i < count; i++) {
-            const Between x = Neighbours(start.X + i * dx, width_), y = Neighbours(start.Y + i * dy, height_);
+            const profiles::Between x = profiles::Neighbours(start.X + i * dx, width_);
+            const profiles::Between y = profiles::Neighbours(start.Y + i * dy, height_);
             const T* upper = reinterpret_cast<const T*>(first_ + pitch_ * y.first);
             const T* lower = reinterpret_cast<const T*>(first_ + pitch_ * y.second);
             const int left = GrayOf(upper[x.first]), right = GrayOf(upper[x.second]);

@@ -5,6 +5,7 @@
 #include "read/linear/ScanState.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -14,7 +15,7 @@ namespace Tesk::linear {
 namespace {
 
 constexpr int fewestEdges = 6;
-/// What finding an edge takes, in samples; for decoders see `WorkOfEdge`.
+/// What finding an edge takes, in samples.
 constexpr int workOfFinding = 2;
 /// Oblique lines do not cut the corners of a picture nearer than this.
 constexpr double cornerMargin = 100;
@@ -23,13 +24,58 @@ constexpr double largestMisfit = 0.2;
 constexpr int shortestLine = 10;
 constexpr int mostDirections = 180;
 
+/// A decoder, or several that share their work.
+struct Decoder
+{
+    bool enabled;
+    int work;  ///< for each edge, by the times that they take for pictures without symbols
+    int edges; ///< what their smallest symbol has
+};
+
+std::array<Decoder, 14> DecodersOf(const LinearSettings& settings)
+{
+    return {{
+        {settings.detectEAN13 || settings.detectUPCA, 1, 60},
+        {settings.detectEAN8, 1, 44},
+        {settings.detectUPCE, 1, 34},
+        {settings.detectEAN128, 2, 20},
+        {settings.detect2of5 || settings.detectITF14, 4, settings.detect2of5 ? 18 : 78},
+        {settings.detectMatrix2of5, 2, 18},
+        {settings.detectMSI, 2, 14},
+        {settings.detect11, 3, 18},
+        {settings.detectPharmacode, 1, fewestEdges},
+        {settings.detectDatabar, 1, 45},
+        {settings.detectDatabarLimited, 1, 45},
+        {settings.detect39 || settings.detect39Extended, 5, 30},
+        {settings.detect93, 2, 20},
+        {settings.detectCodabar, 5, 24},
+    }};
+}
+
+/// Symbologies of which a wrong text hardly fits and passes its checks twice.
+bool HasManyChecks(Symbologies symbology)
+{
+    return symbology == CodeEAN13 || symbology == CodeUPCA || symbology == CodeEAN128 || symbology == Code93 ||
+           symbology == CodeDatabar || symbology == CodeDatabarLimited;
+}
+
 } // namespace
+
+LineReader::LineReader(const Raster& raster, const LinearSettings& settings, ScanScratch& scratch)
+    : raster_(raster), settings_(settings), scratch_(scratch), workOfEdge_(workOfFinding), fewestEdges_(MaxInt)
+{
+    for (const Decoder& decoder : DecodersOf(settings)) {
+        if (!decoder.enabled) continue;
+        workOfEdge_ += decoder.work;
+        fewestEdges_ = std::min(fewestEdges_, decoder.edges);
+    }
+}
 
 bool LineReader::Read(Pixel from, Pixel to)
 {
     const int steps = std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
     if (steps == 0) return false;
-    if (static_cast<int>(scratch_.line.size()) < steps + 1) return false;
+    if (static_cast<int>(scratch_.line.size()) < steps + 1) scratch_.line.resize(static_cast<std::size_t>(steps) + 1);
     place.start = XY(from.x, from.y);
     place.step = XY(static_cast<double>(to.x - from.x) / steps, static_cast<double>(to.y - from.y) / steps);
     const int count = raster_.Walk(from, to, scratch_.line.data());
@@ -63,65 +109,10 @@ bool LineReader::ReadTurns(std::span<const int> line, int step)
     return DecodeLine(list, scratch_.reversed, settings_, *this);
 }
 
-/// By the times that the decoders take for pictures without symbols.
-int LineReader::WorkOfEdge(const LinearSettings& settings)
-{
-    int work = workOfFinding;
-    const auto add = [&](bool enabled, int decoder) { work += enabled ? decoder : 0; };
-    add(settings.detectEAN13 || settings.detectUPCA, 1);
-    add(settings.detectEAN8, 1);
-    add(settings.detectUPCE, 1);
-    add(settings.detectEAN128, 2);
-    add(settings.detect2of5 || settings.detectITF14, 4);
-    add(settings.detectMatrix2of5, 2);
-    add(settings.detectMSI, 2);
-    add(settings.detect11, 3);
-    add(settings.detectPharmacode, 1);
-    add(settings.detectDatabar, 1);
-    add(settings.detectDatabarLimited, 1);
-    add(settings.detect39 || settings.detect39Extended, 5);
-    add(settings.detect93, 2);
-    add(settings.detectCodabar, 5);
-    return work;
-}
-
-/// Symbologies of which a wrong text hardly fits and passes its checks twice.
-bool HasManyChecks(Symbologies symbology)
-{
-    return symbology == CodeEAN13 || symbology == CodeUPCA || symbology == CodeEAN128 || symbology == Code93 ||
-           symbology == CodeDatabar || symbology == CodeDatabarLimited;
-}
-
-int LineReader::FewestEdges(const LinearSettings& settings)
-{
-    int fewest = MaxInt;
-    const auto add = [&](bool enabled, int edges) {
-        if (enabled) fewest = std::min(fewest, edges);
-    };
-    add(settings.detectEAN13 || settings.detectUPCA, 60);
-    add(settings.detectEAN8, 44);
-    add(settings.detectUPCE, 34);
-    add(settings.detectEAN128, 20);
-    add(settings.detect2of5, 18);
-    add(settings.detectITF14, 78);
-    add(settings.detectMatrix2of5, 18);
-    add(settings.detectMSI, 14);
-    add(settings.detect11, 18);
-    add(settings.detectPharmacode, fewestEdges);
-    add(settings.detectDatabar || settings.detectDatabarLimited, 45);
-    add(settings.detect39 || settings.detect39Extended, 30);
-    add(settings.detect93, 20);
-    add(settings.detectCodabar, 24);
-    return fewest;
-}
-
-void LineReader::Take(const SymbolRead& read)
+void VotingReader::Take(const SymbolRead& read)
 {
     int weight = 1;
-    if (byFit) {
-        const auto edges = std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(edgeCount_));
-        if (Misfit(edges, read) <= largestMisfit) weight = HasManyChecks(read.symbology) ? wellChecked : goodFit;
-    }
+    if (byFit && Misfit(Edges(), read) <= largestMisfit) weight = HasManyChecks(read.symbology) ? wellChecked : goodFit;
     ballot_.Vote(read, place, votes, weight);
 }
 
@@ -142,21 +133,28 @@ Clipped Clip(XY origin, XY direction, int width, int height)
     return part;
 }
 
-bool ReadSegment(LineReader& reader, XY from, XY to, int least)
+bool ReadSegment(LineReader& reader, XY origin, XY direction, double least, double most, double shortest)
 {
-    const double length = std::hypot(to.X - from.X, to.Y - from.Y);
-    if (!(length >= 1)) return false;
-    const XY direction((to.X - from.X) / length, (to.Y - from.Y) / length);
     const int width = reader.Source().Width(), height = reader.Source().Height();
-    Clipped part = Clip(from, direction, width, height);
-    part.from = std::max(part.from, 0.0);
-    part.to = std::min(part.to, length);
-    if (part.Empty() || part.to - part.from < least) return false;
+    const Clipped part = Clip(origin, direction, width, height);
+    const double from = std::max(part.from, least), to = std::min(part.to, most);
+    if (!(to - from >= shortest)) return false;
     const auto place = [&](double t) {
-        return Pixel{std::clamp(static_cast<int>(std::lround(from.X + t * direction.X)), 0, width - 1),
-                     std::clamp(static_cast<int>(std::lround(from.Y + t * direction.Y)), 0, height - 1)};
+        const XY at = origin + t * direction;
+        return Pixel{std::clamp(static_cast<int>(std::lround(at.X)), 0, width - 1),
+                     std::clamp(static_cast<int>(std::lround(at.Y)), 0, height - 1)};
     };
-    return reader.Read(place(part.from), place(part.to));
+    return reader.Read(place(from), place(to));
+}
+
+GroupFrame::GroupFrame(const BarGroup& group)
+    : width(std::hypot(group.last.X - group.first.X, group.last.Y - group.first.Y)), direction(0, 0), down(0, 0),
+      beside(groupMargin * width + groupMarginPixels)
+{
+    if (!(width >= 1)) return;
+    direction = XY((group.last.X - group.first.X) / width, (group.last.Y - group.first.Y) / width);
+    const bool turned = -direction.Y * group.along.X + direction.X * group.along.Y < 0;
+    down = (turned ? -1.0 : 1.0) * group.along;
 }
 
 void ScanParallel(LineReader& reader, XY direction, int density)
@@ -173,11 +171,8 @@ void ScanParallel(LineReader& reader, XY direction, int density)
     reader.place.direction = direction;
     for (double offset = least + margin; offset <= most - margin + 1e-6; offset += density) {
         const XY origin(offset * normal.X, offset * normal.Y);
-        const Clipped part = Clip(origin, direction, width, height);
-        if (part.Empty()) continue;
         reader.place.offset = static_cast<int>(std::lround(offset));
-        ReadSegment(reader, XY(origin.X + part.from * direction.X, origin.Y + part.from * direction.Y),
-                    XY(origin.X + part.to * direction.X, origin.Y + part.to * direction.Y), 0);
+        ReadSegment(reader, origin, direction, MinFloat, MaxFloat, 1);
     }
 }
 
@@ -195,28 +190,19 @@ void ScanGroups(LineReader& reader, int density)
         reader.place.group = alongRows ? groupsOfPass : 0;
         for (const BarGroup& group : groups) {
             reader.place.group++;
-            const XY across(group.last.X - group.first.X, group.last.Y - group.first.Y);
-            const double width = std::hypot(across.X, across.Y);
-            if (!(width >= 1)) continue;
-            const XY direction(across.X / width, across.Y / width);
-            const double beside = groupMargin * width + groupMarginPixels;
-            // Lines of ascending offset go down from their normal.
-            const double sign = -direction.Y * group.along.X + direction.X * group.along.Y < 0 ? -1 : 1;
-            reader.place.direction = direction;
+            const GroupFrame frame(group);
+            if (!(frame.width >= 1)) continue;
+            reader.place.direction = frame.direction;
             for (double k = -(group.length - 1) / 2; k <= (group.length - 1) / 2; k += density) {
-                const XY shift(sign * k * group.along.X, sign * k * group.along.Y);
                 reader.place.offset = static_cast<int>(std::lround(k));
-                ReadSegment(
-                    reader,
-                    XY(group.first.X + shift.X - beside * direction.X, group.first.Y + shift.Y - beside * direction.Y),
-                    XY(group.last.X + shift.X + beside * direction.X, group.last.Y + shift.Y + beside * direction.Y),
-                    shortestLine);
+                ReadSegment(reader, group.first + k * frame.down, frame.direction, -frame.beside,
+                            frame.width + frame.beside, shortestLine);
             }
         }
     }
 }
 
-void ScanDirections(LineReader& reader, int directions, bool reverse, int density)
+void ScanDirections(VotingReader& reader, int directions, bool reverse, int density)
 {
     if (directions == Auto) {
         reader.votes = VoteRule::SameGroup;

@@ -117,21 +117,16 @@ struct ScanState
     ScanScratch scratch;
 };
 
-/// Reads lines of an image, and votes.
+/// Reads lines of an image.
 class LineReader : public ReadSink
 {
 public:
-    LineReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch)
-        : raster_(raster), settings_(settings), ballot_(ballot), scratch_(scratch), workOfEdge_(WorkOfEdge(settings)),
-          fewestEdges_(FewestEdges(settings))
-    {}
+    LineReader(const Raster& raster, const LinearSettings& settings, ScanScratch& scratch);
     virtual ~LineReader() = default;
 
     /// The next lines.
     LinePlace place;
-    VoteRule votes = VoteRule::SameWay;
     EdgeRule rule{10, 32};
-    bool byFit = false; ///< reads whose elements fit have more votes than others: `goodFit` of them, not one
 
     /// Reads the pixels from one to another.
     bool Read(Pixel from, Pixel to);
@@ -140,10 +135,8 @@ public:
     /// The two halves of that, of which the second may be taken with several steps.
     void FindTurns(std::span<const int> line);
     bool ReadTurns(std::span<const int> line, int step);
-    void Take(const SymbolRead& read) override;
 
     const Raster& Source() const { return raster_; }
-    Ballot& Votes() const { return ballot_; }
     ScanScratch& Scratch() const { return scratch_; }
     /// A measure of the work so far: samples, and edges by what decoders take for each.
     std::int64_t Work() const { return work_; }
@@ -152,17 +145,38 @@ public:
     int FewestEdges() const { return fewestEdges_; }
     void Charge(std::int64_t work) { work_ += work; }
 
-private:
-    static int WorkOfEdge(const LinearSettings& settings);
-    static int FewestEdges(const LinearSettings& settings);
+protected:
+    /// Of the last line, in the direction of the scan.
+    std::span<const int> Edges() const
+    {
+        return std::span<const int>(scratch_.edges).first(static_cast<std::size_t>(edgeCount_));
+    }
 
+private:
     const Raster& raster_;
     const LinearSettings& settings_;
-    Ballot& ballot_;
     ScanScratch& scratch_;
     int workOfEdge_, fewestEdges_;
     std::int64_t work_ = 0;
     int turnCount_ = 0, edgeCount_ = 0;
+};
+
+/// Votes for what it reads.
+class VotingReader final : public LineReader
+{
+public:
+    VotingReader(const Raster& raster, const LinearSettings& settings, Ballot& ballot, ScanScratch& scratch)
+        : LineReader(raster, settings, scratch), ballot_(ballot)
+    {}
+
+    VoteRule votes = VoteRule::SameWay;
+    bool byFit = false; ///< reads whose elements fit have more votes than others: `goodFit` of them, not one
+
+    void Take(const SymbolRead& read) override;
+    Ballot& Votes() const { return ballot_; }
+
+private:
+    Ballot& ballot_;
 };
 
 /// The grades of ten profiles across a symbol.
@@ -189,17 +203,29 @@ struct Clipped
 };
 Clipped Clip(XY origin, XY direction, int width, int height);
 
-/// A line between two points of the picture, cut to it. False where fewer than `least` pixels of it are left.
-bool ReadSegment(LineReader& reader, XY from, XY to, int least);
+/// A line through a place in a direction of length 1, between two distances from that place, cut to the picture. False
+/// where fewer than `shortest` pixels of it are left.
+bool ReadSegment(LineReader& reader, XY origin, XY direction, double least, double most, double shortest);
+
+/// How lines across a group of bars run.
+struct GroupFrame
+{
+    explicit GroupFrame(const BarGroup& group);
+
+    double width;  ///< of the group
+    XY direction;  ///< of length 1, across the bars; none where the width is below 1
+    XY down;       ///< along the bars; lines of ascending offset go down from their normal
+    double beside; ///< a line goes on before and behind the group by so many pixels
+};
 
 /// Scan lines of one direction, `density` pixels from one to the next.
 void ScanParallel(LineReader& reader, XY direction, int density);
 /// Scan lines across groups of bars.
 void ScanGroups(LineReader& reader, int density);
 /// Scans in the directions that a setting of `NumDirections` stands for.
-void ScanDirections(LineReader& reader, int directions, bool reverse, int density);
+void ScanDirections(VotingReader& reader, int directions, bool reverse, int density);
 /// The second look, where the first one found nothing: at no more than three times its work. How many symbols there
 /// are.
-int LookCloser(LineReader& reader, int directions, int density);
+int LookCloser(VotingReader& reader, int directions, int density);
 
 } // namespace Tesk::linear
