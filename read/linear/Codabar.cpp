@@ -17,6 +17,23 @@ constexpr auto charactersByMask = [] {
     return characters;
 }();
 
+/// The character of which the `wideCount` widest of seven elements are wide, or 0.
+char CharacterOf(const Line& line, int first, const std::array<int, 7>& ranks, int wideCount, ElementSpread& spread)
+{
+    const unsigned wideElements = WideElements(ranks, 7 - wideCount);
+    const char character = charactersByMask[wideElements];
+    if (character == 0) return 0;
+    std::int64_t wide = 0;
+    for (int i = 0; i < 7; ++i)
+        if (ranks[static_cast<std::size_t>(i)] >= 7 - wideCount) wide += line.Width(first + i);
+    const std::int64_t narrow = line.Span(first, 7) - wide;
+    // The greatest ratio of the widths is the same for both: 3.5 * 5 / (2 * 2), or 35 / 8.
+    if (2 * wide < narrow) return 0;
+    if (wideCount == 2 ? 4 * wide > 7 * narrow : 32 * wide > 105 * narrow) return 0;
+    spread.Add(line, first, wideElements, 7);
+    return character;
+}
+
 /// The character whose seven elements begin at `first`, or 0.
 char ReadCharacter(const Line& line, int first, ElementSpread& spread)
 {
@@ -24,16 +41,11 @@ char ReadCharacter(const Line& line, int first, ElementSpread& spread)
     std::array<std::int64_t, 7> sorted;
     for (int i = 0; i < 7; ++i)
         sorted[static_cast<std::size_t>(6 - ranks[static_cast<std::size_t>(i)])] = line.Width(first + i);
-    // The third widest element is a wide one if it is nearer to the second than to the fourth.
+    // The third widest element is a wide one if it is nearer to the second than to the fourth. Where that makes no
+    // character, as bars and spaces of some prints differ in width, the other count may.
     const int wideCount = sorted[2] - sorted[3] > sorted[1] - sorted[2] ? 3 : 2;
-    const std::int64_t wide = sorted[0] + sorted[1] + (wideCount == 3 ? sorted[2] : 0);
-    const std::int64_t narrow = line.Span(first, 7) - wide;
-    // The greatest ratio of the widths is the same for both: 3.5 * 5 / (2 * 2), or 35 / 8.
-    if (2 * wide < narrow) return 0;
-    if (wideCount == 2 ? 4 * wide > 7 * narrow : 32 * wide > 105 * narrow) return 0;
-    const unsigned wideElements = WideElements(ranks, 7 - wideCount);
-    spread.Add(line, first, wideElements, 7);
-    return charactersByMask[wideElements];
+    const char character = CharacterOf(line, first, ranks, wideCount, spread);
+    return character != 0 ? character : CharacterOf(line, first, ranks, 5 - wideCount, spread);
 }
 
 bool IsFrame(char character)

@@ -380,5 +380,17 @@ TEST(LinearCodeTest, DecodabilityFollowsTheDistanceToTheThreshold)
     EXPECT_NEAR(linear::Decodability(CodeMSI, msi, expected), std::min(30 / (150 - narrow), 30 / (wide - 150)), 1e-9);
 }
 
+TEST(LinearCodeTest, CodabarIsReadWhereItsSpacesAreWiderThanItsBars)
+{
+    // In pixels: the third widest element of the 1 is a space as wide as the second, and yet a narrow one.
+    ScanLine line;
+    line.module = 256;
+    line.AddElement(90).AddElement(60);
+    for (const double width : {3.0, 5.5,  8.0, 9.5, 4.0, 9.7, 3.0, 5.5,  2.9, 6.4, 3.1, 5.3,
+                               6.8, 10.9, 2.6, 5.5, 4.0, 9.5, 2.8, 10.5, 3.1, 5.0, 8.0})
+        line.AddElement(width);
+    EXPECT_TRUE(HasOnly(line.AddElement(60).AddElement(90).Decode(), CodeCodabar, "A1B"));
+}
+
 } // namespace
 } // namespace Tesk
