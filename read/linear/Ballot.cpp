@@ -2,8 +2,12 @@
 #include "read/linear/ScanState.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
 namespace Tesk::linear {
@@ -63,6 +67,15 @@ XY CenterOf(const ScanVote& slot)
 bool IsSame(const ScanVote& a, const ScanVote& b)
 {
     return a.symbology == b.symbology && a.Text() == b.Text() && (IsInside(a, CenterOf(b)) || IsInside(b, CenterOf(a)));
+}
+
+/// Whether two rows are read in the same way and lie no further apart than they are long.
+bool AreStacked(const ScanVote& upper, const ScanVote& lower)
+{
+    const auto [a, b, c, d] = upper.corners;
+    const XY from = CenterOf(upper), to = CenterOf(lower);
+    return ((upper.flags ^ lower.flags) & ForwardRead) == 0 &&
+           std::hypot(to.X - from.X, to.Y - from.Y) <= std::hypot(b.X - a.X, b.Y - a.Y);
 }
 
 /// Moves the end of a line that lies behind the other one, seen from the other line, until both are level.
@@ -145,6 +158,7 @@ void Ballot::Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule,
         slot.firstLine = slot.lastLine = place.offset;
         slot.corners = {from, to, to, from};
         slot.group = place.group;
+        slot.row = read.row;
         slot.elementCount = 0;
         if (read.modules.size() <= slot.modules.size()) {
             std::copy(read.modules.begin(), read.modules.end(), slot.modules.begin());
@@ -175,17 +189,39 @@ bool Ballot::IsOutvoted(const ScanVote& slot, int outvoting) const
     int others = 0;
     for (const ScanVote& other : slots_) {
         const bool isOther = other.symbology != slot.symbology || other.Text() != slot.Text();
-        if (other.votes > 0 && isOther && (IsInside(slot, CenterOf(other)) || IsInside(other, CenterOf(slot))))
+        if (other.IsSymbol() && isOther && (IsInside(slot, CenterOf(other)) || IsInside(other, CenterOf(slot))))
             others += other.votes;
     }
     return slot.votes < outvoting * others;
+}
+
+void Ballot::JoinRows(int votesNeeded)
+{
+    const auto isRow = [&](const ScanVote& slot) { return slot.symbology == NoSymbology && slot.votes >= votesNeeded; };
+    for (ScanVote& upper : slots_) {
+        for (ScanVote& lower : slots_) {
+            if (!isRow(upper) || !isRow(lower) || !AreStacked(upper, lower)) continue;
+            std::array<char, maximumTextLength + 1> text;
+            const std::string_view joined = TextOfDatabarRows(upper.row, lower.row, text);
+            if (joined.empty()) continue;
+            upper.text = text;
+            upper.textLength = static_cast<int>(joined.size());
+            upper.symbology = CodeDatabar;
+            upper.elementCount = 0;
+            upper.votes = std::min(upper.votes, lower.votes);
+            const bool downward = Along(lower.corners[0], Normal(upper)) > Along(upper.corners[0], Normal(upper));
+            const std::size_t far = downward ? 2 : 0;
+            std::copy_n(lower.corners.begin() + far, 2, upper.corners.begin() + far);
+            lower.votes = 0;
+        }
+    }
 }
 
 int Ballot::Count(int votesNeeded, int outvoting)
 {
     std::array<bool, slotCount> valid{};
     for (std::size_t i = 0; i < slots_.size(); i++)
-        valid[i] = slots_[i].votes >= votesNeeded && !IsOutvoted(slots_[i], outvoting);
+        valid[i] = slots_[i].IsSymbol() && slots_[i].votes >= votesNeeded && !IsOutvoted(slots_[i], outvoting);
     std::size_t count = 0;
     for (std::size_t i = 0; i < slots_.size(); i++) {
         if (!valid[i] || !CheckQuadrilateral(slots_[i])) continue;
@@ -206,6 +242,7 @@ bool Ballot::HasClearWinner(int votes, int outvoting) const
 {
     int first = 0, second = 0;
     for (const ScanVote& slot : slots_) {
+        if (!slot.IsSymbol()) continue;
         second = std::max(second, std::min(first, slot.votes));
         first = std::max(first, slot.votes);
     }

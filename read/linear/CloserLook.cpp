@@ -287,6 +287,7 @@ int LookCloser(VotingReader& reader, int directions, int density)
     reader.byFit = true;
     CloserScan scan(reader);
     scan.Run(directions != 0, directions != 1, directions == Auto, density);
+    reader.Votes().JoinRows(enoughVotes);
     return reader.Votes().Count(enoughVotes, outvoting);
 }
 

@@ -148,7 +148,7 @@ bool Code1DReader::Decode(const Image& Src)
 void Code1DReader::Scan(const Image& src)
 {
     const Raster raster(src);
-    const LinearSettings settings = SettingsOf(*this);
+    LinearSettings settings = SettingsOf(*this);
     ScanScratch& scratch = state_->scratch;
     const auto longest = static_cast<std::size_t>(std::max(raster.Width(), raster.Height())) + 1 + 2 * lineBorder;
     if (scratch.line.size() < longest) scratch.line.resize(longest);
@@ -158,7 +158,12 @@ void Code1DReader::Scan(const Image& src)
     const int density = std::clamp(Density, 1, mostDensity);
     ScanDirections(reader, NumDirections, Reverse, density);
     NumDecoded = state_->ballot.Count(leastVotes);
-    if (NumDecoded == 0 && LookCloser) NumDecoded = linear::LookCloser(reader, NumDirections, density);
+    if (NumDecoded == 0 && LookCloser) {
+        settings.detectDatabarRows = settings.detectDatabar;
+        VotingReader closer(raster, settings, state_->ballot, scratch);
+        closer.Charge(reader.Work());
+        NumDecoded = linear::LookCloser(closer, NumDirections, density);
+    }
     state_->ballot.Move(NumDecoded, src.X, src.Y);
 }
 

@@ -1,15 +1,21 @@
 // GS1 DataBar: four data characters beside two finder patterns, whose values are the check. ISO/IEC 24724, clause 5.
 #include "read/linear/DatabarFrame.h"
 
+#include <algorithm>
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstdio>
+#include <string_view>
 
 namespace Tesk::linear {
 
 namespace {
 
 constexpr int elements = 45; // with the outer bars of the guards, whose outer spaces cannot be seen
-constexpr int outerLeft = 1, leftFinder = 9, innerLeft = 14, innerRight = 22, rightFinder = 30, outerRight = 35;
-constexpr int innerValues = 1597;
+constexpr int leftFinder = 9, rightFinder = 30;
+constexpr int upperElements = 23, lowerElements = 25; // of the rows of a stacked symbol
+constexpr int innerValues = 1597, checkModulus = 79;
 constexpr std::int64_t halfValues = 4537077, linkage = 10'000'000'000'000;
 
 /// The value of the finder pattern whose first element is `first`, the next one `step` further; -1 if there is none.
@@ -60,48 +66,104 @@ void AddFinder(int value, bool backward, Symbol& symbol)
         symbol.AddPattern(pattern / (backward ? back : forward) % 10);
 }
 
+/// The number of a symbol, of the values and the weighed sum of its halves; -1 if they belong to none.
+std::int64_t NumberOf(std::int64_t leftValue, std::int64_t rightValue, int sum, int leftFinder, int rightFinder)
+{
+    if (FindersOf(sum % checkModulus) != 9 * leftFinder + rightFinder) return -1;
+    std::int64_t number = leftValue * halfValues + rightValue;
+    if (number >= linkage) number -= linkage;
+    return rightValue >= halfValues || number >= linkage ? -1 : number;
+}
+
+/// A half of a symbol: an outer and an inner character, which count their elements towards the finder pattern between.
+struct Half
+{
+    int finder = -1;
+    DatabarValue outer, inner;
+
+    bool IsRead() const { return outer.value >= 0 && inner.value >= 0; }
+    std::int64_t Value() const { return std::int64_t{innerValues} * outer.value + inner.value; }
+    int Sum(bool left) const
+    {
+        return WeighedSum(outer, 8, left ? 0 : 16, checkModulus) + WeighedSum(inner, 8, left ? 8 : 24, checkModulus);
+    }
+};
+
+/// Reads the characters beside a finder pattern of which the first element, in its own order, is `finder`.
+void ReadCharacters(const Line& line, int finder, int step, std::int64_t spread, Half& half)
+{
+    half.outer = ReadDatabarCharacter(line, finder - 8 * step, step, step > 0, databarOutside, spread);
+    half.inner = ReadDatabarCharacter(line, finder + 12 * step, -step, step > 0, databarInside, spread);
+}
+
+/// Whether an element of a guard is as narrow as the finder pattern beside, of fifteen modules, asks.
+bool IsGuard(const Line& line, int element, int finder)
+{
+    return IsNarrow(15 * line.Width(element), line.Span(finder, 5));
+}
+
+void AddHalf(const Half& half, bool left, Symbol& symbol)
+{
+    AddDatabarElements(left ? half.outer : half.inner, 8, false, symbol);
+    AddFinder(half.finder, !left, symbol);
+    AddDatabarElements(left ? half.inner : half.outer, 8, true, symbol);
+}
+
 /// Reads the symbol that begins at the edge `first`, as `ReadFromEachEdge` tells.
 int ReadSymbol(const Line& line, int first)
 {
-    const int left = ReadFinder(line, first + leftFinder, 1);
-    if (left < 0) return -1;
-    const int right = ReadFinder(line, first + rightFinder + 4, -1);
-    if (right < 0) return -1;
-    // The finder pattern beside a guard has fifteen modules.
-    for (const int guard : {0, elements - 2, elements - 1}) {
-        const std::int64_t finder = line.Span(first + (guard == 0 ? leftFinder : rightFinder), 5);
-        if (!IsNarrow(15 * line.Width(first + guard), finder)) return -1;
-    }
+    const int leftBegin = first + leftFinder, rightBegin = first + rightFinder;
+    Half left, right;
+    left.finder = ReadFinder(line, leftBegin, 1);
+    if (left.finder < 0) return -1;
+    right.finder = ReadFinder(line, rightBegin + 4, -1);
+    if (right.finder < 0) return -1;
+    if (!IsGuard(line, first, leftBegin) || !IsGuard(line, first + elements - 2, rightBegin) ||
+        !IsGuard(line, first + elements - 1, rightBegin))
+        return -1;
     const std::int64_t spread =
-        (SpreadOf(line, first + leftFinder, 1, left) + SpreadOf(line, first + rightFinder + 4, -1, right)) / 2;
-    // Each character counts its elements towards its finder pattern.
-    const DatabarValue values[] = {
-        ReadDatabarCharacter(line, first + outerLeft, 1, true, databarOutside, spread),
-        ReadDatabarCharacter(line, first + innerLeft + 7, -1, true, databarInside, spread),
-        ReadDatabarCharacter(line, first + outerRight + 7, -1, false, databarOutside, spread),
-        ReadDatabarCharacter(line, first + innerRight, 1, false, databarInside, spread)};
-    int sum = 0;
-    for (int i = 0; i < 4; ++i) {
-        if (values[i].value < 0) return -1;
-        sum += WeighedSum(values[i], 8, 8 * i, 79);
-    }
-    if (FindersOf(sum % 79) != 9 * left + right) return -1;
-    const std::int64_t leftValue = std::int64_t{innerValues} * values[0].value + values[1].value;
-    const std::int64_t rightValue = std::int64_t{innerValues} * values[2].value + values[3].value;
-    std::int64_t number = leftValue * halfValues + rightValue;
-    if (number >= linkage) number -= linkage;
-    if (rightValue >= halfValues || number >= linkage) return -1;
+        (SpreadOf(line, leftBegin, 1, left.finder) + SpreadOf(line, rightBegin + 4, -1, right.finder)) / 2;
+    ReadCharacters(line, leftBegin, 1, spread, left);
+    ReadCharacters(line, rightBegin + 4, -1, spread, right);
+    if (!left.IsRead() || !right.IsRead()) return -1;
+    const std::int64_t number =
+        NumberOf(left.Value(), right.Value(), left.Sum(true) + right.Sum(false), left.finder, right.finder);
+    if (number < 0) return -1;
 
     Symbol symbol(CodeDatabar);
     symbol.AddPattern(1);
-    AddDatabarElements(values[0], 8, false, symbol);
-    AddFinder(left, false, symbol);
-    AddDatabarElements(values[1], 8, true, symbol);
-    AddDatabarElements(values[3], 8, false, symbol);
-    AddFinder(right, true, symbol);
-    AddDatabarElements(values[2], 8, true, symbol);
+    AddHalf(left, true, symbol);
+    AddHalf(right, false, symbol);
     symbol.AddPattern(11);
     AddArticleNumber(number, symbol);
+    return line.Report(symbol, first);
+}
+
+/// Reads the upper row of a stacked symbol that begins at the edge `first`, or the lower one. Where an upper one ends
+/// in a bar after its inner character, a lower one begins with a bar and a space: without its first bar and with
+/// colours inverted, it is an upper one seen from its other end.
+int ReadRow(const Line& line, int first, bool upper)
+{
+    if (!line.DarkAfter(first)) return -1;
+    const int begin = first + (upper ? leftFinder : 10), step = upper ? 1 : -1, ownFirst = upper ? begin : begin + 4;
+    Half half;
+    half.finder = ReadFinder(line, ownFirst, step);
+    if (half.finder < 0) return -1;
+    const int count = upper ? upperElements : lowerElements;
+    for (const int guard : {0, upper ? 0 : 1, count - (upper ? 1 : 2), count - 1})
+        if (!IsGuard(line, first + guard, begin)) return -1;
+    ReadCharacters(line, ownFirst, step, SpreadOf(line, ownFirst, step, half.finder), half);
+    if (!half.IsRead()) return -1;
+
+    Symbol symbol(NoSymbology);
+    symbol.AddPattern(upper ? 1 : 11);
+    AddHalf(half, upper, symbol);
+    symbol.AddPattern(upper ? 1 : 11);
+    symbol.SetRow({upper, half.finder, half.Sum(upper), half.Value()});
+    std::array<char, 32> text;
+    std::snprintf(text.data(), text.size(), "%c%d %lld", upper ? '<' : '>', half.finder,
+                  static_cast<long long>(half.Value()));
+    symbol.Add(text.data());
     return line.Report(symbol, first);
 }
 
@@ -111,6 +173,27 @@ bool DecodeDatabar(const Line& line)
 {
     return ReadFromEachEdge(
         line, elements + 1, [&](int first) { return ReadSymbol(line, first); }, false);
+}
+
+bool DecodeDatabarRow(const Line& line)
+{
+    const bool upper = ReadFromEachEdge(
+        line, upperElements + 1, [&](int first) { return ReadRow(line, first, true); }, false);
+    const bool lower = ReadFromEachEdge(
+        line, lowerElements + 1, [&](int first) { return ReadRow(line, first, false); }, false);
+    return upper || lower;
+}
+
+std::string_view TextOfDatabarRows(const DatabarRow& upper, const DatabarRow& lower,
+                                   std::array<char, maximumTextLength + 1>& text)
+{
+    if (!upper.isUpper || lower.isUpper) return {};
+    const std::int64_t number = NumberOf(upper.value, lower.value, upper.sum + lower.sum, upper.finder, lower.finder);
+    if (number < 0) return {};
+    const ArticleText article = TextOfArticle(number);
+    text = {};
+    std::copy(article.begin(), article.end(), text.begin());
+    return text.data();
 }
 
 } // namespace Tesk::linear

@@ -149,12 +149,18 @@ void AddDatabarElements(const DatabarValue& value, int count, bool backward, Sym
         symbol.AddPattern(value.widths[static_cast<std::size_t>(backward ? count - 1 - i : i)]);
 }
 
+ArticleText TextOfArticle(std::int64_t number)
+{
+    ArticleText text{};
+    const int length = std::snprintf(text.data(), text.size(), "(01)%013lld", static_cast<long long>(number));
+    text[static_cast<std::size_t>(length)] =
+        static_cast<char>('0' + CheckDigit(std::string_view(text.data()).substr(4)));
+    return text;
+}
+
 void AddArticleNumber(std::int64_t number, Symbol& symbol)
 {
-    std::array<char, 32> text;
-    std::snprintf(text.data(), text.size(), "(01)%013lld", static_cast<long long>(number));
-    symbol.Add(text.data());
-    symbol.Add(static_cast<char>('0' + CheckDigit(std::string_view(text.data()).substr(4))));
+    symbol.Add(TextOfArticle(number).data());
 }
 
 } // namespace Tesk::linear

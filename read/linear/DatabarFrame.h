@@ -38,6 +38,9 @@ DatabarValue ReadDatabarCharacter(const Line& line, int first, int step, bool sp
 int WeighedSum(const DatabarValue& value, int count, int exponent, int modulus);
 /// Adds the elements of a character, from the last if `backward`.
 void AddDatabarElements(const DatabarValue& value, int count, bool backward, Symbol& symbol);
+/// "(01)", the number as 13 digits, and its check digit.
+using ArticleText = std::array<char, 32>;
+ArticleText TextOfArticle(std::int64_t number);
 /// Adds the number of 13 digits with its application identifier and its check digit.
 void AddArticleNumber(std::int64_t number, Symbol& symbol);
 

@@ -156,6 +156,7 @@ constexpr Decoder decoders[] = {
     {[](const S& s) { return s.detect11; }, DecodeCode11},
     {[](const S& s) { return s.detectPharmacode; }, DecodePharmacode},
     {[](const S& s) { return s.detectDatabar; }, DecodeDatabar},
+    {[](const S& s) { return s.detectDatabarRows; }, DecodeDatabarRow},
     {[](const S& s) { return s.detectDatabarLimited; }, DecodeDatabarLimited},
     {[](const S& s) { return s.detect39 || s.detect39Extended; }, DecodeCode39},
     {[](const S& s) { return s.detect93; }, DecodeCode93},

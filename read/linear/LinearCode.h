@@ -38,7 +38,17 @@ constexpr int maximumTextLength = 63;
 /// of text, and the frame.
 constexpr int maximumElements = 20 * maximumTextLength + 60;
 
-/// A symbol that was read on a line.
+/// A row of a stacked GS1 DataBar: half of its number and of its checks. It is no symbol before its other half is
+/// found.
+struct DatabarRow
+{
+    bool isUpper = false;
+    int finder = 0;         ///< the value of its finder pattern
+    int sum = 0;            ///< of its weighed elements
+    std::int64_t value = 0; ///< of its two characters
+};
+
+/// A symbol that was read on a line, or with `NoSymbology` a row of one.
 struct SymbolRead
 {
     std::array<char, maximumTextLength + 1> text{}; ///< ends with a zero; it may hold others
@@ -54,6 +64,7 @@ struct SymbolRead
     /// The width of each element in modules, in the order of the text; wide elements of the two-width symbologies count
     /// as 2 in MSI, else as 3. It has `elementCount` bytes, and is valid until `Take` returns.
     std::span<const std::uint8_t> modules;
+    DatabarRow row{}; ///< where it is one; the text tells it from others
 
     std::string_view Text() const { return {text.data(), static_cast<std::size_t>(textLength)}; }
 };
@@ -74,6 +85,7 @@ struct LinearSettings
     bool detectEAN128 = true, detectEAN13 = true, detectEAN8 = true, detectUPCA = true, detectUPCE = true;
     bool detect2of5 = true, detect39 = true, detect39Extended = true, detect93 = true, detectCodabar = true;
     bool detectDatabar = true, detectDatabarLimited = true;
+    bool detectDatabarRows = false; ///< of stacked symbols
     bool detectPharmacode = false, detectITF14 = false, detectMatrix2of5 = false, detectMSI = false, detect11 = false;
     bool reverse = false;            ///< Pharmacodes are read against the direction of the scan
     bool checkQuietZone = true;      ///< the empty space beside the symbol must be there
@@ -85,6 +97,10 @@ struct LinearSettings
 /// for as many positions as the list has; without it only the symbologies of retail are looked for. Nothing is
 /// allocated. Whether something was read.
 bool DecodeLine(const EdgeList& forward, std::span<int> scratch, const LinearSettings& settings, ReadSink& sink);
+
+/// The text of two rows that make a symbol; empty if they make none.
+std::string_view TextOfDatabarRows(const DatabarRow& upper, const DatabarRow& lower,
+                                   std::array<char, maximumTextLength + 1>& text);
 
 /// The decodability V of ISO/IEC 15416 of a symbol whose elements measure `elementWidths` (any unit) and have the
 /// nominal `modules`, both in the order of the text; 0 to 1, and 0 where the numbers of elements differ or fit no

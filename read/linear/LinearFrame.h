@@ -27,6 +27,7 @@ public:
     void Flag(int flags) { read_.flags |= flags; }
     void SetFNC1(int position);
     void SetSymbology(Symbologies symbology) { read_.symbology = symbology; }
+    void SetRow(const DatabarRow& row) { read_.row = row; }
     std::string_view Text() const { return read_.Text(); }
 
 private:
@@ -168,6 +169,7 @@ bool DecodeMSI(const Line& line);
 bool DecodeCode11(const Line& line);
 bool DecodePharmacode(const Line& line);
 bool DecodeDatabar(const Line& line);
+bool DecodeDatabarRow(const Line& line);
 bool DecodeDatabarLimited(const Line& line);
 bool DecodeCode39(const Line& line);
 bool DecodeCode93(const Line& line);

@@ -32,7 +32,7 @@ struct Decoder
     int edges; ///< what their smallest symbol has
 };
 
-std::array<Decoder, 14> DecodersOf(const LinearSettings& settings)
+std::array<Decoder, 15> DecodersOf(const LinearSettings& settings)
 {
     return {{
         {settings.detectEAN13 || settings.detectUPCA, 1, 60},
@@ -45,6 +45,7 @@ std::array<Decoder, 14> DecodersOf(const LinearSettings& settings)
         {settings.detect11, 3, 18},
         {settings.detectPharmacode, 1, fewestEdges},
         {settings.detectDatabar, 1, 45},
+        {settings.detectDatabarRows, 1, 24},
         {settings.detectDatabarLimited, 1, 45},
         {settings.detect39 || settings.detect39Extended, 5, 30},
         {settings.detect93, 2, 20},

@@ -38,7 +38,9 @@ struct ScanVote
     int group = 0;
     int elementCount = 0;
     std::array<std::uint8_t, maximumElements> modules{};
+    DatabarRow row{}; ///< where the symbology is `NoSymbology`
 
+    bool IsSymbol() const { return votes > 0 && symbology != NoSymbology; }
     std::string_view Text() const { return {text.data(), static_cast<std::size_t>(textLength)}; }
 };
 
@@ -66,6 +68,9 @@ class Ballot
 public:
     void Clear();
     void Vote(const SymbolRead& read, const LinePlace& place, VoteRule rule, int weight = 1);
+    /// Makes symbols of the rows of stacked ones, of those that were read as often and lie below each other. Their
+    /// elements are not kept.
+    void JoinRows(int votesNeeded);
     /// Moves what was read often enough, and is a symbol by its corners, to the front. With `outvoting` it must have
     /// that multiple of the votes of all other texts in its place. How many symbols there are.
     int Count(int votesNeeded, int outvoting = 0);

@@ -196,6 +196,38 @@ TEST_F(Code1DReaderTest, CloserLookReadsWhatIsFaintBlurredOrSmall)
     EXPECT_GE(more, 2);
 }
 
+TEST_F(Code1DReaderTest, ACloserLookJoinsTheRowsOfAStackedDatabar)
+{
+    const std::string upper = "01010100100000000100111111100001011100101101111010";
+    const std::string lower = "10111001010110000101111111000111001100111101110101";
+    const auto picture = [&](const std::string& above, const std::string& below, double angle) {
+        Blank(image, 240, 160);
+        Print print;
+        print.angle = angle;
+        print.height = 20;
+        for (const double row : {-0.5, 0.5}) {
+            print.x = 120 - row * print.height * std::sin(ToRadians(angle));
+            print.y = 80 + row * print.height * std::cos(ToRadians(angle));
+            Paint<GrayPixel>(image, row < 0 ? above : below, print);
+        }
+    };
+    for (const double angle : {0.0, 3.0, 180.0}) {
+        picture(upper, lower, angle);
+        EXPECT_EQ(Text(image), "(01)00012345678905") << angle;
+        EXPECT_EQ(reader.Symbology, CodeDatabar);
+        EXPECT_NEAR(reader.Width, 98, 4);
+        EXPECT_NEAR(reader.Height, 36, 8);
+    }
+    // Half a symbol is none, nor are halves that do not belong together.
+    picture(upper, upper, 0);
+    EXPECT_EQ(Text(image), "");
+    picture(upper, "10110100011001100101111111110001011011000111000101", 0);
+    EXPECT_EQ(Text(image), "");
+    reader.LookCloser = false;
+    picture(upper, lower, 0);
+    EXPECT_EQ(Text(image), "");
+}
+
 TEST_F(Code1DReaderTest, NothingIsReadInNoise)
 {
     reader.DetectITF14 = reader.DetectMatrix2of5 = reader.DetectMSI = reader.Detect11 = true;
