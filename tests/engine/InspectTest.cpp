@@ -1,11 +1,15 @@
 // A whole job as a sequence: round parts are told from the belt, measured in millimetres by the target beside them,
 // chosen by their features, tabled and written.
 #include "engine/Sequence.h"
+#include "foundation/Angles.h"
+#include "gauge/EdgeArc.h"
+#include "gauge/EdgeRectangle.h"
 #include "image/Geometry.h"
 #include "image/Morpho.h"
 #include "measure/Blobs.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cwchar>
 #include <filesystem>
@@ -44,12 +48,20 @@ protected:
     {
         SetText(static_cast<Var<const char*>&>(*operation.Args[Index(operation, L"PathName")].Variable), path);
     }
-    void Bind(Operation& operation, const wchar_t* argument, const Operation& source)
+    void Bind(Operation& operation, const wchar_t* argument, const Operation& source, const wchar_t* output = L"Dst")
     {
         for (int i = 0; i < engine_.NumOperations(); i++)
             if (&At(i) == &operation)
                 engine_.ReplaceOperationArgument(i, static_cast<int>(Index(operation, argument)),
-                                                 source.Args[Index(source, L"Dst")].Variable);
+                                                 source.Args[Index(source, output)].Variable);
+    }
+    /// Detection by a new gauge, which then moves onto the edge and detects again. The first of these operations.
+    Operation& Settle(const wchar_t* gauge)
+    {
+        Operation& first = Add(gauge, L"Detect", L"Detect");
+        Bind(Add(gauge, L"Realign", L"Realign"), gauge, first, gauge);
+        Bind(Add(gauge, L"Detect", L"Detect"), gauge, first, gauge);
+        return first;
     }
 
     /// Takes the belt away and brings the parts to one brightness.
@@ -149,6 +161,76 @@ TEST_F(Inspection, OfWashersFindsTheirTrueDiameters)
     camera.Read((folder + "camera.cal").c_str());
     EXPECT_EQ(Status::Error().Code, NoError);
     EXPECT_NEAR(Geometry::ScaleFromPixel, 0.1, 0.001);
+}
+
+/// What a plate is measured by. The gauges stand around its middle, in pixels.
+struct PlateGauges
+{
+    EdgeArc& bore;
+    EdgeRectangle &sides, &slot;
+
+    void Place(XY middle, double degrees)
+    {
+        const double c = std::cos(ToRadians(degrees)), s = std::sin(ToRadians(degrees));
+        const auto at = [&](double x, double y) { return middle + XY(c * x - s * y, s * x + c * y); };
+        constexpr double probe = 32;
+        bore.Locate(at(-140, 0), 118, probe);
+        sides.Locate(middle, XY(440, 404), degrees, probe);
+        slot.Locate(at(140, 20), XY(120, 84), 30 + degrees, probe);
+    }
+    std::array<double, 4> Sizes() const
+    {
+        return {2 * bore.FittedRadius, XY(sides.FittedSize).Y, XY(slot.FittedSize).Y,
+                slot.FittedAngle - sides.FittedAngle};
+    }
+};
+
+TEST_F(Inspection, OfAPlateGivesTheSameSizesWhereverItLies)
+{
+    constexpr double millimetresPerPixel = 0.05;
+    const std::string samples = TESK_SAMPLES;
+    Operation& read = Add(L"Image", L"Read", L"Read  from File");
+    Name(read, samples + "/plate.png");
+    Operation& scale = Add(L"Geometry", L"SimpleCalibration", L"Simple Calibration");
+    Value<double>(scale, L"LengthInPixels") = 1;
+    Value<double>(scale, L"TrueLength") = millimetresPerPixel;
+    Operation &first = Settle(L"EdgeArc"), &second = Settle(L"EdgeRectangle"), &third = Settle(L"EdgeRectangle");
+    PlateGauges gauges{Value<EdgeArc>(first, L"EdgeArc"), Value<EdgeRectangle>(second, L"EdgeRectangle"),
+                       Value<EdgeRectangle>(third, L"EdgeRectangle")};
+    ASSERT_NE(&gauges.sides, &gauges.slot);
+    for (EdgePoint* gauge : {static_cast<EdgePoint*>(&gauges.bore), static_cast<EdgePoint*>(&gauges.sides),
+                             static_cast<EdgePoint*>(&gauges.slot)}) {
+        gauge->Breadth = 5;
+        gauge->Smoothing = 5;
+    }
+    gauges.bore.Density = gauges.sides.Density = gauges.slot.Density = 2;
+    gauges.sides.FourSides = gauges.slot.FourSides = false;
+    gauges.Place(XY(401, 298), 0);
+    engine_.Execute();
+    ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    const std::array<double, 4> sizes = gauges.Sizes();
+
+    std::ifstream file(samples + "/plate.txt");
+    std::string names;
+    std::getline(file, names);
+    for (const double size : sizes) {
+        double truth = 0;
+        file >> truth;
+        EXPECT_NEAR(size, truth, 1.5 * millimetresPerPixel) << names;
+    }
+
+    // The part moves and turns: the gauges are put down near it.
+    Name(read, samples + "/plate-moved.png");
+    engine_.ChangeVariable(read.Args[Index(read, L"PathName")].Variable);
+    gauges.Place(XY(389, 311), 14);
+    for (const Operation* operation : {&first, &second, &third})
+        engine_.ChangeVariable(operation->Args[0].Variable);
+    engine_.Execute();
+    ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    const std::array<double, 4> moved = gauges.Sizes();
+    for (std::size_t i = 0; i < sizes.size(); i++)
+        EXPECT_NEAR(moved[i], sizes[i], 0.02 * (i == 3 ? 1 : millimetresPerPixel)) << i;
+    EXPECT_NEAR(gauges.sides.FittedAngle, 14.3, 0.05);
 }
 
 } // namespace
