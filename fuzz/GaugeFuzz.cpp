@@ -7,6 +7,7 @@
 #include "image/Image.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <vector>
@@ -58,9 +59,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     again.Transfer(second);
     Require(second.Good() && Written(again) == bytes);
 
-    // Broad probes only cost time.
+    // Broad and long probes only cost time.
     constexpr int broadest = 40;
+    constexpr double longest = 1e4;
     gauge.Breadth = std::min(gauge.Breadth, broadest);
+    if (std::hypot(gauge.To.X - gauge.From.X, gauge.To.Y - gauge.From.Y) > longest) return 0;
     gauge.SetWindow(picture);
     Graph::DrawTo(&target);
     gauge.Detect(picture);

@@ -13,7 +13,9 @@
 #include "measure/Path.h"
 #include "measure/Poly.h"
 #include "measure/Region.h"
+#include "read/Code1DReader.h"
 #include "tests/image/source/AviFile.h"
+#include "tests/read/linear/Symbols.h"
 
 #include <filesystem>
 #include <fstream>
@@ -81,6 +83,29 @@ void PutGauges(const fs::path& root)
         gauge.Locate(at, XY(size, size / 2), 3 * size, 8);
         gauge.FourSides = size > 20;
     });
+}
+
+/// The settings of a reader, and a row of pixels across a symbol.
+void PutLinearCodes(const fs::path& folder)
+{
+    constexpr std::size_t settings = 64;
+    const std::string symbols[] = {checks::EAN13Modules("4006381333931"), checks::Modules({1, 2, 3, 2, 1, 2, 3, 2, 1}),
+                                   checks::Modules({1, 1, 2, 2, 1, 2, 1, 1, 1, 1, 1, 1, 2, 1, 2, 1, 1, 2, 1, 1, 1})};
+    for (int i = 0; i < 6; i++) {
+        Code1DReader reader;
+        reader.DetectPharmacode = reader.DetectMSI = reader.Detect11 = i % 2 == 1;
+        reader.NumDirections = i % 3 == 0 ? int{Auto} : i;
+        reader.CheckQuality = i > 3;
+        std::vector<std::uint8_t> bytes;
+        Archive archive = Archive::IntoMemory(bytes);
+        reader.Transfer(archive);
+        bytes.resize(settings);
+        bytes.insert(bytes.end(), 40, 220);
+        for (const char module : symbols[i % 3])
+            bytes.insert(bytes.end(), 3, module == '1' ? 30 : 220);
+        bytes.insert(bytes.end(), 40, 220);
+        Put(folder / std::to_string(i), bytes);
+    }
 }
 
 } // namespace
@@ -154,6 +179,7 @@ int main(int argc, char** argv)
         Put(root / "region" / std::to_string(i), block);
     }
     PutGauges(root);
+    PutLinearCodes(root / "code1d");
     FeatureTable table;
     table._AppendFeature(Int, L"Class");
     table._AppendFeature(Dble, L"Length");
