@@ -33,10 +33,18 @@ XY MiddleOf(const Limits& roi)
     return {roi.X + (roi.Width - 1) / 2.0, roi.Y + (roi.Height - 1) / 2.0};
 }
 
+/// By how much a locator reports a place beyond the middle of its pattern: a pixel where that lies between two pixels.
+XY Excess(const Locator& locator)
+{
+    const Image& pattern = locator.TemplateImage();
+    return {1.0 - (pattern.Width & 1), 1.0 - (pattern.Height & 1)};
+}
+
 /// Where a point of the reference lies in the searched image's window.
 XY InWindow(const Locator& locator, int instance, const Image& src, XY point)
 {
-    return locator.TransformPoint(point, instance, true, false) - XY(src.X, src.Y);
+    const XY excess = Excess(locator);
+    return locator.TransformPoint(point, instance, true, false) - excess - XY(src.X, src.Y);
 }
 
 /// Gives the pixels in front of, between and behind the runs of each row, which come in scan order, a value.
@@ -311,7 +319,7 @@ void Comparator::WidenRanges(const AlignerState& aligner, int instance)
 {
     static const Geometry inPixels;
     const _LocatorPose pose = aligner.locator.Location(inPixels, instance);
-    const XY shift = XY(pose.X, pose.Y) - searched_ - MiddleOf(aligner.train);
+    const XY shift = XY(pose.X, pose.Y) - Excess(aligner.locator) - searched_ - MiddleOf(aligner.train);
     MinShiftX = Min<double>(MinShiftX, shift.X), MaxShiftX = Max<double>(MaxShiftX, shift.X);
     MinShiftY = Min<double>(MinShiftY, shift.Y), MaxShiftY = Max<double>(MaxShiftY, shift.Y);
     MinRotation = Min<double>(MinRotation, pose.Angle), MaxRotation = Max<double>(MaxRotation, pose.Angle);
