@@ -56,6 +56,8 @@ inline void Draw(Defect defect, unsigned place, Label& dst)
     Graph::LineWidth = 1;
     Graph::FontSize = 34;
     Graph::Text(92, 72, defect == Defect::WrongLetter && place % 2 == 0 ? "PART 47-N" : "PART 47-H");
+    Graph::Text(288, 72, "B 09-4");
+    Graph::Text(288, 132, "05/2028");
     Graph::FontSize = 30;
     Graph::Text(92, 132, defect == Defect::WrongLetter && place % 2 == 1 ? "LOT 2O26-A" : "LOT 2026-B");
     Graph::FillColor = Black;
@@ -89,7 +91,7 @@ inline void Draw(Defect defect, unsigned place, Label& dst)
         paint([=](int x, int y) { return scene::Rod(x, y, cx, cy, scratchLength, scratchWidth / 2.0, degrees); }, 255);
         dst.box = Limits(cx - scratchLength / 2, barY, scratchLength, barHeight);
     }
-    if (defect == Defect::WrongLetter) dst.box = place % 2 == 0 ? Limits(92, 72, 320, 48) : Limits(92, 132, 320, 42);
+    if (defect == Defect::WrongLetter) dst.box = place % 2 == 0 ? Limits(92, 72, 160, 48) : Limits(92, 132, 160, 42);
 }
 
 /// Prints a label and takes its picture: moved by up to `shift` pixels and turned by up to `degrees` about its middle,

