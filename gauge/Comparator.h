@@ -209,6 +209,7 @@ private:
     struct AlignerState
     {
         Limits train{0, 0, 0, 0}, search{0, 0, 0, 0};
+        Limits trained{0, 0, 0, 0}; ///< the train ROI that the locator has learned
         Locator locator;
     };
 

@@ -332,6 +332,7 @@ void Comparator::TrainAligners()
         ViewOf(reference_, aligner.train, pattern);
         aligner.locator.Train(pattern);
         if (Status::Error().Code != NoError) return;
+        aligner.trained = aligner.train;
         TakeRanges(aligner.locator);
     }
     Image area;

@@ -41,10 +41,10 @@ XY Excess(const Locator& locator)
 }
 
 /// Where a point of the reference lies in the searched image's window.
-XY InWindow(const Locator& locator, int instance, const Image& src, XY point)
+XY InWindow(const Locator& locator, const Limits& trained, int instance, const Image& src, XY point)
 {
-    const XY excess = Excess(locator);
-    return locator.TransformPoint(point, instance, true, false) - excess - XY(src.X, src.Y);
+    const XY local = point - XY(trained.X, trained.Y);
+    return locator.TransformPoint(local, instance, true, true) - Excess(locator) - XY(src.X, src.Y);
 }
 
 /// Gives the pixels in front of, between and behind the runs of each row, which come in scan order, a value.
@@ -173,7 +173,7 @@ bool Comparator::PrepareAligned(const Entry& entry, const Image& src, Image& dst
 bool Comparator::Shift(const Entry& entry, int instance, const Image& src, Image& dst)
 {
     const Limits& area = WorkingArea();
-    const XY offset = InWindow(AlignerAt(0).locator, instance, src, XY(0, 0));
+    const XY offset = InWindow(AlignerAt(0).locator, AlignerAt(0).trained, instance, src, XY(0, 0));
     const int x = area.X + static_cast<int>(std::lround(offset.X)),
               y = area.Y + static_cast<int>(std::lround(offset.Y));
     Image held;
@@ -196,7 +196,7 @@ bool Comparator::Turn(const Entry& entry, int instance, const Image& src, Image&
 {
     const Limits& area = WorkingArea();
     const auto at = [&](int x, int y) {
-        return InWindow(AlignerAt(0).locator, instance, src, XY(area.X + x, area.Y + y));
+        return InWindow(AlignerAt(0).locator, AlignerAt(0).trained, instance, src, XY(area.X + x, area.Y + y));
     };
     const XY corner = at(0, 0), right = at(1, 0) - corner, down = at(0, 1) - corner;
     const warps::AffineMap map = {right.X, down.X, corner.X, right.Y, down.Y, corner.Y};
@@ -214,8 +214,9 @@ bool Comparator::Compose(const Entry& entry, const Image& src, Image& dst)
     for (int i = 0; i < NumAligners; i++) {
         const AlignerState& aligner = AlignerAt(i);
         if (aligner.locator.NumLocations < 1) continue;
-        const XY middle = MiddleOf(aligner.train);
-        geometry.Append(InWindow(aligner.locator, 0, src, middle), middle - XY(WorkingArea().X, WorkingArea().Y));
+        const XY middle = MiddleOf(aligner.trained);
+        geometry.Append(InWindow(aligner.locator, aligner.trained, 0, src, middle),
+                        middle - XY(WorkingArea().X, WorkingArea().Y));
     }
     geometry.ModelFit(Model, src);
     if (Status::Error().Code != NoError) return true;
@@ -319,7 +320,7 @@ void Comparator::WidenRanges(const AlignerState& aligner, int instance)
 {
     static const Geometry inPixels;
     const _LocatorPose pose = aligner.locator.Location(inPixels, instance);
-    const XY shift = XY(pose.X, pose.Y) - Excess(aligner.locator) - searched_ - MiddleOf(aligner.train);
+    const XY shift = XY(pose.X, pose.Y) - Excess(aligner.locator) - searched_ - MiddleOf(aligner.trained);
     MinShiftX = Min<double>(MinShiftX, shift.X), MaxShiftX = Max<double>(MaxShiftX, shift.X);
     MinShiftY = Min<double>(MinShiftY, shift.Y), MaxShiftY = Max<double>(MaxShiftY, shift.Y);
     MinRotation = Min<double>(MinRotation, pose.Angle), MaxRotation = Max<double>(MaxRotation, pose.Angle);

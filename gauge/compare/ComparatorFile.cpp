@@ -73,11 +73,13 @@ bool Comparator::IsWhole() const
                       MinScaling, MaxScaling);
 }
 
+/// A file takes a train ROI to be the one that the locator has learned.
 void Comparator::TransferAligners(Archive& block)
 {
     for (int i = 0; i < NumAligners && block.Good(); i++) {
         TransferBox(block, AlignerAt(i).train);
         TransferBox(block, AlignerAt(i).search);
+        if (block.Reading()) AlignerAt(i).trained = AlignerAt(i).train;
     }
 }
 
