@@ -6,6 +6,7 @@
 #include "foundation/Records.h"
 #include "foundation/Services.h"
 #include "foundation/Status.h"
+#include "gauge/Comparator.h"
 #include "gauge/EdgeArc.h"
 #include "gauge/EdgeEllipse.h"
 #include "gauge/EdgeLine.h"

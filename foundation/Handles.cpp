@@ -25,6 +25,20 @@ double Distance(int a, int b)
     return std::abs(static_cast<double>(a) - b);
 }
 
+/// Moves the near edge of an extent; the far one stays.
+void DragNear(int& from, int& extent, int to)
+{
+    const int end = from + extent;
+    from = Clamp(to, 0, end - 1);
+    extent = end - from;
+}
+
+/// Moves the far edge; the near one stays.
+void DragFar(int from, int& extent, int area, int to)
+{
+    extent = Clamp(to - from, 0, area - from - 1) + 1;
+}
+
 } // namespace
 
 bool IsNear(int at, int line)
@@ -135,6 +149,64 @@ void DrawHandle(const XY& point, bool round)
     const GraphSettings kept;
     Graph::FillColor = White;
     Graph::Marker(point.X, point.Y, round, handleRadius);
+}
+
+void DrawBox(const SourceRectangle& box, bool handles, bool cross)
+{
+    if (!Graph::DrawTo()) return;
+    const int left = Graph::ToTarget(box.X), right = Graph::ToTarget(box.X + box.Width);
+    const int top = Graph::ToTarget(box.Y), bottom = Graph::ToTarget(box.Y + box.Height);
+    const PredefinedColors line = Graph::LineColor, fill = Graph::FillColor;
+    Graph::FillColor = NoColor;
+    Graph::TargetRectangle(left, top, right, bottom, cross);
+    if (handles) {
+        Graph::FillColor = White;
+        // Setting a colour goes through the next drawing call, which is a marker of the right size about each corner.
+        const double zoom = Graph::Zoom;
+        for (const auto& corner :
+             {TargetPoint{right, bottom}, TargetPoint{left, bottom}, TargetPoint{right, top}, TargetPoint{left, top}})
+            Graph::Marker(corner.X / zoom - 1 + 0.5 / zoom, corner.Y / zoom - 1 + 0.5 / zoom, true, handleRadius);
+    }
+    Graph::FillColor = fill;
+    Graph::LineColor = line;
+}
+
+DraggingHandles HitBox(const SourceRectangle& box, int x, int y)
+{
+    const int left = Graph::ToTarget(box.X), top = Graph::ToTarget(box.Y);
+    const auto far = [](std::int64_t near, int extent) {
+        return static_cast<int>(Min<std::int64_t>(near + extent, MaxInt));
+    };
+    const int right = far(left, Graph::ToTarget(box.Width)), bottom = far(top, Graph::ToTarget(box.Height));
+    const bool inX = left <= x && x <= right, inY = top <= y && y <= bottom;
+    if (IsNear(x, left) && IsNear(y, top)) return NWHandle;
+    if (IsNear(x, right) && IsNear(y, top)) return NEHandle;
+    if (IsNear(x, left) && IsNear(y, bottom)) return SWHandle;
+    if (IsNear(x, right) && IsNear(y, bottom)) return SEHandle;
+    if (IsNear(y, top) && inX) return NHandle;
+    if (IsNear(x, left) && inY) return WHandle;
+    if (IsNear(x, right) && inY) return EHandle;
+    if (IsNear(y, bottom) && inX) return SHandle;
+    return inX && inY ? AllHandle : NoHandle;
+}
+
+SourceRectangle DragBox(SourceRectangle box, DraggingHandles handle, const XY& pixel, const Grab& grab, int areaWidth,
+                        int areaHeight)
+{
+    const int x = static_cast<int>(pixel.X), y = static_cast<int>(pixel.Y);
+    const auto isOneOf = [handle](DraggingHandles a, DraggingHandles b, DraggingHandles c) {
+        return handle == a || handle == b || handle == c;
+    };
+    if (handle == AllHandle) {
+        const XY moved = grab.Moved(pixel);
+        box.X = static_cast<int>(Clamp<double>(moved.X, 0, areaWidth - box.Width));
+        box.Y = static_cast<int>(Clamp<double>(moved.Y, 0, areaHeight - box.Height));
+    }
+    if (isOneOf(NWHandle, WHandle, SWHandle)) DragNear(box.X, box.Width, x);
+    if (isOneOf(NEHandle, EHandle, SEHandle)) DragFar(box.X, box.Width, areaWidth, x);
+    if (isOneOf(NWHandle, NHandle, NEHandle)) DragNear(box.Y, box.Height, y);
+    if (isOneOf(SWHandle, SHandle, SEHandle)) DragFar(box.Y, box.Height, areaHeight, y);
+    return box;
 }
 
 int Octant(double dx, double dy)

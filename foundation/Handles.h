@@ -7,6 +7,8 @@
 
 namespace Tesk {
 
+struct SourceRectangle;
+
 /// A pointer nearer than this many pixels of the screen to a mark, on each coordinate, or to a line is on it.
 inline constexpr double handleTolerance = 6.0;
 /// The marks that can be dragged are drawn this many pixels of the screen to each side.
@@ -105,6 +107,16 @@ XY FromFrame(const XY& point, const XY& corner, double radians);
 
 /// Draws the mark of a handle on the pixel of a point, filled with `White`: a disc or a square.
 void DrawHandle(const XY& point, bool round = true);
+
+/// Outlines a box of whole pixels in `Graph::LineColor`, with discs at its corners if `handles`, and with its diagonals
+/// if `cross`.
+void DrawBox(const SourceRectangle& box, bool handles, bool cross = false);
+/// What a point of the screen is on: a corner, a side, the inside, or `NoHandle`.
+DraggingHandles HitBox(const SourceRectangle& box, int x, int y);
+/// The box whose corner, side or whole was dragged to a pixel, within an area of that size from 0, 0. The whole goes by
+/// what `grab` took hold of.
+SourceRectangle DragBox(SourceRectangle box, DraggingHandles handle, const XY& pixel, const Grab& grab, int areaWidth,
+                        int areaHeight);
 
 /// A direction in eighths of a turn from x to y, for the choice of a cursor. The first of the nearest, opposite ways by
 /// the sign of `dy - dx`: 4 to 7 where that is negative.

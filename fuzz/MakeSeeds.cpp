@@ -1,6 +1,7 @@
 // Writes small valid files of every format into FOLDER/FORMAT, for the fuzzers to start from.
 #include "foundation/Archive.h"
 #include "foundation/Services.h"
+#include "gauge/Comparator.h"
 #include "gauge/EdgeArc.h"
 #include "gauge/EdgeEllipse.h"
 #include "gauge/EdgeLine.h"
@@ -108,6 +109,24 @@ void PutLinearCodes(const fs::path& folder)
     }
 }
 
+void PutComparator(const fs::path& folder)
+{
+    for (const PixelTypes type : {Gray, Rgb}) {
+        Image reference;
+        Fill(reference, 140, 150, type);
+        Comparator comparator;
+        comparator.SetReference(reference, 1, 1, Translation);
+        comparator.AlignerSearchRange(-4, -4, 4, 4, 0, 0, 1, 1);
+        comparator.TrainAligners();
+        if (type == Gray) comparator.StraightTolerancing(5, 1);
+        comparator.AppendDetectorROI(Limits(3, 4, 30, 40));
+        std::vector<std::uint8_t> block;
+        Archive archive = Archive::IntoMemory(block);
+        comparator.Transfer(archive);
+        Put(folder / std::to_string(type), block);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -180,6 +199,7 @@ int main(int argc, char** argv)
     }
     PutGauges(root);
     PutLinearCodes(root / "code1d");
+    PutComparator(root / "comparator");
     FeatureTable table;
     table._AppendFeature(Int, L"Class");
     table._AppendFeature(Dble, L"Length");

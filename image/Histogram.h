@@ -6,6 +6,7 @@
 
 namespace Tesk {
 
+class Comparator;
 class Entry;
 class Region;
 
@@ -140,6 +141,7 @@ public:
 
 private:
     friend class Blobs;
+    friend class Comparator;
     friend class Path;
 
     bool SetUp(const Entry& entry, PixelTypes type, int entries, bool clear);

@@ -142,8 +142,8 @@ public:
 
     /// The block form inside model files: type, size, gain, and the rows of the window without any fill.
     /// Refused: a block that promises more than the file holds (`CannotRead`), one of no type (`VoidObject`), no memory
-    /// (`CannotAllocate`).
-    void Transfer(Archive& Block);
+    /// (`CannotAllocate`). A block of no type makes the image void if it `MayBeVoid`.
+    void Transfer(Archive& Block, bool MayBeVoid = false);
 
     /// The inner form of `Set` without a buffer: an `ErrorCodes` value, for callers that report under a name of their
     /// own.

@@ -64,13 +64,17 @@ void Image::Print(int Rows, int Columns) const
         [&] { std::fputs("...\n", out); });
 }
 
-void Image::Transfer(Archive& Block)
+void Image::Transfer(Archive& Block, bool MayBeVoid)
 {
     PixelTypes type = Type;
     std::int32_t width = Width, height = Height, gain = GradGain;
     Block(type, width, height, gain);
     if (!Block.Good() || Block.Ended()) return;
     if (Block.Reading()) {
+        if (type == Undefined && MayBeVoid) {
+            *this = Image();
+            return;
+        }
         // A block cannot be larger than what is left of its file, so a broken header allocates nothing.
         if (width > 0 && height > 0 && WideRowBytes(width, type) > Block.BytesLeft() / height)
             return Block.Refuse(CannotRead);

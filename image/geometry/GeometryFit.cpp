@@ -270,6 +270,16 @@ bool AreUsable(std::span<const AnchorPair> anchors, XY AnchorPair::*side, bool a
 
 } // namespace
 
+const wchar_t* ModelName(RegistrationModels model)
+{
+    return traits[model].name;
+}
+
+int FewestAnchors(RegistrationModels model)
+{
+    return traits[model].fewest;
+}
+
 int RefuseCount(RegistrationModels model, std::size_t count)
 {
     if (count == 0) return Status::Format(OutOfRange, L"No anchor points were provided");

@@ -128,6 +128,10 @@ struct Fit
 /// was.
 int FitModel(RegistrationModels model, std::span<const AnchorPair> anchors, const XY& centre, Fit& fit);
 
+/// The name of a known model in messages, and the fewest anchors that it takes.
+const wchar_t* ModelName(RegistrationModels model);
+int FewestAnchors(RegistrationModels model);
+
 /// Refuses anchors too few for a known model. An `ErrorCodes` value.
 int RefuseCount(RegistrationModels model, std::size_t count);
 

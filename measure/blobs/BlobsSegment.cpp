@@ -169,11 +169,7 @@ int Blobs::TryTolerances(const Scope& scope, const Image& src, const Image& low,
     if (const int code = CheckSource(src, {Gray}, sourceImage, L"Gray")) return code;
     if (const int code = CheckImages(src, low)) return code;
     if (const int code = CheckImages(src, high)) return code;
-    return TryScan(scope, src, PixelScanner{[&](int x, int y) {
-                       const std::uint8_t value = src.Row(y)[x];
-                       return value < low.Row(y)[x] || value > high.Row(y)[x];
-                   }},
-                   0);
+    return TryScan(scope, src, LimitScanner{src, low, high}, 0);
 }
 
 int Blobs::Segment(int Threshold, const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea)

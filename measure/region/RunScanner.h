@@ -58,6 +58,17 @@ struct BandScanner
     }
 };
 
+/// `Gray` pixels below those of one image or above those of another, both of the size of the window.
+struct LimitScanner
+{
+    const Image &src, &low, &high;
+
+    std::size_t operator()(int x, int y, std::size_t n, std::int32_t* edges) const
+    {
+        return kernels::LimitEdges(src.Row(y) + x, low.Row(y) + x, high.Row(y) + x, n, edges);
+    }
+};
+
 /// `Gray1` pixels that are set; whole rows only.
 struct BitScanner
 {

@@ -99,31 +99,29 @@ std::uint64_t LowBits(std::size_t count)
     return count < wordBits ? (std::uint64_t{1} << count) - 1 : ~std::uint64_t{0};
 }
 
-std::size_t OfBand(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* columns)
+#if HWY_TARGET != HWY_SCALAR
+const hn::CappedTag<std::uint8_t, wordBits> bytes;
+
+/// The columns at which the bits that `compare` makes of 64 pixels of the rows change; it gets a place in each row.
+template <std::size_t rows, typename Compare>
+HWY_INLINE std::size_t EdgesOf(std::array<const std::uint8_t*, rows> row, std::size_t n, std::uint64_t flip,
+                               std::int32_t* columns, Compare compare)
 {
-#if HWY_TARGET == HWY_SCALAR
-    return BandEdgesPlain(s, n, band, columns);
-#else
-    const hn::CappedTag<std::uint8_t, wordBits> bytes;
-    const std::size_t lanes = hn::Lanes(bytes);
-    const auto low = hn::Set(bytes, band.low), span = hn::Set(bytes, static_cast<std::uint8_t>(band.high - band.low));
-    const std::uint64_t flip = band.inside ? 0 : ~std::uint64_t{0};
-    // Values below the band wrap to large ones.
-    const auto compare = [&](const std::uint8_t* from, std::uint8_t* bits) {
-        for (std::size_t i = 0; i < wordBits; i += lanes) {
-            const auto above = hn::Sub(hn::LoadU(bytes, from + i), low);
-            hn::StoreMaskBits(bytes, hn::Eq(hn::Min(above, span), above), bits + i / 8);
-        }
-    };
-    HWY_ALIGN std::uint8_t bits[blockBits / 8], tail[wordBits] = {};
+    HWY_ALIGN std::uint8_t bits[blockBits / 8], tail[rows][wordBits] = {};
     Edges edges(columns);
     for (std::size_t x = 0; x < n; x += blockBits) {
         const std::size_t count = std::min(blockBits, n - x), whole = count / wordBits, rest = count % wordBits;
-        for (std::size_t i = 0; i < whole; i++)
-            compare(s + x + i * wordBits, bits + 8 * i);
+        for (std::size_t i = 0; i < whole; i++) {
+            compare(row, bits + 8 * i);
+            for (const std::uint8_t*& at : row)
+                at += wordBits;
+        }
         if (rest != 0) {
-            std::memcpy(tail, s + x + whole * wordBits, rest);
-            compare(tail, bits + 8 * whole);
+            for (std::size_t k = 0; k < rows; k++) {
+                std::memcpy(tail[k], row[k], rest);
+                row[k] = tail[k];
+            }
+            compare(row, bits + 8 * whole);
         }
         std::uint64_t word;
         for (std::size_t i = 0; i < whole; i++) {
@@ -136,6 +134,44 @@ std::size_t OfBand(const std::uint8_t* s, std::size_t n, Band band, std::int32_t
         }
     }
     return edges.Finish(n);
+}
+#endif
+
+std::size_t OfBand(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* columns)
+{
+#if HWY_TARGET == HWY_SCALAR
+    return BandEdgesPlain(s, n, band, columns);
+#else
+    const std::size_t lanes = hn::Lanes(bytes);
+    const auto low = hn::Set(bytes, band.low), span = hn::Set(bytes, static_cast<std::uint8_t>(band.high - band.low));
+    // Values below the band wrap to large ones.
+    const auto compare = [&](const std::array<const std::uint8_t*, 1>& row, std::uint8_t* bits) HWY_ATTR {
+        for (std::size_t i = 0; i < wordBits; i += lanes) {
+            const auto above = hn::Sub(hn::LoadU(bytes, row[0] + i), low);
+            hn::StoreMaskBits(bytes, hn::Eq(hn::Min(above, span), above), bits + i / 8);
+        }
+    };
+    return EdgesOf<1>({s}, n, band.inside ? 0 : ~std::uint64_t{0}, columns, compare);
+#endif
+}
+
+std::size_t OfLimits(const std::uint8_t* s, const std::uint8_t* low, const std::uint8_t* high, std::size_t n,
+                     std::int32_t* columns)
+{
+#if HWY_TARGET == HWY_SCALAR
+    return LimitEdgesPlain(s, low, high, n, columns);
+#else
+    const std::size_t lanes = hn::Lanes(bytes);
+    // What is within its limits is its own larger with the lower and its own smaller with the upper one.
+    const auto compare = [lanes](const std::array<const std::uint8_t*, 3>& row, std::uint8_t* bits) HWY_ATTR {
+        for (std::size_t i = 0; i < wordBits; i += lanes) {
+            const auto v = hn::LoadU(bytes, row[0] + i);
+            const auto notBelow = hn::Eq(hn::Max(v, hn::LoadU(bytes, row[1] + i)), v);
+            const auto notAbove = hn::Eq(hn::Min(v, hn::LoadU(bytes, row[2] + i)), v);
+            hn::StoreMaskBits(bytes, hn::And(notBelow, notAbove), bits + i / 8);
+        }
+    };
+    return EdgesOf<3>({s, low, high}, n, ~std::uint64_t{0}, columns, compare);
 #endif
 }
 
@@ -177,12 +213,19 @@ HWY_AFTER_NAMESPACE();
 namespace Tesk::kernels {
 
 HWY_EXPORT(OfBand);
+HWY_EXPORT(OfLimits);
 HWY_EXPORT(OfBits);
 HWY_EXPORT(OfWords);
 
 std::size_t BandEdges(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges)
 {
     return ByLevel(BandEdgesPlain, HWY_DYNAMIC_DISPATCH(OfBand))(s, n, band, edges);
+}
+
+std::size_t LimitEdges(const std::uint8_t* s, const std::uint8_t* low, const std::uint8_t* high, std::size_t n,
+                       std::int32_t* edges)
+{
+    return ByLevel(LimitEdgesPlain, HWY_DYNAMIC_DISPATCH(OfLimits))(s, low, high, n, edges);
 }
 
 std::size_t BitEdges(const std::uint8_t* s, std::size_t n, std::int32_t* edges)

@@ -38,6 +38,10 @@ struct Band
 /// the end ends at `n`. The result is how many there are. `edges` has room for `n + 1 + edgeSlack`.
 std::size_t BandEdges(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges);
 
+/// The same for pixels below those of `low` or above those of `high`.
+std::size_t LimitEdges(const std::uint8_t* s, const std::uint8_t* low, const std::uint8_t* high, std::size_t n,
+                       std::int32_t* edges);
+
 /// The same for the bits that are set of `n` packed pixels, the most significant bit first.
 std::size_t BitEdges(const std::uint8_t* s, std::size_t n, std::int32_t* edges);
 
@@ -46,6 +50,8 @@ std::size_t WordEdges(const std::uint64_t* s, std::size_t n, std::int32_t* edges
 
 // The definitions of the above.
 std::size_t BandEdgesPlain(const std::uint8_t* s, std::size_t n, Band band, std::int32_t* edges);
+std::size_t LimitEdgesPlain(const std::uint8_t* s, const std::uint8_t* low, const std::uint8_t* high, std::size_t n,
+                            std::int32_t* edges);
 std::size_t BitEdgesPlain(const std::uint8_t* s, std::size_t n, std::int32_t* edges);
 std::size_t WordEdgesPlain(const std::uint64_t* s, std::size_t n, std::int32_t* edges);
 

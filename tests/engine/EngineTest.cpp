@@ -1,6 +1,7 @@
 #include "engine/Engine.h"
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
+#include "gauge/Comparator.h"
 #include "gauge/EdgeArc.h"
 #include "gauge/EdgeEllipse.h"
 #include "gauge/EdgeLine.h"
@@ -338,6 +339,12 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     EdgeArc().Write(Path("a.EdgeArc").c_str());
     EdgeEllipse().Write(Path("a.EdgeEllipse").c_str());
     EdgeRectangle().Write(Path("a.EdgeRectangle").c_str());
+    Image reference;
+    reference.Set(160, 160, Gray);
+    Operator::Copy(0, reference);
+    Comparator comparator;
+    comparator.SetReference(reference, 1, 1, Translation);
+    comparator.Write(Path("a.Comparator").c_str());
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
     for (int node = 181; node < Engine::NumNodes; node++) {
@@ -357,11 +364,14 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
                     SetText(*path, Path("a.") + Narrow(typeString[Engine::VarNode(operation.Args[0].Node)->Type]));
             }
             engine_.Execute();
-            // Colour methods refuse the gray pictures, nothing fills a profile of no length, and warps lack anchors, a
-            // grid or a map; all others must succeed.
+            // Colour methods refuse the gray pictures, nothing fills a profile of no length, warps lack anchors, a
+            // grid or a map, and a comparator takes more than these pictures to teach; all others must succeed.
             const int code = Status::Error().Code;
-            const bool isWarp = std::string(Status::AsciiFunction()).starts_with("Tesk::Geometry::");
-            const bool refused = code == UnsupportedType || (node == copyConstant && code == VoidObject) ||
+            const std::string function = Status::AsciiFunction();
+            const bool isWarp = function.starts_with("Tesk::Geometry::");
+            const bool isComparator = function.starts_with("Tesk::Comparator::");
+            const bool refused = code == UnsupportedType || (isComparator && code == CannotPerform) ||
+                                 (node == copyConstant && code == VoidObject) ||
                                  (isWarp && (code == OutOfRange || code == IncompatibleType));
             EXPECT_TRUE(refused || Status::Error().Code == NoError) << node << ' ' << Status::AsciiError();
             if (!refused) run++;

@@ -55,6 +55,10 @@ TEST_P(RunScanner, EdgesAreThoseFoundPixelByPixel)
             for (const kernels::Band band : bands)
                 expectEdges(kernels::BandEdges(row.data(), n, band, edges.data()), edges,
                             [&](std::size_t x) { return band.Has(row[x]); });
+            // Limits that are crossed here and there, and some that leave nothing between them.
+            const auto low = RowOf(noise, n, 0), high = RowOf(noise, n, kind);
+            expectEdges(kernels::LimitEdges(row.data(), low.data(), high.data(), n, edges.data()), edges,
+                        [&](std::size_t x) { return row[x] < low[x] || row[x] > high[x]; });
             if (n <= 8 * row.size() && n > 0)
                 expectEdges(kernels::BitEdges(row.data(), n, edges.data()), edges,
                             [&](std::size_t x) { return (row[x / 8] >> (7 - x % 8) & 1) != 0; });
