@@ -1,6 +1,7 @@
 #include "engine/Engine.h"
 #include "engine/TypeNames.h"
 #include "foundation/Status.h"
+#include "gauge/Comparator.h"
 #include "gauge/EdgeArc.h"
 #include "gauge/EdgeEllipse.h"
 #include "gauge/EdgeLine.h"
