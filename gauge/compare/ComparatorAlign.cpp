@@ -8,7 +8,7 @@
 #include "image/core/Refusals.h"
 #include "image/core/Saturation.h"
 #include "image/geometry/GeometryModel.h"
-#include "image/geometry/WarpFrame.h"
+#include "image/geometry/Warps.h"
 #include "image/histogram/LevelCounts.h"
 #include "image/histogram/MaskedCounts.h"
 
@@ -164,10 +164,10 @@ bool Comparator::RefusesMatches(const Entry& entry) const
 /// Holds the source and gives the destination the size of the working area. True, and reported, if that was refused.
 bool Comparator::PrepareAligned(const Entry& entry, const Image& src, Image& dst, Image& held) const
 {
-    Image view;
-    view.ShallowCopy(src, true);
-    if (images::RefusesSize(dst, WorkingArea().Width, WorkingArea().Height, view.Type)) return true;
-    return entry.Refuses(warps::HoldSource(view, dst, false, held));
+    held.ShallowCopy(src, true);
+    if (images::RefusesSize(dst, WorkingArea().Width, WorkingArea().Height, held.Type)) return true;
+    dst.DetachIfShared(false);
+    return entry.Refuses(images::KeepApart(held, dst, images::InPlace::Copied));
 }
 
 bool Comparator::Shift(const Entry& entry, int instance, const Image& src, Image& dst)
@@ -200,11 +200,11 @@ bool Comparator::Turn(const Entry& entry, int instance, const Image& src, Image&
     };
     const XY corner = at(0, 0), right = at(1, 0) - corner, down = at(0, 1) - corner;
     const warps::AffineMap map = {right.X, down.X, corner.X, right.Y, down.Y, corner.Y};
-    Image held;
-    if (entry.Refuses(warps::RefuseFar(map, area.Width, area.Height)) || PrepareAligned(entry, src, dst, held))
-        return true;
     clip_.Clear();
-    Overrun = warps::FillAffine(map, held, dst, true, [this](int from, int to, int y) { clip_.AddRun(from, to, y); });
+    bool outside = false;
+    const auto add = [this](int from, int to, int y) { clip_.AddRun(from, to, y); };
+    if (entry.Refuses(warps::SampleAffine(map, src, dst, area.Width, area.Height, true, add, &outside))) return true;
+    Overrun = outside;
     return false;
 }
 

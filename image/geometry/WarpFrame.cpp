@@ -104,12 +104,14 @@ constexpr Types anySampled = {Gray, Gray16, Gray32, Rgb};
 } // namespace
 
 int SampleAffine(const AffineMap& map, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
-                 bool interpolate)
+                 bool interpolate, const RunSink& valid, bool* outside)
 {
     if (const int code = CheckType(src, anySampled)) return code;
     if (const int code = RefuseFar(map, width, height)) return code;
-    return FillSized(src, dst, width, height,
-                     [&](const Image& from, Image& to) { FillAffine(map, from, to, interpolate); });
+    return FillSized(src, dst, width, height, [&](const Image& from, Image& to) {
+        const bool isOutside = FillAffine(map, from, to, interpolate, valid);
+        if (outside) *outside = isOutside;
+    });
 }
 
 int SampleRing(const Ring& ring, const Image& src, Image& dst, std::int64_t width, std::int64_t height,

@@ -9,7 +9,6 @@
 #include "image/geometry/Warps.h"
 
 #include <cmath>
-#include <functional>
 
 namespace Tesk::warps {
 
@@ -65,9 +64,6 @@ inline void SampleRow(const kernels::Surface& s, const GeoMapPixel* entries, std
 
 /// Refuses maps that 65,536ths cannot hold in 64 bits, numbers that are none included, over a result of that size.
 int RefuseFar(const AffineMap& map, std::int64_t width, std::int64_t height);
-/// Takes runs of a result whose positions lie between pixels of the source: the first column, the one behind the last,
-/// the row.
-using RunSink = std::function<void(int, int, int)>;
 /// Fills the window of `dst`, which shares no memory with the source; true if some positions lie outside the source.
 bool FillAffine(const AffineMap& map, const Image& src, Image& dst, bool interpolate, const RunSink& valid = {});
 

@@ -4,6 +4,7 @@
 #include "image/Geometry.h"
 
 #include <cstdint>
+#include <functional>
 
 namespace Tesk::warps {
 
@@ -20,9 +21,14 @@ struct Ring
     double begAngle, endAngle, begRadius, endRadius;
 };
 
-/// Samples a `Gray`, `Gray16`, `Gray32` or `Rgb` image into one that is given that size and the source's type.
+/// Takes runs of a result whose positions lie between pixels of the source: the first column, the one behind the last,
+/// the row.
+using RunSink = std::function<void(int, int, int)>;
+
+/// Samples a `Gray`, `Gray16`, `Gray32` or `Rgb` image into one that is given that size and the source's type; `valid`
+/// takes the runs of the result that lie in the source, `outside` whether some of it does not.
 int SampleAffine(const AffineMap& map, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
-                 bool interpolate);
+                 bool interpolate, const RunSink& valid = {}, bool* outside = nullptr);
 int SampleRing(const Ring& ring, const Image& src, Image& dst, std::int64_t width, std::int64_t height,
                bool interpolate);
 
