@@ -67,6 +67,8 @@ struct SearchFailure
     const wchar_t* message = nullptr;
     int value = 0;
 
+    SearchFailure();
+    void Clear(); ///< the state at the start, and after a symbol
     void Set(int newState, const wchar_t* newMessage, int newValue = 0);
     void Raise(int newState); ///< the larger of the old and the new state; the message stays
 };
