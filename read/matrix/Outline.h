@@ -1,0 +1,59 @@
+// The outline of a Data Matrix candidate: a hull, completed, reduced to a quadrilateral, and moved onto its sides.
+#pragma once
+
+#include "foundation/Records.h"
+#include "image/Image.h"
+#include "read/matrix/DarkComponents.h"
+
+#include <array>
+#include <span>
+#include <vector>
+
+namespace Tesk::matrix {
+
+/// Corners in pixels, counterclockwise on the screen.
+using Quadrilateral = std::array<Site, 4>;
+
+/// The squared length of a segment.
+inline int SquaredLength(Site a, Site b)
+{
+    const int dx = b.X - a.X, dy = b.Y - a.Y;
+    return dx * dx + dy * dy;
+}
+
+/// How well segments lie on the border of a symbol: the lower the better.
+class EdgeCosts
+{
+public:
+    EdgeCosts(const Image& gray, CodePolarities polarity) : gray_(gray), sign_(polarity == WhiteOnBlack ? 1 : -1) {}
+
+    /// The mean along a segment of how much darker (for dark symbols) the image is on its left, by the gradient.
+    int Of(Site from, Site to) const;
+    const Image& Gray() const { return gray_; }
+    bool Holds(XY place) const;
+
+private:
+    const Image& gray_;
+    int sign_;
+};
+
+/// The convex hull of rows, counterclockwise on the screen. Throws `std::bad_alloc`, as the others.
+void HullOfRows(std::span<const RowExtent> rows, std::vector<Site>& hull);
+
+/// Replaces the part of a convex hull that lies on one side of its longest chord by the reflection of the other, which
+/// holds the vertex farthest from the chord: the far corner of a symbol of which the solid sides alone were found.
+void CompleteHull(std::vector<Site>& hull);
+
+/// The rows of a convex polygon, cut to that many.
+void RowsOfPolygon(std::span<const Site> polygon, int height, std::vector<RowExtent>& rows);
+
+/// Reduces a hull to four corners by the moves that keep its sides on the border of the symbol.
+Quadrilateral ReduceHull(std::span<const Site> hull, const EdgeCosts& costs);
+
+/// Moves each side by up to an eighteenth of its neighbours to where its cost is least.
+Quadrilateral RefineSides(const Quadrilateral& outline, const EdgeCosts& costs);
+
+/// Where the lines through two pairs of places meet; false if they are parallel.
+bool Intersect(XY a, XY b, XY c, XY d, XY& meet);
+
+} // namespace Tesk::matrix
