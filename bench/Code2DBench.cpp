@@ -5,6 +5,7 @@
 #include "image/Image.h"
 #include "read/Code2DReader.h"
 
+#define ZX_USE_UTF8 1 // texts in UTF-8
 #include <ZXing/ReadBarcode.h>
 #include <dmtx.h>
 
