@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <utility>
 
 namespace Tesk::matrix {
 
@@ -21,7 +23,7 @@ Site Held(int x, int y)
 
 } // namespace
 
-int EdgeCosts::Of(Site from, Site to) const
+int EdgeCosts::Along(Site from, Site to) const
 {
     const int dx = to.X - from.X, dy = to.Y - from.Y;
     const BresenhamLine line(from.X, from.Y, to.X, to.Y);
@@ -37,7 +39,13 @@ int EdgeCosts::Of(Site from, Site to) const
     });
     // The outward normal lies on the right of the segment.
     const double outward = static_cast<double>(gy * dx - gx * dy) / std::hypot(dx, dy);
-    return static_cast<int>(sign_ * outward) / steps;
+    return static_cast<int>(sign_ * outward);
+}
+
+int EdgeCosts::Of(Site from, Site to) const
+{
+    const int steps = std::max(std::abs(to.X - from.X), std::abs(to.Y - from.Y));
+    return steps == 0 ? 0 : Along(from, to) / steps;
 }
 
 bool EdgeCosts::Holds(XY place) const

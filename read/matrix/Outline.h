@@ -29,6 +29,8 @@ public:
 
     /// The mean along a segment of how much darker (for dark symbols) the image is on its left, by the gradient.
     int Of(Site from, Site to) const;
+    /// The same in total: what the sides of a hull add up to does not depend on how many of them there are.
+    int Along(Site from, Site to) const;
     const Image& Gray() const { return gray_; }
     bool Holds(XY place) const;
 
@@ -47,7 +49,7 @@ void CompleteHull(std::vector<Site>& hull);
 /// The rows of a convex polygon, cut to that many.
 void RowsOfPolygon(std::span<const Site> polygon, int height, std::vector<RowExtent>& rows);
 
-/// Reduces a hull to four corners by the moves that keep its sides on the border of the symbol.
+/// Reduces a hull to four corners by moves, one vertex at a time, that keep the total cost of its sides least.
 Quadrilateral ReduceHull(std::span<const Site> hull, const EdgeCosts& costs);
 
 /// Moves each side by up to an eighteenth of its neighbours to where its cost is least.

@@ -42,7 +42,7 @@ public:
         for (const Site site : hull)
             vertices_.push_back({site});
         for (std::size_t i = 0; i < vertices_.size(); ++i)
-            vertices_[i].cost = costs.Of(At(i), At(i + 1));
+            vertices_[i].cost = costs.Along(At(i), At(i + 1));
     }
 
     Quadrilateral Reduce()
@@ -77,8 +77,8 @@ private:
         if (replaces) {
             const Site meet = V(best).meet;
             V(best + 1).site = meet;
-            V(best + 1).cost = costs_.Of(meet, At(best + 3));
-            V(best).cost = costs_.Of(At(best), meet);
+            V(best + 1).cost = costs_.Along(meet, At(best + 3));
+            V(best).cost = costs_.Along(At(best), meet);
             Erase(best + 2);
         } else {
             Drop(best);
@@ -90,7 +90,7 @@ private:
         Vertex& vertex = V(i);
         const Site a = At(i), b = At(i + 1), c = At(i + 2), d = At(i + 3);
         const int ab = vertex.cost, bc = V(i + 1).cost, cd = V(i + 2).cost;
-        vertex.drop = costs_.Of(a, c) - ab - bc;
+        vertex.drop = costs_.Along(a, c) - ab - bc;
         vertex.replace = INT32_MAX;
         vertex.known = true;
         XY meet;
@@ -98,12 +98,12 @@ private:
         vertex.meet = Rounded(meet);
         const int apart = SquaredLength(b, c);
         if (SquaredLength(vertex.meet, b) >= apart || SquaredLength(vertex.meet, c) >= apart) return;
-        vertex.replace = costs_.Of(a, vertex.meet) + costs_.Of(vertex.meet, d) - ab - bc - cd;
+        vertex.replace = costs_.Along(a, vertex.meet) + costs_.Along(vertex.meet, d) - ab - bc - cd;
     }
 
     void Drop(std::size_t i)
     {
-        V(i).cost = costs_.Of(At(i), At(i + 2));
+        V(i).cost = costs_.Along(At(i), At(i + 2));
         Erase(i + 1);
     }
 
