@@ -2,9 +2,11 @@
 #pragma once
 
 #include "foundation/Enumerations.h"
+#include "read/matrix/DotField.h"
+#include "read/matrix/DotLattice.h"
 #include "read/matrix/SymbolSearch.h"
 
-#include <numbers>
+#include <vector>
 
 namespace Tesk::matrix {
 
@@ -16,7 +18,7 @@ public:
     bool Search(const Rung& rung, CodePolarities polarity, SymbolSearch& search);
 
     /// Takes the deformation out of each dot's place: two vectors by length and angle, in radians, that a straight
-    /// lattice's axes became.
+    /// lattice's axes became. Vectors on a line are taken for no deformation.
     void Correct(double lengthX, double angleX, double lengthY, double angleY);
 
     /// The symbol read last, its lattice positions as cells; kept where quality is asked for.
@@ -25,6 +27,18 @@ public:
     bool FirstCell() const { return firstCell_; }
 
 private:
+    struct Task; ///< the search at hand
+
+    bool ReadLattice(Task& task);
+    void ListExtents(const SearchSettings& settings);
+    bool ReadExtent(Task& task, const CellExtent& extent, CodeViews view);
+    void Keep(Task& task, const CellExtent& extent, CodeViews view);
+    void Describe(const Task& task, const CellExtent& extent);
+
+    DotField field_;
+    DotLattice lattice_;
+    Deformation deformation_;
+    std::vector<CellExtent> extents_;
     SampledSymbol sampled_;
     bool firstCell_ = true;
 };

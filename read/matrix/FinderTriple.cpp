@@ -97,7 +97,7 @@ bool FinderTriple::Order(const FinderRecord& a, const FinderRecord& b, const Fin
     if (!(area > 0) || 5 * area < diagonal * diagonal) return false;
     along_ = 1 / Length(along) * along;
     down_ = 1 / Length(down) * down;
-    estimate_ = 3 * finderModules * diagonal / std::sqrt(2.0) / (a.size + b.size + c.size);
+    estimate_ = finderModules + 3 * finderModules * diagonal / std::sqrt(2.0) / (a.size + b.size + c.size);
     for (std::size_t i = 0; i < 3; ++i)
         SetFrame(frames_[i], *order[i]);
     return true;
