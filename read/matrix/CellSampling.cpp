@@ -102,6 +102,7 @@ bool FindLayout(const Image& work, const Quadrilateral& outline, bool squareLike
 
 void CellPlaces::Spread(int rows, int columns)
 {
+    inPerspective = false;
     const auto spread = [](int n, std::vector<double>& nodes, std::vector<double>& centers) {
         nodes.clear();
         centers.clear();
@@ -138,10 +139,20 @@ std::array<XY, 4> Scaled(const Quadrilateral& corners, double scale)
     return places;
 }
 
+namespace {
+
+/// The nearest pixel of `last` + 1, or the one behind an end; not a number counts as the first.
+int Pixel(double v, int last)
+{
+    return v > -1 ? static_cast<int>(std::lround(std::min(v, last + 1.0))) : -1;
+}
+
+} // namespace
+
 void SampleCells(const Image& work, int threshold, const SymbolLayout& layout, const CellPlaces& places, CellVote vote,
                  codewords::DataMatrixGrid& grid, int& light, int& dark)
 {
-    const std::array<XY, 4> corners = Scaled(layout.corners, 1);
+    const CellPlane plane(Scaled(layout.corners, 1), places);
     const int lastX = work.Width - 1, lastY = work.Height - 1;
     const auto isLight = [&](int x, int y) {
         return work.Row(std::clamp(y, 0, lastY))[std::clamp(x, 0, lastX)] >= threshold;
@@ -149,9 +160,9 @@ void SampleCells(const Image& work, int threshold, const SymbolLayout& layout, c
     light = 0;
     for (int row = -1; row <= layout.rows; ++row)
         for (int column = -1; column <= layout.columns; ++column) {
-            const XY place = Between(corners, places.centersDown[static_cast<std::size_t>(row + 1)],
-                                     places.centersAcross[static_cast<std::size_t>(column + 1)]);
-            const int x = static_cast<int>(std::lround(place.X)), y = static_cast<int>(std::lround(place.Y));
+            const XY place = plane(places.centersDown[static_cast<std::size_t>(row + 1)],
+                                   places.centersAcross[static_cast<std::size_t>(column + 1)]);
+            const int x = Pixel(place.X, lastX), y = Pixel(place.Y, lastY);
             bool isCellLight = isLight(x, y);
             if (vote == CellVote::FivePixels)
                 isCellLight =

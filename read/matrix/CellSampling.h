@@ -5,6 +5,7 @@
 #include "image/Image.h"
 #include "read/codewords/CellGrid.h"
 #include "read/matrix/Outline.h"
+#include "read/matrix/PerspectiveMap.h"
 #include "read/matrix/SymbolSearch.h"
 
 #include <array>
@@ -37,6 +38,7 @@ struct CellPlaces
 {
     std::vector<double> nodesDown, nodesAcross;     ///< borders of cells, one more than there are cells
     std::vector<double> centersDown, centersAcross; ///< middles, with one more ahead and one more behind
+    bool inPerspective = false;                     ///< fractions of a plane in perspective, not of its picture
 
     /// Evenly.
     void Spread(int rows, int columns);
@@ -73,13 +75,29 @@ enum class CellVote
 void SampleCells(const Image& work, int threshold, const SymbolLayout& layout, const CellPlaces& places, CellVote vote,
                  codewords::DataMatrixGrid& grid, int& light, int& dark);
 
-/// A place between four corners in the order of a layout, by fractions of the sides.
-inline XY Between(const std::array<XY, 4>& corners, double down, double across)
+/// Places between four corners in the order of a layout, by fractions.
+class CellPlane
 {
-    const XY top = corners[3] + across * (corners[2] - corners[3]);
-    const XY bottom = corners[0] + across * (corners[1] - corners[0]);
-    return top + down * (bottom - top);
-}
+public:
+    CellPlane(const std::array<XY, 4>& corners, const CellPlaces& places) : corners_(corners)
+    {
+        inPerspective_ = places.inPerspective && map_.Set({XY(0, 1), XY(1, 1), XY(1, 0), XY(0, 0)},
+                                                          {corners[0], corners[1], corners[2], corners[3]});
+    }
+
+    XY operator()(double down, double across) const
+    {
+        if (inPerspective_) return map_({across, down});
+        const XY top = corners_[3] + across * (corners_[2] - corners_[3]);
+        const XY bottom = corners_[0] + across * (corners_[1] - corners_[0]);
+        return top + down * (bottom - top);
+    }
+
+private:
+    std::array<XY, 4> corners_;
+    PerspectiveMap map_;
+    bool inPerspective_;
+};
 
 /// The corners as places on a scale.
 std::array<XY, 4> Scaled(const Quadrilateral& corners, double scale);

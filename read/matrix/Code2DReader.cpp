@@ -92,6 +92,7 @@ LadderPlan PlanOf(const Code2DReader& reader)
     plan.dotCode = reader.DetectDotCode;
     plan.startLevel = std::clamp(reader.StartLevel, lowestLevel, highestLevel);
     plan.inking = std::clamp(reader.InkingCorrection, -mostInking, mostInking);
+    plan.lookCloser = reader.LookCloser;
     return plan;
 }
 

@@ -17,6 +17,10 @@ namespace {
 
 constexpr int leastArea = 50, spareAttempts = 5;
 constexpr double leastAspect = 0.25;
+/// The work on a pixel of an image, in steps along outlines.
+constexpr std::int64_t workOfPixel = 4;
+/// The share of wrong cells in the borders of a symbol that a closer look believes.
+constexpr double mostWrongBorder = 0.2;
 
 double Distance(XY a, XY b)
 {
@@ -24,12 +28,12 @@ double Distance(XY a, XY b)
 }
 
 /// The sides of a cell.
-struct CellExtent
+struct CellSides
 {
     double width, height;
 };
 
-CellExtent ExtentOf(const std::array<XY, 4>& p, const SymbolLayout& layout)
+CellSides SidesOf(const std::array<XY, 4>& p, const SymbolLayout& layout)
 {
     return {(Distance(p[0], p[1]) + Distance(p[2], p[3])) / (2 * layout.columns),
             (Distance(p[3], p[0]) + Distance(p[1], p[2])) / (2 * layout.rows)};
@@ -44,7 +48,8 @@ SizeRange RangeOf(const SearchSettings& settings)
 
 bool DataMatrixSearch::Search(const SearchedImage& image, SymbolSearch& search)
 {
-    components_.Find(image.work, image.threshold, leastArea);
+    components_.Find(image.joined ? *image.joined : image.work, image.threshold, leastArea);
+    work_ += workOfPixel * image.work.Width * image.work.Height;
     int attempts = 0;
     bool read = false;
     for (const DarkComponent& component : components_.All()) {
@@ -108,6 +113,7 @@ bool DataMatrixSearch::ReadOutline(const SearchedImage& image, std::span<const S
     if (outcome == Outcome::NoText) return false;
     Quadrilateral refined = outline;
     if (!wasRead || search.settings.checkQuality) refined = RefineSides(outline, costs);
+    work_ += costs.Steps();
     if (!wasRead) {
         outcome = Read(image, refined, squareLike, search);
         if (outcome == Outcome::NoText) return false;
@@ -124,7 +130,7 @@ bool DataMatrixSearch::ReadOutline(const SearchedImage& image, std::span<const S
     }
     std::array<XY, 4> corners = Scaled(layout_.corners, image.rung.scale);
     if (search.settings.accurateEdges) {
-        const auto [width, height] = ExtentOf(corners, layout_);
+        const auto [width, height] = SidesOf(corners, layout_);
         corners = FitSides(*search.source, corners, image.polarity, std::trunc(width + height));
     }
     Keep(image, corners, search);
@@ -139,6 +145,11 @@ DataMatrixSearch::Outcome DataMatrixSearch::Read(const SearchedImage& image, con
     Outcome outcome = Correct(image, CellVote::FivePixels, search);
     if (outcome == Outcome::Errors && tracks_.Find(image.work, layout_, places_))
         outcome = Correct(image, CellVote::OnePixel, search);
+    if (outcome == Outcome::Errors && image.joined) {
+        places_.Spread(layout_.rows, layout_.columns);
+        places_.inPerspective = true;
+        outcome = Correct(image, CellVote::FivePixels, search);
+    }
     if (outcome == Outcome::Errors && search.failure.state < codewords::DataMatrixErrors)
         search.failure.Set(codewords::DataMatrixErrors, L"Too many errors were detected in the symbol candidate");
     return outcome;
@@ -152,6 +163,7 @@ DataMatrixSearch::Outcome DataMatrixSearch::Correct(const SearchedImage& image, 
     if (layout_.rows != layout_.columns) views &= layout_.exchanged ? Mirrored : Straight;
     const codewords::ReadState state =
         search.reader.ReadDataMatrix(cells_, layout_.size, views, search.settings.identifier);
+    if (image.joined && state != codewords::DataMatrixErrors && !HasBorders()) return Outcome::Errors;
     if (state == codewords::SymbolRead) return Outcome::Read;
     if (state != codewords::DataMatrixNoText) return Outcome::Errors;
     const codewords::SymbolText& text = search.reader.Text();
@@ -159,9 +171,20 @@ DataMatrixSearch::Outcome DataMatrixSearch::Correct(const SearchedImage& image, 
     return Outcome::NoText;
 }
 
+/// Whether the outermost cells are what they should be: a closer look tries so much that chance could read something.
+bool DataMatrixSearch::HasBorders() const
+{
+    const int rows = layout_.rows, columns = layout_.columns;
+    int wrong = 0;
+    for (int row = 0; row < rows; ++row)
+        for (int column = 0; column < columns; column += row == 0 || row == rows - 1 ? 1 : columns - 1)
+            wrong += (cells_.At(row, column) & codewords::WrongCell) != 0;
+    return wrong <= mostWrongBorder * 2 * (rows + columns - 2);
+}
+
 void DataMatrixSearch::Keep(const SearchedImage& image, const std::array<XY, 4>& corners, SymbolSearch& search)
 {
-    const auto [width, height] = ExtentOf(corners, layout_);
+    const auto [width, height] = SidesOf(corners, layout_);
     SymbolRecord symbol;
     symbol.Take(search.reader.Text());
     symbol.symbology = CodeDataMatrix;
@@ -189,12 +212,13 @@ void DataMatrixSearch::KeepSample(const std::array<XY, 4>& corners)
     sampled_.darkCells = dark_;
     sampled_.nodes.clear();
     sampled_.centers.clear();
+    const CellPlane plane(corners, places_);
     for (const double down : places_.nodesDown)
         for (const double across : places_.nodesAcross)
-            sampled_.nodes.push_back(Between(corners, down, across));
+            sampled_.nodes.push_back(plane(down, across));
     for (std::size_t row = 1; row + 1 < places_.centersDown.size(); ++row)
         for (std::size_t column = 1; column + 1 < places_.centersAcross.size(); ++column)
-            sampled_.centers.push_back(Between(corners, places_.centersDown[row], places_.centersAcross[column]));
+            sampled_.centers.push_back(plane(places_.centersDown[row], places_.centersAcross[column]));
 }
 
 /// Each symbol has its grades. A rectangle has none, which the decoding reports; those of a square go here.

@@ -21,6 +21,8 @@ struct SearchedImage
     const Image& work; ///< where symbols are dark
     int threshold;     ///< of `work`
     CodePolarities polarity;
+    /// Of a closer look: the image that is searched for dark regions, where cells that do not touch are joined.
+    const Image* joined = nullptr;
 };
 
 /// Keeps its working memory from one image to the next. What it tells of a symbol holds until the next search.
@@ -36,6 +38,7 @@ public:
     const SampledSymbol& Sampled() const { return sampled_; }
     /// Its cells, as `SymbolReader::ReadDataMatrix` left them.
     const codewords::DataMatrixGrid& Cells() const { return cells_; }
+    std::int64_t Work() const { return work_; } ///< a measure of what all searches took
 
 private:
     enum class Outcome
@@ -49,6 +52,7 @@ private:
     bool TryComponent(const SearchedImage& image, const DarkComponent& component, SymbolSearch& search);
     void MergeRuns(int height);
     Outcome Read(const SearchedImage& image, const Quadrilateral& outline, bool squareLike, SymbolSearch& search);
+    bool HasBorders() const;
     Outcome Correct(const SearchedImage& image, CellVote vote, SymbolSearch& search);
     void Keep(const SearchedImage& image, const std::array<XY, 4>& corners, SymbolSearch& search);
     void KeepSample(const std::array<XY, 4>& corners);
@@ -63,6 +67,7 @@ private:
     codewords::DataMatrixGrid cells_;
     int light_ = 0, dark_ = 0;
     SampledSymbol sampled_;
+    std::int64_t work_ = 0;
 };
 
 /// Where the lines fitted to the sides of a symbol meet: its corners to a fraction of a pixel. A side that no line fits

@@ -17,6 +17,8 @@ namespace {
 constexpr int flatteningBox = 27, flatThreshold = 118;
 /// Places on outlines have 16 bits.
 constexpr int mostSide = 32767;
+/// Of the searches for QR and DotCode, per pixel, in the measure of that for Data Matrix.
+constexpr std::int64_t workOfPixel = 20;
 
 /// The source with its dark thickened or thinned.
 const Image& Inked(const Image& source, int inking, Image& inked)
@@ -76,20 +78,53 @@ void SearchDataMatrix(const Rung& rung, ReaderState& state)
     }
 }
 
+void SearchQR(const Rung& rung, ReaderState& state)
+{
+    state.otherWork += workOfPixel * rung.image.Width * rung.image.Height;
+    state.qr.Search(rung, state.search);
+}
+
 namespace {
 
 void SearchRung(const Rung& rung, const LadderPlan& plan, ReaderState& state)
 {
+    SymbolSearch& search = state.search;
     if (plan.dataMatrix) SearchDataMatrix(rung, state);
-    // The searches for QR and for DotCode have their places here.
+    if (plan.qr && !search.IsFull()) SearchQR(rung, state);
+    if (!plan.dotCode) return;
+    for (const CodePolarities polarity : {BlackOnWhite, WhiteOnBlack})
+        if ((search.settings.polarities & polarity) != 0 && !search.IsFull()) {
+            state.otherWork += workOfPixel * rung.image.Width * rung.image.Height;
+            state.dotCode.Search(rung, polarity, search);
+        }
 }
+
+/// Takes the finders told for the time of a search.
+class TakenFinders
+{
+public:
+    TakenFinders(const PresetFinders& finders, QRSearch& search) : search_(search)
+    {
+        if (finders.given) search.Preset(finders.places, finders.size);
+    }
+    ~TakenFinders() { search_.EndPreset(); }
+    TakenFinders(const TakenFinders&) = delete;
+    TakenFinders& operator=(const TakenFinders&) = delete;
+
+private:
+    QRSearch& search_;
+};
 
 } // namespace
 
 void SearchLadder(const Image& source, const LadderPlan& plan, ReaderState& state)
 {
     const Image& inked = Inked(source, plan.inking, state.inked);
+    const TakenFinders finders(plan.finders, state.qr);
+    const LatticeCorrection& lattice = state.correction;
+    state.dotCode.Correct(lattice.lengthX, lattice.angleX, lattice.lengthY, lattice.angleY);
     state.search.source = &inked;
+    const std::int64_t before = WorkOf(state);
     ScaleLadder& ladder = state.ladder;
     for (ladder.Start(inked, plan.startLevel); ladder.Stands(); ladder.Descend()) {
         const Rung rung{ladder.Current(), ladder.Level(), ladder.Scale()};
@@ -97,6 +132,7 @@ void SearchLadder(const Image& source, const LadderPlan& plan, ReaderState& stat
         SearchRung(rung, plan, state);
         if (state.search.IsFull()) return;
     }
+    if (plan.lookCloser && state.search.symbols.empty()) LookCloser(inked, plan, WorkOf(state) - before, state);
 }
 
 } // namespace Tesk::matrix

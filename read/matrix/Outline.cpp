@@ -29,6 +29,7 @@ int EdgeCosts::Along(Site from, Site to) const
     const BresenhamLine line(from.X, from.Y, to.X, to.Y);
     const int steps = line.Steps(), lastX = gray_.Width - 1, lastY = gray_.Height - 1;
     if (steps == 0) return 0;
+    steps_ += steps;
     std::int64_t gx = 0, gy = 0;
     line.Visit(steps, [&](int x, int y) {
         x = std::clamp(x, 0, lastX);

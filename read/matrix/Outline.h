@@ -6,6 +6,7 @@
 #include "read/matrix/DarkComponents.h"
 
 #include <array>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -32,11 +33,13 @@ public:
     /// The same in total: what the sides of a hull add up to does not depend on how many of them there are.
     int Along(Site from, Site to) const;
     const Image& Gray() const { return gray_; }
+    std::int64_t Steps() const { return steps_; } ///< pixels looked at so far
     bool Holds(XY place) const;
 
 private:
     const Image& gray_;
     int sign_;
+    mutable std::int64_t steps_ = 0;
 };
 
 /// The convex hull of rows, counterclockwise on the screen. Throws `std::bad_alloc`, as the others.

@@ -4,10 +4,13 @@
 #include "foundation/Records.h"
 #include "image/Image.h"
 #include "read/matrix/DataMatrixSearch.h"
+#include "read/matrix/DotCodeSearch.h"
+#include "read/matrix/QRSearch.h"
 #include "read/matrix/ScaleLadder.h"
 #include "read/matrix/SymbolSearch.h"
 
 #include <array>
+#include <cstdint>
 
 namespace Tesk::matrix {
 
@@ -25,6 +28,7 @@ struct LadderPlan
     bool dataMatrix = true, qr = false, dotCode = false;
     int startLevel = 0;
     int inking = 0; ///< the dark grows by so many pixels
+    bool lookCloser = true;
     PresetFinders finders;
 };
 
@@ -42,8 +46,11 @@ struct ReaderState
     LatticeCorrection correction;
 
     DataMatrixSearch dataMatrix;
+    QRSearch qr;
+    DotCodeSearch dotCode;
     ScaleLadder ladder;
-    Image gray, inked, means, work;
+    Image gray, inked, means, work, joined, padded;
+    std::int64_t otherWork = 0; ///< that of the searches which do not measure their own, by their pixels
 };
 
 /// Runs the searches down the ladder of a `Gray` image, until there are symbols enough. Throws `std::bad_alloc`.
@@ -51,6 +58,18 @@ void SearchLadder(const Image& source, const LadderPlan& plan, ReaderState& stat
 
 /// Searches a rung for Data Matrix symbols of the polarities enabled.
 void SearchDataMatrix(const Rung& rung, ReaderState& state);
+
+/// Where the ladder shows nothing, goes down again: with paper around the image, from an enlarged small one, by other
+/// thresholds, and with dots joined, at up to three times the work so far. Never beyond what the settings enable.
+void LookCloser(const Image& source, const LadderPlan& plan, std::int64_t work, ReaderState& state);
+
+/// Searches a rung for QR symbols.
+void SearchQR(const Rung& rung, ReaderState& state);
+/// What all searches of a state took.
+inline std::int64_t WorkOf(const ReaderState& state)
+{
+    return state.dataMatrix.Work() + state.otherWork;
+}
 
 /// How far pixels are from the mean of their surroundings: 2 (s - m) + 128, clamped. `means` and `dst` are sized.
 void Flatten(const Image& src, int box, Image& means, Image& dst);
