@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <cstddef>
+#include <numbers>
 #include <string>
 #include <vector>
 
@@ -63,11 +66,11 @@ TEST_F(Code2DReaderTest, ReadsEverySymbolAtEveryAngle)
         reader.SizeTo = Size16x48;
         for (const double degrees : {0.0, 7.0, 45.0, 90.0, 123.0, 180.0, 261.0}) {
             SCOPED_TRACE(std::string(made.name) + " at " + std::to_string(degrees));
-            const XY middle(130, 130);
+            const XY middle(170, 170);
             const double angle = degrees * std::numbers::pi / 180, cell = 4;
             const XY right(std::cos(angle), std::sin(angle)), down(-right.Y, right.X);
             const XY corner = middle - cell * (0.5 * made.columns) * right - cell * (0.5 * made.rows) * down;
-            Blank(picture, 261, 261);
+            Blank(picture, 341, 341);
             Paint(cells, Homography::Turned(corner, cell, degrees), picture);
             ASSERT_EQ(Text(), made.text);
             EXPECT_EQ(codewords::DataMatrixSizes()[reader.Size].rows, made.rows);
@@ -104,12 +107,64 @@ TEST_F(Code2DReaderTest, PlacesCountFromTheWholeImage)
 TEST_F(Code2DReaderTest, ReadsPerspectiveBlurAndNoise)
 {
     Blank(picture, 220, 220);
-    Paint(appended, Homography::Between({XY(40, 52), XY(176, 30), XY(190, 182), XY(28, 168)}, 22, 22), picture);
+    Paint(appended, Homography::Between({XY(40, 42), XY(186, 30), XY(190, 182), XY(34, 178)}, 22, 22), picture);
     Blur(picture, 3);
-    AddNoise(picture, 8);
+    AddNoise(picture, 6);
     ASSERT_EQ(Text(), MadeNamed("Text, Structured Append").text);
     EXPECT_GT(reader.SymbolTotal, 0);
     EXPECT_EQ(reader.View, Straight);
+}
+
+TEST_F(Code2DReaderTest, ACloserLookReadsStrongPerspective)
+{
+    reader.LookCloser = true;
+    Blank(picture, 220, 220);
+    Paint(appended, Homography::Between({XY(60, 42), XY(150, 60), XY(190, 200), XY(20, 170)}, 22, 22), picture);
+    EXPECT_EQ(Text(), MadeNamed("Text, Structured Append").text);
+    EXPECT_NEAR(reader.Corner(1).X, 60, 3);
+    EXPECT_NEAR(reader.Corner(1).Y, 42, 3);
+}
+
+TEST_F(Code2DReaderTest, ACloserLookNeedsNoPaperAround)
+{
+    picture.Set(20, 20, Gray);
+    Paint(digits, Homography::Turned({-0.5, -0.5}, 2), picture, {}, 10);
+    EXPECT_EQ(Text(), "");
+    reader.LookCloser = true;
+    EXPECT_EQ(Text(), MadeNamed("digits").text);
+    EXPECT_NEAR(reader.X, 0, 1);
+    EXPECT_NEAR(reader.Y, 0, 1);
+    reader.SizeFrom = Size12; // nothing beyond what is enabled
+    EXPECT_EQ(Text(), "");
+    reader.SizeFrom = Size10;
+    reader.EnabledPolarities = WhiteOnBlack;
+    EXPECT_EQ(Text(), "");
+}
+
+TEST_F(Code2DReaderTest, ACloserLookJoinsDots)
+{
+    for (const double dot : {0.9, 0.75, 0.6}) {
+        SCOPED_TRACE(dot);
+        reader.LookCloser = true;
+        Blank(picture, 180, 180);
+        Paint(digits, Homography::Turned({40, 30}, 9, 12), picture, {60, 200, dot});
+        AddNoise(picture, 5);
+        EXPECT_EQ(Text(), MadeNamed("digits").text);
+    }
+}
+
+TEST_F(Code2DReaderTest, NothingIsReadInNoise)
+{
+    reader.LookCloser = true;
+    reader.EnabledPolarities = AutoPolarity;
+    reader.EnabledViews = AutoView;
+    reader.SizeTo = Size16x48;
+    for (unsigned seed = 1; seed <= 4; ++seed) {
+        Blank(picture, 200, 200, 128);
+        AddNoise(picture, 60, seed);
+        Blur(picture, static_cast<int>(seed));
+        EXPECT_EQ(Text(), "");
+    }
 }
 
 TEST_F(Code2DReaderTest, ReadsWhatIsSeenFromBehindIfThatIsEnabled)
@@ -232,7 +287,7 @@ TEST_F(Code2DReaderTest, ARectangleIsReadOnlyIfItsSizesAreEnabled)
 
 TEST_F(Code2DReaderTest, TellsWhyNothingWasRead)
 {
-    ExpectRefused(VoidObject, L"The image is void");
+    ExpectRefused(VoidObject, L"Void source or destination image");
     picture.Set(100, 100, Gray16);
     ExpectRefused(UnsupportedType, L"The image type (Gray16) is not supported for this operation");
     Blank(picture, 100, 100);
@@ -296,19 +351,18 @@ TEST_F(Code2DReaderTest, SymbolsThatReachTheFarEdgesAreNoCandidates)
     EXPECT_EQ(readAt(4, 9), "");
 }
 
-TEST_F(Code2DReaderTest, InkingCorrectionMendsThinCells)
+TEST_F(Code2DReaderTest, InkingCorrectionMovesTheSides)
 {
-    Blank(picture, 200, 200);
-    Paint(digits, Homography::Turned({40, 40}, 10), picture, {30, 220, 0.75}); // dots that do not touch
-    EXPECT_EQ(Text(), "");
-    reader.InkingCorrection = 2;
-    EXPECT_EQ(Text(), MadeNamed("digits").text);
-    Blank(picture, 200, 200, 30);
-    Paint(digits, Homography::Turned({40, 40}, 10), picture, {220, 30, 0.75});
-    reader.EnabledPolarities = WhiteOnBlack;
-    EXPECT_EQ(Text(), "");
-    reader.InkingCorrection = -2;
-    EXPECT_EQ(Text(), MadeNamed("digits").text);
+    const auto widthWith = [&](int correction) {
+        reader.InkingCorrection = correction;
+        EXPECT_EQ(Text(), MadeNamed("digits").text);
+        return int(reader.Width);
+    };
+    Blank(picture, 160, 160);
+    Paint(digits, Homography::Turned({29.5, 29.5}, 7), picture); // pixels 30 to 99
+    EXPECT_EQ(widthWith(0), 69);
+    EXPECT_EQ(widthWith(1), 71);
+    EXPECT_EQ(widthWith(-1), 67);
 }
 
 TEST_F(Code2DReaderTest, AccurateEdgesPlaceTheSides)
