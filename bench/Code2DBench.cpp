@@ -8,6 +8,7 @@
 #define ZX_USE_UTF8 1 // texts in UTF-8
 #include <ZXing/ReadBarcode.h>
 #include <dmtx.h>
+#include <iconv.h>
 
 #include <algorithm>
 #include <chrono>
@@ -42,20 +43,44 @@ const Family families[] = {{"datamatrix", ZXing::BarcodeFormat::DataMatrix},
                            {"qrcode", ZXing::BarcodeFormat::QRCode},
                            {"falsepositives", ZXing::BarcodeFormat::DataMatrix | ZXing::BarcodeFormat::QRCode}};
 
-/// In UTF-8, since the texts beside the pictures are; bytes of symbols count as Latin-1.
-std::string Utf8(const char* bytes, int length)
+/// Bytes of a character set in UTF-8; nothing if they are none of that set.
+std::string Converted(const std::string& bytes, const char* set)
 {
-    std::string text;
-    for (int i = 0; i < length; i++) {
-        const auto c = static_cast<unsigned char>(bytes[i]);
-        if (c < 0x80) {
-            text += static_cast<char>(c);
+    const iconv_t converter = iconv_open("UTF-8", set);
+    std::string text(4 * bytes.size() + 4, '\0');
+    char *in = const_cast<char*>(bytes.data()), *out = text.data();
+    std::size_t left = bytes.size(), room = text.size();
+    const bool converted = iconv(converter, &in, &left, &out, &room) != static_cast<std::size_t>(-1);
+    iconv_close(converter);
+    return converted ? text.substr(0, text.size() - room) : std::string();
+}
+
+const char* SetOfECI(int value)
+{
+    return value == 26 ? "UTF-8" : value == 20 ? "SHIFT_JIS" : value == 7 ? "ISO-8859-5" : "ISO-8859-1";
+}
+
+/// In UTF-8, as the texts beside the pictures are: each stretch by the character set that a backslash and six digits
+/// ahead of it tell.
+std::string ByECI(const std::string& text)
+{
+    std::string result;
+    const char* set = "ISO-8859-1";
+    std::string stretch;
+    for (std::size_t i = 0; i < text.size(); i++) {
+        if (text[i] == '\\' && text.size() - i > 6 &&
+            std::all_of(text.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                        text.begin() + static_cast<std::ptrdiff_t>(i) + 7,
+                        [](char c) { return c >= '0' && c <= '9'; })) {
+            result += Converted(stretch, set);
+            stretch.clear();
+            set = SetOfECI(std::stoi(text.substr(i + 1, 6)));
+            i += 6;
         } else {
-            text += static_cast<char>(0xC0 | c >> 6);
-            text += static_cast<char>(0x80 | (c & 0x3F));
+            stretch += text[i];
         }
     }
-    return text;
+    return result + Converted(stretch, set);
 }
 
 Texts ReadOurs(const Family& family, const Tesk::Image& image, bool closer)
@@ -109,7 +134,8 @@ Texts ReadDmtx(const Family& family, const Tesk::Image& image)
     while (DmtxRegion* region = dmtxRegionFindNext(decode, &limit)) {
         DmtxMessage* message = dmtxDecodeMatrixRegion(decode, region, DmtxUndefined);
         if (message) {
-            texts.push_back(Utf8(reinterpret_cast<const char*>(message->output), message->outputIdx));
+            texts.emplace_back(reinterpret_cast<const char*>(message->output),
+                               static_cast<std::size_t>(message->outputIdx));
             dmtxMessageDestroy(&message);
         }
         dmtxRegionDestroy(&region);
@@ -157,7 +183,7 @@ std::vector<Picture> Load(const fs::path& folder, const std::string& family)
             pictures[i].text = std::string(std::istreambuf_iterator<char>(text), {});
         } else if (std::ifstream bytes(fs::path(paths[i]).replace_extension(".bin"), std::ios::binary); bytes) {
             const std::string content(std::istreambuf_iterator<char>(bytes), {});
-            pictures[i].text = Utf8(content.data(), static_cast<int>(content.size()));
+            pictures[i].text = content;
         }
     }
     return pictures;
@@ -166,8 +192,9 @@ std::vector<Picture> Load(const fs::path& folder, const std::string& family)
 void Judge(const Picture& picture, const Texts& texts, Count& count, const char* who, bool tell)
 {
     const auto isRight = [&](const std::string& text) {
+        // Without an ECI, readers differ in what bytes stand for.
         return picture.text &&
-               (text == *picture.text || Utf8(text.data(), static_cast<int>(text.size())) == *picture.text);
+               (text == *picture.text || ByECI(text) == *picture.text || Converted(text, "SHIFT_JIS") == *picture.text);
     };
     const char* verdict = "none";
     if (texts.empty()) {

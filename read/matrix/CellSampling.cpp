@@ -22,6 +22,12 @@ struct BorderLine
     int length = 1;
 };
 
+/// The nearest pixel of `last` + 1, or the one behind an end; not a number counts as the first.
+int Pixel(double v, int last)
+{
+    return v > -1 ? static_cast<int>(std::lround(std::min(v, last + 1.0))) : -1;
+}
+
 /// The end of such a line: on the way from a corner to the next one behind it, by half of one of `n` cells.
 Site Inside(Site near, Site far, int n)
 {
@@ -83,21 +89,102 @@ void TrySize(const Image& work, const Quadrilateral& q, int size, bool longFirst
 
 } // namespace
 
+namespace {
+
+bool IsLongFirst(const Quadrilateral& q)
+{
+    return std::int64_t{SquaredLength(q[0], q[1])} + SquaredLength(q[2], q[3]) >=
+           std::int64_t{SquaredLength(q[1], q[2])} + SquaredLength(q[3], q[0]);
+}
+
+int LongestSquared(const Quadrilateral& q)
+{
+    int longest = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        longest = std::max(longest, SquaredLength(q[i], q[(i + 1) % 4]));
+    return longest;
+}
+
+/// The cells of a size that have at least 2 pixels on the longest side of an outline; null if they have not.
+const codewords::DataMatrixSize* Fitting(int size, int longestSquared)
+{
+    const codewords::DataMatrixSize& cells = codewords::DataMatrixSizes()[static_cast<std::size_t>(size)];
+    const int most = 2 * std::max(cells.rows, cells.columns);
+    return most * most <= longestSquared ? &cells : nullptr;
+}
+
+int FirstSize(SizeRange range, bool squareLike)
+{
+    return squareLike ? range.from : std::max<int>(range.from, Size8x18);
+}
+
+} // namespace
+
 bool FindLayout(const Image& work, const Quadrilateral& outline, bool squareLike, SizeRange range, SymbolLayout& layout)
 {
-    std::array<int, 4> squared;
-    for (std::size_t i = 0; i < 4; ++i)
-        squared[i] = SquaredLength(outline[i], outline[(i + 1) % 4]);
-    const int longest = *std::max_element(squared.begin(), squared.end());
-    const bool longFirst = std::int64_t{squared[0]} + squared[2] >= std::int64_t{squared[1]} + squared[3];
+    const int longest = LongestSquared(outline);
+    const bool longFirst = IsLongFirst(outline);
     layout.score = std::numeric_limits<double>::infinity();
-    for (int size = squareLike ? range.from : std::max<int>(range.from, Size8x18); size <= range.to; ++size) {
-        const codewords::DataMatrixSize& cells = codewords::DataMatrixSizes()[static_cast<std::size_t>(size)];
-        const int most = 2 * std::max(cells.rows, cells.columns);
-        if (most * most > longest) continue;
-        TrySize(work, outline, size, longFirst, layout);
-    }
+    for (int size = FirstSize(range, squareLike); size <= range.to; ++size)
+        if (Fitting(size, longest)) TrySize(work, outline, size, longFirst, layout);
     return std::isfinite(layout.score);
+}
+
+namespace {
+
+constexpr double mostWrongBorder = 0.2;
+
+/// The share of the outermost cells that are not what they should be.
+double WrongBorder(const Image& work, int threshold, const SymbolLayout& layout)
+{
+    CellPlaces flat;
+    flat.inPerspective = true;
+    const CellPlane plane(Scaled(layout.corners, 1), flat);
+    const int rows = layout.rows, columns = layout.columns;
+    int wrong = 0;
+    const auto look = [&](int row, int column, bool dark) {
+        const XY place = plane((row + 0.5) / rows, (column + 0.5) / columns);
+        const int x = Pixel(place.X, work.Width - 1), y = Pixel(place.Y, work.Height - 1);
+        const bool isInside = x >= 0 && y >= 0 && x < work.Width && y < work.Height;
+        wrong += !isInside || (work.Row(y)[x] < threshold) != dark;
+    };
+    for (int row = 0; row < rows; ++row) {
+        look(row, 0, true);
+        look(row, columns - 1, (rows - 1 - row) % 2 == 0);
+    }
+    for (int column = 1; column + 1 < columns; ++column) {
+        look(rows - 1, column, true);
+        look(0, column, column % 2 == 0);
+    }
+    return wrong / (2.0 * (rows + columns - 2));
+}
+
+} // namespace
+
+bool FindLayoutByBorders(const Image& work, int threshold, const Quadrilateral& outline, bool squareLike,
+                         SizeRange range, SymbolLayout& layout)
+{
+    const int longest = LongestSquared(outline);
+    const bool longFirst = IsLongFirst(outline);
+    layout.score = mostWrongBorder;
+    bool found = false;
+    for (int size = FirstSize(range, squareLike); size <= range.to; ++size) {
+        const codewords::DataMatrixSize* cells = Fitting(size, longest);
+        for (std::size_t k = 0; cells && k < 4; ++k) {
+            SymbolLayout turned;
+            for (std::size_t i = 0; i < 4; ++i)
+                turned.corners[i] = outline[(k + i) % 4];
+            turned.size = static_cast<Sizes>(size);
+            turned.exchanged = cells->rows != cells->columns && (k % 2 == 0) != longFirst;
+            turned.rows = turned.exchanged ? cells->columns : cells->rows;
+            turned.columns = turned.exchanged ? cells->rows : cells->columns;
+            turned.score = WrongBorder(work, threshold, turned);
+            if (turned.score > layout.score) continue;
+            layout = turned;
+            found = true;
+        }
+    }
+    return found;
 }
 
 void CellPlaces::Spread(int rows, int columns)
@@ -138,16 +225,6 @@ std::array<XY, 4> Scaled(const Quadrilateral& corners, double scale)
         places[i] = {scale * corners[i].X, scale * corners[i].Y};
     return places;
 }
-
-namespace {
-
-/// The nearest pixel of `last` + 1, or the one behind an end; not a number counts as the first.
-int Pixel(double v, int last)
-{
-    return v > -1 ? static_cast<int>(std::lround(std::min(v, last + 1.0))) : -1;
-}
-
-} // namespace
 
 void SampleCells(const Image& work, int threshold, const SymbolLayout& layout, const CellPlaces& places, CellVote vote,
                  codewords::DataMatrixGrid& grid, int& light, int& dark)

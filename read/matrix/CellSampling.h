@@ -33,6 +33,11 @@ struct SymbolLayout
 bool FindLayout(const Image& work, const Quadrilateral& outline, bool squareLike, SizeRange range,
                 SymbolLayout& layout);
 
+/// The same by the outermost cells, in perspective: the size and orientation with the fewest wrong ones. False if more
+/// than a fifth of them are wrong.
+bool FindLayoutByBorders(const Image& work, int threshold, const Quadrilateral& outline, bool squareLike,
+                         SizeRange range, SymbolLayout& layout);
+
 /// Where rows and columns lie, as fractions of the sides, downwards and from left to right in the upright symbol.
 struct CellPlaces
 {

@@ -19,6 +19,8 @@ constexpr int leastArea = 50, spareAttempts = 5;
 constexpr double leastAspect = 0.25;
 /// The work on a pixel of an image, in steps along outlines.
 constexpr std::int64_t workOfPixel = 4;
+/// Of a look at the borders in all sizes.
+constexpr std::int64_t workOfBorders = 20000;
 /// The share of wrong cells in the borders of a symbol that a closer look believes.
 constexpr double mostWrongBorder = 0.2;
 
@@ -140,19 +142,30 @@ bool DataMatrixSearch::ReadOutline(const SearchedImage& image, std::span<const S
 DataMatrixSearch::Outcome DataMatrixSearch::Read(const SearchedImage& image, const Quadrilateral& outline,
                                                  bool squareLike, SymbolSearch& search)
 {
-    if (!FindLayout(image.work, outline, squareLike, RangeOf(search.settings), layout_)) return Outcome::NoSize;
-    places_.Spread(layout_.rows, layout_.columns);
-    Outcome outcome = Correct(image, CellVote::FivePixels, search);
-    if (outcome == Outcome::Errors && tracks_.Find(image.work, layout_, places_))
-        outcome = Correct(image, CellVote::OnePixel, search);
-    if (outcome == Outcome::Errors && image.joined) {
+    Outcome outcome = Outcome::NoSize;
+    if (FindLayout(image.work, outline, squareLike, RangeOf(search.settings), layout_)) {
         places_.Spread(layout_.rows, layout_.columns);
-        places_.inPerspective = true;
         outcome = Correct(image, CellVote::FivePixels, search);
+        if (outcome == Outcome::Errors && tracks_.Find(image.work, layout_, places_))
+            outcome = Correct(image, CellVote::OnePixel, search);
     }
+    if (outcome == Outcome::Errors && image.joined) outcome = ReadByBorders(image, outline, squareLike, search);
     if (outcome == Outcome::Errors && search.failure.state < codewords::DataMatrixErrors)
         search.failure.Set(codewords::DataMatrixErrors, L"Too many errors were detected in the symbol candidate");
     return outcome;
+}
+
+/// In perspective, by the size that the outermost cells show.
+DataMatrixSearch::Outcome DataMatrixSearch::ReadByBorders(const SearchedImage& image, const Quadrilateral& outline,
+                                                          bool squareLike, SymbolSearch& search)
+{
+    work_ += workOfBorders;
+    if (!FindLayoutByBorders(image.work, image.threshold, outline, squareLike, RangeOf(search.settings), layout_))
+        return Outcome::Errors;
+    places_.Spread(layout_.rows, layout_.columns);
+    places_.inPerspective = true;
+    const Outcome outcome = Correct(image, CellVote::FivePixels, search);
+    return outcome == Outcome::Errors ? Correct(image, CellVote::OnePixel, search) : outcome;
 }
 
 DataMatrixSearch::Outcome DataMatrixSearch::Correct(const SearchedImage& image, CellVote vote, SymbolSearch& search)

@@ -52,6 +52,8 @@ private:
     bool TryComponent(const SearchedImage& image, const DarkComponent& component, SymbolSearch& search);
     void MergeRuns(int height);
     Outcome Read(const SearchedImage& image, const Quadrilateral& outline, bool squareLike, SymbolSearch& search);
+    Outcome ReadByBorders(const SearchedImage& image, const Quadrilateral& outline, bool squareLike,
+                          SymbolSearch& search);
     bool HasBorders() const;
     Outcome Correct(const SearchedImage& image, CellVote vote, SymbolSearch& search);
     void Keep(const SearchedImage& image, const std::array<XY, 4>& corners, SymbolSearch& search);

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -111,7 +112,7 @@ TEST_F(Code2DFileTest, WhatWasReadBeforeAFailureStays)
         Put({changed.begin(), changed.begin() + static_cast<std::ptrdiff_t>(length)});
         Code2DReader reader;
         reader.Read(path.c_str());
-        EXPECT_EQ(Status::Error().Code, CannotRead) << length;
+        EXPECT_EQ(Status::Error().Code, length > 0 && length < 4 ? UnsupportedFormat : CannotRead) << length;
         EXPECT_EQ(reader.EnabledPolarities, length >= 12 ? AutoPolarity : BlackOnWhite) << length;
         EXPECT_EQ(reader.Threshold, length >= 33 ? 200 : Auto) << length;
         EXPECT_EQ(reader.InkingCorrection, length >= 47 ? -3 : 0) << length;
@@ -168,17 +169,27 @@ TEST_F(Code2DFileTest, DrawsTheChosenSymbolOrAll)
         Graph::DrawTo(nullptr);
     };
     draw(false, false, false, false);
-    EXPECT_EQ(count("LineTo"), 4);
+    EXPECT_EQ(count("Move "), 4);
     draw(true, true, true, true);
-    EXPECT_EQ(count("LineTo"), 8);
+    EXPECT_EQ(count("Move "), 8);
     EXPECT_EQ(count("123456 (Data Matrix)"), 1);
     EXPECT_EQ(count("part three of seven (Data Matrix)"), 1);
+    const auto colors = [&] {
+        std::set<std::string> lines;
+        for (const std::string& call : target.Calls)
+            if (call.starts_with("SetLine")) lines.insert(call);
+        return lines.size();
+    };
+    draw(false, false, true, true);
+    EXPECT_EQ(colors(), 2u);
+    draw(false, false, true, false);
+    EXPECT_EQ(colors(), 1u);
     draw(true, false, false, false);
     EXPECT_EQ(count("123456"), 1);
     EXPECT_EQ(count("Data Matrix"), 0);
     reader.Choose(-1);
     draw(true, true, false, false);
-    EXPECT_EQ(count("LineTo"), 0);
+    EXPECT_EQ(count("Move "), 0);
     EXPECT_EQ(Graph::LineColor, line);
     EXPECT_EQ(Graph::TextAlignX, align);
 }
