@@ -2,6 +2,7 @@
 #include "image/Image.h"
 #include "read/matrix/CellSampling.h"
 #include "read/matrix/DarkComponents.h"
+#include "read/matrix/DataMatrixSearch.h"
 #include "read/matrix/Outline.h"
 #include "read/matrix/Rendered.h"
 #include "read/matrix/ScaleLadder.h"
@@ -9,7 +10,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <initializer_list>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -193,6 +196,46 @@ TEST(CellSampling, ClockTracksFindCellsOfUnequalWidth)
     for (int row = 0; row < 10; ++row)
         for (int column = 0; column < 10; ++column)
             EXPECT_EQ(grid.IsDark(row, column), cells(row, column)) << row << ", " << column;
+}
+
+TEST(DataMatrixSearch, KeepsTheGridWhereQualityIsAskedFor)
+{
+    const SymbolCells cells(MadeNamed("Text, Structured Append"));
+    const std::array<XY, 4> corners = {XY(30, 40), XY(180, 52), XY(172, 200), XY(22, 188)};
+    const Homography place = Homography::Between(corners, 22, 22);
+    Image image;
+    Blank(image, 210, 230);
+    Paint(cells, place, image);
+    const auto search = std::make_unique<SymbolSearch>();
+    const auto finder = std::make_unique<DataMatrixSearch>();
+    search->settings.checkQuality = true;
+    search->source = &image;
+    ASSERT_TRUE(finder->Search({{image, 0, 1}, image, 128, BlackOnWhite}, *search));
+    ASSERT_EQ(search->symbols.size(), 1u);
+    EXPECT_EQ(search->grades.size(), 1u);
+    EXPECT_EQ(search->failure.state, 1);
+    const SampledSymbol& sampled = finder->Sampled();
+    ASSERT_EQ(sampled.rows, 22);
+    ASSERT_EQ(sampled.columns, 22);
+    for (int row = 0; row <= 22; row += 11)
+        for (int column = 0; column <= 22; column += 11) {
+            const XY cell = place(sampled.Node(row, column));
+            EXPECT_NEAR(cell.X, column, 0.25);
+            EXPECT_NEAR(cell.Y, row, 0.25);
+        }
+    const XY first = place(sampled.Center(0, 0)), last = place(sampled.Center(21, 21));
+    EXPECT_NEAR(first.X, 0.5, 0.25);
+    EXPECT_NEAR(last.Y, 21.5, 0.25);
+    EXPECT_EQ(sampled.darkCells, std::count(cells.dark.begin(), cells.dark.end(), true));
+    EXPECT_EQ(sampled.lightCells + sampled.darkCells, 22 * 22);
+    for (int row = 0; row < 22; ++row)
+        for (int column = 0; column < 22; ++column)
+            EXPECT_EQ(finder->Cells().IsDark(row, column), cells(row, column));
+
+    // A component inside a symbol that was read is passed over: the same symbol is not read again.
+    search->settings.maxDecoded = 2;
+    EXPECT_FALSE(finder->Search({{image, 0, 1}, image, 128, BlackOnWhite}, *search));
+    EXPECT_EQ(search->symbols.size(), 1u);
 }
 
 } // namespace
