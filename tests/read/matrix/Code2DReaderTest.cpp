@@ -385,6 +385,39 @@ TEST_F(Code2DReaderTest, AccurateEdgesPlaceTheSides)
     }
 }
 
+TEST_F(Code2DReaderTest, FamiliesAreReadWhereTheyAreEnabled)
+{
+    Blank(picture, 560, 240);
+    Paint(digits, Homography::Turned({20, 30}, 6), picture);
+    Paint(SymbolCells(MadeNamed("numeric and alphanumeric")), Homography::Turned({130, 40}, 6), picture, {}, 4);
+    Paint(SymbolCells(MadeNamed("lying, bytes")), Homography::Turned({300, 20}, 6), picture, {30, 220, 0.9}, 3);
+    struct
+    {
+        bool dataMatrix, qr, dotCode;
+        const char* name;
+        Symbologies symbology;
+        int size;
+    } const cases[] = {{true, false, false, "digits", CodeDataMatrix, Size10},
+                       {false, true, false, "numeric and alphanumeric", CodeQR, Version1},
+                       {false, false, true, "lying, bytes", CodeDotCode, DotCode}};
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.name);
+        reader.DetectDataMatrix = one.dataMatrix;
+        reader.DetectQR = one.qr;
+        reader.DetectDotCode = one.dotCode;
+        EXPECT_EQ(Text(), MadeNamed(one.name).text);
+        EXPECT_EQ(reader.Symbology, one.symbology);
+        EXPECT_EQ(reader.Size, one.size);
+    }
+    reader.DetectDataMatrix = reader.DetectQR = true;
+    reader.MaxDecoded = 3;
+    ASSERT_TRUE(reader.Decode(picture));
+    ASSERT_EQ(reader.NumDecoded, 3);
+    EXPECT_EQ(reader.Symbology, CodeDotCode); // the last one
+    reader.Choose(0);
+    EXPECT_EQ(reader.Symbology, CodeDataMatrix);
+}
+
 TEST_F(Code2DReaderTest, ColorsAreReadAsGray)
 {
     Image gray;
