@@ -67,6 +67,8 @@ struct SearchFailure
     const wchar_t* message = nullptr;
     int value = 0;
 
+    SearchFailure();
+    void Clear(); ///< the state at the start, and after a symbol
     void Set(int newState, const wchar_t* newMessage, int newValue = 0);
     void Raise(int newState); ///< the larger of the old and the new state; the message stays
 };
@@ -100,6 +102,7 @@ struct SymbolSearch
     std::vector<SymbolRecord> symbols;
     std::vector<QualityGrades> grades; ///< one for each symbol where quality is asked for, else empty
     codewords::SymbolReader reader;
+    bool rectangleUngraded = false; ///< quality was asked for of a symbol that is no square
 
     bool IsFull() const { return static_cast<int>(symbols.size()) >= settings.maxDecoded; }
     /// Whether a place of a rung lies in a symbol already read.

@@ -1,0 +1,144 @@
+// Where the cells of a QR symbol lie in an image: the alignment patterns one after the other, and a perspective map for
+// each four of them.
+#include "read/matrix/QRLattice.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tesk::matrix {
+
+namespace {
+
+constexpr double finderMiddle = 3; ///< the cell of the middle of a finder pattern, from the symbol's edge
+constexpr double windowModules = 5;
+constexpr double leastWindow = 10; ///< in pixels
+/// An alignment pattern's light ring is 3 modules wide; seen turned, and of few pixels, it may look so much wider.
+constexpr double largestRing = 6, smallestRing = 1.5;
+constexpr int margin = 4;
+
+double Length(XY v)
+{
+    return std::hypot(v.X, v.Y);
+}
+
+} // namespace
+
+bool QRLattice::SetByFinders(const FinderTriple& finders, int side)
+{
+    side_ = side;
+    patchCount_ = 0;
+    const double first = finderMiddle, last = side - 1 - finderMiddle;
+    const XY a = finders[0].center, b = finders[1].center, c = finders[2].center;
+    return plain_.Set({XY(first, first), XY(last, first), XY(last, last), XY(first, last)}, {a, b, b + c - a, c});
+}
+
+/// From the neighbours that are known: the last of the row or column and its end, or the three of a patch.
+XY QRLattice::Predict(std::size_t row, std::size_t column)
+{
+    const auto last = static_cast<std::size_t>(lines_.count - 1);
+    const auto share = [&](std::size_t i, std::size_t from, std::size_t to) {
+        return static_cast<double>(lines_.centres[i] - lines_.centres[from]) /
+               (lines_.centres[to] - lines_.centres[from]);
+    };
+    if (row == 0) return Node(0, column - 1) + share(column, column - 1, last) * (Node(0, last) - Node(0, column - 1));
+    if (column == 0) return Node(row - 1, 0) + share(row, row - 1, last) * (Node(last, 0) - Node(row - 1, 0));
+    return Node(row - 1, column) + (Node(row, column - 1) - Node(row - 1, column - 1));
+}
+
+bool QRLattice::SetByAlignment(const FinderTriple& finders, int version, const BinaryImage& image,
+                               FinderPatterns& patterns)
+{
+    lines_ = codewords::AlignmentOfQR(version);
+    const auto lines = static_cast<std::size_t>(lines_.count);
+    if (lines < 2) return true;
+    Node(0, 0) = finders.InnerCell(0);
+    Node(0, lines - 1) = finders.InnerCell(1);
+    Node(lines - 1, 0) = finders.InnerCell(2);
+    const double modules = side_ - 1 - 2 * finderMiddle;
+    const double module =
+        (Length(finders[1].center - finders[0].center) + Length(finders[2].center - finders[0].center)) / (2 * modules);
+    const double window = std::max(windowModules * module, leastWindow);
+    for (std::size_t row = 0; row < lines; ++row)
+        for (std::size_t column = 0; column < lines; ++column) {
+            if (!lines_.Has(static_cast<int>(row), static_cast<int>(column))) continue;
+            const XY place = lines == 2 ? PlainPlace(lines_.centres[1], lines_.centres[1]) : Predict(row, column);
+            Node(row, column) = place;
+            // The rows of the window cut through the middle; the pattern around must be in the area.
+            const double half = window / 2, around = half + 2.5 * module;
+            if (!(std::abs(place.X) < 1e5 && std::abs(place.Y) < 1e5)) return false;
+            const SearchArea area{
+                static_cast<int>(std::floor(place.X - around)), static_cast<int>(std::floor(place.Y - half)),
+                static_cast<int>(std::ceil(place.X + around)) + 1, static_cast<int>(std::ceil(place.Y + half)) + 1};
+            FinderRecord found;
+            if (!patterns.FindAlignment(image, area, place, found)) continue;
+            const bool fits = found.size >= smallestRing * module && found.size <= largestRing * module &&
+                              Length(found.center - place) <= window;
+            if (fits) Node(row, column) = found.center;
+        }
+    if (lines > 2) return SetPatches();
+    const double first = finderMiddle, last = side_ - 1 - finderMiddle, inner = lines_.centres[1];
+    patchCount_ = 1;
+    return patches_[0].Set({XY(first, first), XY(last, first), XY(inner, inner), XY(first, last)},
+                           {finders[0].center, finders[1].center, Node(1, 1), finders[2].center});
+}
+
+bool QRLattice::SetPatches()
+{
+    patchCount_ = static_cast<std::size_t>(lines_.count - 1);
+    for (std::size_t row = 0; row < patchCount_; ++row)
+        for (std::size_t column = 0; column < patchCount_; ++column) {
+            const double left = lines_.centres[column], right = lines_.centres[column + 1];
+            const double top = lines_.centres[row], bottom = lines_.centres[row + 1];
+            if (!patches_[row * patchCount_ + column].Set(
+                    {XY(left, top), XY(right, top), XY(right, bottom), XY(left, bottom)},
+                    {Node(row, column), Node(row, column + 1), Node(row + 1, column + 1), Node(row + 1, column)}))
+                return false;
+        }
+    return true;
+}
+
+std::size_t QRLattice::PatchOf(double at) const
+{
+    std::size_t patch = 0;
+    while (patch + 1 < patchCount_ && at > lines_.centres[patch + 1])
+        ++patch;
+    return patch;
+}
+
+XY QRLattice::Place(double column, double row) const
+{
+    if (patchCount_ == 0) return PlainPlace(column, row);
+    return patches_[PatchOf(row) * patchCount_ + PatchOf(column)]({column, row});
+}
+
+void QRLattice::Sample(const BinaryImage& image, codewords::QRGrid& cells) const
+{
+    const auto clamped = [](double at, int size) {
+        // Nothing that is not a number passes.
+        return at > 0 ? static_cast<int>(std::min(at + 0.5, size - 1.0)) : 0;
+    };
+    for (int row = -margin; row < side_ + margin; ++row)
+        for (int column = -margin; column < side_ + margin; ++column) {
+            const XY place = Place(column, row);
+            const bool dark = image.IsDark(clamped(place.X, image.Width()), clamped(place.Y, image.Height()));
+            cells.At(row, column) = dark ? 0 : codewords::LightCell;
+        }
+}
+
+void QRLattice::Describe(const codewords::QRGrid& cells, double scale, SampledSymbol& sampled) const
+{
+    sampled.rows = sampled.columns = side_;
+    sampled.nodes.clear();
+    sampled.centers.clear();
+    sampled.lightCells = sampled.darkCells = 0;
+    for (int row = 0; row <= side_; ++row)
+        for (int column = 0; column <= side_; ++column)
+            sampled.nodes.push_back(scale * Place(column - 0.5, row - 0.5));
+    for (int row = 0; row < side_; ++row)
+        for (int column = 0; column < side_; ++column) {
+            sampled.centers.push_back(scale * Place(column, row));
+            ++(cells.IsDark(row, column) ? sampled.darkCells : sampled.lightCells);
+        }
+}
+
+} // namespace Tesk::matrix

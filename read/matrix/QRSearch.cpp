@@ -1,0 +1,207 @@
+// Finds and reads QR symbols: finder patterns, three of them at a corner, the cells between, and their text.
+#include "read/matrix/QRSearch.h"
+
+#include "foundation/Angles.h"
+#include "image/histogram/LevelCounts.h"
+#include "read/codewords/QRCells.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tesk::matrix {
+
+namespace {
+
+constexpr int boxSize = 51, boxOffset = 10;
+constexpr int noFinders = 100, noGeometry = 101, noFormat = 102;
+
+} // namespace
+
+struct QRSearch::Task
+{
+    const Rung& rung;
+    SymbolSearch& search;
+    CodePolarities polarity;
+};
+
+void QRSearch::Preset(const std::array<Site, 3>& finders, int size)
+{
+    preset_ = finders;
+    presetSize_ = size;
+    isPreset_ = true;
+}
+
+void QRSearch::EndPreset()
+{
+    isPreset_ = false;
+}
+
+bool QRSearch::Search(const Rung& rung, SymbolSearch& search)
+{
+    search.failure.Raise(noFinders);
+    const SearchSettings& settings = search.settings;
+    if (settings.adaptiveThreshold)
+        image_.BinarizeByMean(rung.image, boxSize, boxOffset);
+    else
+        image_.BinarizeBelow(rung.image,
+                             settings.threshold == Auto ? levels::BestSplit(rung.image).threshold : settings.threshold);
+    bool any = false;
+    for (const CodePolarities polarity : {BlackOnWhite, WhiteOnBlack}) {
+        if ((settings.polarities & polarity) == 0 || search.IsFull()) continue;
+        if (polarity == WhiteOnBlack) image_.Invert();
+        Task task{rung, search, polarity};
+        ListFinders(rung);
+        any = SearchTriples(task) || any;
+    }
+    if (any) search.failure.state = codewords::SymbolRead;
+    return any;
+}
+
+void QRSearch::ListFinders(const Rung& rung)
+{
+    if (!isPreset_) return patterns_.Search(image_);
+    patterns_.List().clear();
+    for (const Site& place : preset_) {
+        FinderRecord record;
+        record.center = XY(place.X / rung.scale, place.Y / rung.scale);
+        record.size = presetSize_ / rung.scale;
+        record.isFree = true;
+        patterns_.List().push_back(record);
+    }
+}
+
+bool QRSearch::SearchTriples(Task& task)
+{
+    auto& list = patterns_.List();
+    const std::size_t found = list.size();
+    bool any = false;
+    for (std::size_t i = 0; i < found; ++i)
+        for (std::size_t j = i + 1; j < found && !task.search.IsFull(); ++j) {
+            if (!list[i].isFree || !list[j].isFree || !ArePaired(image_, list[i], list[j])) continue;
+            AppendGuesses(i, j);
+            any = SearchThirds(task, i, j) || any;
+            list.resize(found);
+        }
+    return any;
+}
+
+/// The third pattern where it would be if two of them are the ends of the diagonal, or of a side.
+void QRSearch::AppendGuesses(std::size_t i, std::size_t j)
+{
+    auto& list = patterns_.List();
+    const XY d = list[j].center - list[i].center;
+    const auto append = [&](std::size_t from, XY move) {
+        FinderRecord guess = list[from];
+        guess.center = guess.center + move;
+        if (list.size() >= FinderPatterns::mostFinders) return;
+        if (!image_.Holds(static_cast<int>(std::floor(guess.center.X)), static_cast<int>(std::floor(guess.center.Y))))
+            return;
+        for (XY& point : guess.ring)
+            point = point + move;
+        list.push_back(guess);
+    };
+    append(i, XY((d.X + d.Y) / 2, (d.Y - d.X) / 2));
+    append(i, XY((d.X - d.Y) / 2, (d.X + d.Y) / 2));
+    append(i, XY(-d.Y, d.X));
+    append(i, XY(d.Y, -d.X));
+    append(j, XY(-d.Y, d.X));
+    append(j, XY(d.Y, -d.X));
+}
+
+bool QRSearch::SearchThirds(Task& task, std::size_t i, std::size_t j)
+{
+    auto& list = patterns_.List();
+    for (std::size_t k = j + 1; k < list.size(); ++k) {
+        FinderRecord &a = list[i], &b = list[j], &c = list[k];
+        if (!c.isFree || !ArePaired(image_, a, c) || !ArePaired(image_, b, c)) continue;
+        if (task.search.IsRead(1.0 / 3 * (a.center + b.center + c.center), task.rung.scale)) continue;
+        if (!ReadTriple(task, a, b, c)) continue;
+        a.isFree = b.isFree = c.isFree = false;
+        return true;
+    }
+    return false;
+}
+
+bool QRSearch::ReadTriple(Task& task, const FinderRecord& a, const FinderRecord& b, const FinderRecord& c)
+{
+    SearchFailure& failure = task.search.failure;
+    if (!triple_.Order(a, b, c)) {
+        failure.Raise(noGeometry);
+        return false;
+    }
+    int tried = 0;
+    for (const std::size_t line : {std::size_t{1}, std::size_t{2}}) {
+        const int side = triple_.SideByTiming(image_, line);
+        if (side == 0) failure.Raise(noGeometry);
+        if (side == 0 || side == tried) continue;
+        if (ReadViews(task, side)) return true;
+        tried = side;
+    }
+    return false;
+}
+
+bool QRSearch::ReadViews(Task& task, int side)
+{
+    for (const CodeViews view : {Straight, Mirrored}) {
+        if ((task.search.settings.views & view) == 0) continue;
+        FinderTriple finders = triple_;
+        if (view == Mirrored) finders.Mirror();
+        if (ReadSymbol(task, finders, view, side)) return true;
+    }
+    return false;
+}
+
+bool QRSearch::ReadSymbol(Task& task, FinderTriple finders, CodeViews view, int side)
+{
+    const auto isDark = [&](int row, int column) {
+        const XY place = lattice_.PlainPlace(column, row);
+        const int x = static_cast<int>(std::floor(place.X + 0.5)), y = static_cast<int>(std::floor(place.Y + 0.5));
+        return image_.Holds(x, y) && image_.IsDark(x, y);
+    };
+    SearchFailure& failure = task.search.failure;
+    if (!lattice_.SetByFinders(finders, side) || !codewords::ReadQRFormat(side, isDark, format_) ||
+        !codewords::ReadQRVersion(side, isDark, version_)) {
+        failure.Raise(noFormat);
+        return false;
+    }
+    if (!lattice_.SetByAlignment(finders, version_, image_, alignment_)) {
+        failure.Raise(noGeometry);
+        return false;
+    }
+    lattice_.Sample(image_, cells_);
+    codewords::SymbolReader& reader = task.search.reader;
+    const auto state = reader.ReadQR(cells_, version_, format_, task.search.settings.identifier);
+    if (state != codewords::SymbolRead) {
+        failure.Raise(state);
+        return false;
+    }
+    Keep(task, view);
+    return true;
+}
+
+void QRSearch::Keep(Task& task, CodeViews view)
+{
+    const int side = codewords::QRSide(version_);
+    SymbolRecord record;
+    record.Take(task.search.reader.Text());
+    record.symbology = CodeQR;
+    record.size = static_cast<Sizes>(Version1 + version_ - 1);
+    record.polarity = task.polarity;
+    record.view = view;
+    const double first = -0.5, last = side - 0.5;
+    record.corners = {lattice_.Place(first, first), lattice_.Place(last, first), lattice_.Place(last, last),
+                      lattice_.Place(first, last)};
+    for (XY& corner : record.corners)
+        corner = task.rung.scale * corner;
+    const XY width = record.corners[3] - record.corners[0], height = record.corners[1] - record.corners[0];
+    record.x = record.corners[0].X;
+    record.y = record.corners[0].Y;
+    record.width = std::round(std::hypot(width.X, width.Y));
+    record.height = std::round(std::hypot(height.X, height.Y));
+    record.angle = ToDegrees(std::atan2(-width.X, width.Y));
+    record.cellSize = static_cast<float>(std::sqrt(record.width * record.height) / side);
+    if (task.search.settings.checkQuality) lattice_.Describe(cells_, task.rung.scale, sampled_);
+    task.search.Add(std::move(record));
+}
+
+} // namespace Tesk::matrix
