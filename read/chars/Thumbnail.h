@@ -11,6 +11,8 @@ class Image;
 
 namespace Tesk::chars {
 
+/// Larger samples are not trained: far beyond what a character may be, and as much as exact sums hold.
+inline constexpr int largestSample = 65535;
 /// Largest width and height of a thumbnail of the plain size; a wide sample may give a multiple of this.
 inline constexpr int largestThumbnail = 256, widestThumbnail = 1024;
 
@@ -41,7 +43,20 @@ public:
     void Rows(int column, std::uint8_t* dst, std::ptrdiff_t pitch) const;
 
 private:
-    /// The source samples that one result takes, and their weights, which add up to the length that divides.
+    /// Divides by a number below 2^16 what is less than 2^8 times as much, by a product.
+    class Divider
+    {
+    public:
+        Divider() = default;
+        explicit Divider(std::uint32_t divisor);
+        std::uint8_t operator()(std::uint32_t sum) const { return static_cast<std::uint8_t>(sum * factor_ >> shift); }
+
+    private:
+        // floor(2^40 / d) + 1 exceeds 2^40 / d by at most 1; times 2^8 d, that stays below 2^40 / d.
+        static constexpr int shift = 40;
+        std::uint64_t factor_ = 0;
+    };
+    /// The source samples that one result takes, and where their weights begin, which add up to the divisor.
     struct Tap
     {
         std::uint32_t first, count, weight;
@@ -49,7 +64,7 @@ private:
     struct Axis
     {
         int from = 0, to = 0;
-        std::uint32_t divisor = 1;
+        Divider divide;
         std::vector<Tap> taps;
         std::vector<std::uint32_t> weights;
 
