@@ -6,8 +6,10 @@
 #include "measure/Blobs.h"
 #include "read/FontChar.h"
 
+#include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace Tesk {
 
@@ -108,8 +110,8 @@ public:
     Field<double> AverageContrast;
     Field<int> NumLayoutChars, NumLayoutStrings;
     Field<int> NumFontChars;
-    Field<DraggingHandles> Handle = NoHandle; ///< `AllHandle` where the last hit test met a character
-    Field<int> HitIndex = -1;                 ///< that character, or that font character
+    Field<DraggingHandles> Handle = NoHandle;    ///< `AllHandle` where the last hit test met a character
+    Field<int> HitIndex = -1, HitFontIndex = -1; ///< the character, and the font character, that was hit last
     /// @}
 
     CharReader();
@@ -180,7 +182,7 @@ public:
     /// Lays the font out from a point, wrapping at `MaxX`: the samples as they are, or else the thumbnails, and below
     /// them the codes. The one that was hit is drawn in red.
     void DrawFontChars(int X, int Y, int MaxX, int HGap, int VGap, bool Samples, bool Codes, bool OptimalOnly) const;
-    /// The font character that stands so under a point of the screen: `HitIndex`.
+    /// The font character that stands so under a point of the screen: `HitFontIndex`.
     void HitFontChar(int PointX, int PointY, int X, int Y, int MaxX, int HGap, int VGap, bool Samples, bool Codes,
                      bool OptimalOnly);
 
@@ -215,16 +217,22 @@ public:
     /// @}
 
 private:
-    friend struct chars::ReaderState;
-
     int CheckChar(int index) const;
-    int TrySegment(const Image& src, Image& turned);
-    int TryDecode(const Image& turned);
+    /// Makes an image `Gray` and upright. True, and reported, if it was refused.
+    bool MakeUpright(const Entry& entry, const Image& src, Image& upright);
+    int CheckLayout() const;
+    int TrySegment(const Image& upright);
+    int TryDecode(const Image& upright);
+    void MatchLayout();
+    /// Makes the boxes at hand blobs, without scores.
     int TakeChars();
+    int TakePresets();
     int StoreScores();
-    void ClearText();
+    int StoreFeatures(int blob, std::initializer_list<std::pair<int, double>> values);
     void ClearChars();
-    void TakeLayoutSize();
+    /// After a change of the font or of the layout.
+    void CountFont();
+    void CountLayout();
     template <typename C>
     void InsertString(const Image& src, const C codes[], int userClass, int index);
     void InsertChar(const Image& sample, wchar_t code, int userClass, int index);
