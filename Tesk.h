@@ -34,6 +34,7 @@
 #include "measure/Quad.h"
 #include "measure/Region.h"
 #include "measure/TableStore.h"
+#include "read/CharReader.h"
 #include "read/Code1DReader.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
