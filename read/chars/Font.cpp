@@ -13,6 +13,9 @@ namespace Tesk::chars {
 
 namespace {
 
+/// Of all thumbnails of a file: far beyond any font, and what a small file must not ask for.
+constexpr std::int64_t mostPixels = std::int64_t{1} << 26;
+
 int MakeSample(const Image& src, Image& sample)
 {
     if (const int code = CheckImage(src, Gray)) return code;
@@ -114,6 +117,10 @@ void Font::Clear()
 
 int Font::Rebuild(const ThumbnailSize& size)
 {
+    std::int64_t pixels = 0;
+    for (const std::shared_ptr<Item>& item : items_)
+        pixels += std::int64_t{size.WidthOf(item->record.Sample.Width)} * size.Height();
+    if (pixels > mostPixels) return Status::Format(CannotAllocate, images::noWorkingMemory);
     return WithMemory(images::noWorkingMemory, [&] {
         Changed();
         Resampler resampler;

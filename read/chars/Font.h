@@ -9,6 +9,10 @@
 #include <memory>
 #include <vector>
 
+namespace Tesk {
+class Archive;
+}
+
 namespace Tesk::chars {
 
 /// Copies share the characters; each changes what is its own. All that may fail are inner forms: an `ErrorCodes` value,
@@ -32,7 +36,7 @@ public:
     /// All of them for -1.
     [[nodiscard]] int Delete(int index);
     void Clear();
-    /// Makes thumbnails and statistics again.
+    /// Makes thumbnails and statistics again. Refused: more of them than a font may hold (`CannotAllocate`).
     [[nodiscard]] int Rebuild(const ThumbnailSize& size);
 
     /// Whether no change came after `FindSafeScores`.
@@ -45,6 +49,10 @@ public:
     [[nodiscard]] int Optimize(bool enable, wchar_t globalFilter, bool variableWidth);
     /// Indices of the subset, by code; any change of the font drops it.
     const std::vector<int>& Optimal() const { return optimal_; }
+
+    /// The samples, with codes, classes and polarities; of the writer with `optimalOnly` those of the subset. What is
+    /// read has no thumbnails before `Rebuild`.
+    void Transfer(Archive& block, bool optimalOnly = false);
 
 private:
     struct Item
