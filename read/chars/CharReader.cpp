@@ -281,12 +281,12 @@ int CharReader::TrySegment(const Image& upright)
 void CharReader::MatchLayout()
 {
     ReaderState& state = *state_;
+    const LayoutSearch search = {Clamp(CharWidth, 1, mostPixels), Clamp(CharHeight, 1, mostPixels),
+                                 ToRadians(Held(MinAngle, -180, 180)), ToRadians(Held(MaxAngle, -180, 180))};
     if (LayoutMode == FlexibleLayout) {
-        state.placement = {0, MiddleOf(state.found) - MiddleOf(state.layout)};
+        state.placement = search.Shift(state.layout, state.found);
         state.map = Pair(state.layout, state.placement, state.found, false).found;
     } else {
-        const LayoutSearch search = {Clamp(CharWidth, 1, mostPixels), Clamp(CharHeight, 1, mostPixels),
-                                     ToRadians(Held(MinAngle, -180, 180)), ToRadians(Held(MaxAngle, -180, 180))};
         state.placement = search.Find(state.layout, state.found);
         const Pairing pairing = Pair(state.layout, state.placement, state.found, true);
         std::vector<CharBox> boxes;

@@ -35,8 +35,8 @@ public:
     }
     void Unite(std::size_t i, std::size_t j)
     {
-        const auto [first, second] = std::minmax(Root(i), Root(j));
-        parents_[second] = first;
+        const std::size_t a = Root(i), b = Root(j);
+        parents_[std::max(a, b)] = std::min(a, b);
     }
 
 private:

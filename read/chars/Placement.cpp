@@ -187,4 +187,14 @@ Placement LayoutSearch::Find(std::span<const CharBox> layout, std::span<const Ch
     return best;
 }
 
+Placement LayoutSearch::Shift(std::span<const CharBox> layout, std::span<const CharBox> found) const
+{
+    const Placement shifted = {0, MiddleOf(found) - MiddleOf(layout)};
+    LayoutSearch upright = *this;
+    upright.minAngle = upright.maxAngle = 0;
+    const Placement searched = upright.Find(layout, found);
+    const bool isBetter = IsBetter(Pair(layout, searched, found, true), Pair(layout, shifted, found, true));
+    return isBetter ? searched : shifted;
+}
+
 } // namespace Tesk::chars

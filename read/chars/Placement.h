@@ -42,6 +42,10 @@ struct LayoutSearch
     /// The placement that brings most boxes of a layout over boxes found: from several starts, by rounds of pairing
     /// and rigid least-squares fits (Arun, Huang and Blostein 1987). There must be boxes of both.
     Placement Find(std::span<const CharBox> layout, std::span<const CharBox> found) const;
+
+    /// The shift of one middle to the other, unless a search without starting angles brings more boxes over each other:
+    /// missing characters move the middle.
+    Placement Shift(std::span<const CharBox> layout, std::span<const CharBox> found) const;
 };
 
 /// Pairs each box of a placed layout with the nearest one that was found, where it is the nearest to that one, too;
