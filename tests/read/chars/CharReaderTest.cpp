@@ -2,11 +2,10 @@
 #include "read/CharReader.h"
 #include "Failures.h"
 #include "foundation/Graph.h"
-#include "foundation/RecordingTarget.h"
 #include "image/Operator.h"
 #include "read/chars/Boxes.h"
 
-#include <cstring>
+#include <cstdio>
 #include <string>
 
 using namespace Tesk;
@@ -195,6 +194,81 @@ TEST_F(CharReaderTest, HitFontCharMeetsWhatIsDrawn)
     EXPECT_EQ(hit(31, 10), 1);
     EXPECT_EQ(hit(10, 36), -1);
     EXPECT_EQ(hit(10, 37), 2);
+}
+
+/// The pixel that drawing leaves at a place of a black picture.
+template <typename F>
+RgbPixel Drawn(int x, int y, F draw)
+{
+    Image picture;
+    picture.Set(300, 200, Rgb);
+    Operator::Copy(0, picture);
+    const GraphSettings settings(1.0);
+    Graph::BeginImageTarget(picture);
+    draw();
+    Graph::EndImageTarget(picture);
+    return picture.PixelRgb(x, y);
+}
+
+bool Is(RgbPixel pixel, int red, int green, int blue)
+{
+    return pixel.Red == red && pixel.Green == green && pixel.Blue == blue;
+}
+
+TEST_F(CharReaderTest, DrawsBoxesLayoutsAndFonts)
+{
+    CharReader reader;
+    FixSize(reader);
+    Image image;
+    Blocks(image, 300, 200, {{130, 90, 24, 40}});
+    image.Window(100, 50, 150, 120);
+    reader.CharsSegment(image);
+    ASSERT_EQ(reader.NumChars, 1);
+    const auto boxes = [&] { reader.Draw(false); };
+    EXPECT_TRUE(Is(Drawn(126, 110, boxes), 0, 255, 0)); // the window's corner counts
+    EXPECT_TRUE(Is(Drawn(140, 90, boxes), 0, 255, 0));
+    EXPECT_TRUE(Is(Drawn(140, 110, boxes), 0, 0, 0));
+
+    reader.TakeLayout();
+    reader.LayoutMode = RigidLayout;
+    Blocks(image, 300, 200, {{135, 97, 24, 40}});
+    image.Window(100, 50, 150, 120);
+    reader.CharsSegment(image);
+    const auto layout = [&] { reader.DrawLayout(); };
+    EXPECT_TRUE(Is(Drawn(131, 110, layout), 255, 0, 255));
+    EXPECT_TRUE(Is(Drawn(140, 97, layout), 255, 0, 255));
+
+    reader.FontStringInsert(image, "x");
+    const auto font = [&] { reader.DrawFontChars(50, 60, 200, 5, 5, true, false, false); };
+    EXPECT_TRUE(Is(Drawn(50, 70, font), 0, 255, 0));
+    EXPECT_TRUE(Is(Drawn(53, 70, font), 255, 255, 255)) << "the sample's background";
+    EXPECT_TRUE(Is(Drawn(60, 70, font), 0, 0, 0));
+    reader.HitFontChar(60, 70, 50, 60, 200, 5, 5, true, false, false);
+    EXPECT_TRUE(Is(Drawn(50, 70, font), 255, 0, 0));
+    EXPECT_TRUE(Is(Drawn(50, 70, [&] { reader.DrawFontChars(50, 60, 200, 5, 5, true, false, true); }), 0, 0, 0))
+        << "no subset was chosen";
+}
+
+TEST_F(CharReaderTest, PrintsItsSettingsOneALine)
+{
+    CharReader reader;
+    reader.CharWidth = 17;
+    reader.OCVScoring = true;
+    std::FILE* const former = TextOutput();
+    std::FILE* const file = std::tmpfile();
+    ASSERT_NE(file, nullptr);
+    TextOutput() = file;
+    reader.Print("of labels");
+    TextOutput() = former;
+    std::rewind(file);
+    std::string text;
+    for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file))
+        text += static_cast<char>(c);
+    std::fclose(file);
+    EXPECT_EQ(text.rfind("CharReader of labels\n", 0), 0u);
+    for (const char* line : {"\nCharWidth= 17\n", "\nOCVScoring= true\n", "\nThreshold= Auto\n", "\nAverageScore= -1\n",
+                             "\nAsciiFilter= %*\n", "\nGlobalFilter= *\n"})
+        EXPECT_NE(text.find(line), std::string::npos) << line;
 }
 
 } // namespace
