@@ -16,6 +16,7 @@ namespace Tesk {
 class Archive;
 class Entry;
 class Image;
+struct PathNames;
 
 namespace chars {
 
@@ -236,6 +237,10 @@ private:
     template <typename C>
     void InsertString(const Image& src, const C codes[], int userClass, int index);
     void InsertChar(const Image& sample, wchar_t code, int userClass, int index);
+    void ReadFields(Archive& block, bool settingsOnly);
+    void WriteFields(Archive& block, bool settingsOnly, bool optimalOnly);
+    void ReadFile(const PathNames& names, bool settingsOnly);
+    void WriteFile(const PathNames& names, bool settingsOnly, bool optimalOnly) const;
 
     chars::OwnChars state_;
 };
