@@ -4,6 +4,7 @@
 #include "image/Image.h"
 
 #include <algorithm>
+#include <initializer_list>
 
 namespace Tesk::chars {
 

@@ -223,8 +223,6 @@ TEST_F(Segment, DotsAreClosed)
 
 TEST_F(Segment, InkingMakesStrokesThicker)
 {
-    // a cut of two pixels between both halves of a block is closed by one pixel of ink on either side
-    reader.RepairBroken = false;
     reader.VariableWidth = true;
     for (const bool light : {false, true}) {
         Blocks(image, 200, 120, {{40, 40, 20, 30}});
