@@ -35,6 +35,7 @@
 #include "measure/Quad.h"
 #include "measure/Region.h"
 #include "measure/TableStore.h"
+#include "read/CharReader.h"
 #include "read/Code1DReader.h"
 #include "read/Code2DReader.h"
 

@@ -296,6 +296,8 @@ public:
     /// With a calibrator for `BlobWorldArea` and the world box.
     int TryEvaluate(int Feature, const Image& Src, int BlobIndex, const Geometry* Calibrator = nullptr);
     int TrySegment(const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea);
+    /// By a threshold; `Auto` becomes the one in use.
+    int TrySegment(int& Threshold, const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea);
     int TryBorderSelect(const Image& Src, int Selection);
     /// Makes sure that a predefined feature has a column.
     int ProvideColumn(int Feature);
@@ -318,6 +320,8 @@ protected:
     int ResetTable();
     /// Adds selected blobs behind the others, whose features are not worked out. All runs must be there.
     int AddBlobs(std::span<const BlobRecord> records);
+    /// The inner form of `AppendFeature`: the new feature is the last one of the user.
+    int TryAppendUserFeature(int type);
 
     void CountsChanged() override;
     void SamplesReplaced() override;

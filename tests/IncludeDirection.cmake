@@ -38,6 +38,7 @@ set(shared
     image/filter/RowRing.h           # rows replicated beyond the edges
     image/filter/SquareFilters.h     # the 3 x 3 filters as steps of other operations
     image/geometry/GeometryModel.h   # points mapped by a calibration, for gauges
+    image/geometry/QuarterTurn.h     # quarter turns as steps of other operations
     image/geometry/TurnKernels.h     # transposition, so that rows can be filtered as columns are
     image/geometry/GeometryModel.h   # fits of registration models
     measure/path/PathMoments.h       # area, center and length of outlines

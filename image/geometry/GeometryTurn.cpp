@@ -2,6 +2,7 @@
 #include "foundation/Entry.h"
 #include "image/Geometry.h"
 #include "image/core/Destination.h"
+#include "image/geometry/QuarterTurn.h"
 #include "image/geometry/TurnKernels.h"
 #include "image/geometry/WarpFrame.h"
 
@@ -77,24 +78,47 @@ void Geometry::Mirror(const Image& Src, Image& Dst)
 
 void Geometry::Turn(int Quadrant, const Image& Src, Image& Dst)
 {
-    const Entry entry("Tesk::Geometry::Turn");
-    if (entry.Refuses(images::CheckType(Src, warps::sampledTypes))) return;
-    const int quarters = Quadrant & 3;
+    turns::TurnPixels(Entry("Tesk::Geometry::Turn"), Quadrant, Src, Dst);
+}
+
+namespace turns {
+
+bool TurnPixels(const Entry& entry, int quadrant, const Image& src, Image& dst)
+{
+    if (entry.Refuses(images::CheckType(src, warps::sampledTypes))) return true;
+    const int quarters = quadrant & 3;
     const bool swaps = quarters & 1;
     images::Sources held;
-    if (Prepare(entry, Src, Dst, swaps ? Src.Height : Src.Width, swaps ? Src.Width : Src.Height, held)) return;
+    if (Prepare(entry, src, dst, swaps ? src.Height : src.Width, swaps ? src.Width : src.Height, held)) return true;
     const Image& s = held.a;
     const auto elementSize = static_cast<std::size_t>(ElementSize(s.Type));
     const auto width = static_cast<std::size_t>(int(s.Width)), height = static_cast<std::size_t>(int(s.Height));
     if (quarters == 0)
-        images::CopyRows(s, Dst);
+        images::CopyRows(s, dst);
     else if (quarters == 2)
-        entry.Guards(images::noImage, [&] { MirrorRows(s, Dst, true); });
+        return !entry.Guards(images::noImage, [&] { MirrorRows(s, dst, true); });
     else if (quarters == 1)
         // Column x from the bottom up becomes row x.
-        kernels::Transpose(s.Row(s.Height - 1), -s.Pitch, width, height, Dst.FirstPixel, Dst.Pitch, elementSize);
+        kernels::Transpose(s.Row(s.Height - 1), -s.Pitch, width, height, dst.FirstPixel, dst.Pitch, elementSize);
     else
-        kernels::Transpose(s.FirstPixel, s.Pitch, width, height, Dst.Row(Dst.Height - 1), -Dst.Pitch, elementSize);
+        kernels::Transpose(s.FirstPixel, s.Pitch, width, height, dst.Row(dst.Height - 1), -dst.Pitch, elementSize);
+    return false;
 }
+
+SourceRectangle TurnedBack(int quadrant, const SourceRectangle& box, int width, int height)
+{
+    switch (quadrant & 3) {
+    case 1:
+        return {box.Y, height - box.X - box.Width, box.Height, box.Width};
+    case 2:
+        return {width - box.X - box.Width, height - box.Y - box.Height, box.Width, box.Height};
+    case 3:
+        return {width - box.Y - box.Height, box.X, box.Height, box.Width};
+    default:
+        return box;
+    }
+}
+
+} // namespace turns
 
 } // namespace Tesk

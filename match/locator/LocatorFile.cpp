@@ -3,6 +3,7 @@
 
 #include "foundation/Archive.h"
 #include "image/core/Refusals.h"
+#include "image/core/StoredRows.h"
 #include "match/locator/LocatorModel.h"
 
 #include <memory>
@@ -17,22 +18,9 @@ namespace {
 constexpr ArchiveFormat format = {"TLOC", 9, L"File \"%ls\" is not a Locator Model",
                                   L"The version number \"%d\" of this Locator Model is too high"};
 
-/// Size, type and rows with the bytes between them; a void image is its type alone.
 void TransferImage(Archive& block, Image& image)
 {
-    int width = image.Width, height = image.Height;
-    PixelTypes type = image.Type;
-    block(width, height, type);
-    if (!block.Good() || type == Undefined) return;
-    if (block.Reading()) {
-        const auto broken = [&] { block.Refuse(CannotRead, L"Cannot read file \"%ls\"", block.Name()); };
-        if (type != Gray || width < 1 || height < 1) return broken();
-        if (WideRowBytes(width, type) * height > block.BytesLeft()) return broken();
-        if (const int code = image.TrySet(width, height, type)) return block.Refuse(code, L"%ls", images::noImage);
-        if (std::int64_t{image.Pitch} * height > block.BytesLeft()) return broken();
-    }
-    for (int y = 0; y < height; y++)
-        block.Bytes(image.Row(y), static_cast<std::size_t>(int(image.Pitch)));
+    if (images::TransferSize(block, image)) images::TransferRows(block, image);
 }
 
 } // namespace

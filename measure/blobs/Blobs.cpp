@@ -266,21 +266,24 @@ void Blobs::AppendBlob(const Region& Src, bool Merge)
 int Blobs::AppendFeature(int Type)
 {
     const Entry entry("Tesk::Blobs::AppendFeature");
-    if (Type != Int && Type != Float) {
-        const bool known = Type >= Undefined && Type <= Short;
-        entry.Refuse(UnsupportedType, L"The feature type (%ls) is not supported, use one of Int, Float",
-                     PixelTypeName(known ? static_cast<PixelTypes>(Type) : Undefined));
-        return NumPredefinedFeatures;
-    }
-    if (numUserFeatures_ >= MostUserFeatures) {
-        entry.Refuse(OutOfRange, L"The maximum number of user features (%d) has been reached", MostUserFeatures);
-        return NumPredefinedFeatures;
-    }
-    const std::wstring name = UserFeatureName(numUserFeatures_);
     const int feature = NumPredefinedFeatures + numUserFeatures_;
-    if (entry.Refuses(AppendColumn(feature, Type, name.c_str()))) return NumPredefinedFeatures;
+    return entry.Refuses(TryAppendUserFeature(Type)) ? int(NumPredefinedFeatures) : feature;
+}
+
+int Blobs::TryAppendUserFeature(int type)
+{
+    if (type != Int && type != Float) {
+        const bool known = type >= Undefined && type <= Short;
+        return Status::Format(UnsupportedType, L"The feature type (%ls) is not supported, use one of Int, Float",
+                              PixelTypeName(known ? static_cast<PixelTypes>(type) : Undefined));
+    }
+    if (numUserFeatures_ >= MostUserFeatures)
+        return Status::Format(OutOfRange, L"The maximum number of user features (%d) has been reached",
+                              MostUserFeatures);
+    const std::wstring name = UserFeatureName(numUserFeatures_);
+    if (const int code = AppendColumn(NumPredefinedFeatures + numUserFeatures_, type, name.c_str())) return code;
     numUserFeatures_++;
-    return feature;
+    return NoError;
 }
 
 void Blobs::Clear()

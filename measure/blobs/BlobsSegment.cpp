@@ -200,6 +200,11 @@ int Blobs::TrySegment(const Image& Src, bool Above, bool Connexity8, int Minimum
     return TryAutomatic({nullptr, Connexity8, MinimumArea, MaximumArea}, Src, Above, threshold);
 }
 
+int Blobs::TrySegment(int& Threshold, const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea)
+{
+    return TryThreshold({nullptr, Connexity8, MinimumArea, MaximumArea}, Threshold, Src, Above);
+}
+
 int Blobs::Segment(const Image& Src, bool Above, bool Connexity8, int MinimumArea, int MaximumArea)
 {
     const Entry entry(context);
