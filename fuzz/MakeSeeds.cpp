@@ -14,6 +14,7 @@
 #include "measure/Path.h"
 #include "measure/Poly.h"
 #include "measure/Region.h"
+#include "read/CharReader.h"
 #include "read/Code1DReader.h"
 #include "tests/image/source/AviFile.h"
 #include "tests/read/linear/Symbols.h"
@@ -127,6 +128,23 @@ void PutComparator(const fs::path& folder)
     }
 }
 
+/// The first byte of each tells how it is read.
+void PutFonts(const fs::path& folder)
+{
+    CharReader reader;
+    for (int i = 0; i < 6; i++) {
+        Image sample;
+        Fill(sample, 5 + i, 9, Gray);
+        reader.FontCharInsert(sample, static_cast<char>('A' + i), i);
+        reader.VariableWidth = i % 2 == 1;
+        reader.UseSafeScores = i > 3;
+        std::vector<std::uint8_t> block(1, static_cast<std::uint8_t>(i / 2));
+        Archive archive = Archive::IntoMemory(block);
+        reader.Transfer(archive, i == 5, false);
+        Put(folder / std::to_string(i), block);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -200,6 +218,7 @@ int main(int argc, char** argv)
     PutGauges(root);
     PutLinearCodes(root / "code1d");
     PutComparator(root / "comparator");
+    PutFonts(root / "font");
     FeatureTable table;
     table._AppendFeature(Int, L"Class");
     table._AppendFeature(Dble, L"Length");

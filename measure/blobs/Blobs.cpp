@@ -167,9 +167,12 @@ int Blobs::AppendColumn(int feature, int type, const wchar_t* name)
         if (const int code = ResetTable()) return code;
     if (const int code = TryAppendFeature(type, name, true)) return code;
     return WithMemory(noTable, [&] {
-        std::uint8_t* cell = WriteRows() + Record(NumFeatures - 1).Offset;
-        for (int row = 0; row < NumSamples; row++, cell += RowPitch)
-            std::memcpy(cell, &notComputed, sizeof notComputed);
+        // A table without rows may have no memory to point into.
+        if (NumSamples > 0) {
+            std::uint8_t* cell = WriteRows() + Record(NumFeatures - 1).Offset;
+            for (int row = 0; row < NumSamples; row++, cell += RowPitch)
+                std::memcpy(cell, &notComputed, sizeof notComputed);
+        }
         featureColumn_[static_cast<std::size_t>(feature)] = NumFeatures - 1;
     });
 }

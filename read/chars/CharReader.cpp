@@ -155,7 +155,8 @@ SegmentSettings SegmentSettingsOf(const CharReader& reader)
     SegmentSettings settings;
     settings.localThreshold = reader.LocalThreshold;
     settings.whiteOnBlack = reader.WhiteOnBlack;
-    settings.threshold = reader.Threshold;
+    // Further ones split no gray values, either.
+    settings.threshold = reader.Threshold == Auto ? Auto : Clamp(reader.Threshold, -1, 256);
     settings.charWidth = Clamp(reader.CharWidth, 1, mostPixels);
     settings.charHeight = Clamp(reader.CharHeight, 1, mostPixels);
     settings.guessSize = reader.GuessSize;

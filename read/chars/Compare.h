@@ -28,7 +28,7 @@ struct Moments
     Moments(std::int64_t count, std::int64_t sum, std::int64_t squares);
 };
 
-/// A thumbnail in 16-bit rows padded by zeros, with the sums of each column.
+/// A thumbnail in 16-bit rows padded by zeros, with its moments.
 class Packed
 {
 public:

@@ -1,0 +1,64 @@
+// Any bytes as a file of a character reader: read, then written again, and put to read a picture.
+#include "foundation/Archive.h"
+#include "image/Image.h"
+#include "read/CharReader.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <vector>
+
+using namespace Tesk;
+
+namespace {
+
+void Require(bool condition)
+{
+    if (!condition) std::abort();
+}
+
+/// Four dark bars on a bright ground.
+Image& Picture()
+{
+    static Image image;
+    if (image.Type != Undefined) return image;
+    image.Set(96, 40, Gray);
+    for (int y = 0; y < image.Height; y++)
+        for (int x = 0; x < image.Width; x++)
+            image.Row(y)[x] =
+                static_cast<std::uint8_t>(y > 8 && y < 30 && x % 24 > 8 && x % 24 < 18 ? 20 + y : 220 - x);
+    return image;
+}
+
+std::vector<std::uint8_t> Written(CharReader& reader)
+{
+    std::vector<std::uint8_t> bytes;
+    Archive writer = Archive::IntoMemory(bytes);
+    reader.Transfer(writer);
+    Require(writer.Good());
+    return bytes;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    Status::ErrorBehavior(IgnoreIt);
+    if (size == 0) return 0;
+    CharReader reader;
+    Archive archive = Archive::FromMemory({data + 1, size - 1});
+    reader.Transfer(archive, data[0] % 2 == 1, false);
+    if (!archive.Good()) return 0;
+    const std::vector<std::uint8_t> bytes = Written(reader);
+    CharReader again;
+    Archive second = Archive::FromMemory(bytes);
+    again.Transfer(second);
+    Require(second.Good() && Written(again) == bytes);
+
+    // Searches and safe scores over a large font only cost time.
+    constexpr int mostChars = 40;
+    while (reader.NumFontChars > mostChars)
+        reader.FontCharDelete(0);
+    reader.CharsRead(Picture());
+    reader.Optimize(true);
+    return 0;
+}
