@@ -21,6 +21,14 @@ constexpr int longestEmptyLine = 15;
 constexpr std::size_t mostExtents = 15;
 /// A dot is no seed any more after so many lattices that were not read.
 constexpr int mostFailures = 3;
+/// Uneven and tiny dots; faint ones; those that join unless only their middles are taken.
+constexpr DotRules closerRules[] = {
+    {.leastArea = 3, .smallestShare = 0.3, .largestShare = 2.5},
+    {.leastContrast = 7, .leastArea = 3, .smallestShare = 0.4, .largestShare = 2.5},
+    {.leastContrast = 30, .leastArea = 2, .smallestShare = 0.3, .largestShare = 3},
+    {.boxSize = 9, .leastContrast = 10, .leastArea = 2, .smallestShare = 0.3, .largestShare = 3},
+    {.boxSize = 71, .leastContrast = 50, .leastArea = 3, .smallestShare = 0.3, .largestShare = 2.5},
+};
 
 /// Offsets inward at which a side may stand.
 struct SideOffsets
@@ -64,8 +72,21 @@ void DotCodeSearch::Correct(double lengthX, double angleX, double lengthY, doubl
 bool DotCodeSearch::Search(const Rung& rung, CodePolarities polarity, SymbolSearch& search)
 {
     search.failure.Raise(noDots);
-    if (!field_.Find(rung.image, polarity, deformation_)) return false;
     Task task{rung, search, polarity};
+    bool any = false;
+    if (effort_ == 0)
+        any = SearchDots(task, DotRules());
+    else
+        for (const DotRules& rules : closerRules)
+            if (!search.IsFull()) any = SearchDots(task, rules) || any;
+    if (any) search.failure.state = codewords::SymbolRead;
+    return any;
+}
+
+bool DotCodeSearch::SearchDots(Task& task, const DotRules& rules)
+{
+    SymbolSearch& search = task.search;
+    if (!field_.Find(task.rung.image, task.polarity, deformation_, rules)) return false;
     bool any = false;
     auto& dots = field_.Dots();
     for (int seed = static_cast<int>(dots.size()) - 1; seed >= 0 && !search.IsFull(); --seed) {
@@ -81,7 +102,6 @@ bool DotCodeSearch::Search(const Rung& rung, CodePolarities polarity, SymbolSear
         });
         any = any || read;
     }
-    if (any) search.failure.state = codewords::SymbolRead;
     return any;
 }
 
