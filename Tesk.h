@@ -35,6 +35,7 @@
 #include "measure/Region.h"
 #include "measure/TableStore.h"
 #include "read/Code1DReader.h"
+#include "read/Code2DReader.h"
 
 // Exported programs use bare names; a program with names of its own keeps the library's apart.
 #ifndef TESK_NO_USING_NAMESPACE

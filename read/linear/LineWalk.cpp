@@ -1,6 +1,8 @@
 // Lines of an image as gray values, and the edges on them.
 #include "read/linear/LineWalk.h"
 
+#include "read/core/BresenhamLine.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -30,21 +32,7 @@ int GrayOf(RgbaPixel pixel)
 template <typename F>
 void Bresenham(Pixel from, Pixel to, F visit)
 {
-    const int dx = std::abs(to.x - from.x), dy = std::abs(to.y - from.y);
-    const int stepX = to.x < from.x ? -1 : 1, stepY = to.y < from.y ? -1 : 1;
-    int x = from.x, y = from.y, rest = (dx > dy ? dx : -dy) / 2;
-    for (int i = std::max(dx, dy); i >= 0; i--) {
-        visit(x, y);
-        const int before = rest;
-        if (before > -dx) {
-            rest -= dy;
-            x += stepX;
-        }
-        if (before < dy) {
-            rest += dx;
-            y += stepY;
-        }
-    }
+    BresenhamLine(from.x, from.y, to.x, to.y).Visit(visit);
 }
 
 /// The pixels before and behind a place, held to the image, and how far it lies from the one to the other.

@@ -102,6 +102,7 @@ struct SymbolSearch
     std::vector<SymbolRecord> symbols;
     std::vector<QualityGrades> grades; ///< one for each symbol where quality is asked for, else empty
     codewords::SymbolReader reader;
+    bool rectangleUngraded = false; ///< quality was asked for of a symbol that is no square
 
     bool IsFull() const { return static_cast<int>(symbols.size()) >= settings.maxDecoded; }
     /// Whether a place of a rung lies in a symbol already read.
