@@ -15,6 +15,8 @@ constexpr double leastWindow = 10; ///< in pixels
 /// An alignment pattern's light ring is 3 modules wide; seen turned, and of few pixels, it may look so much wider.
 constexpr double largestRing = 6, smallestRing = 1.5;
 constexpr int margin = 4;
+/// The distance of the fourth corner from the eye over that of the first.
+constexpr double leastFourth = 0.3;
 
 double Length(XY v)
 {
@@ -23,13 +25,21 @@ double Length(XY v)
 
 } // namespace
 
-bool QRLattice::SetByFinders(const FinderTriple& finders, int side)
+bool QRLattice::SetByFinders(const FinderTriple& finders, int side, bool perspective)
 {
     side_ = side;
     patchCount_ = 0;
     const double first = finderMiddle, last = side - 1 - finderMiddle;
     const XY a = finders[0].center, b = finders[1].center, c = finders[2].center;
-    return plain_.Set({XY(first, first), XY(last, first), XY(last, last), XY(first, last)}, {a, b, b + c - a, c});
+    XY fourth = b + c - a;
+    if (perspective) {
+        // A module along a line is as long as the square of its distance from the eye is short.
+        const double far1 = std::sqrt(Length(finders[0].along) / Length(finders[1].along));
+        const double far2 = std::sqrt(Length(finders[0].down) / Length(finders[2].down)), far3 = far1 + far2 - 1;
+        if (!(far3 > leastFourth)) return false;
+        fourth = 1 / far3 * (far1 * b + far2 * c - a);
+    }
+    return plain_.Set({XY(first, first), XY(last, first), XY(last, last), XY(first, last)}, {a, b, fourth, c});
 }
 
 /// From the neighbours that are known: the last of the row or column and its end, or the three of a patch.

@@ -19,9 +19,10 @@ namespace Tesk::matrix {
 class QRLattice
 {
 public:
-    /// The map of a symbol of so many cells a side of which the finder patterns alone are known.
-    bool SetByFinders(const FinderTriple& finders, int side);
-    /// Looks for the alignment patterns of the version.
+    /// The map of a symbol of so many cells a side of which the finder patterns alone are known: their middles make a
+    /// parallelogram, or with `perspective` a figure as their modules become smaller.
+    bool SetByFinders(const FinderTriple& finders, int side, bool perspective);
+    /// Looks for the alignment patterns of the version, near to where the finder patterns tell.
     bool SetByAlignment(const FinderTriple& finders, int version, const BinaryImage& image, FinderPatterns& patterns);
 
     /// The pixel of the middle of a cell where the finder patterns alone tell it.

@@ -146,12 +146,14 @@ bool QRSearch::ReadViews(Task& task, int side)
         if ((task.search.settings.views & view) == 0) continue;
         FinderTriple finders = triple_;
         if (view == Mirrored) finders.Mirror();
-        if (ReadSymbol(task, finders, view, side)) return true;
+        // What lies flat before the camera is read at once.
+        for (const bool perspective : {false, true})
+            if (ReadSymbol(task, finders, perspective, view, side)) return true;
     }
     return false;
 }
 
-bool QRSearch::ReadSymbol(Task& task, FinderTriple finders, CodeViews view, int side)
+bool QRSearch::ReadSymbol(Task& task, const FinderTriple& finders, bool perspective, CodeViews view, int side)
 {
     const auto isDark = [&](int row, int column) {
         const XY place = lattice_.PlainPlace(column, row);
@@ -159,7 +161,7 @@ bool QRSearch::ReadSymbol(Task& task, FinderTriple finders, CodeViews view, int 
         return image_.Holds(x, y) && image_.IsDark(x, y);
     };
     SearchFailure& failure = task.search.failure;
-    if (!lattice_.SetByFinders(finders, side) || !codewords::ReadQRFormat(side, isDark, format_) ||
+    if (!lattice_.SetByFinders(finders, side, perspective) || !codewords::ReadQRFormat(side, isDark, format_) ||
         !codewords::ReadQRVersion(side, isDark, version_)) {
         failure.Raise(noFormat);
         return false;

@@ -45,7 +45,7 @@ private:
     void AppendGuesses(std::size_t i, std::size_t j);
     bool ReadTriple(Task& task, const FinderRecord& a, const FinderRecord& b, const FinderRecord& c);
     bool ReadViews(Task& task, int side);
-    bool ReadSymbol(Task& task, FinderTriple finders, CodeViews view, int side);
+    bool ReadSymbol(Task& task, const FinderTriple& finders, bool perspective, CodeViews view, int side);
     void Keep(Task& task, CodeViews view);
 
     BinaryImage image_;
