@@ -14,6 +14,9 @@ constexpr double windowModules = 5;
 constexpr double leastWindow = 10; ///< in pixels
 /// An alignment pattern's light ring is 3 modules wide; seen turned, and of few pixels, it may look so much wider.
 constexpr double largestRing = 6, smallestRing = 1.5;
+/// Cells of a pattern that have to be right. Single dark modules in the data have four fewer, as a rule.
+constexpr int fewestAlike = 20;
+constexpr double farthestPlace = 1e5;
 constexpr int margin = 4;
 /// The distance of the fourth corner from the eye over that of the first.
 constexpr double leastFourth = 0.3;
@@ -55,6 +58,40 @@ XY QRLattice::Predict(std::size_t row, std::size_t column)
     return Node(row - 1, column) + (Node(row, column - 1) - Node(row - 1, column - 1));
 }
 
+/// How many of the 5 x 5 cells about a place are as those of an alignment pattern.
+int QRLattice::CellsAlike(const BinaryImage& image, XY center) const
+{
+    int alike = 0;
+    for (int row = -2; row <= 2; ++row)
+        for (int column = -2; column <= 2; ++column) {
+            const XY at = center + static_cast<double>(column) * along_ + static_cast<double>(row) * down_;
+            const int x = static_cast<int>(std::floor(at.X + 0.5)), y = static_cast<int>(std::floor(at.Y + 0.5));
+            const bool dark = image.Holds(x, y) && image.IsDark(x, y);
+            alike += dark == (std::max(std::abs(row), std::abs(column)) != 1);
+        }
+    return alike;
+}
+
+/// Moves a predicted place to the pattern nearest to it.
+bool QRLattice::FindPattern(const BinaryImage& image, FinderPatterns& patterns, XY& place) const
+{
+    const double module = (Length(along_) + Length(down_)) / 2;
+    const double half = std::max(windowModules * module, leastWindow) / 2;
+    // The rows of the window cut through the middle; the pattern around must be in the area.
+    const double around = half + 2.5 * module;
+    const SearchArea area{static_cast<int>(std::floor(place.X - around)), static_cast<int>(std::floor(place.Y - half)),
+                          static_cast<int>(std::ceil(place.X + around)) + 1,
+                          static_cast<int>(std::ceil(place.Y + half)) + 1};
+    FinderRecord found;
+    const auto fits = [&](const FinderRecord& record) {
+        return record.size >= smallestRing * module && record.size <= largestRing * module &&
+               CellsAlike(image, record.center) >= fewestAlike;
+    };
+    if (!patterns.FindAlignment(image, area, place, fits, found)) return false;
+    place = found.center;
+    return true;
+}
+
 bool QRLattice::SetByAlignment(const FinderTriple& finders, int version, const BinaryImage& image,
                                FinderPatterns& patterns)
 {
@@ -65,25 +102,15 @@ bool QRLattice::SetByAlignment(const FinderTriple& finders, int version, const B
     Node(0, lines - 1) = finders.InnerCell(1);
     Node(lines - 1, 0) = finders.InnerCell(2);
     const double modules = side_ - 1 - 2 * finderMiddle;
-    const double module =
-        (Length(finders[1].center - finders[0].center) + Length(finders[2].center - finders[0].center)) / (2 * modules);
-    const double window = std::max(windowModules * module, leastWindow);
+    along_ = 1 / modules * (finders[1].center - finders[0].center);
+    down_ = 1 / modules * (finders[2].center - finders[0].center);
     for (std::size_t row = 0; row < lines; ++row)
         for (std::size_t column = 0; column < lines; ++column) {
             if (!lines_.Has(static_cast<int>(row), static_cast<int>(column))) continue;
-            const XY place = lines == 2 ? PlainPlace(lines_.centres[1], lines_.centres[1]) : Predict(row, column);
-            Node(row, column) = place;
-            // The rows of the window cut through the middle; the pattern around must be in the area.
-            const double half = window / 2, around = half + 2.5 * module;
-            if (!(std::abs(place.X) < 1e5 && std::abs(place.Y) < 1e5)) return false;
-            const SearchArea area{
-                static_cast<int>(std::floor(place.X - around)), static_cast<int>(std::floor(place.Y - half)),
-                static_cast<int>(std::ceil(place.X + around)) + 1, static_cast<int>(std::ceil(place.Y + half)) + 1};
-            FinderRecord found;
-            if (!patterns.FindAlignment(image, area, place, found)) continue;
-            const bool fits = found.size >= smallestRing * module && found.size <= largestRing * module &&
-                              Length(found.center - place) <= window;
-            if (fits) Node(row, column) = found.center;
+            XY& place = Node(row, column);
+            place = lines == 2 ? PlainPlace(lines_.centres[1], lines_.centres[1]) : Predict(row, column);
+            if (!(std::abs(place.X) < farthestPlace && std::abs(place.Y) < farthestPlace)) return false;
+            FindPattern(image, patterns, place);
         }
     if (lines > 2) return SetPatches();
     const double first = finderMiddle, last = side_ - 1 - finderMiddle, inner = lines_.centres[1];

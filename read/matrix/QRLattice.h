@@ -40,10 +40,13 @@ private:
 
     XY& Node(std::size_t row, std::size_t column) { return nodes_[row * mostLines + column]; }
     XY Predict(std::size_t row, std::size_t column);
+    bool FindPattern(const BinaryImage& image, FinderPatterns& patterns, XY& place) const;
+    int CellsAlike(const BinaryImage& image, XY center) const;
     bool SetPatches();
     std::size_t PatchOf(double at) const;
 
     int side_ = 0;
+    XY along_{1, 0}, down_{0, 1}; ///< of a cell, on the average
     codewords::QRAlignment lines_;
     PerspectiveMap plain_;
     std::array<XY, mostLines * mostLines> nodes_{};

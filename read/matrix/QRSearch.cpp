@@ -13,6 +13,8 @@ namespace Tesk::matrix {
 namespace {
 
 constexpr int boxSize = 51, boxOffset = 10;
+/// A texture may make a triple of any three of its patterns: so many are looked at.
+constexpr int mostTriples = 2000;
 constexpr int noFinders = 100, noGeometry = 101, noFormat = 102;
 
 } // namespace
@@ -22,6 +24,7 @@ struct QRSearch::Task
     const Rung& rung;
     SymbolSearch& search;
     CodePolarities polarity;
+    int triplesLeft = mostTriples;
 };
 
 void QRSearch::Preset(const std::array<Site, 3>& finders, int size)
@@ -70,16 +73,26 @@ void QRSearch::ListFinders(const Rung& rung)
     }
 }
 
+void QRSearch::FindPairs()
+{
+    const auto& list = patterns_.List();
+    pairs_.assign(list.size() * list.size(), false);
+    for (std::size_t i = 0; i < list.size(); ++i)
+        for (std::size_t j = i + 1; j < list.size(); ++j)
+            pairs_[i * list.size() + j] = ArePaired(image_, list[i], list[j]);
+}
+
 bool QRSearch::SearchTriples(Task& task)
 {
     auto& list = patterns_.List();
+    FindPairs();
     const std::size_t found = list.size();
     bool any = false;
     for (std::size_t i = 0; i < found; ++i)
         for (std::size_t j = i + 1; j < found && !task.search.IsFull(); ++j) {
-            if (!list[i].isFree || !list[j].isFree || !ArePaired(image_, list[i], list[j])) continue;
+            if (!pairs_[i * found + j] || !list[i].isFree || !list[j].isFree) continue;
             AppendGuesses(i, j);
-            any = SearchThirds(task, i, j) || any;
+            any = SearchThirds(task, i, j, found) || any;
             list.resize(found);
         }
     return any;
@@ -108,12 +121,17 @@ void QRSearch::AppendGuesses(std::size_t i, std::size_t j)
     append(j, XY(d.Y, -d.X));
 }
 
-bool QRSearch::SearchThirds(Task& task, std::size_t i, std::size_t j)
+/// Patterns beyond those found are guesses.
+bool QRSearch::SearchThirds(Task& task, std::size_t i, std::size_t j, std::size_t found)
 {
     auto& list = patterns_.List();
-    for (std::size_t k = j + 1; k < list.size(); ++k) {
-        FinderRecord &a = list[i], &b = list[j], &c = list[k];
-        if (!c.isFree || !ArePaired(image_, a, c) || !ArePaired(image_, b, c)) continue;
+    FinderRecord &a = list[i], &b = list[j];
+    const auto pairs = [&](std::size_t first, std::size_t k) {
+        return k < found ? pairs_[first * found + k] : ArePaired(image_, list[first], list[k]);
+    };
+    for (std::size_t k = j + 1; k < list.size() && task.triplesLeft > 0; ++k) {
+        FinderRecord& c = list[k];
+        if (!c.isFree || !pairs(i, k) || !pairs(j, k)) continue;
         if (task.search.IsRead(1.0 / 3 * (a.center + b.center + c.center), task.rung.scale)) continue;
         if (!ReadTriple(task, a, b, c)) continue;
         a.isFree = b.isFree = c.isFree = false;
@@ -129,6 +147,7 @@ bool QRSearch::ReadTriple(Task& task, const FinderRecord& a, const FinderRecord&
         failure.Raise(noGeometry);
         return false;
     }
+    --task.triplesLeft;
     int tried = 0;
     for (const std::size_t line : {std::size_t{1}, std::size_t{2}}) {
         const int side = triple_.SideByTiming(image_, line);
