@@ -45,17 +45,26 @@ bool QRLattice::SetByFinders(const FinderTriple& finders, int side, bool perspec
     return plain_.Set({XY(first, first), XY(last, first), XY(last, last), XY(first, last)}, {a, b, fourth, c});
 }
 
-/// From the neighbours that are known: the last of the row or column and its end, or the three of a patch.
+XY QRLattice::PlainNode(std::size_t row, std::size_t column) const
+{
+    return PlainPlace(lines_.centres[column], lines_.centres[row]);
+}
+
+/// How far the neighbours that are known lie off the plain map tells how far this one does: the last of the row or
+/// column and its end, or the three of a patch.
 XY QRLattice::Predict(std::size_t row, std::size_t column)
 {
     const auto last = static_cast<std::size_t>(lines_.count - 1);
-    const auto share = [&](std::size_t i, std::size_t from, std::size_t to) {
-        return static_cast<double>(lines_.centres[i] - lines_.centres[from]) /
-               (lines_.centres[to] - lines_.centres[from]);
+    const auto share = [&](std::size_t i) {
+        return static_cast<double>(lines_.centres[i] - lines_.centres[i - 1]) /
+               (lines_.centres[last] - lines_.centres[i - 1]);
     };
-    if (row == 0) return Node(0, column - 1) + share(column, column - 1, last) * (Node(0, last) - Node(0, column - 1));
-    if (column == 0) return Node(row - 1, 0) + share(row, row - 1, last) * (Node(last, 0) - Node(row - 1, 0));
-    return Node(row - 1, column) + (Node(row, column - 1) - Node(row - 1, column - 1));
+    const auto off = [&](std::size_t r, std::size_t c) { return Node(r, c) - PlainNode(r, c); };
+    const XY plain = PlainNode(row, column);
+    if (lines_.count == 2) return plain;
+    if (row == 0) return plain + off(0, column - 1) + share(column) * (off(0, last) - off(0, column - 1));
+    if (column == 0) return plain + off(row - 1, 0) + share(row) * (off(last, 0) - off(row - 1, 0));
+    return plain + off(row - 1, column) + (off(row, column - 1) - off(row - 1, column - 1));
 }
 
 /// How many of the 5 x 5 cells about a place are as those of an alignment pattern.
@@ -101,15 +110,15 @@ bool QRLattice::SetByAlignment(const FinderTriple& finders, int version, const B
     Node(0, 0) = finders.InnerCell(0);
     Node(0, lines - 1) = finders.InnerCell(1);
     Node(lines - 1, 0) = finders.InnerCell(2);
-    const double modules = side_ - 1 - 2 * finderMiddle;
-    along_ = 1 / modules * (finders[1].center - finders[0].center);
-    down_ = 1 / modules * (finders[2].center - finders[0].center);
     for (std::size_t row = 0; row < lines; ++row)
         for (std::size_t column = 0; column < lines; ++column) {
             if (!lines_.Has(static_cast<int>(row), static_cast<int>(column))) continue;
             XY& place = Node(row, column);
-            place = lines == 2 ? PlainPlace(lines_.centres[1], lines_.centres[1]) : Predict(row, column);
+            place = Predict(row, column);
             if (!(std::abs(place.X) < farthestPlace && std::abs(place.Y) < farthestPlace)) return false;
+            const double x = lines_.centres[column], y = lines_.centres[row];
+            along_ = PlainPlace(x + 0.5, y) - PlainPlace(x - 0.5, y);
+            down_ = PlainPlace(x, y + 0.5) - PlainPlace(x, y - 0.5);
             FindPattern(image, patterns, place);
         }
     if (lines > 2) return SetPatches();

@@ -39,6 +39,7 @@ private:
     static constexpr std::size_t mostLines = 7;
 
     XY& Node(std::size_t row, std::size_t column) { return nodes_[row * mostLines + column]; }
+    XY PlainNode(std::size_t row, std::size_t column) const;
     XY Predict(std::size_t row, std::size_t column);
     bool FindPattern(const BinaryImage& image, FinderPatterns& patterns, XY& place) const;
     int CellsAlike(const BinaryImage& image, XY center) const;
@@ -46,7 +47,7 @@ private:
     std::size_t PatchOf(double at) const;
 
     int side_ = 0;
-    XY along_{1, 0}, down_{0, 1}; ///< of a cell, on the average
+    XY along_{1, 0}, down_{0, 1}; ///< of a cell at the pattern that is looked for
     codewords::QRAlignment lines_;
     PerspectiveMap plain_;
     std::array<XY, mostLines * mostLines> nodes_{};

@@ -175,7 +175,7 @@ bool QRSearch::ReadViews(Task& task, int side)
 bool QRSearch::ReadSymbol(Task& task, const FinderTriple& finders, bool perspective, CodeViews view, int side)
 {
     const auto isDark = [&](int row, int column) {
-        const XY place = lattice_.PlainPlace(column, row);
+        const XY place = perspective ? finders.PlaceBeside(side, column, row) : lattice_.PlainPlace(column, row);
         const int x = static_cast<int>(std::floor(place.X + 0.5)), y = static_cast<int>(std::floor(place.Y + 0.5));
         return image_.Holds(x, y) && image_.IsDark(x, y);
     };

@@ -161,7 +161,7 @@ TEST_F(DotCodeSearchTest, ClutterInTheQuietZoneIsTrimmed)
 
 TEST_F(DotCodeSearchTest, AnEmptyBorderIsReadOfObsoleteSymbols)
 {
-    // Digits that leave the last row without dots.
+    // Digits that leave the last row without dots, the corners included.
     const int rows = 14, columns = 9;
     SymbolCells cells(rows, columns);
     std::string digits;
@@ -174,7 +174,7 @@ TEST_F(DotCodeSearchTest, AnEmptyBorderIsReadOfObsoleteSymbols)
     int number = 0;
     do {
         digits = std::to_string(10000 + number++ % 10000).substr(1);
-        cells = EncodedDotCode(rows, columns, number / 10000, digits);
+        cells = EncodedDotCode(rows, columns, number / 10000, digits, false);
     } while (!isEmpty() && number < 40000);
     ASSERT_LT(number, 40000);
     EXPECT_FALSE(Read(cells, 8));

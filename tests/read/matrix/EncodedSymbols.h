@@ -82,8 +82,9 @@ inline SymbolCells EncodedQR(int version, int level, int mask, std::string text)
     return cells;
 }
 
-/// A symbol of Code Set C: two digits a word, with zeros behind. Rows and columns add up to an odd number.
-inline SymbolCells EncodedDotCode(int rows, int columns, int mask, std::string digits)
+/// A symbol of Code Set C: two digits a word, with zeros behind. Rows and columns add up to an odd number. Cells that
+/// no word fills have dots or none.
+inline SymbolCells EncodedDotCode(int rows, int columns, int mask, std::string digits, bool fillsRest = true)
 {
     using namespace codewords;
     static constexpr std::array<int, 4> weights{0, 3, 7, 17};
@@ -119,7 +120,7 @@ inline SymbolCells EncodedDotCode(int rows, int columns, int mask, std::string d
                 cells.Flip(place.row, place.column);
             }
     }
-    for (int i = dotsOfWords; i < places->Dots(); ++i) // left over
+    for (int i = dotsOfWords; fillsRest && i < places->Dots(); ++i)
         cells.Flip(places->Dot(i).row, places->Dot(i).column);
     return cells;
 }
