@@ -5,6 +5,7 @@
 #include "gauge/EdgeLine.h"
 #include "image/Geometry.h"
 #include "measure/fit/PointHull.h"
+#include "read/matrix/Grading.h"
 
 #include <algorithm>
 #include <cmath>
@@ -214,7 +215,7 @@ void DataMatrixSearch::Keep(const SearchedImage& image, const std::array<XY, 4>&
     search.Add(std::move(symbol));
     if (!search.settings.checkQuality) return;
     KeepSample(corners);
-    Grade(search);
+    Grade(image.polarity, search);
 }
 
 void DataMatrixSearch::KeepSample(const std::array<XY, 4>& corners)
@@ -234,11 +235,13 @@ void DataMatrixSearch::KeepSample(const std::array<XY, 4>& corners)
             sampled_.centers.push_back(plane(places_.centersDown[row], places_.centersAcross[column]));
 }
 
-/// Each symbol has its grades. A rectangle has none, which the decoding reports; those of a square go here.
-void DataMatrixSearch::Grade(SymbolSearch& search)
+/// Each symbol has its grades. A rectangle has none, which the decoding reports.
+void DataMatrixSearch::Grade(CodePolarities polarity, SymbolSearch& search)
 {
-    search.grades.emplace_back();
-    if (layout_.rows != layout_.columns) search.rectangleUngraded = true;
+    const bool isSquare = layout_.rows == layout_.columns;
+    search.grades.push_back(isSquare ? GradeDataMatrix({*search.source, sampled_, polarity, search.reader})
+                                     : QualityGrades{});
+    if (!isSquare) search.rectangleUngraded = true;
 }
 
 std::array<XY, 4> FitSides(const Image& source, const std::array<XY, 4>& corners, CodePolarities polarity,

@@ -2,6 +2,7 @@
 #include "read/matrix/DotCodeSearch.h"
 
 #include "foundation/Angles.h"
+#include "read/matrix/Grading.h"
 
 #include <algorithm>
 #include <array>
@@ -209,8 +210,11 @@ void DotCodeSearch::Keep(Task& task, const CellExtent& extent, CodeViews view)
     record.height = std::round(std::hypot(down.X, down.Y));
     record.angle = ToDegrees(std::atan2(along.Y, along.X));
     record.cellSize = static_cast<float>(std::sqrt(record.width * record.height / (extent.Width() * extent.Height())));
-    if (task.search.settings.checkQuality) Describe(task, extent);
     task.search.Add(std::move(record));
+    if (!task.search.settings.checkQuality) return;
+    Describe(task, extent);
+    task.search.grades.push_back(
+        GradeDotCode({*task.search.source, sampled_, task.polarity, task.search.reader}, view));
 }
 
 void DotCodeSearch::Describe(const Task& task, const CellExtent& extent)

@@ -4,6 +4,7 @@
 #include "foundation/Angles.h"
 #include "image/histogram/LevelCounts.h"
 #include "read/codewords/QRCells.h"
+#include "read/matrix/Grading.h"
 
 #include <algorithm>
 #include <cmath>
@@ -221,8 +222,10 @@ void QRSearch::Keep(Task& task, CodeViews view)
     record.height = std::round(std::hypot(height.X, height.Y));
     record.angle = ToDegrees(std::atan2(-width.X, width.Y));
     record.cellSize = static_cast<float>(std::sqrt(record.width * record.height) / side);
-    if (task.search.settings.checkQuality) lattice_.Describe(cells_, task.rung.scale, sampled_);
     task.search.Add(std::move(record));
+    if (!task.search.settings.checkQuality) return;
+    lattice_.Describe(cells_, task.rung.scale, sampled_);
+    task.search.grades.push_back(GradeQR({*task.search.source, sampled_, task.polarity, task.search.reader}, format_));
 }
 
 } // namespace Tesk::matrix
