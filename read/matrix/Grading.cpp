@@ -139,9 +139,11 @@ public:
         letters_.modulation = grades.modulation;
         letters_.margin = grades.margin;
     }
-    void TakeUnusedError(double unused)
+    /// Of words that were corrected once more: none is left if they became others than the right ones.
+    void TakeUnusedError(double unused, std::span<const std::uint16_t> words, std::span<const std::uint16_t> right)
     {
-        grades_.unusedError = static_cast<float>(unused);
+        const bool same = std::equal(words.begin(), words.end(), right.begin(), right.begin() + std::ssize(words));
+        grades_.unusedError = same ? static_cast<float>(unused) : 0.0f;
         letters_.unusedError = GradeAtLeast(unusedErrorLimits, grades_.unusedError);
     }
     /// Where thick print is well, a negative growth is.
@@ -225,7 +227,7 @@ QualityGrades GradeDataMatrix(const GradedSymbol& symbol)
     cells.Read(*grid, words);
     double unused = 0;
     codewords::CorrectDataMatrix(words, size, unused);
-    grader.TakeUnusedError(unused);
+    grader.TakeUnusedError(unused, words, right);
 
     grader.Letters().patterns = GradeDataMatrixPatterns(grader.Tones(), grader.Scale(), cells);
     grader.TakeGrowth(true);
@@ -261,7 +263,7 @@ QualityGrades GradeQR(const GradedSymbol& symbol, const codewords::QRFormat& for
     cells.Read(*grid, words);
     double unused = 0;
     codewords::CorrectQR(words, cells.Version(), format.level, data, unused);
-    grader.TakeUnusedError(unused);
+    grader.TakeUnusedError(unused, words, right);
 
     grader.Letters().patterns = GradeQRPatterns(grader.Tones(), grader.Scale(), cells);
     const QRInformationGrades information = GradeQRInformation(grader.Tones(), grader.Scale(), cells.Version(), format);
@@ -311,7 +313,8 @@ QualityGrades GradeDotCode(const GradedSymbol& symbol, CodeViews view)
     cells.Read([&](int row, int column) { return grader.IsDark(row, column); }, words);
     double unused = 0;
     codewords::CorrectDotCode(words, unused);
-    grader.TakeUnusedError(unused);
+    words.resize(static_cast<std::size_t>(blocks.words)); // the one left over is not corrected
+    grader.TakeUnusedError(unused, words, right);
 
     grader.Letters().patterns = GradeDotCodePatterns(grader.Tones(), grader.Scale(), wrongBorderDots, borderDots);
     grader.TakeGrowth(false);
