@@ -106,7 +106,8 @@ public:
     /// (`CannotRead`, with the reason), lack of memory (`CannotAllocate`); and with `CheckQuality` a rectangular Data
     /// Matrix, which is read all the same (`UnsupportedType`).
     bool Decode(const Image& Src);
-    /// Shows a symbol in the results; the form without the image clears them for a negative index. Refused: an index
+    /// Shows a symbol in the results, with the quality that it was found to have when it was read; the form without the
+    /// image clears them for a negative index. Refused: an index
     /// beyond the symbols (`OutOfRange`); without the image, when quality is asked for (`UnsupportedType`).
     void Choose(int DecodedIndex, const Image& Src);
     void Choose(int DecodedIndex);

@@ -25,23 +25,6 @@ constexpr std::int64_t workOfBorders = 20000;
 /// The share of wrong cells in the borders of a symbol that a closer look believes.
 constexpr double mostWrongBorder = 0.2;
 
-double Distance(XY a, XY b)
-{
-    return std::hypot(b.X - a.X, b.Y - a.Y);
-}
-
-/// The sides of a cell.
-struct CellSides
-{
-    double width, height;
-};
-
-CellSides SidesOf(const std::array<XY, 4>& p, const SymbolLayout& layout)
-{
-    return {(Distance(p[0], p[1]) + Distance(p[2], p[3])) / (2 * layout.columns),
-            (Distance(p[3], p[0]) + Distance(p[1], p[2])) / (2 * layout.rows)};
-}
-
 SizeRange RangeOf(const SearchSettings& settings)
 {
     return {std::clamp<int>(settings.sizeFrom, Size10, Size16x48), std::clamp<int>(settings.sizeTo, Size10, Size16x48)};
@@ -133,7 +116,7 @@ bool DataMatrixSearch::ReadOutline(const SearchedImage& image, std::span<const S
     }
     std::array<XY, 4> corners = Scaled(layout_.corners, image.rung.scale);
     if (search.settings.accurateEdges) {
-        const auto [width, height] = SidesOf(corners, layout_);
+        const auto [width, height] = SidesOf(corners, layout_.rows, layout_.columns);
         corners = FitSides(*search.source, corners, image.polarity, std::trunc(width + height));
     }
     Keep(image, corners, search);
@@ -198,7 +181,7 @@ bool DataMatrixSearch::HasBorders() const
 
 void DataMatrixSearch::Keep(const SearchedImage& image, const std::array<XY, 4>& corners, SymbolSearch& search)
 {
-    const auto [width, height] = SidesOf(corners, layout_);
+    const auto [width, height] = SidesOf(corners, layout_.rows, layout_.columns);
     SymbolRecord symbol;
     symbol.Take(search.reader.Text());
     symbol.symbology = CodeDataMatrix;
