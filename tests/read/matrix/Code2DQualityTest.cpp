@@ -1,12 +1,15 @@
 // The quality that a reader of matrix codes shows of the symbols that it has read.
 #include "read/Code2DReader.h"
 
+#include "read/codewords/DataMatrixCells.h"
 #include "read/matrix/EncodedSymbols.h"
 #include "read/matrix/Rendered.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
+#include <memory>
 #include <numbers>
 #include <string>
 
@@ -62,6 +65,27 @@ TEST_F(Code2DQualityTest, PerfectSymbolsOfEachFamilyAreAllA)
     EXPECT_EQ(Decoded(), "A AAAAAAAAAAA");
     paint(EncodedDotCode(18, 17, 1, "42"), 255, 0, 0.95);
     EXPECT_EQ(Decoded(), "A AAAAAAAAAAA");
+}
+
+TEST_F(Code2DQualityTest, CorrectedWordsUseUpTheUnusedError)
+{
+    // 10 words of the 20 check words of this size can be corrected.
+    const auto places = std::make_unique<codewords::DataMatrixCells>();
+    places->Prepare(Size22);
+    SymbolCells cells = medium_;
+    const std::string letters = "AAAABBCDFFF";
+    for (int wrong = 0; wrong <= 10; ++wrong) {
+        for (int i = 0; i < 22 * 22; ++i)
+            if (const auto module = places->At(i / 22, i % 22); module.IsData() && module.Word() == wrong - 1) {
+                cells.Flip(i / 22, i % 22);
+                break;
+            }
+        Blank(image_, 300, 300, 255);
+        Paint(cells, Homography::Turned({39.5, 39.5}, 8), image_, {0, 255});
+        const char letter = letters[static_cast<std::size_t>(wrong)];
+        EXPECT_EQ(Decoded(), std::string(1, letter) + " AAAAA" + letter + "A" + letter + "A") << wrong;
+        EXPECT_FLOAT_EQ(reader_.UnusedError, 1 - static_cast<float>(wrong) / 10);
+    }
 }
 
 TEST_F(Code2DQualityTest, TurnedMirroredAndReducedSymbolsKeepTheirGrades)
