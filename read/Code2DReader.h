@@ -93,9 +93,16 @@ public:
 
     /// \name Quality of the symbol chosen, in the manner of ISO/IEC 15415
     /// @{
-    Field<float> SymbolContrast, ContrastUniformity, AxialNonUniformity, GridNonUniformity, UnusedError;
-    Field<float> PrintGrowthHorizontal, PrintGrowthVertical;
-    ReadOnlyText<char, Code2DReader> AsciiGrades; ///< the overall grade, a blank, a letter for each; "F" without
+    Field<float> SymbolContrast;     ///< the light mean less the dark one, over 255
+    Field<float> ContrastUniformity; ///< the least modulation of a cell of data, about 1 where all are alike
+    Field<float> AxialNonUniformity; ///< how far the sides of cells differ, over their mean
+    Field<float> GridNonUniformity;  ///< how far a node of the grid is from its place, over the diagonal of a cell
+    Field<float> UnusedError;        ///< the share of the correction that the worst block has left
+    Field<float> PrintGrowthHorizontal, PrintGrowthVertical; ///< 0 as drawn, 1 too thin, -1 too thick
+    /// The overall grade, a blank, and the letters of contrast, print growth in both directions, axial nonuniformity,
+    /// grid nonuniformity, unused error, modulation, reflectance margin and fixed pattern damage; of QR and DotCode
+    /// those of format and version too. "F" without.
+    ReadOnlyText<char, Code2DReader> AsciiGrades;
     ReadOnlyText<wchar_t, Code2DReader> UnicodeGrades;
     /// @}
 
@@ -106,8 +113,9 @@ public:
     /// (`CannotRead`, with the reason), lack of memory (`CannotAllocate`); and with `CheckQuality` a rectangular Data
     /// Matrix, which is read all the same (`UnsupportedType`).
     bool Decode(const Image& Src);
-    /// Shows a symbol in the results; the form without the image clears them for a negative index. Refused: an index
-    /// beyond the symbols (`OutOfRange`); without the image, when quality is asked for (`UnsupportedType`).
+    /// Shows a symbol in the results, with the quality that it was found to have when it was read; the form without the
+    /// image clears them for a negative index. Refused: an index beyond the symbols (`OutOfRange`); without the image,
+    /// when quality is asked for (`UnsupportedType`).
     void Choose(int DecodedIndex, const Image& Src);
     void Choose(int DecodedIndex);
     /// A corner of the symbol chosen, in pixels of the store: 0 lower left, where the solid sides of a Data Matrix

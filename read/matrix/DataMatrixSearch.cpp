@@ -5,6 +5,7 @@
 #include "gauge/EdgeLine.h"
 #include "image/Geometry.h"
 #include "measure/fit/PointHull.h"
+#include "read/matrix/Grading.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,23 +24,6 @@ constexpr std::int64_t workOfPixel = 4;
 constexpr std::int64_t workOfBorders = 20000;
 /// The share of wrong cells in the borders of a symbol that a closer look believes.
 constexpr double mostWrongBorder = 0.2;
-
-double Distance(XY a, XY b)
-{
-    return std::hypot(b.X - a.X, b.Y - a.Y);
-}
-
-/// The sides of a cell.
-struct CellSides
-{
-    double width, height;
-};
-
-CellSides SidesOf(const std::array<XY, 4>& p, const SymbolLayout& layout)
-{
-    return {(Distance(p[0], p[1]) + Distance(p[2], p[3])) / (2 * layout.columns),
-            (Distance(p[3], p[0]) + Distance(p[1], p[2])) / (2 * layout.rows)};
-}
 
 SizeRange RangeOf(const SearchSettings& settings)
 {
@@ -132,7 +116,7 @@ bool DataMatrixSearch::ReadOutline(const SearchedImage& image, std::span<const S
     }
     std::array<XY, 4> corners = Scaled(layout_.corners, image.rung.scale);
     if (search.settings.accurateEdges) {
-        const auto [width, height] = SidesOf(corners, layout_);
+        const auto [width, height] = SidesOf(corners, layout_.rows, layout_.columns);
         corners = FitSides(*search.source, corners, image.polarity, std::trunc(width + height));
     }
     Keep(image, corners, search);
@@ -197,7 +181,7 @@ bool DataMatrixSearch::HasBorders() const
 
 void DataMatrixSearch::Keep(const SearchedImage& image, const std::array<XY, 4>& corners, SymbolSearch& search)
 {
-    const auto [width, height] = SidesOf(corners, layout_);
+    const auto [width, height] = SidesOf(corners, layout_.rows, layout_.columns);
     SymbolRecord symbol;
     symbol.Take(search.reader.Text());
     symbol.symbology = CodeDataMatrix;
@@ -214,7 +198,7 @@ void DataMatrixSearch::Keep(const SearchedImage& image, const std::array<XY, 4>&
     search.Add(std::move(symbol));
     if (!search.settings.checkQuality) return;
     KeepSample(corners);
-    Grade(search);
+    Grade(image.polarity, search);
 }
 
 void DataMatrixSearch::KeepSample(const std::array<XY, 4>& corners)
@@ -234,11 +218,13 @@ void DataMatrixSearch::KeepSample(const std::array<XY, 4>& corners)
             sampled_.centers.push_back(plane(places_.centersDown[row], places_.centersAcross[column]));
 }
 
-/// Each symbol has its grades. A rectangle has none, which the decoding reports; those of a square go here.
-void DataMatrixSearch::Grade(SymbolSearch& search)
+/// Each symbol has its grades. A rectangle has none, which the decoding reports.
+void DataMatrixSearch::Grade(CodePolarities polarity, SymbolSearch& search)
 {
-    search.grades.emplace_back();
-    if (layout_.rows != layout_.columns) search.rectangleUngraded = true;
+    const bool isSquare = layout_.rows == layout_.columns;
+    search.grades.push_back(isSquare ? GradeDataMatrix({*search.source, sampled_, polarity, search.reader})
+                                     : QualityGrades{});
+    if (!isSquare) search.rectangleUngraded = true;
 }
 
 std::array<XY, 4> FitSides(const Image& source, const std::array<XY, 4>& corners, CodePolarities polarity,

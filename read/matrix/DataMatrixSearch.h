@@ -58,7 +58,7 @@ private:
     Outcome Correct(const SearchedImage& image, CellVote vote, SymbolSearch& search);
     void Keep(const SearchedImage& image, const std::array<XY, 4>& corners, SymbolSearch& search);
     void KeepSample(const std::array<XY, 4>& corners);
-    void Grade(SymbolSearch& search);
+    void Grade(CodePolarities polarity, SymbolSearch& search);
 
     DarkComponents components_;
     std::vector<RowExtent> rows_, merged_;

@@ -2,6 +2,7 @@
 #include "read/matrix/DotCodeSearch.h"
 
 #include "foundation/Angles.h"
+#include "read/matrix/Grading.h"
 
 #include <algorithm>
 #include <array>
@@ -21,6 +22,14 @@ constexpr int longestEmptyLine = 15;
 constexpr std::size_t mostExtents = 15;
 /// A dot is no seed any more after so many lattices that were not read.
 constexpr int mostFailures = 3;
+/// Uneven and tiny dots; faint ones; those that join unless only their middles are taken.
+constexpr DotRules closerRules[] = {
+    {.leastArea = 3, .smallestShare = 0.3, .largestShare = 2.5},
+    {.leastContrast = 7, .leastArea = 3, .smallestShare = 0.4, .largestShare = 2.5},
+    {.leastContrast = 30, .leastArea = 2, .smallestShare = 0.3, .largestShare = 3},
+    {.boxSize = 9, .leastContrast = 10, .leastArea = 2, .smallestShare = 0.3, .largestShare = 3},
+    {.boxSize = 71, .leastContrast = 50, .leastArea = 3, .smallestShare = 0.3, .largestShare = 2.5},
+};
 
 /// Offsets inward at which a side may stand.
 struct SideOffsets
@@ -64,8 +73,21 @@ void DotCodeSearch::Correct(double lengthX, double angleX, double lengthY, doubl
 bool DotCodeSearch::Search(const Rung& rung, CodePolarities polarity, SymbolSearch& search)
 {
     search.failure.Raise(noDots);
-    if (!field_.Find(rung.image, polarity, deformation_)) return false;
     Task task{rung, search, polarity};
+    bool any = false;
+    if (effort_ == 0)
+        any = SearchDots(task, DotRules());
+    else
+        for (const DotRules& rules : closerRules)
+            if (!search.IsFull()) any = SearchDots(task, rules) || any;
+    if (any) search.failure.state = codewords::SymbolRead;
+    return any;
+}
+
+bool DotCodeSearch::SearchDots(Task& task, const DotRules& rules)
+{
+    SymbolSearch& search = task.search;
+    if (!field_.Find(task.rung.image, task.polarity, deformation_, rules)) return false;
     bool any = false;
     auto& dots = field_.Dots();
     for (int seed = static_cast<int>(dots.size()) - 1; seed >= 0 && !search.IsFull(); --seed) {
@@ -81,7 +103,6 @@ bool DotCodeSearch::Search(const Rung& rung, CodePolarities polarity, SymbolSear
         });
         any = any || read;
     }
-    if (any) search.failure.state = codewords::SymbolRead;
     return any;
 }
 
@@ -189,8 +210,11 @@ void DotCodeSearch::Keep(Task& task, const CellExtent& extent, CodeViews view)
     record.height = std::round(std::hypot(down.X, down.Y));
     record.angle = ToDegrees(std::atan2(along.Y, along.X));
     record.cellSize = static_cast<float>(std::sqrt(record.width * record.height / (extent.Width() * extent.Height())));
-    if (task.search.settings.checkQuality) Describe(task, extent);
     task.search.Add(std::move(record));
+    if (!task.search.settings.checkQuality) return;
+    Describe(task, extent);
+    task.search.grades.push_back(
+        GradeDotCode({*task.search.source, sampled_, task.polarity, task.search.reader}, view));
 }
 
 void DotCodeSearch::Describe(const Task& task, const CellExtent& extent)

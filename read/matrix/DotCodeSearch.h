@@ -17,6 +17,10 @@ public:
     /// Adds the symbols of the rung that are of one polarity, until the search is full. Returns whether one was read.
     bool Search(const Rung& rung, CodePolarities polarity, SymbolSearch& search);
 
+    /// 0, as at first, for dots that stand out clearly; 1 looks instead for faint, joined, uneven and tiny ones, at
+    /// several times the cost. Holds until it is set again.
+    void SetEffort(int effort) { effort_ = effort; }
+
     /// Takes the deformation out of each dot's place: two vectors by length and angle, in radians, that a straight
     /// lattice's axes became. Vectors on a line are taken for no deformation.
     void Correct(double lengthX, double angleX, double lengthY, double angleY);
@@ -29,6 +33,7 @@ public:
 private:
     struct Task; ///< the search at hand
 
+    bool SearchDots(Task& task, const DotRules& rules);
     bool ReadLattice(Task& task);
     void ListExtents(const SearchSettings& settings);
     bool ReadExtent(Task& task, const CellExtent& extent, CodeViews view);
@@ -41,6 +46,7 @@ private:
     std::vector<CellExtent> extents_;
     SampledSymbol sampled_;
     bool firstCell_ = true;
+    int effort_ = 0;
 };
 
 } // namespace Tesk::matrix

@@ -12,9 +12,6 @@ namespace Tesk::matrix {
 
 namespace {
 
-constexpr int boxSize = 35, leastContrast = 15;
-constexpr int leastArea = 6;
-constexpr double smallestShare = 0.6, largestShare = 1.7; ///< of the usual area
 constexpr double areaWindow = 2, pitchWindow = 1.41;
 /// A dot's neighbour lies within so many of its widths.
 constexpr double nearestReach = 4;
@@ -37,11 +34,6 @@ std::size_t Densest(const std::vector<double>& sorted, double ratio)
     return best;
 }
 
-bool IsUsual(double value, double usual)
-{
-    return value >= smallestShare * usual && value <= largestShare * usual;
-}
-
 double SquaredLength(XY v)
 {
     return v.X * v.X + v.Y * v.Y;
@@ -59,8 +51,9 @@ void Deformation::Set(XY x, XY y)
     }
 }
 
-bool DotField::Find(const Image& gray, CodePolarities polarity, const Deformation& deformation)
+bool DotField::Find(const Image& gray, CodePolarities polarity, const Deformation& deformation, const DotRules& rules)
 {
+    rules_ = rules;
     return FindSpots(gray, polarity, deformation) && KeepTypical() && FindPitch();
 }
 
@@ -68,7 +61,8 @@ bool DotField::FindSpots(const Image& gray, CodePolarities polarity, const Defor
 {
     const int width = gray.Width, height = gray.Height;
     if (means_.Fit(width, height, Gray) != NoError) throw std::bad_alloc();
-    filters::BoxMeans(gray, boxSize, boxSize, means_);
+    filters::BoxMeans(gray, rules_.boxSize, rules_.boxSize, means_);
+    const int leastContrast = rules_.leastContrast;
     dark_.resize(static_cast<std::size_t>(width) + 1);
     labels_.clear();
     spots_.clear();
@@ -154,7 +148,7 @@ bool DotField::TakeSpots(int width, int height, const Deformation& deformation)
 {
     dots_.clear();
     for (const Spot& spot : spots_) {
-        if (spot.area < leastArea) continue;
+        if (spot.area < rules_.leastArea) continue;
         if (spot.left == 0 || spot.top == 0 || spot.right == width || spot.bottom == height) continue;
         const int w = spot.right - spot.left, h = spot.bottom - spot.top;
         if (w > 2 * h || h > 2 * w || std::int64_t{w} * h > 2 * std::int64_t{spot.area}) continue;
@@ -169,6 +163,11 @@ bool DotField::TakeSpots(int width, int height, const Deformation& deformation)
         dots_.push_back(dot);
     }
     return dots_.size() >= fewestDots;
+}
+
+bool DotField::IsUsual(double value, double usual) const
+{
+    return value >= rules_.smallestShare * usual && value <= rules_.largestShare * usual;
 }
 
 bool DotField::KeepTypical()

@@ -40,6 +40,15 @@ struct Dot
     int Box() const { return boxWidth * boxHeight; }
 };
 
+/// What is taken for a dot.
+struct DotRules
+{
+    int boxSize = 35;       ///< of the square whose mean a dot is compared with
+    int leastContrast = 15; ///< to that mean
+    int leastArea = 6;
+    double smallestShare = 0.6, largestShare = 1.7; ///< of the usual area, and box
+};
+
 class DotField
 {
 public:
@@ -48,7 +57,7 @@ public:
 
     /// Finds round spots, darker than what is around or with `WhiteOnBlack` lighter, that have the size of most and a
     /// common distance. False if there are fewer than `fewestDots`, or too many to tell. Throws `std::bad_alloc`.
-    bool Find(const Image& gray, CodePolarities polarity, const Deformation& deformation);
+    bool Find(const Image& gray, CodePolarities polarity, const Deformation& deformation, const DotRules& rules);
 
     std::vector<Dot>& Dots() { return dots_; }
     const std::vector<Dot>& Dots() const { return dots_; }
@@ -78,6 +87,7 @@ private:
     void Join(int a, int b);
     bool TakeSpots(int width, int height, const Deformation& deformation);
     bool KeepTypical();
+    bool IsUsual(double value, double usual) const;
     bool FindPitch();
     void Hash(double cell);
     std::size_t Bucket(std::int64_t column, std::int64_t row) const;
@@ -92,6 +102,7 @@ private:
     std::vector<Dot> dots_;
     std::vector<double> sorted_;
     std::vector<int> buckets_;
+    DotRules rules_;
     double cell_ = 1, squaredPitch_ = 1;
 };
 

@@ -140,9 +140,14 @@ bool DotLattice::FitAround(const DotField& field, int seed, CellMap& map)
 bool DotLattice::Grow(const DotField& field, int seed)
 {
     CellMap map;
+    if (!FindVectors(field, seed, map) || !FitAround(field, seed, map)) {
+        // Most seeds of a texture end here: an empty table would cost more than the test.
+        isEmpty_ = true;
+        return false;
+    }
+    isEmpty_ = false;
     table_.fill(unseen);
-    return FindVectors(field, seed, map) && FitAround(field, seed, map) && Walk(field, map) &&
-           extent_.Width() * extent_.Height() >= fewestCells;
+    return Walk(field, map) && extent_.Width() * extent_.Height() >= fewestCells;
 }
 
 bool DotLattice::Walk(const DotField& field, const CellMap& map)

@@ -51,6 +51,7 @@ public:
     template <typename F>
     void EachDot(F f) const
     {
+        if (isEmpty_) return;
         for (const std::int16_t dot : table_)
             if (dot >= 0) f(int{dot});
     }
@@ -80,6 +81,7 @@ private:
 
     std::array<std::int16_t, std::size_t{side} * side> table_;
     std::array<std::uint8_t, std::size_t{side} * side> tries_; ///< `mostTries` where a node is finished
+    bool isEmpty_ = true;                                      ///< nothing was entered in the table
     std::vector<Walker> walkers_;
     CellExtent extent_;
     std::vector<int> nodeColumns_, nodeRows_;

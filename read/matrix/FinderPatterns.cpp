@@ -195,21 +195,16 @@ void FinderPatterns::Search(const BinaryImage& image)
         });
 }
 
-bool FinderPatterns::FindAlignment(const BinaryImage& image, const SearchArea& area, XY near, FinderRecord& found)
+void FinderPatterns::ListAlignments(const BinaryImage& image, const SearchArea& area)
 {
-    const auto distance = [&](const FinderRecord& record) {
-        return std::hypot(record.center.X - near.X, record.center.Y - near.Y);
-    };
-    bool any = false;
-    for (int y = std::max(area.y, 0); y < std::min(area.endY, image.Height()); ++y) {
-        const SearchArea clipped{std::max(area.x, 0), y, std::min(area.endX, image.Width()), y + 1};
+    list_.clear();
+    const SearchArea clipped{std::max(area.x, 0), std::max(area.y, 0), std::min(area.endX, image.Width()),
+                             std::min(area.endY, image.Height())};
+    for (int y = clipped.y; y < clipped.endY && list_.size() < mostFinders; ++y)
         SearchRow(image, Alignment, y, clipped, [&](const FinderRecord& record) {
-            if (!any || distance(record) < distance(found)) found = record;
-            any = true;
-            return true;
+            list_.push_back(record);
+            return list_.size() < mostFinders;
         });
-    }
-    return any;
 }
 
 } // namespace Tesk::matrix

@@ -5,7 +5,9 @@
 #include "read/matrix/BinaryImage.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 namespace Tesk::matrix {
@@ -33,8 +35,21 @@ public:
 
     /// Finds the finder patterns of an image, at most `mostFinders`.
     void Search(const BinaryImage& image);
-    /// Finds the alignment pattern whose middle is nearest to a place, within an area.
-    bool FindAlignment(const BinaryImage& image, const SearchArea& area, XY near, FinderRecord& found);
+    /// Finds the alignment pattern whose middle is nearest to a place, within an area, among those for which
+    /// `fits(record)` holds.
+    template <typename Fits>
+    bool FindAlignment(const BinaryImage& image, const SearchArea& area, XY near, Fits fits, FinderRecord& found)
+    {
+        ListAlignments(image, area);
+        double least = std::numeric_limits<double>::max();
+        for (const FinderRecord& record : list_) {
+            const double distance = std::hypot(record.center.X - near.X, record.center.Y - near.Y);
+            if (distance >= least || !fits(record)) continue;
+            least = distance;
+            found = record;
+        }
+        return least < std::numeric_limits<double>::max();
+    }
 
     std::vector<FinderRecord>& List() { return list_; }
 
@@ -52,6 +67,7 @@ private:
         std::array<Site, 8> inner, outer; ///< dark pixels beside the transitions next to the centre, and of the ring
     };
 
+    void ListAlignments(const BinaryImage& image, const SearchArea& area);
     void FindTransitions(const BinaryImage& image, int y, int x, int endX);
     bool TestRow(Form form, std::size_t first, int y, Candidate& candidate) const;
     static bool TestLine(const BinaryImage& image, Form form, std::size_t line, Candidate& candidate);

@@ -65,14 +65,11 @@ bool ArePaired(const BinaryImage& image, const FinderRecord& a, const FinderReco
     if (!AreAlike(a.size, b.size)) return false;
     const double size = (a.size + b.size) / 2, distance = Length(b.center - a.center);
     if (distance < leastDistance * size || distance > largestDistance * size) return false;
-    int transitions = 0;
-    double run = 0;
+    int transitions = 0, run = 0;
     bool last = true, tooLong = false;
-    // A line of steps along the longer axis is shorter in steps than in pixels.
-    const double length = distance / std::max(StepsOf(a.center, b.center), 1);
     EachPixel(image, a.center, b.center, [&](bool dark) {
         transitions += dark != last;
-        run = dark == last ? run + length : length;
+        run = dark == last ? run + 1 : 1;
         last = dark;
         tooLong = run > 2 * size;
         return !tooLong;
@@ -133,6 +130,15 @@ XY FinderTriple::InnerCell(std::size_t i) const
 {
     const FinderFrame& frame = frames_[i];
     const double along = i == 1 ? -ringModules : ringModules, down = i == 2 ? -ringModules : ringModules;
+    return frame.center + along * frame.along + down * frame.down;
+}
+
+XY FinderTriple::PlaceBeside(int side, int column, int row) const
+{
+    const FinderFrame& frame = frames_[2 * column > side ? 1 : 2 * row > side ? 2 : 0];
+    const double far = side - 1 - ringModules;
+    const double along = column - (&frame == &frames_[1] ? far : ringModules);
+    const double down = row - (&frame == &frames_[2] ? far : ringModules);
     return frame.center + along * frame.along + down * frame.down;
 }
 

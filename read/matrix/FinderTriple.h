@@ -35,6 +35,8 @@ public:
     /// meet it: the cell of its ring that is nearest to the others.
     XY InnerCell(std::size_t i) const;
 
+    /// The middle of a cell of a symbol of so many cells a side, by the pattern nearest to it.
+    XY PlaceBeside(int side, int column, int row) const;
     /// The cells a side that the timing line of the first row tells, or that of the first column; 0 if it does not tell
     /// any side near the estimate.
     int SideByTiming(const BinaryImage& image, std::size_t toward) const;

@@ -14,7 +14,12 @@ constexpr double windowModules = 5;
 constexpr double leastWindow = 10; ///< in pixels
 /// An alignment pattern's light ring is 3 modules wide; seen turned, and of few pixels, it may look so much wider.
 constexpr double largestRing = 6, smallestRing = 1.5;
+/// Cells of a pattern that have to be right. Single dark modules in the data have four fewer, as a rule.
+constexpr int fewestAlike = 20;
+constexpr double farthestPlace = 1e5;
 constexpr int margin = 4;
+/// The distance of the fourth corner from the eye over that of the first.
+constexpr double leastFourth = 0.3;
 
 double Length(XY v)
 {
@@ -23,26 +28,77 @@ double Length(XY v)
 
 } // namespace
 
-bool QRLattice::SetByFinders(const FinderTriple& finders, int side)
+bool QRLattice::SetByFinders(const FinderTriple& finders, int side, bool perspective)
 {
     side_ = side;
     patchCount_ = 0;
     const double first = finderMiddle, last = side - 1 - finderMiddle;
     const XY a = finders[0].center, b = finders[1].center, c = finders[2].center;
-    return plain_.Set({XY(first, first), XY(last, first), XY(last, last), XY(first, last)}, {a, b, b + c - a, c});
+    XY fourth = b + c - a;
+    if (perspective) {
+        // A module along a line is as long as the square of its distance from the eye is short.
+        const double far1 = std::sqrt(Length(finders[0].along) / Length(finders[1].along));
+        const double far2 = std::sqrt(Length(finders[0].down) / Length(finders[2].down)), far3 = far1 + far2 - 1;
+        if (!(far3 > leastFourth)) return false;
+        fourth = 1 / far3 * (far1 * b + far2 * c - a);
+    }
+    return plain_.Set({XY(first, first), XY(last, first), XY(last, last), XY(first, last)}, {a, b, fourth, c});
 }
 
-/// From the neighbours that are known: the last of the row or column and its end, or the three of a patch.
+XY QRLattice::PlainNode(std::size_t row, std::size_t column) const
+{
+    return PlainPlace(lines_.centres[column], lines_.centres[row]);
+}
+
+/// How far the neighbours that are known lie off the plain map tells how far this one does: the last of the row or
+/// column and its end, or the three of a patch.
 XY QRLattice::Predict(std::size_t row, std::size_t column)
 {
     const auto last = static_cast<std::size_t>(lines_.count - 1);
-    const auto share = [&](std::size_t i, std::size_t from, std::size_t to) {
-        return static_cast<double>(lines_.centres[i] - lines_.centres[from]) /
-               (lines_.centres[to] - lines_.centres[from]);
+    const auto share = [&](std::size_t i) {
+        return static_cast<double>(lines_.centres[i] - lines_.centres[i - 1]) /
+               (lines_.centres[last] - lines_.centres[i - 1]);
     };
-    if (row == 0) return Node(0, column - 1) + share(column, column - 1, last) * (Node(0, last) - Node(0, column - 1));
-    if (column == 0) return Node(row - 1, 0) + share(row, row - 1, last) * (Node(last, 0) - Node(row - 1, 0));
-    return Node(row - 1, column) + (Node(row, column - 1) - Node(row - 1, column - 1));
+    const auto off = [&](std::size_t r, std::size_t c) { return Node(r, c) - PlainNode(r, c); };
+    const XY plain = PlainNode(row, column);
+    if (lines_.count == 2) return plain;
+    if (row == 0) return plain + off(0, column - 1) + share(column) * (off(0, last) - off(0, column - 1));
+    if (column == 0) return plain + off(row - 1, 0) + share(row) * (off(last, 0) - off(row - 1, 0));
+    return plain + off(row - 1, column) + (off(row, column - 1) - off(row - 1, column - 1));
+}
+
+/// How many of the 5 x 5 cells about a place are as those of an alignment pattern.
+int QRLattice::CellsAlike(const BinaryImage& image, XY center) const
+{
+    int alike = 0;
+    for (int row = -2; row <= 2; ++row)
+        for (int column = -2; column <= 2; ++column) {
+            const XY at = center + static_cast<double>(column) * along_ + static_cast<double>(row) * down_;
+            const int x = static_cast<int>(std::floor(at.X + 0.5)), y = static_cast<int>(std::floor(at.Y + 0.5));
+            const bool dark = image.Holds(x, y) && image.IsDark(x, y);
+            alike += dark == (std::max(std::abs(row), std::abs(column)) != 1);
+        }
+    return alike;
+}
+
+/// Moves a predicted place to the pattern nearest to it.
+bool QRLattice::FindPattern(const BinaryImage& image, FinderPatterns& patterns, XY& place) const
+{
+    const double module = (Length(along_) + Length(down_)) / 2;
+    const double half = std::max(windowModules * module, leastWindow) / 2;
+    // The rows of the window cut through the middle; the pattern around must be in the area.
+    const double around = half + 2.5 * module;
+    const SearchArea area{static_cast<int>(std::floor(place.X - around)), static_cast<int>(std::floor(place.Y - half)),
+                          static_cast<int>(std::ceil(place.X + around)) + 1,
+                          static_cast<int>(std::ceil(place.Y + half)) + 1};
+    FinderRecord found;
+    const auto fits = [&](const FinderRecord& record) {
+        return record.size >= smallestRing * module && record.size <= largestRing * module &&
+               CellsAlike(image, record.center) >= fewestAlike;
+    };
+    if (!patterns.FindAlignment(image, area, place, fits, found)) return false;
+    place = found.center;
+    return true;
 }
 
 bool QRLattice::SetByAlignment(const FinderTriple& finders, int version, const BinaryImage& image,
@@ -54,26 +110,16 @@ bool QRLattice::SetByAlignment(const FinderTriple& finders, int version, const B
     Node(0, 0) = finders.InnerCell(0);
     Node(0, lines - 1) = finders.InnerCell(1);
     Node(lines - 1, 0) = finders.InnerCell(2);
-    const double modules = side_ - 1 - 2 * finderMiddle;
-    const double module =
-        (Length(finders[1].center - finders[0].center) + Length(finders[2].center - finders[0].center)) / (2 * modules);
-    const double window = std::max(windowModules * module, leastWindow);
     for (std::size_t row = 0; row < lines; ++row)
         for (std::size_t column = 0; column < lines; ++column) {
             if (!lines_.Has(static_cast<int>(row), static_cast<int>(column))) continue;
-            const XY place = lines == 2 ? PlainPlace(lines_.centres[1], lines_.centres[1]) : Predict(row, column);
-            Node(row, column) = place;
-            // The rows of the window cut through the middle; the pattern around must be in the area.
-            const double half = window / 2, around = half + 2.5 * module;
-            if (!(std::abs(place.X) < 1e5 && std::abs(place.Y) < 1e5)) return false;
-            const SearchArea area{
-                static_cast<int>(std::floor(place.X - around)), static_cast<int>(std::floor(place.Y - half)),
-                static_cast<int>(std::ceil(place.X + around)) + 1, static_cast<int>(std::ceil(place.Y + half)) + 1};
-            FinderRecord found;
-            if (!patterns.FindAlignment(image, area, place, found)) continue;
-            const bool fits = found.size >= smallestRing * module && found.size <= largestRing * module &&
-                              Length(found.center - place) <= window;
-            if (fits) Node(row, column) = found.center;
+            XY& place = Node(row, column);
+            place = Predict(row, column);
+            if (!(std::abs(place.X) < farthestPlace && std::abs(place.Y) < farthestPlace)) return false;
+            const double x = lines_.centres[column], y = lines_.centres[row];
+            along_ = PlainPlace(x + 0.5, y) - PlainPlace(x - 0.5, y);
+            down_ = PlainPlace(x, y + 0.5) - PlainPlace(x, y - 0.5);
+            FindPattern(image, patterns, place);
         }
     if (lines > 2) return SetPatches();
     const double first = finderMiddle, last = side_ - 1 - finderMiddle, inner = lines_.centres[1];

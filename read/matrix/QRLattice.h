@@ -19,9 +19,10 @@ namespace Tesk::matrix {
 class QRLattice
 {
 public:
-    /// The map of a symbol of so many cells a side of which the finder patterns alone are known.
-    bool SetByFinders(const FinderTriple& finders, int side);
-    /// Looks for the alignment patterns of the version.
+    /// The map of a symbol of so many cells a side of which the finder patterns alone are known: their middles make a
+    /// parallelogram, or with `perspective` a figure as their modules become smaller.
+    bool SetByFinders(const FinderTriple& finders, int side, bool perspective);
+    /// Looks for the alignment patterns of the version, near to where the finder patterns tell.
     bool SetByAlignment(const FinderTriple& finders, int version, const BinaryImage& image, FinderPatterns& patterns);
 
     /// The pixel of the middle of a cell where the finder patterns alone tell it.
@@ -38,11 +39,15 @@ private:
     static constexpr std::size_t mostLines = 7;
 
     XY& Node(std::size_t row, std::size_t column) { return nodes_[row * mostLines + column]; }
+    XY PlainNode(std::size_t row, std::size_t column) const;
     XY Predict(std::size_t row, std::size_t column);
+    bool FindPattern(const BinaryImage& image, FinderPatterns& patterns, XY& place) const;
+    int CellsAlike(const BinaryImage& image, XY center) const;
     bool SetPatches();
     std::size_t PatchOf(double at) const;
 
     int side_ = 0;
+    XY along_{1, 0}, down_{0, 1}; ///< of a cell at the pattern that is looked for
     codewords::QRAlignment lines_;
     PerspectiveMap plain_;
     std::array<XY, mostLines * mostLines> nodes_{};

@@ -4,6 +4,7 @@
 #include "foundation/Angles.h"
 #include "image/histogram/LevelCounts.h"
 #include "read/codewords/QRCells.h"
+#include "read/matrix/Grading.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,6 +14,8 @@ namespace Tesk::matrix {
 namespace {
 
 constexpr int boxSize = 51, boxOffset = 10;
+/// A texture may make a triple of any three of its patterns: so many are looked at.
+constexpr int mostTriples = 2000;
 constexpr int noFinders = 100, noGeometry = 101, noFormat = 102;
 
 } // namespace
@@ -22,6 +25,7 @@ struct QRSearch::Task
     const Rung& rung;
     SymbolSearch& search;
     CodePolarities polarity;
+    int triplesLeft = mostTriples;
 };
 
 void QRSearch::Preset(const std::array<Site, 3>& finders, int size)
@@ -70,16 +74,26 @@ void QRSearch::ListFinders(const Rung& rung)
     }
 }
 
+void QRSearch::FindPairs()
+{
+    const auto& list = patterns_.List();
+    pairs_.assign(list.size() * list.size(), false);
+    for (std::size_t i = 0; i < list.size(); ++i)
+        for (std::size_t j = i + 1; j < list.size(); ++j)
+            pairs_[i * list.size() + j] = ArePaired(image_, list[i], list[j]);
+}
+
 bool QRSearch::SearchTriples(Task& task)
 {
     auto& list = patterns_.List();
+    FindPairs();
     const std::size_t found = list.size();
     bool any = false;
     for (std::size_t i = 0; i < found; ++i)
         for (std::size_t j = i + 1; j < found && !task.search.IsFull(); ++j) {
-            if (!list[i].isFree || !list[j].isFree || !ArePaired(image_, list[i], list[j])) continue;
+            if (!pairs_[i * found + j] || !list[i].isFree || !list[j].isFree) continue;
             AppendGuesses(i, j);
-            any = SearchThirds(task, i, j) || any;
+            any = SearchThirds(task, i, j, found) || any;
             list.resize(found);
         }
     return any;
@@ -108,12 +122,17 @@ void QRSearch::AppendGuesses(std::size_t i, std::size_t j)
     append(j, XY(d.Y, -d.X));
 }
 
-bool QRSearch::SearchThirds(Task& task, std::size_t i, std::size_t j)
+/// Patterns beyond those found are guesses.
+bool QRSearch::SearchThirds(Task& task, std::size_t i, std::size_t j, std::size_t found)
 {
     auto& list = patterns_.List();
-    for (std::size_t k = j + 1; k < list.size(); ++k) {
-        FinderRecord &a = list[i], &b = list[j], &c = list[k];
-        if (!c.isFree || !ArePaired(image_, a, c) || !ArePaired(image_, b, c)) continue;
+    FinderRecord &a = list[i], &b = list[j];
+    const auto pairs = [&](std::size_t first, std::size_t k) {
+        return k < found ? pairs_[first * found + k] : ArePaired(image_, list[first], list[k]);
+    };
+    for (std::size_t k = j + 1; k < list.size() && task.triplesLeft > 0; ++k) {
+        FinderRecord& c = list[k];
+        if (!c.isFree || !pairs(i, k) || !pairs(j, k)) continue;
         if (task.search.IsRead(1.0 / 3 * (a.center + b.center + c.center), task.rung.scale)) continue;
         if (!ReadTriple(task, a, b, c)) continue;
         a.isFree = b.isFree = c.isFree = false;
@@ -129,6 +148,7 @@ bool QRSearch::ReadTriple(Task& task, const FinderRecord& a, const FinderRecord&
         failure.Raise(noGeometry);
         return false;
     }
+    --task.triplesLeft;
     int tried = 0;
     for (const std::size_t line : {std::size_t{1}, std::size_t{2}}) {
         const int side = triple_.SideByTiming(image_, line);
@@ -146,20 +166,22 @@ bool QRSearch::ReadViews(Task& task, int side)
         if ((task.search.settings.views & view) == 0) continue;
         FinderTriple finders = triple_;
         if (view == Mirrored) finders.Mirror();
-        if (ReadSymbol(task, finders, view, side)) return true;
+        // What lies flat before the camera is read at once.
+        for (const bool perspective : {false, true})
+            if (ReadSymbol(task, finders, perspective, view, side)) return true;
     }
     return false;
 }
 
-bool QRSearch::ReadSymbol(Task& task, FinderTriple finders, CodeViews view, int side)
+bool QRSearch::ReadSymbol(Task& task, const FinderTriple& finders, bool perspective, CodeViews view, int side)
 {
     const auto isDark = [&](int row, int column) {
-        const XY place = lattice_.PlainPlace(column, row);
+        const XY place = perspective ? finders.PlaceBeside(side, column, row) : lattice_.PlainPlace(column, row);
         const int x = static_cast<int>(std::floor(place.X + 0.5)), y = static_cast<int>(std::floor(place.Y + 0.5));
         return image_.Holds(x, y) && image_.IsDark(x, y);
     };
     SearchFailure& failure = task.search.failure;
-    if (!lattice_.SetByFinders(finders, side) || !codewords::ReadQRFormat(side, isDark, format_) ||
+    if (!lattice_.SetByFinders(finders, side, perspective) || !codewords::ReadQRFormat(side, isDark, format_) ||
         !codewords::ReadQRVersion(side, isDark, version_)) {
         failure.Raise(noFormat);
         return false;
@@ -200,8 +222,10 @@ void QRSearch::Keep(Task& task, CodeViews view)
     record.height = std::round(std::hypot(height.X, height.Y));
     record.angle = ToDegrees(std::atan2(-width.X, width.Y));
     record.cellSize = static_cast<float>(std::sqrt(record.width * record.height) / side);
-    if (task.search.settings.checkQuality) lattice_.Describe(cells_, task.rung.scale, sampled_);
     task.search.Add(std::move(record));
+    if (!task.search.settings.checkQuality) return;
+    lattice_.Describe(cells_, task.rung.scale, sampled_);
+    task.search.grades.push_back(GradeQR({*task.search.source, sampled_, task.polarity, task.search.reader}, format_));
 }
 
 } // namespace Tesk::matrix

@@ -13,6 +13,7 @@
 
 #include <array>
 #include <cstddef>
+#include <vector>
 
 namespace Tesk::matrix {
 
@@ -40,16 +41,18 @@ private:
     struct Task; ///< the search at hand
 
     void ListFinders(const Rung& rung);
+    void FindPairs();
     bool SearchTriples(Task& task);
-    bool SearchThirds(Task& task, std::size_t i, std::size_t j);
+    bool SearchThirds(Task& task, std::size_t i, std::size_t j, std::size_t found);
     void AppendGuesses(std::size_t i, std::size_t j);
     bool ReadTriple(Task& task, const FinderRecord& a, const FinderRecord& b, const FinderRecord& c);
     bool ReadViews(Task& task, int side);
-    bool ReadSymbol(Task& task, FinderTriple finders, CodeViews view, int side);
+    bool ReadSymbol(Task& task, const FinderTriple& finders, bool perspective, CodeViews view, int side);
     void Keep(Task& task, CodeViews view);
 
     BinaryImage image_;
     FinderPatterns patterns_, alignment_;
+    std::vector<bool> pairs_; ///< of the patterns found, row by row
     FinderTriple triple_;
     QRLattice lattice_;
     SampledSymbol sampled_;

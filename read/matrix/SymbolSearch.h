@@ -7,6 +7,7 @@
 #include "read/codewords/SymbolReader.h"
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -92,6 +93,23 @@ struct SampledSymbol
     XY Node(int row, int column) const { return nodes[static_cast<std::size_t>(row * (columns + 1) + column)]; }
     XY Center(int row, int column) const { return centers[static_cast<std::size_t>(row * columns + column)]; }
 };
+
+inline double Distance(XY a, XY b)
+{
+    return std::hypot(b.X - a.X, b.Y - a.Y);
+}
+
+/// The mean sides of a cell in pixels.
+struct CellSides
+{
+    double width = 1, height = 1;
+};
+/// Of a symbol with the corners lower left, lower right, upper right and upper left.
+inline CellSides SidesOf(const std::array<XY, 4>& p, int rows, int columns)
+{
+    return {(Distance(p[0], p[1]) + Distance(p[2], p[3])) / (2 * columns),
+            (Distance(p[3], p[0]) + Distance(p[1], p[2])) / (2 * rows)};
+}
 
 /// What the searches of one decoding share.
 struct SymbolSearch
