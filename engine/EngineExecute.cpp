@@ -163,8 +163,8 @@ void Engine::Execute()
         if (BeforeRun) BeforeRun(operation);
         Dispatch(operation);
         const int code = Status::Error().Code;
-        // What runs without a newer input has another method or another choice: its results are new to all readers.
-        const bool isForced = operation.Dirty && ages.numOut > 0 && ages.maxIn < ages.minOut;
+        // What runs because it was told to has another method or another choice: its results are new to all readers.
+        const bool isForced = operation.Dirty && ages.numOut > 0;
         operation.Dirty = false;
         const std::int32_t now = (isForced ? Max(ages.maxIn, Clock) : ages.maxIn) + 1;
         for (const Arg& argument : operation.Args)
