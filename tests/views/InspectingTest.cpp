@@ -55,6 +55,9 @@ TEST_F(InspectingViews, ASnakeStartsInTheMiddleAndItsNodesAreDragged)
     EXPECT_TRUE(gauge.Closed);
     EXPECT_NEAR(gauge.Nodes[0].Position.X + gauge.Nodes[2].Position.X, 200, 1e-9);
     EXPECT_NEAR(gauge.Nodes[0].Position.Y + gauge.Nodes[2].Position.Y, 160, 1e-9);
+    // Short probes: a flat stretch before an edge counts to its span.
+    Value<SnakeGauge>(L"SnakeGauge0").Breadth = 12;
+    form_.Handler().DoRun(nullptr, nullptr, true, false, false, false);
     int intrusions = -1, protrusions = -1, missing = -1;
     gauge.NumAnomalies(9, intrusions, protrusions, missing);
     EXPECT_EQ(intrusions + protrusions + missing, 0) << "the edge keeps to the curve";

@@ -26,6 +26,7 @@ void Draw(AnyVariable& Object, const IController& Child)
 {
     const GraphSettings settings;
     Graph::AutoColors = true;
+    Graph::TextColor = Yellow;
     LocatorOf(Object).Draw(OptionOf(Child, ViewScores, true), OptionOf(Child, ViewContrasts, false), -1.0, 0);
 }
 
@@ -123,6 +124,7 @@ const FeaturesRow features{.MinimumWidth = 240,
                            .RestsWhileDragging = true,
                            .SelectsRows = true,
                            .IsSorted = true,
+                           .LeastColumnWidth = 60,
                            .Selected = Selected,
                            .Select = Select,
                            .CopyLabel = L"&Copy to Clipboard"};
