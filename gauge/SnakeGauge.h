@@ -120,6 +120,8 @@ protected:
     std::int64_t Sampling() const { return sampling_; }
     void TransferNodes(Archive& block);
     void Empty();
+    /// The number of the last change of the nodes, of which no other change of any snake has the same.
+    std::int64_t Edition() const { return edition_; }
 
     std::vector<AxisSample>& WritableSamples() { return Samples.values_; }
     std::vector<SnakeSection>& WritableSections() { return Sections.values_; }
@@ -129,7 +131,8 @@ private:
     int CheckAppend(XY place, SectionType type) const;
     void Add(XY place, SectionType type);
     void AddFigure(const Entry& entry, std::span<const XY> places, SectionType first, SectionType others);
-    void Forget();
+    void Forget(); ///< the samples
+    void Change(); ///< of the nodes
     void CollectSections();
     void SetTangents();
     bool SampleSections();
@@ -137,7 +140,7 @@ private:
     bool IsEllipse() const;
     void MoveNode(int index, XY to);
 
-    std::int64_t sampling_ = 0;
+    std::int64_t sampling_ = 0, edition_ = 0;
     int held_ = -1;
     Grab grab_;
 };
@@ -216,6 +219,10 @@ public:
     /// The content of such a file.
     void Transfer(Archive& Block);
 
+    /// With `KeepView` a copy. Else the nodes of a snake that have changed since they were last taken from there
+    /// replace those of this gauge, which has its parameters, its window and its own changes of nodes to itself.
+    void ShallowCopy(const SnakeGauge& Src, bool KeepView);
+
 private:
     enum Inspections
     {
@@ -246,7 +253,7 @@ private:
     snakes::EdgeLimits SecondLimits() const;
 
     Inspections inspected_ = NoInspection;
-    std::int64_t inspectedSampling_ = 0;
+    std::int64_t inspectedSampling_ = 0, takenEdition_ = 0;
     int inspectedStep_ = 1;
     std::vector<XY> points_; ///< of the section at hand, for its fit
     std::vector<std::int32_t> profile_, line_;

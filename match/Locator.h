@@ -114,11 +114,13 @@ public:
 
     /// Draws the locations with their scores or contrasts; those below `MinScore` in red. At the resolution of `Depth`,
     /// unless it is negative.
-    void Draw(bool ViewScores, bool ViewContrasts, double MinScore, int Depth) const;
+    void Draw(bool ViewScores = false, bool ViewContrasts = false, double MinScore = -1, int Depth = 0) const;
     /// Plots the edges of the model at `StopDepth`. Refused: no such level (`OutOfRange`).
     void DrawModel() const;
     /// The location under a point of the screen: `AllHandle` and its `HitIndex`, else `NoHandle` and -1.
     DraggingHandles HitLocation(int MouseX, int MouseY);
+    /// Takes hold of a location as if it had been hit; of none for an index that is none.
+    void Select(int LocationIndex);
 
     /// ".loc" files. Refused: those that cannot be opened (`CannotOpen`), are none (`UnsupportedFormat`), of a newer
     /// version (`OutOfRange`) or broken (`CannotRead`).
@@ -128,7 +130,8 @@ public:
     void Write(const wchar_t* PathName) const;
     void Transfer(Archive& Block);
 
-    /// Shares the model and the locations; settings stay.
+    /// Shares the model and the locations. With `KeepView` the settings come along, and which location was hit; else
+    /// those of this locator stay.
     void ShallowCopy(const Locator& Src, bool KeepView);
 
 private:

@@ -84,7 +84,7 @@ public:
     /// The shape under a point of the screen, which is selected; -1 if none is.
     int HitShape(Limits Area, int X, int Y, bool Scaled = false) const;
 
-    /// Shares the shapes; settings stay.
+    /// Shares the shapes and the last result. With `KeepView` the settings come along, else those of this one stay.
     void ShallowCopy(const ShapeMatcher& Src, bool KeepView);
 
 private:

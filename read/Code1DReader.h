@@ -34,24 +34,9 @@ private:
 
 } // namespace linear
 
-/// Finds and reads bar codes along scan lines: parallel ones of told directions, or lines across the groups of bars
-/// that are found in any direction. A symbol counts when three lines or more read the same text.
-///
-///     Code1DReader reader;
-///     reader.DetectITF14 = true;
-///     if (reader.Decode(image))
-///         for (int i = 0; i < reader.NumDecoded; i++) {
-///             reader.Choose(i, image);
-///             std::puts(reader.AsciiString);
-///         }
-class Code1DReader
+/// What a reader looks for, and how.
+struct Code1DSettings
 {
-    template <typename T>
-    using Field = ReadOnly<T, Code1DReader>;
-
-public:
-    /// \name Settings
-    /// @{
     bool DetectEAN128 = true; ///< GS1-128 and Code 128, ISO/IEC 15417
     bool DetectEAN13 = true;  ///< ISO/IEC 15420, as the three that follow
     bool DetectEAN8 = true;
@@ -84,8 +69,24 @@ public:
     /// Where nothing is read, look closer: lines nearer to each other and averaged along the bars, weaker bars, blur
     /// undone. What is read so must agree on several lines.
     bool LookCloser = true;
-    /// @}
+};
 
+/// Finds and reads bar codes along scan lines: parallel ones of told directions, or lines across the groups of bars
+/// that are found in any direction. A symbol counts when three lines or more read the same text.
+///
+///     Code1DReader reader;
+///     reader.DetectITF14 = true;
+///     if (reader.Decode(image))
+///         for (int i = 0; i < reader.NumDecoded; i++) {
+///             reader.Choose(i, image);
+///             std::puts(reader.AsciiString);
+///         }
+class Code1DReader : public Code1DSettings
+{
+    template <typename T>
+    using Field = ReadOnly<T, Code1DReader>;
+
+public:
     /// \name Results of the last `Decode`, and of the symbol chosen
     /// @{
     Field<int> NumDecoded;
@@ -140,7 +141,10 @@ public:
 
     /// Outlines the chosen symbol in green, with `All` the others too, in yellow with `HighlightBest`; bars whose
     /// colours were checked in green or red; texts with `ViewText`, followed by the kind of symbol with `ViewName`.
-    void Draw(bool ViewText, bool ViewName, bool All, bool HighlightBest) const;
+    void Draw(bool ViewText = false, bool ViewName = false, bool All = false, bool HighlightBest = false) const;
+
+    /// Takes what was read and what was trained. With `KeepView` the settings come along, else those of this one stay.
+    void ShallowCopy(const Code1DReader& Src, bool KeepView);
 
 private:
     void ClearResults();

@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace Tesk {
 
@@ -62,6 +63,22 @@ void SnakeGauge::Clear()
     const Entry entry("Tesk::SnakeGauge::Clear");
     Empty();
     inspected_ = NoInspection;
+}
+
+void SnakeGauge::ShallowCopy(const SnakeGauge& Src, bool KeepView)
+{
+    const Entry entry("Tesk::SnakeGauge::ShallowCopy");
+    if (&Src == this || (!KeepView && takenEdition_ == Src.Edition())) return;
+    entry.Guards(images::noWorkingMemory, [&] {
+        SnakeGauge copy = KeepView ? Src : *this;
+        if (!KeepView) {
+            static_cast<Snake&>(copy) = Src;
+            copy.Window = Window;
+            copy.inspected_ = NoInspection;
+        }
+        copy.takenEdition_ = Src.Edition();
+        *this = std::move(copy);
+    });
 }
 
 /// Finds the edge or the two edges on the profile across a sample.

@@ -78,7 +78,7 @@ void Snake::Drag(XY Position)
     const XY from = Nodes[static_cast<std::size_t>(held_)].Position;
     for (SnakeNode& node : Nodes.values_)
         node.Position = {node.Position.X + to.X - from.X, node.Position.Y + to.Y - from.Y};
-    Forget();
+    Change();
 }
 
 void Snake::Draw(bool Handles, bool Axis) const

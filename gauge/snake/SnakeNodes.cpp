@@ -7,6 +7,7 @@
 #include "image/Image.h"
 
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <utility>
 
@@ -80,9 +81,16 @@ void Snake::Forget()
     Sections.values_.clear();
 }
 
+void Snake::Change()
+{
+    static std::atomic<std::int64_t> lastEdition{0};
+    edition_ = ++lastEdition;
+    Forget();
+}
+
 void Snake::Empty()
 {
-    Forget();
+    Change();
     Nodes.values_.clear();
     Length = 0;
     Closed = false;
@@ -100,7 +108,7 @@ void Snake::Add(XY place, SectionType type)
     if (Closed && nodes.size() == 1) nodes.push_back(nodes.front());
     nodes.insert(Closed && !nodes.empty() ? nodes.end() - 1 : nodes.end(), node);
     Length = static_cast<int>(nodes.size());
-    Forget();
+    Change();
 }
 
 void Snake::Append(XY Position, SectionType Type)
@@ -215,7 +223,7 @@ void Snake::MoveNode(int index, XY to)
         move(static_cast<int>(opposite), {p.X + q.X - to.X, p.Y + q.Y - to.Y});
     }
     move(index, to);
-    Forget();
+    Change();
 }
 
 void Snake::TransferNodes(Archive& block)

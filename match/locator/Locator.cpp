@@ -83,14 +83,19 @@ Locator& Locator::operator=(const Locator& Other)
     MaxOverlap = Other.MaxOverlap;
     MaxDepths = Other.MaxDepths;
     StopDepth = Other.StopDepth;
+    Handle = Other.Handle;
+    HitIndex = Other.HitIndex;
     Share(Other);
     return *this;
 }
 
-void Locator::ShallowCopy(const Locator& Src, bool)
+void Locator::ShallowCopy(const Locator& Src, bool KeepView)
 {
     const Entry entry("Tesk::Locator::ShallowCopy");
-    Share(Src);
+    if (KeepView)
+        *this = Src;
+    else
+        Share(Src);
 }
 
 void Locator::Share(const Locator& src)
@@ -103,8 +108,6 @@ void Locator::Share(const Locator& src)
     MaxAreaDepths = src.MaxAreaDepths;
     MaxEdgesDepths = src.MaxEdgesDepths;
     NumLocations = src.NumLocations;
-    Handle = src.Handle;
-    HitIndex = src.HitIndex;
 }
 
 void Locator::Take(std::shared_ptr<const Model> model)
@@ -311,8 +314,8 @@ void Locator::Find(const Image& Src)
     const Image* gray;
     if (entry.Refuses(CheckSearch(Src, settings)) || RefusesGray(entry, Src, converted, gray)) return;
     if (entry.Refuses(TryFind(*gray, Src, settings))) return;
-    Handle = NoHandle;
-    HitIndex = -1;
+    // A search that is repeated keeps the location that was chosen by its place in the order.
+    Select(HitIndex);
 }
 
 } // namespace Tesk

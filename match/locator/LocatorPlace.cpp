@@ -158,11 +158,17 @@ XY Locator::TransformPoint(XY P, int LocationIndex, bool ToImage, bool Local) co
     return {center.X + c * x - s * y, center.Y + s * x + c * y};
 }
 
+void Locator::Select(int LocationIndex)
+{
+    const bool isOne = LocationIndex >= 0 && LocationIndex < NumLocations;
+    Handle = isOne ? AllHandle : NoHandle;
+    HitIndex = isOne ? LocationIndex : -1;
+}
+
 DraggingHandles Locator::HitLocation(int MouseX, int MouseY)
 {
     const Entry entry("Tesk::Locator::HitLocation");
-    Handle = NoHandle;
-    HitIndex = -1;
+    Select(-1);
     const double px = MouseX / Graph::Zoom, py = MouseY / Graph::Zoom;
     for (int i = 0; i < NumLocations; i++) {
         const Candidate& found = locations_->list[static_cast<std::size_t>(i)];
@@ -170,8 +176,7 @@ DraggingHandles Locator::HitLocation(int MouseX, int MouseY)
         const double c = std::cos(found.angle), s = std::sin(found.angle), x = px - found.x, y = py - found.y,
                      u = (c * x - s * y) / found.scale, v = (s * x + c * y) / found.scale;
         if (!(std::abs(u) <= (pattern.Width - 1) / 2.0) || !(std::abs(v) <= (pattern.Height - 1) / 2.0)) continue;
-        Handle = AllHandle;
-        HitIndex = i;
+        Select(i);
         break;
     }
     return Handle;

@@ -231,10 +231,14 @@ void ShapeMatcher::RecognizeBlobs(Blobs& Src, int BlobIndex)
     }));
 }
 
-void ShapeMatcher::ShallowCopy(const ShapeMatcher& Src, bool)
+void ShapeMatcher::ShallowCopy(const ShapeMatcher& Src, bool KeepView)
 {
     const Entry entry("Tesk::ShapeMatcher::ShallowCopy");
     entry.Guards(images::noWorkingMemory, [&] {
+        if (KeepView) {
+            *this = Src;
+            return;
+        }
         shapes_ = Src.shapes_;
         NumTrained = Src.NumTrained;
         Class = Src.Class;

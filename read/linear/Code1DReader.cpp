@@ -294,6 +294,17 @@ int Code1DReader::InspectColors(const Image& src)
     return NoError;
 }
 
+void Code1DReader::ShallowCopy(const Code1DReader& Src, bool KeepView)
+{
+    const Entry entry("Tesk::Code1DReader::ShallowCopy");
+    if (&Src == this) return;
+    entry.Guards(images::noWorkingMemory, [&] {
+        const Code1DSettings own = *this;
+        *this = Src;
+        if (!KeepView) static_cast<Code1DSettings&>(*this) = own;
+    });
+}
+
 int Code1DReader::ExpandGS1(const char In[], char Out[], int OutLength, bool Verbose)
 {
     const Entry entry("Tesk::Code1DReader::ExpandGS1");

@@ -293,16 +293,16 @@ TEST_F(SequenceTest, RunningAgainKeepsOneStoreForEachResult)
 TEST_F(SequenceTest, ADeferredMethodRunsOnlyWhenItIsTold)
 {
     AppendImage(10, 20, 15);
-    // It cannot run yet, so that a run shows in the code.
+    // It has no outline to train with, so that a run shows in the code.
     Append(L"Train Outline");
     const auto codeOfRun = [&] {
         engine_.Execute();
         return Status::Error().Code;
     };
-    EXPECT_EQ(codeOfRun(), NotImplemented) << "a new operation is to run once";
+    EXPECT_EQ(codeOfRun(), CannotPerform) << "a new operation is to run once";
     At(1).Dirty = false;
     Change(At(0), 2, 20);
     EXPECT_EQ(codeOfRun(), NoError) << "not by a change of what it reads";
     engine_.ChangeOperation(1);
-    EXPECT_EQ(codeOfRun(), NotImplemented);
+    EXPECT_EQ(codeOfRun(), CannotPerform);
 }

@@ -116,8 +116,8 @@ FeaturesGrid::FeaturesGrid(const FeaturesRow& row) : wanted_(row.MinimumWidth, r
         horizontalHeader()->setSortIndicatorClearable(true);
     }
     // Where the size is given, all columns share it.
-    if (!row.FixedSize.isEmpty()) {
-        horizontalHeader()->setMinimumSectionSize(1);
+    if (!row.FixedSize.isEmpty() || row.LeastColumnWidth > 0) {
+        horizontalHeader()->setMinimumSectionSize(std::max(row.LeastColumnWidth, 1));
         horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     }
     if (row.SelectsRows) {

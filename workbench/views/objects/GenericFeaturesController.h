@@ -23,7 +23,8 @@ struct FeaturesRow
     /// Whether it is left as it stands while the user drags something.
     bool RestsWhileDragging = false;
     bool SelectsRows = false, IsSorted = true;
-    QSize FixedSize = {}; ///< empty: the size follows the content
+    int LeastColumnWidth = 0; ///< columns share the width that there is, down to this; 0 for columns of the usual width
+    QSize FixedSize = {};     ///< empty: the size follows the content
     /// The line that is marked; -1 for none. Null for a table without a selection of the library's.
     int (*Selected)(AnyVariable& Object) = nullptr;
     void (*Select)(AnyVariable& Object, int Line) = nullptr;

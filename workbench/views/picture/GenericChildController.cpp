@@ -24,6 +24,8 @@ void GenericChildController::FollowPicture(bool isNew)
             row_->Start(*currentVariable_, Image());
         return;
     }
+    if (Image* framed = ObjectOf<Image>(motherController_); framed && row_ && row_->Frame && currentVariable_)
+        row_->Frame(*currentVariable_, *this, *framed);
     const bool changed = picture->X != windowX_ || picture->Y != windowY_ || picture->Width != windowWidth_ ||
                          picture->Height != windowHeight_;
     windowX_ = picture->X;

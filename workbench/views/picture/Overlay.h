@@ -53,6 +53,8 @@ struct OverlayRow
     /// whose window has changed.
     void (*Start)(AnyVariable& Object, const Image& Picture) = nullptr;
     bool FollowsWindow = false;
+    /// Chooses the window of the picture, before each run, for an object that works on a part of it.
+    void (*Frame)(AnyVariable& Object, const IController& Child, Image& Picture) = nullptr;
     /// A mother without a picture starts it, too, with a void one.
     bool StartsWithoutPicture = false;
 };
