@@ -140,6 +140,8 @@ public:
 
     /// The index of the font character, -1 for no match, -2 for one that the filter gave, and for a refusal.
     int MatchingFontChar(int Index) const;
+    /// The character that was read, whether or not its score sufficed: "?" for no match, 0 before a reading.
+    wchar_t CharCode(int Index) const;
     double CharScore(int Index) const;
     double CharContrast(int Index) const;
     /// The width before boxes became alike; `CharWidth` for a missing character.
@@ -197,6 +199,9 @@ public:
     void Transfer(Archive& Block);
     void Transfer(Archive& Block, bool SettingsOnly, bool OptimalOnly);
 
+    /// Makes one the font character that was hit, -1 none. Refused: another index (`OutOfRange`).
+    void ChooseFontChar(int Index);
+
     /// Prints the thumbnails to standard output, as the source of a table.
     void ExportThumbnails() const;
     /// The same as an array for each character.
@@ -209,6 +214,8 @@ public:
     /// Outlines the characters in green, and with `ViewChars` shows what was read in green where the score reached its
     /// threshold, else in red.
     void Draw(bool ViewChars) const;
+    /// Outlines one character, unless it is missing, in the color of lines. Refused: no such character (`OutOfRange`).
+    void DrawChar(int Index) const;
     /// Outlines the layout in magenta, as it was placed last.
     void DrawLayout() const;
     /// Sets `Handle` and `HitIndex` by the character under a point of the screen.
