@@ -105,6 +105,7 @@ private:
     AnyVariable* MakeShadow(int type, AnyVariable* source);
     void SetName(AnyVariable& variable, std::wstring name);
     void Refresh(AnyVariable& shadow, int type);
+    static bool IsAtRest(const Operation& operation);
     bool WillShow(std::size_t from);
     void Dispatch(Operation& operation);
 };

@@ -116,6 +116,19 @@ bool Engine::WillShow(std::size_t from)
     return false;
 }
 
+/// Whether it waits to be told: what the stamps say is no reason to train or to insert a second time.
+bool Engine::IsAtRest(const Operation& operation)
+{
+    if (operation.Dirty || operation.Node < 0 || !(Tree[operation.Node]->Flags & DeferredMethod)) return false;
+    // Only where the object that it adds to has changed is there something to add to again.
+    for (const Arg& argument : operation.Args) {
+        const AnyVariable* variable = argument.Variable;
+        const AnyVariable* source = variable ? SourceOf(*variable) : nullptr;
+        if (source && (VarNode(argument.Node)->Flags & Out) && source->Stamp > variable->Stamp) return false;
+    }
+    return true;
+}
+
 void Engine::Execute()
 {
     for (const auto& operation : Operations)
@@ -128,22 +141,23 @@ void Engine::Execute()
     Status::Error().Code = NoError;
     for (std::size_t i = 0; i < Operations.size(); i++) {
         Operation& operation = *Operations[i];
+        const bool isAtRest = IsAtRest(operation);
         Ages ages;
         for (const Arg& argument : operation.Args) {
             if (!argument.Variable) continue;
             AnyVariable& variable = *argument.Variable;
             const ArgumentNode& node = *VarNode(argument.Node);
             if (node.Flags & In) {
-                if (variable.Source) Refresh(variable, node.Type);
+                if (variable.Source && !(isAtRest && (node.Flags & Out))) Refresh(variable, node.Type);
                 ages.maxIn = Max(ages.maxIn, variable.Stamp);
             }
             if (node.Flags & Out) ages.AddOut(variable.Stamp);
         }
+        if (isAtRest) continue;
         if (!operation.Dirty) {
-            // What the stamps say is no reason to train or to insert a second time.
-            if (operation.Node >= 0 && (Tree[operation.Node]->Flags & DeferredMethod)) continue;
-            if (!WillShow(i)) continue;
-            if (ages.maxIn < ages.minOut && ages.numOut != 0) continue;
+            const bool isDeferred = operation.Node >= 0 && (Tree[operation.Node]->Flags & DeferredMethod);
+            if (!isDeferred && !WillShow(i)) continue;
+            if (!isDeferred && ages.maxIn < ages.minOut && ages.numOut != 0) continue;
         }
         Status::Error().Code = NoError;
         if (BeforeRun) BeforeRun(operation);

@@ -171,6 +171,12 @@ std::string Value(const Catalogue& catalogue, const Node& node, std::size_t posi
     return "Value<" + CppType(catalogue, node) + ">(Args, " + std::to_string(position) + ")";
 }
 
+/// A text that a method writes into the room that it is given; the argument behind it says how much that is.
+bool IsWrittenText(const Node& argument)
+{
+    return argument.variant == Variant::String && (argument.flags & flag::Out) && !(argument.flags & flag::In);
+}
+
 void WriteMethod(const Catalogue& catalogue, const Node& method, std::ostream& out)
 {
     std::vector<std::string> parameters;
@@ -200,6 +206,12 @@ void WriteMethod(const Catalogue& catalogue, const Node& method, std::ostream& o
         } else if (argument.flags & flag::Result) {
             result = value;
             resultNode = &argument;
+        } else if (IsWrittenText(argument)) {
+            const std::string room = "room" + std::to_string(k);
+            presets.push_back("TextRoom " + room + "(Args, " + std::to_string(k) + ");");
+            parameters.push_back(room + ".Text()");
+            parameters.push_back(room + ".Length()");
+            k++;
         } else {
             parameters.push_back(value);
         }
@@ -289,9 +301,18 @@ void WriteDispatch(const Catalogue& catalogue, std::ostream& out)
     out << "// Made by the catalogue's generator; edit the catalogue instead.\n#include \"Tesk.h\"\n"
            "#include \"engine/dispatch/Dispatch.h\"\n#include \"engine/Operation.h\"\n#include "
            "\"engine/Variable.h\"\n\n"
-           "#include <algorithm>\n#include <iterator>\n\nnamespace Tesk {\n\nnamespace {\n\n"
+           "#include <algorithm>\n#include <iterator>\n#include <string>\n\nnamespace Tesk {\n\nnamespace {\n\n"
            "template <typename T>\nT& Value(const Arg* Args, int Position)\n{\n"
-           "    return static_cast<Var<T>*>(static_cast<AnyVariable*>(Args[Position].Variable))->Value;\n}\n\n";
+           "    return static_cast<Var<T>*>(static_cast<AnyVariable*>(Args[Position].Variable))->Value;\n}\n\n"
+           "/// What a method writes here becomes the text of the argument; its length is what the next one asks for.\n"
+           "class TextRoom\n{\npublic:\n    TextRoom(const Arg* Args, int Position)\n"
+           "        : variable_(static_cast<Var<const char*>&>(*Args[Position].Variable)),\n"
+           "          length_(std::clamp(Value<int>(Args, Position + 1), 0, 1 << 20)), text_(length_ + 1u, char())\n   "
+           " {}\n"
+           "    ~TextRoom() { SetText(variable_, text_.c_str()); }\n"
+           "    TextRoom(const TextRoom&) = delete;\n    TextRoom& operator=(const TextRoom&) = delete;\n"
+           "    char* Text() { return text_.data(); }\n    int Length() const { return length_; }\n\n"
+           "private:\n    Var<const char*>& variable_;\n    int length_;\n    std::string text_;\n};\n\n";
     for (const Node* method : methods)
         WriteMethod(catalogue, *method, out);
     for (const Node* property : properties)
