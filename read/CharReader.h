@@ -40,27 +40,9 @@ private:
 
 } // namespace chars
 
-/// Isolates the characters of an image, arranges them in lines, and compares each with the characters of a trained
-/// font by normalised correlation of thumbnails.
-///
-///     CharReader reader;
-///     reader.CharsSegment(sample);
-///     reader.FontStringInsert(sample, "0123456789");
-///     reader.CharsRead(image);
-///     std::puts(reader.AsciiString);
-///
-/// As a table it has a blob for each character found, in reading order, with the features of its box,
-/// `BlobMatchingScore` and three of the user: the index of the font character (60), score (61) and contrast (62). Boxes
-/// count from the corner of the window that the image had, after the quarter turns.
-///
-/// Images are `Gray`, `Gray16`, `Rgb` or `Rgba`. Refused by all that take one: void images (`VoidObject`), other types
-/// (`UnsupportedType`), lack of memory (`CannotAllocate`).
-class CharReader : public Blobs
+/// The settings of a reader of characters.
+struct CharReaderSettings
 {
-    template <typename T>
-    using Field = ReadOnly<T, CharReader>;
-
-public:
     /// \name Settings of the segmentation
     /// @{
     int Quadrant = 0;            ///< quarter turns that make the text upright
@@ -101,6 +83,30 @@ public:
     LayoutModes LayoutMode = NoLayout;
     int FontWidth = 16, FontHeight = 20; ///< of the thumbnails that are compared, in pixels
     /// @}
+};
+
+/// Isolates the characters of an image, arranges them in lines, and compares each with the characters of a trained
+/// font by normalised correlation of thumbnails.
+///
+///     CharReader reader;
+///     reader.CharsSegment(sample);
+///     reader.FontStringInsert(sample, "0123456789");
+///     reader.CharsRead(image);
+///     std::puts(reader.AsciiString);
+///
+/// As a table it has a blob for each character found, in reading order, with the features of its box,
+/// `BlobMatchingScore` and three of the user: the index of the font character (60), score (61) and contrast (62). Boxes
+/// count from the corner of the window that the image had, after the quarter turns.
+///
+/// Images are `Gray`, `Gray16`, `Rgb` or `Rgba`. Refused by all that take one: void images (`VoidObject`), other types
+/// (`UnsupportedType`), lack of memory (`CannotAllocate`).
+class CharReader : public Blobs, public CharReaderSettings
+{
+    template <typename T>
+    using Field = ReadOnly<T, CharReader>;
+
+public:
+    using CharReaderSettings::Threshold;
 
     /// \name Results
     /// @{
@@ -119,8 +125,9 @@ public:
     ~CharReader() override;
     CharReader(const CharReader& Other) = default;
     CharReader& operator=(const CharReader& Other) = default;
-    /// Shares what `Src` has; there is no window.
-    void ShallowCopy(const CharReader& Src, bool KeepWindow);
+    /// Takes what `Src` has. With `KeepView` all of its settings too; without it only those that have not been changed
+    /// here since the last time.
+    void ShallowCopy(const CharReader& Src, bool KeepView);
 
     /// \name Segmentation and reading
     /// @{
@@ -250,6 +257,7 @@ private:
     void WriteFile(const PathNames& names, bool settingsOnly, bool optimalOnly) const;
 
     chars::OwnChars state_;
+    CharReaderSettings taken_; ///< by the last `ShallowCopy`, and where sizes were guessed
 };
 
 } // namespace Tesk

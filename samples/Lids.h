@@ -144,8 +144,21 @@ inline void Make(unsigned number, Fault fault, scene::Noise& noise, Lid& lid, do
     Photograph(lid, 2 * most * noise.Next(), noise);
 }
 
-/// Trains a font on good lids at angles from one end to the other, of which an upright one gives the layout, and sets
-/// the reader to check what it reads.
+/// Sets a reader to look for the layout at any angle up to some degrees, and to reject what is not what the filter asks
+/// for.
+inline void SetChecks(CharReader& reader, double most = 5)
+{
+    reader.LayoutMode = RigidLayout;
+    reader.MinAngle = -most - 1;
+    reader.MaxAngle = most + 1;
+    reader.AsciiFilter = filter;
+    reader.OCVScoring = true;
+    reader.DiscardBadScores = true;
+    reader.JitterX = reader.JitterY = 2;
+    reader.MinimumScore = 0.8;
+}
+
+/// Trains a font on good lids at angles from one end to the other, of which an upright one gives the layout.
 inline void Teach(scene::Noise& noise, CharReader& reader, double most = 5)
 {
     constexpr unsigned trained = 7;
@@ -159,14 +172,7 @@ inline void Teach(scene::Noise& noise, CharReader& reader, double most = 5)
         if (i == 0) reader.TakeLayout();
         reader.GuessSize = false;
     }
-    reader.LayoutMode = RigidLayout;
-    reader.MinAngle = -most - 1;
-    reader.MaxAngle = most + 1;
-    reader.AsciiFilter = filter;
-    reader.OCVScoring = true;
-    reader.DiscardBadScores = true;
-    reader.JitterX = reader.JitterY = 2;
-    reader.MinimumScore = 0.8;
+    SetChecks(reader, most);
 }
 
 /// The characters, counted without the blanks, that a reader rejects: missing ones, and those that are not what the

@@ -1,11 +1,12 @@
-// A whole job as a sequence: a font is trained on lids with best-before dates and written, then read again for the dates
-// of others, in which missing and wrong characters are named.
+// A whole job as a sequence: a font is trained on lids with best-before dates and written, then read again for the
+// dates of others, in which missing and wrong characters are named.
 #include "engine/Sequence.h"
 #include "read/CharReader.h"
 #include "samples/Lids.h"
 
-#include <algorithm>
+#include <cstddef>
 #include <cwchar>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -28,69 +29,112 @@ protected:
                 return dynamic_cast<Var<T>&>(*argument.Variable);
         throw std::runtime_error("no such argument");
     }
-    static CharReader& ReaderOf(const Operation& operation) { return Argument<CharReader>(operation, L"CharReader").Value; }
+    static CharReader& ReaderOf(const Operation& operation)
+    {
+        return Argument<CharReader>(operation, L"CharReader").Value;
+    }
     void SetPath(Operation& operation, const std::string& path)
     {
         auto& variable = Argument<const char*>(operation, L"PathName");
         SetText(variable, path);
         engine_.ChangeVariable(&variable);
     }
-    std::string Picture(const lids::Lid& lid)
+    std::string Picture(const lids::Lid& lid, int number)
     {
-        const std::string path = testing::TempDir() + "lid.png";
+        const std::string path = testing::TempDir() + "lid" + std::to_string(number) + ".png";
         lid.picture.Write(path.c_str());
         return path;
+    }
+    /// The reader of one operation goes on to the last one.
+    void Bind(Operation& operation, const Operation& source)
+    {
+        for (std::size_t i = 0; i < operation.Args.size(); i++)
+            if (operation.Args[i].Variable == &Argument<CharReader>(operation, L"CharReader"))
+                engine_.ReplaceOperationArgument(engine_.NumOperations() - 1, static_cast<int>(i),
+                                                 &Argument<CharReader>(source, L"CharReader"));
     }
     void Run()
     {
         engine_.Execute();
         ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
     }
-    /// Property of a reader, by its number.
-    template <typename T>
-    T Property(int number, AnyVariable& reader)
-    {
-        Var<T> value;
-        EXPECT_TRUE(engine_.GetProperty(&value, number, &reader)) << number;
-        return value.Value;
-    }
-
     scene::Noise noise_;
 };
 
+/// What a reader that discards makes of a lid: a question mark where the fault is.
+std::string ExpectedText(unsigned number, int faultAt)
+{
+    lids::Lid lid;
+    lids::Compose(number, lid);
+    std::string text = lids::TextOf(lid);
+    int index = 0;
+    for (char& c : text)
+        if (c != ' ' && c != '\n' && index++ == faultAt) c = '?';
+    return text;
+}
+
 TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
 {
-    const std::string fontPath = testing::TempDir() + "lids.fnt";
-    {
-        // Training: the text is typed under the boxes, and Apply runs the operation once for each lid.
-        Operation& read = Add(L"Image", L"Read  from File");
+    // Each lid is segmented and trained on the font that the one before has left.
+    constexpr int trained = 7, checked = 20;
+    Operation* segmented = nullptr;
+    for (int i = 0; i < trained; i++) {
+        lids::Lid lid;
+        lids::Compose(static_cast<unsigned>(i), lid);
+        lids::Photograph(lid, 5 * (2.0 * ((i + 3) % trained) / (trained - 1) - 1), noise_);
+        SetPath(Add(L"Image", L"Read  from File"), Picture(lid, i));
         Operation& segment = Add(L"CharReader", L"Segment Characters");
-        Operation& train = Add(L"CharReader", L"Train Font");
-        Operation& write = Add(L"CharReader", L"Write  to File");
-        CharReader& reader = ReaderOf(segment);
-        constexpr int trained = 7;
-        for (int i = 0; i < trained; i++) {
-            lids::Lid lid;
-            lids::Compose(static_cast<unsigned>(i), lid);
-            lids::Photograph(lid, 5 * (2.0 * ((i + 3) % trained) / (trained - 1) - 1), noise_);
-            SetPath(read, Picture(lid));
-            SetText(Argument<const char*>(train, L"Codes"), lids::CharactersOf(lid));
-            engine_.ChangeVariable(&Argument<const char*>(train, L"Codes"));
-            Run();
-            ASSERT_EQ(reader.NumChars, lids::characters) << i;
-            if (i == 0) reader.TakeLayout();
-            reader.GuessSize = false;
+        if (i > 0) Bind(segment, At(engine_.NumOperations() - 3));
+        Run();
+        ASSERT_EQ(ReaderOf(segment).NumChars, lids::characters) << i;
+        if (i == 0) {
+            segmented = &segment;
+            ReaderOf(segment).TakeLayout();
+            ReaderOf(segment).GuessSize = false;
             engine_.ChangeVariable(&Argument<CharReader>(segment, L"CharReader"));
         }
-        SetPath(write, fontPath);
+        Operation& train = Add(L"CharReader", L"Train Font");
+        SetText(Argument<const char*>(train, L"Codes"), lids::CharactersOf(lid));
         Run();
-        EXPECT_EQ(ReaderOf(write).NumFontChars, trained * lids::characters);
+        EXPECT_EQ(ReaderOf(train).NumFontChars, lids::characters * (i + 1));
+        EXPECT_FALSE(ReaderOf(train).GuessSize) << "as it was set at the start";
     }
-    CharReader written;
-    written.Read(fontPath.c_str());
-    ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
-    EXPECT_EQ(written.NumFontChars, 7 * lids::characters);
-    EXPECT_EQ(written.NumLayoutChars, lids::characters);
+    ASSERT_EQ(ReaderOf(*segmented).NumLayoutChars, lids::characters);
+    const std::string fontPath = testing::TempDir() + "lids.fnt";
+    Operation& write = Add(L"CharReader", L"Write  to File");
+    SetPath(write, fontPath);
+    lids::SetChecks(ReaderOf(write));
+    Run();
+    EXPECT_EQ(ReaderOf(write).NumFontChars, trained * lids::characters) << "nothing is trained twice";
+
+    SetPath(Add(L"CharReader", L"Read  from File"), fontPath);
+    Operation& read = Add(L"Image", L"Read  from File");
+    Operation* decode = nullptr;
+    for (unsigned i = 0; i < checked; i++) {
+        const auto fault = i % 3 != 2 ? lids::Fault::None : i % 2 ? lids::Fault::Missing : lids::Fault::Wrong;
+        lids::Lid lid;
+        lids::Make(500 + i, fault, noise_, lid);
+        SetPath(read, Picture(lid, trained));
+        Run();
+        if (!decode) {
+            decode = &Add(L"CharReader", L"Read Characters");
+            Run();
+            ASSERT_EQ(ReaderOf(*decode).NumFontChars, trained * lids::characters);
+        }
+        const CharReader& reader = ReaderOf(*decode);
+        EXPECT_EQ(static_cast<const char*>(reader.AsciiString), ExpectedText(500 + i, lid.faultAt)) << i;
+        const std::vector<int> named = lids::Doubtful(reader);
+        EXPECT_EQ(named, fault == lids::Fault::None ? std::vector<int>() : std::vector<int>{lid.faultAt}) << i;
+    }
+
+    // A setting that is changed for the reading alone stays there, and what is read follows it.
+    ReaderOf(*decode).MinimumScore = 1;
+    engine_.ChangeVariable(&Argument<CharReader>(*decode, L"CharReader"));
+    Run();
+    Run();
+    EXPECT_EQ(ReaderOf(*decode).MinimumScore, 1);
+    EXPECT_EQ(lids::Doubtful(ReaderOf(*decode)).size(), static_cast<std::size_t>(lids::characters));
+    EXPECT_NE(ScriptText(engine_, 0).find(L".MinimumScore= 1.000000;\n"), std::wstring::npos);
 }
 
 } // namespace

@@ -20,14 +20,41 @@ enum optionPlace : std::size_t
     ViewText
 };
 constexpr SheetOption options[] = {{L"View characters", true}, {L"View layout", true}, {L"View text", true}};
-constexpr SheetButton buttons[] = {
-    {L"Take Layout", [](AnyVariable& Object, int) { static_cast<Var<CharReader>&>(Object).Value.TakeLayout(); }},
-    {L"Drop Layout", [](AnyVariable& Object, int) { static_cast<Var<CharReader>&>(Object).Value.DropLayout(); }}};
-
 CharReader& ReaderOf(AnyVariable& object)
 {
     return static_cast<Var<CharReader>&>(object).Value;
 }
+
+/// Changes a reader and those that it goes on from: with the next run it takes what they have.
+template <typename Change>
+void ChangeAll(AnyVariable& object, Change change)
+{
+    for (AnyVariable* variable = &object; variable; variable = variable->Source)
+        if (auto* reader = dynamic_cast<Var<CharReader>*>(variable)) change(reader->Value);
+}
+
+void TakeLayout(AnyVariable& Object, int)
+{
+    // Only the one that is shown says that it has no characters.
+    ChangeAll(Object, [&](CharReader& reader) {
+        if (&reader == &ReaderOf(Object) || reader.NumChars > 0) reader.TakeLayout();
+    });
+}
+
+void DropLayout(AnyVariable& Object, int)
+{
+    ChangeAll(Object, [](CharReader& reader) { reader.DropLayout(); });
+}
+
+void DeleteFontChar(AnyVariable& object, int index)
+{
+    const int count = ReaderOf(object).NumFontChars, code = ReaderOf(object).FontCharAt(index).Code;
+    ChangeAll(object, [&](CharReader& reader) {
+        if (reader.NumFontChars == count && reader.FontCharAt(index).Code == code) reader.FontCharDelete(index);
+    });
+}
+
+constexpr SheetButton buttons[] = {{L"Take Layout", TakeLayout}, {L"Drop Layout", DropLayout}};
 
 /// The character that is selected, of all readers: a run makes the characters of a reader anew, and leaves it alone.
 struct
@@ -147,7 +174,7 @@ public:
     bool KeyPressed(AnyVariable& Object, int Key) override
     {
         if (Key != Qt::Key_Delete || chosen_ < 0) return false;
-        ReaderOf(Object).FontCharDelete(chosen_);
+        DeleteFontChar(Object, chosen_);
         chosen_ = -1;
         return true;
     }
