@@ -155,17 +155,23 @@ inline void SetChecks(CharReader& reader, double most = 5)
     reader.OCVScoring = true;
     reader.DiscardBadScores = true;
     reader.JitterX = reader.JitterY = 2;
-    reader.MinimumScore = 0.8;
 }
 
-/// Trains a font on good lids at angles from one end to the other, of which an upright one gives the layout.
+/// Good lids to train a font on, each turned by another angle; the first one is upright, and gives the layout. There
+/// are two for each letter at the least.
+constexpr unsigned trained = 13;
+
+inline void MakeTrained(unsigned number, scene::Noise& noise, Lid& lid, double most = 5)
+{
+    Compose(number, lid);
+    Photograph(lid, most * (2.0 * ((number + trained / 2) % trained) / (trained - 1) - 1), noise);
+}
+
 inline void Teach(scene::Noise& noise, CharReader& reader, double most = 5)
 {
-    constexpr unsigned trained = 7;
     for (unsigned i = 0; i < trained && Status::Error().Code == NoError; i++) {
         Lid lid;
-        Compose(i, lid);
-        Photograph(lid, most * (2.0 * ((i + 3) % trained) / (trained - 1) - 1), noise);
+        MakeTrained(i, noise, lid, most);
         reader.CharsSegment(lid.picture);
         reader.FontStringInsert(lid.picture, CharactersOf(lid).c_str());
         // The size of the first ones holds for all.

@@ -362,7 +362,8 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
                 if (auto* point = dynamic_cast<Var<XY>*>(each.Variable); point && NameOf(each) == L"End0")
                     point->Value = XY(30, 20);
                 // A file of the class, which its reader finds and its writer replaces.
-                if (auto* path = dynamic_cast<Var<const char*>*>(each.Variable))
+                auto* path = dynamic_cast<Var<const char*>*>(each.Variable);
+                if (path && !std::wcscmp(Engine::VarNode(each.Node)->Identifier, L"PathName"))
                     SetText(*path, Path("a.") + Narrow(typeString[Engine::VarNode(operation.Args[0].Node)->Type]));
             }
             engine_.Execute();

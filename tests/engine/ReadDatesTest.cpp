@@ -76,12 +76,11 @@ std::string ExpectedText(unsigned number, int faultAt)
 TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
 {
     // Each lid is segmented and trained on the font that the one before has left.
-    constexpr int trained = 7, checked = 20;
+    constexpr int trained = lids::trained, checked = 20;
     Operation* segmented = nullptr;
     for (int i = 0; i < trained; i++) {
         lids::Lid lid;
-        lids::Compose(static_cast<unsigned>(i), lid);
-        lids::Photograph(lid, 5 * (2.0 * ((i + 3) % trained) / (trained - 1) - 1), noise_);
+        lids::MakeTrained(static_cast<unsigned>(i), noise_, lid);
         SetPath(Add(L"Image", L"Read  from File"), Picture(lid, i));
         Operation& segment = Add(L"CharReader", L"Segment Characters");
         if (i > 0) Bind(segment, At(engine_.NumOperations() - 3));

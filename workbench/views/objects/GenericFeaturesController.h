@@ -40,7 +40,7 @@ class FeaturesModel final : public QAbstractTableModel
 public:
     static constexpr int numberOfDecimal_ = 3;
 
-    explicit FeaturesModel(int characterColumn) : characterColumn_(characterColumn) {}
+    explicit FeaturesModel(int characterColumn = -1) : characterColumn_(characterColumn) {}
 
     void Fill(std::vector<QString> columns, std::vector<std::vector<std::optional<double>>> lines);
     int rowCount(const QModelIndex& parent = {}) const override;
