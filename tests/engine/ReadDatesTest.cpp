@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <cwchar>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -73,6 +75,12 @@ std::string ExpectedText(unsigned number, int faultAt)
     return text;
 }
 
+std::string Contents(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
 {
     // Each lid is segmented and trained on the font that the one before has left.
@@ -105,6 +113,15 @@ TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
     lids::SetChecks(ReaderOf(write));
     Run();
     EXPECT_EQ(ReaderOf(write).NumFontChars, trained * lids::characters) << "nothing is trained twice";
+    const std::string fontBytes = Contents(fontPath);
+
+    // Another picture is segmented, but not taken for the text that was typed for the first one.
+    lids::Lid other;
+    lids::Make(77, lids::Fault::None, noise_, other);
+    SetPath(At(0), Picture(other, 0));
+    Run();
+    EXPECT_EQ(ReaderOf(*segmented).NumChars, lids::characters);
+    EXPECT_EQ(ReaderOf(write).NumFontChars, trained * lids::characters);
 
     SetPath(Add(L"CharReader", L"Read  from File"), fontPath);
     Operation& read = Add(L"Image", L"Read  from File");
@@ -126,14 +143,18 @@ TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
         EXPECT_EQ(named, fault == lids::Fault::None ? std::vector<int>() : std::vector<int>{lid.faultAt}) << i;
     }
 
+    EXPECT_EQ(fontBytes, Contents(fontPath)) << "nobody has trained again";
+
     // A setting that is changed for the reading alone stays there, and what is read follows it.
     ReaderOf(*decode).MinimumScore = 1;
+    ReaderOf(*decode).GlobalFilter = L'A';
     engine_.ChangeVariable(&Argument<CharReader>(*decode, L"CharReader"));
     Run();
     Run();
     EXPECT_EQ(ReaderOf(*decode).MinimumScore, 1);
     EXPECT_EQ(lids::Doubtful(ReaderOf(*decode)).size(), static_cast<std::size_t>(lids::characters));
-    EXPECT_NE(ScriptText(engine_, 0).find(L".MinimumScore= 1.000000;\n"), std::wstring::npos);
+    for (const wchar_t* line : {L".MinimumScore= 1.000000;\n", L".GlobalFilter= 'A';\n"})
+        EXPECT_NE(ScriptText(engine_, 0).find(line), std::wstring::npos);
 }
 
 } // namespace

@@ -119,7 +119,7 @@ bool Press(IController& Child, int X, int Y)
     return true;
 }
 
-constexpr const char* columns[] = {"Index", "Character", "Score", "Contrast", "Font Character", "Width"};
+constexpr const char* columns[] = {"Index", "Character", "Score", "Contrast", "Font Character"};
 constexpr int characterColumn = 1;
 
 std::vector<QString> Columns(AnyVariable&)
@@ -140,7 +140,6 @@ std::vector<std::optional<double>> Values(AnyVariable& Object, int Line)
     const wchar_t code = reader.CharCode(Line);
     std::vector<std::optional<double>> values(std::size(columns));
     values[0] = Line;
-    values[5] = reader.CharTrueWidth(Line);
     if (code == 0) return values;
     values[characterColumn] = code;
     values[2] = reader.CharScore(Line);
