@@ -87,7 +87,7 @@ void DrawResult(const CharReader& reader, const Image& picture)
     const GraphSettings settings;
     Graph::TextAlignX = -1;
     Graph::TextAlignY = 1;
-    Graph::TextColor = Blue;
+    Graph::TextColor = Green;
     double y = picture.Y + picture.Height - margin / Graph::Zoom;
     for (auto line = lines.rbegin(); line != lines.rend(); ++line, y -= lineHeight / Graph::Zoom)
         Graph::Text(picture.X + margin / Graph::Zoom, y, line->c_str());
