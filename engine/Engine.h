@@ -105,7 +105,8 @@ private:
     AnyVariable* MakeShadow(int type, AnyVariable* source);
     void SetName(AnyVariable& variable, std::wstring name);
     void Refresh(AnyVariable& shadow, int type);
-    static bool IsAtRest(const Operation& operation);
+    bool IsAtRest(const Operation& operation) const;
+    bool IsAlwaysNew(const AnyVariable& variable) const;
     bool WillShow(std::size_t from);
     void Dispatch(Operation& operation);
 };

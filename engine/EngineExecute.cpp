@@ -116,15 +116,28 @@ bool Engine::WillShow(std::size_t from)
     return false;
 }
 
+/// What an operation takes and changes, and that without being told, is newer after every run.
+bool Engine::IsAlwaysNew(const AnyVariable& variable) const
+{
+    for (const auto& operation : Operations)
+        for (const Arg& argument : operation->Args)
+            if (argument.Variable == &variable) {
+                const std::uint32_t flags = VarNode(argument.Node)->Flags;
+                return (flags & In) && (flags & Out) && !(Tree[operation->Node]->Flags & DeferredMethod);
+            }
+    return false;
+}
+
 /// Whether it waits to be told: what the stamps say is no reason to train or to insert a second time.
-bool Engine::IsAtRest(const Operation& operation)
+bool Engine::IsAtRest(const Operation& operation) const
 {
     if (operation.Dirty || operation.Node < 0 || !(Tree[operation.Node]->Flags & DeferredMethod)) return false;
     // Only where the object that it adds to has changed is there something to add to again.
     for (const Arg& argument : operation.Args) {
         const AnyVariable* variable = argument.Variable;
         const AnyVariable* source = variable ? SourceOf(*variable) : nullptr;
-        if (source && (VarNode(argument.Node)->Flags & Out) && source->Stamp > variable->Stamp) return false;
+        if (source && (VarNode(argument.Node)->Flags & Out) && source->Stamp > variable->Stamp && !IsAlwaysNew(*source))
+            return false;
     }
     return true;
 }

@@ -233,7 +233,7 @@ private:
         case CodeOf(L"char"):
             return L"'" + Escaped(static_cast<unsigned char>(ValueOf<char>(variable))) + L"'";
         case CodeOf(L"wchar_t"):
-            return L"'" + Escaped(static_cast<std::uint32_t>(ValueOf<wchar_t>(variable))) + L"'";
+            return CharacterText(static_cast<std::uint32_t>(ValueOf<wchar_t>(variable)));
         case CodeOf(L"char*"):
             return Quoted(ValueOf<const char*>(variable));
         case CodeOf(L"wchar_t*"):
@@ -418,6 +418,11 @@ private:
 };
 
 } // namespace
+
+std::wstring CharacterText(std::uint32_t Code)
+{
+    return L"'" + Escaped(Code) + L"'";
+}
 
 std::wstring ScriptText(const Engine& Engine, int Language, int Which)
 {

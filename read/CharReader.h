@@ -40,27 +40,9 @@ private:
 
 } // namespace chars
 
-/// Isolates the characters of an image, arranges them in lines, and compares each with the characters of a trained
-/// font by normalised correlation of thumbnails.
-///
-///     CharReader reader;
-///     reader.CharsSegment(sample);
-///     reader.FontStringInsert(sample, "0123456789");
-///     reader.CharsRead(image);
-///     std::puts(reader.AsciiString);
-///
-/// As a table it has a blob for each character found, in reading order, with the features of its box,
-/// `BlobMatchingScore` and three of the user: the index of the font character (60), score (61) and contrast (62). Boxes
-/// count from the corner of the window that the image had, after the quarter turns.
-///
-/// Images are `Gray`, `Gray16`, `Rgb` or `Rgba`. Refused by all that take one: void images (`VoidObject`), other types
-/// (`UnsupportedType`), lack of memory (`CannotAllocate`).
-class CharReader : public Blobs
+/// The settings of a reader of characters.
+struct CharReaderSettings
 {
-    template <typename T>
-    using Field = ReadOnly<T, CharReader>;
-
-public:
     /// \name Settings of the segmentation
     /// @{
     int Quadrant = 0;            ///< quarter turns that make the text upright
@@ -101,6 +83,30 @@ public:
     LayoutModes LayoutMode = NoLayout;
     int FontWidth = 16, FontHeight = 20; ///< of the thumbnails that are compared, in pixels
     /// @}
+};
+
+/// Isolates the characters of an image, arranges them in lines, and compares each with the characters of a trained
+/// font by normalised correlation of thumbnails.
+///
+///     CharReader reader;
+///     reader.CharsSegment(sample);
+///     reader.FontStringInsert(sample, "0123456789");
+///     reader.CharsRead(image);
+///     std::puts(reader.AsciiString);
+///
+/// As a table it has a blob for each character found, in reading order, with the features of its box,
+/// `BlobMatchingScore` and three of the user: the index of the font character (60), score (61) and contrast (62). Boxes
+/// count from the corner of the window that the image had, after the quarter turns.
+///
+/// Images are `Gray`, `Gray16`, `Rgb` or `Rgba`. Refused by all that take one: void images (`VoidObject`), other types
+/// (`UnsupportedType`), lack of memory (`CannotAllocate`).
+class CharReader : public Blobs, public CharReaderSettings
+{
+    template <typename T>
+    using Field = ReadOnly<T, CharReader>;
+
+public:
+    using CharReaderSettings::Threshold;
 
     /// \name Results
     /// @{
@@ -119,8 +125,9 @@ public:
     ~CharReader() override;
     CharReader(const CharReader& Other) = default;
     CharReader& operator=(const CharReader& Other) = default;
-    /// Shares what `Src` has; there is no window.
-    void ShallowCopy(const CharReader& Src, bool KeepWindow);
+    /// Takes what `Src` has. With `KeepView` all of its settings too; without it only those that have not been changed
+    /// here since the last time.
+    void ShallowCopy(const CharReader& Src, bool KeepView);
 
     /// \name Segmentation and reading
     /// @{
@@ -140,6 +147,8 @@ public:
 
     /// The index of the font character, -1 for no match, -2 for one that the filter gave, and for a refusal.
     int MatchingFontChar(int Index) const;
+    /// The character that was read, whether or not its score sufficed: "?" for no match, 0 before a reading.
+    wchar_t CharCode(int Index) const;
     double CharScore(int Index) const;
     double CharContrast(int Index) const;
     /// The width before boxes became alike; `CharWidth` for a missing character.
@@ -197,6 +206,9 @@ public:
     void Transfer(Archive& Block);
     void Transfer(Archive& Block, bool SettingsOnly, bool OptimalOnly);
 
+    /// Makes one the font character that was hit, -1 none. Refused: another index (`OutOfRange`).
+    void ChooseFontChar(int Index);
+
     /// Prints the thumbnails to standard output, as the source of a table.
     void ExportThumbnails() const;
     /// The same as an array for each character.
@@ -209,6 +221,8 @@ public:
     /// Outlines the characters in green, and with `ViewChars` shows what was read in green where the score reached its
     /// threshold, else in red.
     void Draw(bool ViewChars) const;
+    /// Outlines one character, unless it is missing, in the color of lines. Refused: no such character (`OutOfRange`).
+    void DrawChar(int Index) const;
     /// Outlines the layout in magenta, as it was placed last.
     void DrawLayout() const;
     /// Sets `Handle` and `HitIndex` by the character under a point of the screen.
@@ -243,6 +257,7 @@ private:
     void WriteFile(const PathNames& names, bool settingsOnly, bool optimalOnly) const;
 
     chars::OwnChars state_;
+    CharReaderSettings taken_; ///< by the last `ShallowCopy`, and where sizes were guessed
 };
 
 } // namespace Tesk

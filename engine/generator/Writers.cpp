@@ -241,13 +241,17 @@ void WriteProperty(const Catalogue& catalogue, const Node& property, std::ostrea
     const std::string field = isStatic ? owner + "::" + property.identifier : "Object." + property.identifier;
     const std::string object =
         "    [[maybe_unused]] " + owner + "& Object = static_cast<Var<" + owner + ">&>(Holder).Value;\n";
+    const std::string value = "static_cast<" + type + ">(" + property.Key("get", field) + ")",
+                      taker = "static_cast<Var<" + type + ">&>(Out)";
+    // A variable outlives the object whose text it has been given.
+    const bool isText = property.Key("type").ends_with('*');
     out << "void Get" << property.number << "(AnyVariable& Out, [[maybe_unused]] AnyVariable& Holder)\n{\n"
-        << (isStatic ? "" : object) << "    static_cast<Var<" << type << ">&>(Out).Value = static_cast<" << type << ">("
-        << property.Key("get", field) << ");\n}\n\n";
+        << (isStatic ? "" : object) << "    "
+        << (isText ? "SetText(" + taker + ", " + value + ")" : taker + ".Value = " + value) << ";\n}\n\n";
     if (!(property.flags & flag::In) || property.Key("set") == "none") return;
     out << "void Set" << property.number << "(AnyVariable& In_, [[maybe_unused]] AnyVariable& Holder)\n{\n"
-        << (isStatic ? "" : object) << "    const auto In = static_cast<Var<" << type << ">&>(In_).Value;\n    "
-        << property.Key("set", field + " = In") << ";\n}\n\n";
+        << (isStatic ? "" : object) << "    const auto In = static_cast<Var<" << type << ">&>(In_).Value;\n"
+        << (isText ? "    if (!In) return;\n" : "") << "    " << property.Key("set", field + " = In") << ";\n}\n\n";
 }
 
 /// Whether nothing that a node describes can be called: itself, or every method under it.

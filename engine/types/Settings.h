@@ -31,6 +31,9 @@ bool WriteSettings(int Type, SettingsSink& Sink, const AnyVariable& Object, cons
 /// A text by a `printf` format.
 std::wstring Formatted(const wchar_t* Format, ...);
 
+/// A character as a literal.
+std::wstring CharacterText(std::uint32_t Code);
+
 /// Whether two values of a setting differ; points by their coordinates.
 template <typename T>
 bool SettingDiffers(const T& a, const T& b)
@@ -48,7 +51,7 @@ std::wstring SettingText(const wchar_t* Format, const T& Value)
     if constexpr (requires { Value.X, Value.Y; })
         return Formatted(L"XY(%g, %g)", static_cast<double>(Value.X), static_cast<double>(Value.Y));
     else if (Format[1] == L'l')
-        return Formatted(Format, static_cast<wint_t>(Value));
+        return CharacterText(static_cast<std::uint32_t>(Value));
     else if (Format[1] == L'd')
         return Formatted(Format, static_cast<int>(Value));
     else

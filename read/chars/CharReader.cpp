@@ -76,6 +76,24 @@ int FindChars(const Image& upright, SegmentSettings& settings, std::vector<CharB
     });
 }
 
+/// The settings that are no longer what they were.
+void KeepChanged(const CharReaderSettings& own, const CharReaderSettings& former, CharReaderSettings& dst)
+{
+    using S = CharReaderSettings;
+    const auto keep = [&](auto... settings) {
+        const auto one = [&](auto setting) {
+            if (own.*setting != former.*setting) dst.*setting = own.*setting;
+        };
+        (one(settings), ...);
+    };
+    keep(&S::Quadrant, &S::LocalThreshold, &S::Threshold, &S::WhiteOnBlack, &S::CharWidth, &S::CharHeight,
+         &S::GuessSize, &S::KeepRatio, &S::RepairBroken, &S::Dotted, &S::InkingCorrection, &S::Masking, &S::AlignChars,
+         &S::EvenlySpaceChars, &S::MaxTouching, &S::SplitRows, &S::VariableWidth, &S::GapFraction, &S::DotFraction,
+         &S::MinimumScore, &S::MinimumContrast, &S::OCVScoring, &S::GlobalFilter, &S::UseSafeScores,
+         &S::DiscardBadScores, &S::JitterX, &S::JitterY, &S::AsciiFilter, &S::UnicodeFilter, &S::InsertSpaces,
+         &S::InsertNewlines, &S::MinAngle, &S::MaxAngle, &S::LayoutMode, &S::FontWidth, &S::FontHeight);
+}
+
 } // namespace
 
 namespace chars {
@@ -178,9 +196,16 @@ SegmentSettings SegmentSettingsOf(const CharReader& reader)
 CharReader::CharReader() = default;
 CharReader::~CharReader() = default;
 
-void CharReader::ShallowCopy(const CharReader& Src, bool)
+void CharReader::ShallowCopy(const CharReader& Src, bool KeepView)
 {
-    *this = Src;
+    const Entry entry("Tesk::CharReader::ShallowCopy");
+    if (&Src == this) return;
+    entry.Guards(images::noWorkingMemory, [&] {
+        const CharReaderSettings own = *this, former = taken_;
+        *this = Src;
+        taken_ = Src;
+        if (!KeepView) KeepChanged(own, former, *this);
+    });
 }
 
 int CharReader::CheckChar(int index) const
@@ -265,8 +290,9 @@ int CharReader::TrySegment(const Image& upright)
     std::vector<CharBox> boxes;
     if (const int code = FindChars(upright, settings, boxes)) return code;
     if (boxes.empty()) return RefuseNoChars();
-    CharWidth = settings.charWidth;
-    CharHeight = settings.charHeight;
+    // A guess is no choice of the user's.
+    if (CharWidth != settings.charWidth) CharWidth = taken_.CharWidth = settings.charWidth;
+    if (CharHeight != settings.charHeight) CharHeight = taken_.CharHeight = settings.charHeight;
 
     const int code = WithMemory(images::noWorkingMemory, [&] {
         ReaderState& state = *state_;

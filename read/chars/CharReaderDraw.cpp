@@ -87,6 +87,16 @@ void CharReader::Draw(bool ViewChars) const
     }
 }
 
+void CharReader::DrawChar(int Index) const
+{
+    const Entry entry("Tesk::CharReader::DrawChar");
+    if (entry.Refuses(CheckChar(Index))) return;
+    const CharBox box = state_->BoxAt(Index);
+    if (box.Width <= 0 || box.Height <= 0) return;
+    const SourceRectangle place = state_->InPicture(box);
+    Graph::Rectangle(place.X, place.Y, place.Width, place.Height);
+}
+
 void CharReader::DrawLayout() const
 {
     const Entry entry("Tesk::CharReader::DrawLayout");

@@ -118,6 +118,15 @@ void CharReader::FontCharDelete(int Index)
     entry.Refuses(code);
 }
 
+void CharReader::ChooseFontChar(int Index)
+{
+    const Entry entry("Tesk::CharReader::ChooseFontChar");
+    const bool isNone = Index == -1;
+    if (!isNone && entry.Refuses(state_->font.CheckIndex(Index))) return;
+    HitFontIndex = Index;
+    Handle = isNone ? NoHandle : AllHandle;
+}
+
 const FontChar& CharReader::FontCharAt(int Index) const
 {
     const Entry entry("Tesk::CharReader::FontCharAt");
@@ -135,6 +144,13 @@ int CharReader::MatchingFontChar(int Index) const
 {
     const Entry entry("Tesk::CharReader::MatchingFontChar");
     return entry.Refuses(CheckChar(Index)) ? verbatimFontChar : state_->read[static_cast<std::size_t>(Index)].fontChar;
+}
+
+wchar_t CharReader::CharCode(int Index) const
+{
+    const Entry entry("Tesk::CharReader::CharCode");
+    if (entry.Refuses(CheckChar(Index)) || state_->shown.empty()) return 0;
+    return state_->shown[static_cast<std::size_t>(Index)];
 }
 
 double CharReader::CharScore(int Index) const

@@ -15,6 +15,7 @@
 #include "measure/Path.h"
 #include "measure/Profile.h"
 #include "measure/Region.h"
+#include "read/CharReader.h"
 #include "read/Code1DReader.h"
 
 #include <gtest/gtest.h>
@@ -384,6 +385,7 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
     Comparator comparator;
     comparator.SetReference(reference, 1, 1, Translation);
     comparator.Write(Path("a.Comparator").c_str());
+    CharReader().Write(Path("a.CharReader").c_str());
     PrepareMatchersAndReaders();
     const int copyConstant = FindMethod(L"Copy", L"Constant"), prepared = engine_.NumOperations();
     int run = 0;
@@ -400,19 +402,23 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
                 if (auto* point = dynamic_cast<Var<XY>*>(each.Variable); point && NameOf(each) == L"End0")
                     point->Value = XY(30, 20);
                 // A file of the class, which its reader finds and its writer replaces.
-                if (auto* path = dynamic_cast<Var<const char*>*>(each.Variable))
+                auto* path = dynamic_cast<Var<const char*>*>(each.Variable);
+                if (path && !std::wcscmp(Engine::VarNode(each.Node)->Identifier, L"PathName"))
                     SetText(*path, Path("a.") + Narrow(typeString[Engine::VarNode(operation.Args[0].Node)->Type]));
             }
             engine_.Execute();
             // Colour methods refuse the gray pictures, nothing fills a profile of no length, warps lack anchors, a
-            // grid or a map, and a comparator takes more than these pictures to teach; all others must succeed.
+            // grid or a map, a comparator takes more than these pictures to teach, and no characters are on them; all
+            // others must succeed.
             const int code = Status::Error().Code;
             const std::string function = Status::AsciiFunction();
             const bool isWarp = function.starts_with("Tesk::Geometry::");
             const bool isComparator = function.starts_with("Tesk::Comparator::");
             // No code is in the picture, no Pharmacode to train with, and nothing to locate.
             const bool isReader = function.starts_with("Tesk::Code1DReader::");
-            const bool refused = code == UnsupportedType || (isComparator && code == CannotPerform) ||
+            const bool isCharReader = function.starts_with("Tesk::CharReader::Chars");
+            const bool refused = code == UnsupportedType || (isCharReader && code == OutOfRange) ||
+                                 (isComparator && code == CannotPerform) ||
                                  (node == copyConstant && code == VoidObject) ||
                                  (isReader && (code == CannotRead || code == OutOfRange)) ||
                                  (code == OutOfRange && function == "Tesk::Locator::Register") ||

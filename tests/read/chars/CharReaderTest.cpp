@@ -174,6 +174,59 @@ TEST_F(CharReaderTest, CopiesHaveTheirOwnFontAndCharacters)
     EXPECT_EQ(copy.FontCharAt(1).Code, 'b');
 }
 
+TEST_F(CharReaderTest, SharingKeepsTheSettingsThatWereChanged)
+{
+    CharReader source, shadow;
+    Image image;
+    Blocks(image, 200, 100, {{30, 30, 20, 30}, {70, 30, 20, 30}});
+    source.MinimumScore = 0.5;
+    shadow.ShallowCopy(source, true);
+    EXPECT_EQ(shadow.MinimumScore, 0.5);
+    shadow.AsciiFilter = "%9";
+    source.CharsSegment(image);
+    source.FontStringInsert(image, "ab");
+    source.MinimumScore = 0.6;
+    source.AsciiFilter = "%a";
+    shadow.ShallowCopy(source, false);
+    EXPECT_EQ(shadow.NumFontChars, 2);
+    EXPECT_EQ(shadow.NumChars, 2);
+    EXPECT_EQ(shadow.MinimumScore, 0.6) << "it follows";
+    EXPECT_EQ(shadow.AsciiFilter, "%9") << "it was changed here";
+    EXPECT_EQ(shadow.CharHeight, 30) << "as it was guessed there";
+
+    // what is guessed here is no choice that stays
+    Blocks(image, 200, 100, {{30, 30, 30, 45}, {80, 30, 30, 45}});
+    shadow.CharsSegment(image);
+    ASSERT_EQ(shadow.CharHeight, 45);
+    shadow.ShallowCopy(source, false);
+    EXPECT_EQ(shadow.CharHeight, 30);
+    shadow.ShallowCopy(source, true);
+    EXPECT_EQ(shadow.AsciiFilter, "%a");
+    shadow.ShallowCopy(shadow, false);
+    EXPECT_EQ(shadow.NumFontChars, 2);
+}
+
+TEST_F(CharReaderTest, TellsWhatWasReadWhateverItsScore)
+{
+    CharReader reader;
+    Image image;
+    DrawText(image, 500, 100, "48");
+    reader.CharsSegment(image);
+    ASSERT_EQ(reader.NumChars, 2);
+    EXPECT_EQ(reader.CharCode(0), 0) << "nothing is read yet";
+    reader.FontStringInsert(image, "48");
+    reader.MinimumScore = 1.1;
+    reader.DiscardBadScores = true;
+    reader.CharsDecode(image);
+    EXPECT_EQ(TextOf(reader), "??");
+    EXPECT_EQ(reader.CharCode(0), L'4');
+    EXPECT_EQ(reader.CharCode(1), L'8');
+    EXPECT_EQ(reader.CharCode(2), 0);
+    EXPECT_EQ(Message(), L"The character index (2) is out of the available range [0..1]");
+    reader.DrawChar(-1);
+    EXPECT_EQ(Message(), L"The character index (-1) is out of the available range [0..1]");
+}
+
 TEST_F(CharReaderTest, HitFontCharMeetsWhatIsDrawn)
 {
     CharReader reader;
@@ -194,6 +247,15 @@ TEST_F(CharReaderTest, HitFontCharMeetsWhatIsDrawn)
     EXPECT_EQ(hit(31, 10), 1);
     EXPECT_EQ(hit(10, 36), -1);
     EXPECT_EQ(hit(10, 37), 2);
+    reader.ChooseFontChar(1);
+    EXPECT_EQ(reader.HitFontIndex, 1);
+    EXPECT_EQ(reader.Handle, AllHandle);
+    reader.ChooseFontChar(3);
+    EXPECT_EQ(Message(), L"The character index (3) must be in range [0..2]");
+    EXPECT_EQ(reader.HitFontIndex, 1);
+    reader.ChooseFontChar(-1);
+    EXPECT_EQ(reader.HitFontIndex, -1);
+    EXPECT_EQ(reader.Handle, NoHandle);
 }
 
 /// The pixel that drawing leaves at a place of a black picture.
@@ -228,6 +290,12 @@ TEST_F(CharReaderTest, DrawsBoxesLayoutsAndFonts)
     EXPECT_TRUE(Is(Drawn(126, 110, boxes), 0, 255, 0)); // the window's corner counts
     EXPECT_TRUE(Is(Drawn(140, 90, boxes), 0, 255, 0));
     EXPECT_TRUE(Is(Drawn(140, 110, boxes), 0, 0, 0));
+
+    const auto one = [&] {
+        Graph::LineColor = Blue;
+        reader.DrawChar(0);
+    };
+    EXPECT_TRUE(Is(Drawn(126, 110, one), 0, 0, 255));
 
     reader.TakeLayout();
     reader.LayoutMode = RigidLayout;

@@ -59,6 +59,7 @@ QVariant FeaturesModel::data(const QModelIndex& index, int role) const
     if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
     const std::optional<double>& value = ValueAt(index.row(), index.column());
     if (!value) return {};
+    if (index.column() == characterColumn_) return QString(QChar(static_cast<ushort>(*value)));
     if (role == Qt::ToolTipRole) return FloatWidget::ExactText(*value);
     const double scale = std::pow(10.0, numberOfDecimal_);
     return std::isfinite(*value) ? std::round(*value * scale) / scale : *value;
@@ -136,7 +137,7 @@ void FeaturesGrid::SetWanted(QSize size)
 }
 
 GenericFeaturesController::GenericFeaturesController(const ControllerRequest& Request, const FeaturesRow& Row)
-    : ControllerBase(Request, true), row_(Row)
+    : ControllerBase(Request, true), row_(Row), model_(Row.CharacterColumn)
 {
     grid_ = new FeaturesGrid(Row);
     grid_->setModel(&model_);

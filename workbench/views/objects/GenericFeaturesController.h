@@ -20,6 +20,8 @@ struct FeaturesRow
     int (*Count)(AnyVariable& Object);
     /// The values of one line, a column each; nothing leaves a cell empty.
     std::vector<std::optional<double>> (*Values)(AnyVariable& Object, int Line);
+    /// The column whose values are the codes of characters, which are shown; -1 for none.
+    int CharacterColumn = -1;
     /// Whether it is left as it stands while the user drags something.
     bool RestsWhileDragging = false;
     bool SelectsRows = false, IsSorted = true;
@@ -38,6 +40,8 @@ class FeaturesModel final : public QAbstractTableModel
 
 public:
     static constexpr int numberOfDecimal_ = 3;
+
+    explicit FeaturesModel(int characterColumn = -1) : characterColumn_(characterColumn) {}
 
     void Fill(std::vector<QString> columns, std::vector<std::vector<std::optional<double>>> lines);
     int rowCount(const QModelIndex& parent = {}) const override;
@@ -58,6 +62,7 @@ private:
     std::vector<QString> columns_;
     std::vector<std::vector<std::optional<double>>> lines_;
     std::vector<int> order_;
+    int characterColumn_;
     int sortColumn_ = -1;
     Qt::SortOrder sortOrder_ = Qt::AscendingOrder;
 };

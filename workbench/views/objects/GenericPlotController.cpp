@@ -202,7 +202,7 @@ GenericPlotController::GenericPlotController(const ControllerRequest& Request, c
     if (handles_ || row_.ReadOut) TakePointer();
     if (handles_) TakeHandles();
     AddBoxes();
-    if (Row.CopyText)
+    if (Row.CopyText || !Row.Commands.empty())
         QObject::connect(picture_, &QWidget::customContextMenuRequested, picture_,
                          [this](QPoint at) { MenuAsked(at); });
     if (!OwnWindow) return;
@@ -291,11 +291,14 @@ void GenericPlotController::TakeHandles()
     widget.setFocusPolicy(Qt::ClickFocus);
     widget.Pressed = [this](QPoint at) { Pressed(at); };
     widget.Released = [this](QPoint at) { Released(at); };
-    widget.KeyPressed = [this](int key) {
-        if (!currentVariable_ || !handles_->KeyPressed(*currentVariable_, key)) return;
-        Notify(true, false, false);
-        picture_->Redraw();
-    };
+    widget.KeyPressed = [this](int key) { KeyPressed(key); };
+}
+
+void GenericPlotController::KeyPressed(int key)
+{
+    if (!currentVariable_ || !handles_->KeyPressed(*currentVariable_, key)) return;
+    Notify(true, false, false);
+    picture_->Redraw();
 }
 
 void GenericPlotController::ShowReadOut()
@@ -384,9 +387,12 @@ void GenericPlotController::MenuAsked(QPoint at)
     auto* menu = new QMenu(picture_);
     menu->setObjectName("PlotMenu");
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(Qt16(row_.CopyLabel), [this] {
-        if (currentVariable_) CopyText(Widen(row_.CopyText(*currentVariable_).c_str()));
-    });
+    for (const PlotCommand& command : row_.Commands)
+        menu->addAction(Qt16(command.Label), [this, key = command.Key] { KeyPressed(key); });
+    if (row_.CopyText)
+        menu->addAction(Qt16(row_.CopyLabel), [this] {
+            if (currentVariable_) CopyText(Widen(row_.CopyText(*currentVariable_).c_str()));
+        });
     menu->popup(picture_->mapToGlobal(at));
 }
 

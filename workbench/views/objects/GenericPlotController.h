@@ -44,6 +44,13 @@ struct PlotBox
     void (*Set)(AnyVariable& Object, int Value) = nullptr;
 };
 
+/// An entry of the context menu that does what a key, by its `Qt::Key`, does on the plot.
+struct PlotCommand
+{
+    const wchar_t* Label;
+    int Key;
+};
+
 /// The values that stand at the ends of a stretch of a plot, which is given in parts of its extent.
 struct PlotScale
 {
@@ -77,6 +84,7 @@ struct PlotRow
     /// Null for a plot that takes no pointer.
     std::unique_ptr<PlotHandles> (*MakeHandles)() = nullptr;
     std::span<const PlotBox> Boxes = {};
+    std::span<const PlotCommand> Commands = {};
     /// Whether the object has something to plot now, without which the window stays hidden; null for always.
     bool (*IsShown)(const AnyVariable& Object) = nullptr;
     /// Null for a plot without numbers.
@@ -116,6 +124,7 @@ private:
     void ShowReadOut();
     void PointerMoved(QPoint at, bool isPressed);
     void Pressed(QPoint at);
+    void KeyPressed(int key);
     void Released(QPoint at);
     void AddBoxes();
     void Switched(std::size_t box, bool isChecked);
