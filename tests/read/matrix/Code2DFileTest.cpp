@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <set>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace Tesk {
@@ -33,7 +34,7 @@ protected:
         std::fclose(file);
     }
 
-    std::string path = ::testing::TempDir() + "code2d-file-test.c2r";
+    std::string path = ::testing::TempDir() + "code2d-file-test-" + std::to_string(getpid()) + ".c2r";
 };
 
 /// All settings other than they are by default.
