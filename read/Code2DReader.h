@@ -36,20 +36,9 @@ private:
 
 } // namespace matrix
 
-/// Finds and reads Data Matrix (ISO/IEC 16022, ECC 200), QR (ISO/IEC 18004) and DotCode (AIM DotCode 4.0) symbols, at
-/// any angle, at one resolution after the other, until there are `MaxDecoded` of them.
-///
-///     Code2DReader reader;
-///     reader.DetectQR = true;
-///     if (reader.Decode(image)) std::puts(reader.AsciiString);
-class Code2DReader
+/// What a reader looks for, and how.
+struct Code2DSettings
 {
-    template <typename T>
-    using Field = ReadOnly<T, Code2DReader>;
-
-public:
-    /// \name Settings
-    /// @{
     CodePolarities EnabledPolarities = BlackOnWhite;
     CodeViews EnabledViews = Straight;
     Sizes SizeFrom = Size10; ///< of a Data Matrix, as the next one; rectangles come behind the squares
@@ -70,8 +59,20 @@ public:
     /// Where nothing is read, look closer: other thresholds, sides closed where they are broken, finer steps between
     /// the resolutions. Takes up to three times as long again.
     bool LookCloser = true;
-    /// @}
+};
 
+/// Finds and reads Data Matrix (ISO/IEC 16022, ECC 200), QR (ISO/IEC 18004) and DotCode (AIM DotCode 4.0) symbols, at
+/// any angle, at one resolution after the other, until there are `MaxDecoded` of them.
+///
+///     Code2DReader reader;
+///     reader.DetectQR = true;
+///     if (reader.Decode(image)) std::puts(reader.AsciiString);
+class Code2DReader : public Code2DSettings
+{
+    template <typename T>
+    using Field = ReadOnly<T, Code2DReader>;
+
+public:
     /// \name Results of the last `Decode`, and of the symbol chosen
     /// @{
     Field<int> NumDecoded;
@@ -145,7 +146,11 @@ public:
 
     /// Outlines the chosen symbol in green, with `All` the others too, in yellow with `HighlightBest`; texts with
     /// `ViewText`, followed by the kind of symbol with `ViewName`.
-    void Draw(bool ViewText, bool ViewName, bool All, bool HighlightBest) const;
+    void Draw(bool ViewText = false, bool ViewName = false, bool All = false, bool HighlightBest = false) const;
+
+    /// Takes what was read, and the corrections and finders that were told. With `KeepView` the settings come along,
+    /// else only those that have not been changed here since the last time.
+    void ShallowCopy(const Code2DReader& Src, bool KeepView);
 
 private:
     void ClearResults();
@@ -156,6 +161,7 @@ private:
     void Show(const matrix::QualityGrades& grades);
 
     matrix::OwnState state_;
+    Code2DSettings taken_; ///< by the last `ShallowCopy`
     int chosen_ = -1;
 };
 

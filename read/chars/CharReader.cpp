@@ -3,6 +3,7 @@
 
 #include "foundation/Angles.h"
 #include "foundation/Entry.h"
+#include "foundation/KeepChanged.h"
 #include "image/core/Refusals.h"
 #include "image/geometry/QuarterTurn.h"
 #include "image/operator/PixelSteps.h"
@@ -77,21 +78,16 @@ int FindChars(const Image& upright, SegmentSettings& settings, std::vector<CharB
 }
 
 /// The settings that are no longer what they were.
-void KeepChanged(const CharReaderSettings& own, const CharReaderSettings& former, CharReaderSettings& dst)
+void KeepSettings(const CharReaderSettings& own, const CharReaderSettings& former, CharReaderSettings& dst)
 {
     using S = CharReaderSettings;
-    const auto keep = [&](auto... settings) {
-        const auto one = [&](auto setting) {
-            if (own.*setting != former.*setting) dst.*setting = own.*setting;
-        };
-        (one(settings), ...);
-    };
-    keep(&S::Quadrant, &S::LocalThreshold, &S::Threshold, &S::WhiteOnBlack, &S::CharWidth, &S::CharHeight,
-         &S::GuessSize, &S::KeepRatio, &S::RepairBroken, &S::Dotted, &S::InkingCorrection, &S::Masking, &S::AlignChars,
-         &S::EvenlySpaceChars, &S::MaxTouching, &S::SplitRows, &S::VariableWidth, &S::GapFraction, &S::DotFraction,
-         &S::MinimumScore, &S::MinimumContrast, &S::OCVScoring, &S::GlobalFilter, &S::UseSafeScores,
-         &S::DiscardBadScores, &S::JitterX, &S::JitterY, &S::AsciiFilter, &S::UnicodeFilter, &S::InsertSpaces,
-         &S::InsertNewlines, &S::MinAngle, &S::MaxAngle, &S::LayoutMode, &S::FontWidth, &S::FontHeight);
+    KeepChanged(own, former, dst, &S::Quadrant, &S::LocalThreshold, &S::Threshold, &S::WhiteOnBlack, &S::CharWidth,
+                &S::CharHeight, &S::GuessSize, &S::KeepRatio, &S::RepairBroken, &S::Dotted, &S::InkingCorrection,
+                &S::Masking, &S::AlignChars, &S::EvenlySpaceChars, &S::MaxTouching, &S::SplitRows, &S::VariableWidth,
+                &S::GapFraction, &S::DotFraction, &S::MinimumScore, &S::MinimumContrast, &S::OCVScoring,
+                &S::GlobalFilter, &S::UseSafeScores, &S::DiscardBadScores, &S::JitterX, &S::JitterY, &S::AsciiFilter,
+                &S::UnicodeFilter, &S::InsertSpaces, &S::InsertNewlines, &S::MinAngle, &S::MaxAngle, &S::LayoutMode,
+                &S::FontWidth, &S::FontHeight);
 }
 
 } // namespace
@@ -204,7 +200,7 @@ void CharReader::ShallowCopy(const CharReader& Src, bool KeepView)
         const CharReaderSettings own = *this, former = taken_;
         *this = Src;
         taken_ = Src;
-        if (!KeepView) KeepChanged(own, former, *this);
+        if (!KeepView) KeepSettings(own, former, *this);
     });
 }
 

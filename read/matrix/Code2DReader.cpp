@@ -3,6 +3,7 @@
 
 #include "foundation/Angles.h"
 #include "foundation/Entry.h"
+#include "foundation/KeepChanged.h"
 #include "image/core/Refusals.h"
 #include "image/operator/PixelSteps.h"
 #include "read/core/Expansion.h"
@@ -34,6 +35,16 @@ std::wstring SizeName(int size)
     }
     if (size >= Version1 && size <= Version40) return L"Version" + std::to_wstring(size - Version1 + 1);
     return size == DotCode ? L"DotCode" : L"?";
+}
+
+/// The settings that are no longer what they were.
+void KeepSettings(const Code2DSettings& own, const Code2DSettings& former, Code2DSettings& dst)
+{
+    using S = Code2DSettings;
+    KeepChanged(own, former, dst, &S::EnabledPolarities, &S::EnabledViews, &S::SizeFrom, &S::SizeTo,
+                &S::DetectDataMatrix, &S::DetectQR, &S::DetectDotCode, &S::SymbologyIdentifier, &S::AdaptiveThreshold,
+                &S::Threshold, &S::StartLevel, &S::AccurateEdges, &S::MaxDecoded, &S::CheckQuality,
+                &S::InkingCorrection, &S::ObsoleteDotCode, &S::ClutteredQuietZone, &S::LookCloser);
 }
 
 int Rounded(double v)
@@ -244,6 +255,18 @@ XY Code2DReader::Corner(int Index) const
     if (chosen_ < 0) return {0, 0};
     return state_->origin +
            state_->search.symbols[static_cast<std::size_t>(chosen_)].corners[static_cast<std::size_t>(Index)];
+}
+
+void Code2DReader::ShallowCopy(const Code2DReader& Src, bool KeepView)
+{
+    const Entry entry("Tesk::Code2DReader::ShallowCopy");
+    if (&Src == this) return;
+    entry.Guards(images::noWorkingMemory, [&] {
+        const Code2DSettings own = *this, former = taken_;
+        *this = Src;
+        taken_ = Src;
+        if (!KeepView) KeepSettings(own, former, *this);
+    });
 }
 
 void Code2DReader::DCCorrectGeometry(double LengthX, double AngleX, double LengthY, double AngleY)

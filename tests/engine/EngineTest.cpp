@@ -17,6 +17,7 @@
 #include "measure/Region.h"
 #include "read/CharReader.h"
 #include "read/Code1DReader.h"
+#include "read/Code2DReader.h"
 
 #include <gtest/gtest.h>
 
@@ -120,7 +121,8 @@ protected:
         snake.RectangleAppend({60, 18}, {40, 10});
         snake.Write(Path("a.SnakeGauge").c_str());
         Code1DReader().Write(Path("a.Code1DReader").c_str());
-        for (const wchar_t* name : {L"Locator", L"ShapeMatcher", L"SnakeGauge", L"Code1DReader"}) {
+        Code2DReader().Write(Path("a.Code2DReader").c_str());
+        for (const wchar_t* name : {L"Locator", L"ShapeMatcher", L"SnakeGauge", L"Code1DReader", L"Code2DReader"}) {
             Append(Engine::FindMethod(name, L"Read", nullptr), "a." + Narrow(name));
             for (Arg& each : engine_.Operations.back()->Args)
                 each.Visible = true;
@@ -415,7 +417,8 @@ TEST_F(EngineTest, EveryMethodThatIsThereRunsThroughTheTree)
             const bool isWarp = function.starts_with("Tesk::Geometry::");
             const bool isComparator = function.starts_with("Tesk::Comparator::");
             // No code is in the picture, no Pharmacode to train with, and nothing to locate.
-            const bool isReader = function.starts_with("Tesk::Code1DReader::");
+            const bool isReader =
+                function.starts_with("Tesk::Code1DReader::") || function.starts_with("Tesk::Code2DReader::");
             const bool isCharReader = function.starts_with("Tesk::CharReader::Chars");
             const bool refused = code == UnsupportedType || (isCharReader && code == OutOfRange) ||
                                  (isComparator && code == CannotPerform) ||
