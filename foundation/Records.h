@@ -97,6 +97,7 @@ struct Limits
     {}
 
     std::int32_t Area() const { return std::int32_t{Width} * Height; }
+    bool operator==(const Limits&) const = default;
 
     /// Grows to the smallest rectangle that holds both.
     void Unite(const Limits& Other);

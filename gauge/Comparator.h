@@ -10,6 +10,7 @@
 #include "measure/Region.h"
 
 #include <array>
+#include <span>
 #include <vector>
 
 namespace Tesk {
@@ -201,8 +202,8 @@ public:
     void Write(const wchar_t* PathName) const;
     void Transfer(Archive& Block);
 
-    /// Shares what another comparator has learned and its state. Without `KeepView`, `InstanceIndex` and
-    /// `GainCompensation` stay.
+    /// Shares what another comparator has learned and its state. Without `KeepView`, what has been changed here since
+    /// the last time stays: `InstanceIndex`, `GainCompensation`, and the ROIs as long as those of `Src` are the same.
     void ShallowCopy(const Comparator& Src, bool KeepView);
 
 private:
@@ -233,6 +234,8 @@ private:
     bool IsPureShift() const;
     void TakeRanges(Locator& locator) const;
     void PutDetector(int index, const Limits& roi);
+    std::vector<Limits> ROIs() const;
+    void PutROIs(std::span<const Limits> rois);
 
     bool Prealign(const Entry& entry, const Image& src);
     bool FindAligner(const Entry& entry, int index, const Image& src);
@@ -255,6 +258,14 @@ private:
     template <typename F>
     bool AnyROI(int types, F f) const;
 
+    /// What another use of the same comparator may have otherwise.
+    struct Use
+    {
+        int InstanceIndex = 0;
+        bool GainCompensation = false;
+        std::vector<Limits> rois; ///< of the aligners, to train and to search, then of the detectors
+    };
+
     Image reference_, lower_, upper_;
     std::array<AlignerState, MostAligners> aligners_;
     std::vector<Limits> detectors_;
@@ -263,6 +274,7 @@ private:
     CopyOnWrite<compare::Samples> samples_;
     XY searched_{0, 0}; ///< the corner of the window that was aligned last
     Grab grab_;
+    Use taken_; ///< by the last `ShallowCopy`
 };
 
 } // namespace Tesk

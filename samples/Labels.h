@@ -150,19 +150,14 @@ struct Verdict
     int elsewhere = 0;    ///< blobs that are at none
 };
 
-inline Verdict Inspect(Comparator& comparator, Label& label, int leastArea = 8)
+/// Judges by the blobs of the differences, which count from the corner of the working area; boxes on the label count
+/// from its own. The blobs must have their boxes.
+inline Verdict Judge(const Label& label, const Limits& area, const Blobs& blobs)
 {
-    Image aligned;
-    Blobs blobs;
+    constexpr int margin = 4;
     Verdict verdict;
-    comparator.Align(label.picture, aligned);
-    if (Status::Error().Code != NoError) return {false, 1};
-    comparator.Differences(aligned, blobs, leastArea);
-    // Boxes on the label count from its corner, blobs from that of the working area.
-    comparator.DetectorIndex = 0;
-    const Limits area = comparator.DetectorROI();
-    Limits box(label.box.X - area.X - 4, label.box.Y - area.Y - 4, label.box.Width + 8, label.box.Height + 8);
-    blobs.Evaluate(BlobBox, aligned);
+    Limits box(label.box.X - area.X - margin, label.box.Y - area.Y - margin, label.box.Width + 2 * margin,
+               label.box.Height + 2 * margin);
     for (int i = 0; i < blobs.NumBlobs; i++) {
         Limits at(blobs.IntFeature(i, BlobBoxX), blobs.IntFeature(i, BlobBoxY), blobs.IntFeature(i, BlobBoxWidth),
                   blobs.IntFeature(i, BlobBoxHeight));
@@ -172,6 +167,21 @@ inline Verdict Inspect(Comparator& comparator, Label& label, int leastArea = 8)
             verdict.elsewhere++;
     }
     return verdict;
+}
+
+/// The least pixels of a blob that is told as a difference.
+constexpr int leastDefect = 8;
+
+inline Verdict Inspect(Comparator& comparator, Label& label, int leastArea = leastDefect)
+{
+    Image aligned;
+    Blobs blobs;
+    comparator.Align(label.picture, aligned);
+    if (Status::Error().Code != NoError) return {false, 1};
+    comparator.Differences(aligned, blobs, leastArea);
+    comparator.DetectorIndex = 0;
+    blobs.Evaluate(BlobBox, aligned);
+    return Judge(label, comparator.DetectorROI(), blobs);
 }
 
 } // namespace labels

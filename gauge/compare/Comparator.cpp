@@ -13,6 +13,8 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
+#include <span>
+#include <vector>
 
 namespace Tesk {
 
@@ -127,18 +129,57 @@ Comparator& Comparator::operator=(const Comparator& Other)
     samples_ = Other.samples_;
     searched_ = Other.searched_;
     grab_ = Other.grab_;
+    taken_ = Other.taken_;
     return *this;
+}
+
+std::vector<Limits> Comparator::ROIs() const
+{
+    std::vector<Limits> rois;
+    for (int i = 0; i < NumAligners; i++) {
+        rois.push_back(AlignerAt(i).train);
+        rois.push_back(AlignerAt(i).search);
+    }
+    rois.insert(rois.end(), detectors_.begin(), detectors_.end());
+    return rois;
+}
+
+/// Those of `ROIs`, for the same number of aligners.
+void Comparator::PutROIs(std::span<const Limits> rois)
+{
+    for (int i = 0; i < NumAligners; i++) {
+        AlignerAt(i).train = rois[2 * static_cast<std::size_t>(i)];
+        AlignerAt(i).search = rois[2 * static_cast<std::size_t>(i) + 1];
+    }
+    const auto detectors = rois.subspan(2 * static_cast<std::size_t>(NumAligners));
+    detectors_.assign(detectors.begin(), detectors.end());
+    NumDetectors = static_cast<int>(detectors_.size());
+    DetectorIndex = Clamp(DetectorIndex, 0, Max(NumDetectors - 1, 0));
+    isStale_ = true;
 }
 
 void Comparator::ShallowCopy(const Comparator& Src, bool KeepView)
 {
     const Entry entry("Tesk::Comparator::ShallowCopy");
-    const int instance = InstanceIndex;
-    const bool gain = GainCompensation;
-    *this = Src;
-    if (KeepView) return;
-    InstanceIndex = instance;
-    GainCompensation = gain;
+    if (&Src == this) return;
+    entry.Guards(images::noWorkingMemory, [&] {
+        const Use own{InstanceIndex, GainCompensation, ROIs()}, former = taken_;
+        const DraggingHandles handle = Handle;
+        const ROITypes hitType = HitType;
+        const int hitIndex = HitIndex;
+        const Grab grab = grab_;
+        *this = Src;
+        taken_ = {Src.InstanceIndex, Src.GainCompensation, Src.ROIs()};
+        if (KeepView) return;
+        if (own.InstanceIndex != former.InstanceIndex) InstanceIndex = own.InstanceIndex;
+        if (own.GainCompensation != former.GainCompensation) GainCompensation = own.GainCompensation;
+        if (taken_.rois == former.rois && own.rois != former.rois) PutROIs(own.rois);
+        // A ROI is dragged here while it is used.
+        Handle = handle;
+        HitType = hitType;
+        HitIndex = hitIndex;
+        grab_ = grab;
+    });
 }
 
 void Comparator::TakeLimits(const Image& lower, const Image& upper)
@@ -215,6 +256,7 @@ void Comparator::SetReference(const Image& Src, int NumX, int NumY, Registration
     NumDetectors = 1;
     DetectorIndex = 0;
     isStale_ = true;
+    taken_.rois.clear();
     NumSamples = 0;
     samples_.Reset();
     clip_.Clear();

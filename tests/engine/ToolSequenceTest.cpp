@@ -1,4 +1,4 @@
-// Sequences of tools: locating, gauging along a curve, training shapes, reading codes.
+// Sequences of tools: locating, gauging along a curve, training shapes, reading linear and matrix codes.
 #include "engine/Sequence.h"
 #include "engine/TypeNames.h"
 #include "engine/types/Settings.h"
@@ -8,6 +8,8 @@
 #include "match/ShapeMatcher.h"
 #include "measure/Path.h"
 #include "read/Code1DReader.h"
+#include "read/Code2DReader.h"
+#include "read/matrix/Rendered.h"
 
 #include <cmath>
 #include <filesystem>
@@ -232,4 +234,76 @@ TEST_F(ToolSequence, AReaderOfAnotherUseHasItsOwnSettingsAndTextsComeOut)
     Change(expand, 2, -1);
     engine_.Execute();
     EXPECT_STREQ(ValueOf<const char*>(expand, 1), "");
+}
+
+TEST_F(ToolSequence, MatrixCodesAreReadWithTheSettingsOfTheUseAndThoseOfTheFileThatItLeaves)
+{
+    using namespace matrix;
+    const codewords::MadeSymbol &dark = MadeNamed("digits"), &light = MadeNamed("Text, Structured Append");
+    Image image;
+    Blank(image, 320, 160);
+    Paint(SymbolCells(dark), Homography::Turned({30, 50}, 5), image);
+    Paint(SymbolCells(light), Homography::Turned({180, 30}, 4), image, {220, 30, 0}, 3);
+    image.Write(File("codes.bmp").c_str());
+    Code2DReader settings;
+    settings.SymbologyIdentifier = true;
+    settings.Write(File("codes.c2r").c_str());
+    AppendRead(L"Image", File("codes.bmp"));
+    AppendRead(L"Code2DReader", File("codes.c2r"));
+    Operation& decode = AppendMethod(L"Code2DReader", L"Decode");
+    ExpectRun();
+    auto& reader = ValueOf<Code2DReader>(decode, 0);
+    EXPECT_TRUE(ValueOf<bool>(decode, 2));
+    EXPECT_EQ(reader.NumDecoded, 1);
+    const auto text = [&](Operation& operation) {
+        constexpr int asciiString = 1377;
+        Var<const char*> value;
+        int node = 0;
+        while (Engine::Tree[node]->Kind() != ArgumentKind || Engine::VarNode(node)->PropertyId != asciiString)
+            node++;
+        EXPECT_TRUE(engine_.GetProperty(&value, node, operation.Args[0].Variable));
+        return std::string(value.Value);
+    };
+    EXPECT_EQ(text(decode), dark.text);
+
+    // A change for this use alone: light symbols count, too, and two of them.
+    reader.EnabledPolarities = AutoPolarity;
+    reader.MaxDecoded = 2;
+    engine_.ChangeVariable(decode.Args[0].Variable);
+    ExpectRun();
+    ASSERT_EQ(reader.NumDecoded, 2);
+    EXPECT_EQ(text(decode), light.text);
+    EXPECT_EQ(reader.Polarity, WhiteOnBlack);
+    EXPECT_EQ(ValueOf<Code2DReader>(At(1), 0).MaxDecoded, 1);
+    EXPECT_NE(ScriptText(engine_, 0).find(L"Code2DReader0.MaxDecoded= 2;\n"), std::wstring::npos);
+
+    Operation& choose = AppendMethod(L"Code2DReader", L"Choose");
+    ExpectRun();
+    EXPECT_EQ(text(choose), dark.text);
+    EXPECT_EQ(ValueOf<Code2DReader>(choose, 0).Polarity, BlackOnWhite);
+    EXPECT_EQ(text(decode), light.text) << "its own choice";
+    Change(choose, 1, 2);
+    engine_.Execute();
+    EXPECT_EQ(Status::Error().Code, OutOfRange);
+    Change(choose, 1, 1);
+    ExpectRun();
+    EXPECT_EQ(text(choose), light.text);
+
+    // Graded by the decoding, shown with each choice.
+    reader.CheckQuality = true;
+    engine_.ChangeVariable(decode.Args[0].Variable);
+    ExpectRun();
+    const std::string grades = static_cast<const char*>(ValueOf<Code2DReader>(choose, 0).AsciiGrades);
+    EXPECT_EQ(grades.size(), 11u) << grades;
+    EXPECT_GT(ValueOf<Code2DReader>(choose, 0).SymbolContrast, 0.5f);
+
+    // Another file: what was not changed here follows it.
+    settings.SymbologyIdentifier = false;
+    settings.MaxDecoded = 5;
+    settings.Write(File("codes.c2r").c_str());
+    engine_.ChangeOperation(1);
+    ExpectRun();
+    EXPECT_EQ(text(choose), light.text.substr(3)) << "without the identifier";
+    EXPECT_EQ(reader.NumDecoded, 2);
+    EXPECT_EQ(reader.MaxDecoded, 2);
 }
