@@ -4,6 +4,7 @@
 #include "foundation/Status.h"
 #include "image/Source.h"
 #include "workbench/views/Text.h"
+#include "workbench/views/picture/BoxCursor.h"
 #include "workbench/views/picture/CopyText.h"
 #include "workbench/views/picture/GraphSurface.h"
 
@@ -26,28 +27,6 @@ std::wstring Formatted(const wchar_t* format, Values... values)
     wchar_t text[80];
     const int length = std::swprintf(text, std::size(text), format, values...);
     return length > 0 ? std::wstring(text) : std::wstring();
-}
-
-Qt::CursorShape CursorOfWindow(DraggingHandles handle)
-{
-    switch (handle) {
-    case NHandle:
-    case SHandle:
-        return Qt::SizeVerCursor;
-    case WHandle:
-    case EHandle:
-        return Qt::SizeHorCursor;
-    case NWHandle:
-    case SEHandle:
-        return Qt::SizeFDiagCursor;
-    case SWHandle:
-    case NEHandle:
-        return Qt::SizeBDiagCursor;
-    case AllHandle:
-        return Qt::SizeAllCursor;
-    default:
-        return Qt::ArrowCursor;
-    }
 }
 
 } // namespace
@@ -293,7 +272,7 @@ void ImageController::HoverWindow(QPoint at)
         return;
     }
     const GraphSettings settings(zoom_);
-    form_.SetCursor(CursorOfWindow(image->HitHandle(at.x(), at.y())));
+    form_.SetCursor(CursorOfBox(image->HitHandle(at.x(), at.y())));
 }
 
 void ImageController::LeftPressed(QPoint At)
