@@ -1,10 +1,10 @@
 // Grouping of the pieces of characters in lines, and the order in which these are read.
+#include "foundation/DisjointSets.h"
 #include "read/chars/Segmentation.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <numeric>
 
 namespace Tesk::chars {
 
@@ -20,28 +20,6 @@ CharBox Union(const CharBox& a, const CharBox& b)
     const int x = std::min(a.X, b.X), y = std::min(a.Y, b.Y);
     return {x, y, std::max(a.X + a.Width, b.X + b.Width) - x, std::max(a.Y + a.Height, b.Y + b.Height) - y};
 }
-
-/// Sets of pieces (Tarjan 1975); the root is the first of each.
-class Sets
-{
-public:
-    explicit Sets(std::size_t count) : parents_(count) { std::iota(parents_.begin(), parents_.end(), std::size_t{0}); }
-
-    std::size_t Root(std::size_t i)
-    {
-        while (parents_[i] != i)
-            i = parents_[i] = parents_[parents_[i]];
-        return i;
-    }
-    void Unite(std::size_t i, std::size_t j)
-    {
-        const std::size_t a = Root(i), b = Root(j);
-        parents_[std::max(a, b)] = std::min(a, b);
-    }
-
-private:
-    std::vector<std::size_t> parents_;
-};
 
 /// Whether two pieces stand side by side, or above each other as the parts of one character.
 bool BelongTogether(const Piece& a, const Piece& b, int charHeight)
@@ -68,19 +46,22 @@ std::vector<Piece> ChoosePieces(std::span<const Piece> pieces, const SegmentSett
 
 std::vector<TextLine> UnitePieces(const std::vector<Piece>& pieces, const SegmentSettings& settings)
 {
-    Sets sets(pieces.size());
+    DisjointSets sets; // the root is the first of each
+    for (std::size_t i = 0; i < pieces.size(); i++)
+        sets.Add();
     for (std::size_t i = 0; i < pieces.size(); i++) {
         // Pieces come by their tops: those far below have nothing to do with this one.
         const int reach = std::max(pieces[i].Bottom(), pieces[i].y + 3 * settings.charHeight / 2 + 1);
         for (std::size_t j = i + 1; j < pieces.size() && pieces[j].y < reach; j++)
-            if (BelongTogether(pieces[i], pieces[j], settings.charHeight)) sets.Unite(i, j);
+            if (BelongTogether(pieces[i], pieces[j], settings.charHeight))
+                sets.Unite(static_cast<int>(i), static_cast<int>(j));
     }
     std::vector<TextLine> lines;
     std::vector<std::size_t> lineOf(pieces.size());
     for (std::size_t i = 0; i < pieces.size(); i++) {
         const Piece& piece = pieces[i];
         const CharBox box{piece.x, piece.y, piece.width, piece.height};
-        const std::size_t root = sets.Root(i);
+        const auto root = static_cast<std::size_t>(sets.Root(static_cast<int>(i)));
         if (root == i) {
             lineOf[i] = lines.size();
             lines.push_back({box, {}});

@@ -15,7 +15,7 @@ void DarkComponents::Find(const Image& gray, int threshold, std::int64_t leastAr
     height_ = gray.Height;
     edges_.resize(static_cast<std::size_t>(width_) + 1 + kernels::edgeSlack);
     runs_.clear();
-    labels_.clear();
+    labels_.Clear();
     rows_.assign(1, 0);
     for (int y = 0; y < height_; ++y) {
         ScanRow(gray, y, threshold);
@@ -44,39 +44,19 @@ int DarkComponents::LabelOf(const DarkRun& run, std::size_t& above, std::size_t 
         ++above;
     int label = -1;
     for (std::size_t i = above; i < aboveEnd && runs_[i].first < run.end; ++i)
-        label = label < 0 ? runs_[i].label : Join(label, runs_[i].label);
-    if (label < 0) {
-        label = static_cast<int>(labels_.size());
-        labels_.push_back(label);
-    }
-    return label;
-}
-
-int DarkComponents::Root(int label)
-{
-    auto at = static_cast<std::size_t>(label);
-    while (labels_[at] != static_cast<int>(at)) {
-        labels_[at] = labels_[static_cast<std::size_t>(labels_[at])];
-        at = static_cast<std::size_t>(labels_[at]);
-    }
-    return static_cast<int>(at);
-}
-
-int DarkComponents::Join(int a, int b)
-{
-    if (a == b) return a;
-    a = Root(a);
-    b = Root(b);
-    return labels_[static_cast<std::size_t>(std::max(a, b))] = std::min(a, b);
+        if (label < 0)
+            label = runs_[i].label;
+        else if (label != runs_[i].label)
+            label = labels_.Unite(label, runs_[i].label);
+    return label < 0 ? labels_.Add() : label;
 }
 
 void DarkComponents::Sort(std::int64_t leastArea)
 {
-    for (int& label : labels_)
-        label = labels_[static_cast<std::size_t>(label)];
-    starts_.assign(labels_.size() + 1, 0);
+    const auto labels = static_cast<std::size_t>(labels_.Count());
+    starts_.assign(labels + 1, 0);
     for (DarkRun& run : runs_) {
-        run.label = labels_[static_cast<std::size_t>(run.label)];
+        run.label = labels_.Root(run.label);
         ++starts_[static_cast<std::size_t>(run.label) + 1];
     }
     for (std::size_t i = 1; i < starts_.size(); ++i)
@@ -87,7 +67,7 @@ void DarkComponents::Sort(std::int64_t leastArea)
 
     components_.clear();
     std::size_t from = 0;
-    for (std::size_t label = 0; label < labels_.size(); ++label) { // each start has moved to its end
+    for (std::size_t label = 0; label < labels; ++label) { // each start has moved to its end
         DarkComponent component{from, starts_[label], 0};
         for (const DarkRun& run : RunsOf(component))
             component.area += run.Length();

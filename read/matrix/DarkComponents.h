@@ -1,6 +1,7 @@
 // The connected dark regions of an image as lists of runs.
 #pragma once
 
+#include "foundation/DisjointSets.h"
 #include "foundation/Records.h"
 #include "image/Image.h"
 
@@ -69,15 +70,13 @@ public:
 private:
     void ScanRow(const Image& gray, int y, int threshold);
     int LabelOf(const DarkRun& run, std::size_t& above, std::size_t aboveEnd);
-    int Root(int label);
-    int Join(int a, int b);
     void Sort(std::int64_t leastArea);
 
     int width_ = 0, height_ = 0;
     std::vector<std::int32_t> edges_;
     std::vector<DarkRun> runs_, sorted_;
     std::vector<std::size_t> rows_; ///< where the runs of each row begin
-    std::vector<int> labels_;       ///< each points to a smaller one of its region, or to itself
+    DisjointSets labels_;           ///< a set for each region
     std::vector<std::size_t> starts_;
     std::vector<DarkComponent> components_;
 };

@@ -64,7 +64,7 @@ bool DotField::FindSpots(const Image& gray, CodePolarities polarity, const Defor
     filters::BoxMeans(gray, rules_.boxSize, rules_.boxSize, means_);
     const int leastContrast = rules_.leastContrast;
     dark_.resize(static_cast<std::size_t>(width) + 1);
-    labels_.clear();
+    labels_.Clear();
     spots_.clear();
     above_.clear();
     for (int y = 0; y < height; ++y) {
@@ -93,15 +93,14 @@ void DotField::LabelRow(const std::uint8_t* dark, int width, int y)
             ++above;
         for (std::size_t i = above; i < above_.size() && above_[i].first < run.end; ++i)
             if (run.label < 0)
-                run.label = Root(above_[i].label);
+                run.label = labels_.Root(above_[i].label);
             else
                 Join(run.label, above_[i].label);
         if (run.label < 0) {
-            run.label = static_cast<int>(labels_.size());
-            labels_.push_back(run.label);
+            run.label = labels_.Add();
             spots_.push_back({.left = run.first, .right = run.end, .top = y, .bottom = y + 1});
         }
-        run.label = Root(run.label);
+        run.label = labels_.Root(run.label);
         Spot& spot = spots_[static_cast<std::size_t>(run.label)];
         const int count = run.end - run.first;
         spot.area += count;
@@ -115,23 +114,12 @@ void DotField::LabelRow(const std::uint8_t* dark, int width, int y)
     above_.swap(row_);
 }
 
-int DotField::Root(int label)
-{
-    while (labels_[static_cast<std::size_t>(label)] != label) {
-        int& parent = labels_[static_cast<std::size_t>(label)];
-        parent = labels_[static_cast<std::size_t>(parent)];
-        label = parent;
-    }
-    return label;
-}
-
 void DotField::Join(int a, int b)
 {
-    a = Root(a);
-    b = Root(b);
+    a = labels_.Root(a);
+    b = labels_.Root(b);
     if (a == b) return;
-    const int kept = std::min(a, b), gone = std::max(a, b);
-    labels_[static_cast<std::size_t>(gone)] = kept;
+    const int kept = labels_.Unite(a, b), gone = std::max(a, b);
     Spot& spot = spots_[static_cast<std::size_t>(kept)];
     Spot& other = spots_[static_cast<std::size_t>(gone)];
     spot.area += other.area;

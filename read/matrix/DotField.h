@@ -1,6 +1,7 @@
 // The dots of an image that can be those of DotCode symbols, and what lies near to a place.
 #pragma once
 
+#include "foundation/DisjointSets.h"
 #include "foundation/Enumerations.h"
 #include "foundation/Records.h"
 #include "read/matrix/BinaryImage.h"
@@ -83,7 +84,6 @@ private:
 
     bool FindSpots(const Image& gray, CodePolarities polarity, const Deformation& deformation);
     void LabelRow(const std::uint8_t* dark, int width, int y);
-    int Root(int label);
     void Join(int a, int b);
     bool TakeSpots(int width, int height, const Deformation& deformation);
     bool KeepTypical();
@@ -97,7 +97,7 @@ private:
     WorkImage means_;
     std::vector<std::uint8_t> dark_;
     std::vector<Run> above_, row_;
-    std::vector<int> labels_;
+    DisjointSets labels_;
     std::vector<Spot> spots_;
     std::vector<Dot> dots_;
     std::vector<double> sorted_;
