@@ -30,6 +30,12 @@ public:
     int Height() const { return height_; }
     /// Of the image or one pixel beyond it.
     bool IsDark(int x, int y) const { return *At(x, y) != 0; }
+    /// The pixel nearest to a place; what lies beyond the image is light.
+    bool IsDark(XY place) const
+    {
+        const bool isInside = place.X >= -0.5 && place.Y >= -0.5 && place.X < width_ - 0.5 && place.Y < height_ - 0.5;
+        return isInside && IsDark(static_cast<int>(place.X + 0.5), static_cast<int>(place.Y + 0.5));
+    }
     bool Holds(int x, int y) const { return x >= 0 && y >= 0 && x < width_ && y < height_; }
     const std::uint8_t* At(int x, int y) const { return pixels_.data() + Index(x, y); }
     std::ptrdiff_t Stride() const { return stride_; }

@@ -60,6 +60,20 @@ BorderLine WalkInside(const Image& work, const Quadrilateral& q, std::size_t sid
     return sums;
 }
 
+/// A symbol of a size of which corner `first` of an outline is the lower left one.
+SymbolLayout Turned(const Quadrilateral& q, std::size_t first, int size, bool longFirst)
+{
+    const codewords::DataMatrixSize& cells = codewords::DataMatrixSizes()[static_cast<std::size_t>(size)];
+    SymbolLayout layout;
+    for (std::size_t i = 0; i < 4; ++i)
+        layout.corners[i] = q[(first + i) % 4];
+    layout.size = static_cast<Sizes>(size);
+    layout.exchanged = cells.rows != cells.columns && (first % 2 == 0) != longFirst;
+    layout.rows = layout.exchanged ? cells.columns : cells.rows;
+    layout.columns = layout.exchanged ? cells.rows : cells.columns;
+    return layout;
+}
+
 /// The better of the layouts of one size.
 void TrySize(const Image& work, const Quadrilateral& q, int size, bool longFirst, SymbolLayout& best)
 {
@@ -78,18 +92,9 @@ void TrySize(const Image& work, const Quadrilateral& q, int size, bool longFirst
     const auto dark = static_cast<double>(up.alternate + back.total - back.alternate);
     const double score = dark / (lines[solid].length + lines[(solid + 1) % 4].length);
     if (score > best.score) return;
+    best = Turned(q, solid + 1, size, longFirst);
     best.score = score;
-    best.size = static_cast<Sizes>(size);
-    for (std::size_t i = 0; i < 4; ++i)
-        best.corners[i] = q[(solid + 1 + i) % 4];
-    best.exchanged = !square && ((solid + 1) % 2 == 0) != longFirst;
-    best.rows = best.exchanged ? cells.columns : cells.rows;
-    best.columns = best.exchanged ? cells.rows : cells.columns;
 }
-
-} // namespace
-
-namespace {
 
 bool IsLongFirst(const Quadrilateral& q)
 {
@@ -105,12 +110,12 @@ int LongestSquared(const Quadrilateral& q)
     return longest;
 }
 
-/// The cells of a size that have at least 2 pixels on the longest side of an outline; null if they have not.
-const codewords::DataMatrixSize* Fitting(int size, int longestSquared)
+/// Whether the cells of a size have at least 2 pixels on the longest side of an outline.
+bool Fits(int size, int longestSquared)
 {
     const codewords::DataMatrixSize& cells = codewords::DataMatrixSizes()[static_cast<std::size_t>(size)];
     const int most = 2 * std::max(cells.rows, cells.columns);
-    return most * most <= longestSquared ? &cells : nullptr;
+    return most * most <= longestSquared;
 }
 
 int FirstSize(SizeRange range, bool squareLike)
@@ -126,7 +131,7 @@ bool FindLayout(const Image& work, const Quadrilateral& outline, bool squareLike
     const bool longFirst = IsLongFirst(outline);
     layout.score = std::numeric_limits<double>::infinity();
     for (int size = FirstSize(range, squareLike); size <= range.to; ++size)
-        if (Fitting(size, longest)) TrySize(work, outline, size, longFirst, layout);
+        if (Fits(size, longest)) TrySize(work, outline, size, longFirst, layout);
     return std::isfinite(layout.score);
 }
 
@@ -169,15 +174,8 @@ bool FindLayoutByBorders(const Image& work, int threshold, const Quadrilateral& 
     layout.score = mostWrongBorder;
     bool found = false;
     for (int size = FirstSize(range, squareLike); size <= range.to; ++size) {
-        const codewords::DataMatrixSize* cells = Fitting(size, longest);
-        for (std::size_t k = 0; cells && k < 4; ++k) {
-            SymbolLayout turned;
-            for (std::size_t i = 0; i < 4; ++i)
-                turned.corners[i] = outline[(k + i) % 4];
-            turned.size = static_cast<Sizes>(size);
-            turned.exchanged = cells->rows != cells->columns && (k % 2 == 0) != longFirst;
-            turned.rows = turned.exchanged ? cells->columns : cells->rows;
-            turned.columns = turned.exchanged ? cells->rows : cells->columns;
+        for (std::size_t k = 0; k < 4 && Fits(size, longest); ++k) {
+            SymbolLayout turned = Turned(outline, k, size, longFirst);
             turned.score = WrongBorder(work, threshold, turned);
             if (turned.score > layout.score) continue;
             layout = turned;

@@ -23,7 +23,6 @@ constexpr int budget = 2;
 constexpr std::int64_t workOfParting = 2, workOfClosing = 4;
 /// What a small image may take in any case: a few milliseconds.
 constexpr std::int64_t leastWork = 4 << 20;
-constexpr int flatThreshold = 118;
 constexpr double paperShare = 0.9;
 
 /// A way to part dark and light.
@@ -116,14 +115,7 @@ private:
     /// Makes the working image, where symbols are dark; its threshold.
     int Part(const Image& gray, int box, CodePolarities polarity)
     {
-        int threshold = flatThreshold;
-        if (box > 0) {
-            Flatten(gray, box, state_.means, state_.work);
-        } else {
-            threshold = levels::BestSplit(gray).threshold;
-            images::MakeLike(gray, Gray, state_.work);
-            images::CopyRows(gray, state_.work);
-        }
+        const int threshold = MakeWork(gray, box, Auto, state_);
         if (polarity != WhiteOnBlack) return threshold;
         Invert(state_.work);
         return 256 - threshold;

@@ -3,6 +3,7 @@
 
 #include "foundation/Angles.h"
 #include "read/matrix/Grading.h"
+#include "read/matrix/PlaneVectors.h"
 
 #include <algorithm>
 #include <array>
@@ -206,8 +207,8 @@ void DotCodeSearch::Keep(Task& task, const CellExtent& extent, CodeViews view)
     const XY along = record.corners[(first + 1) % 4] - origin, down = record.corners[(first + 3) % 4] - origin;
     record.x = origin.X;
     record.y = origin.Y;
-    record.width = std::round(std::hypot(along.X, along.Y));
-    record.height = std::round(std::hypot(down.X, down.Y));
+    record.width = std::round(Length(along));
+    record.height = std::round(Length(down));
     record.angle = ToDegrees(std::atan2(along.Y, along.X));
     record.cellSize = static_cast<float>(std::sqrt(record.width * record.height / (extent.Width() * extent.Height())));
     task.search.Add(std::move(record));
@@ -219,23 +220,12 @@ void DotCodeSearch::Keep(Task& task, const CellExtent& extent, CodeViews view)
 
 void DotCodeSearch::Describe(const Task& task, const CellExtent& extent)
 {
-    sampled_.rows = extent.Height();
-    sampled_.columns = extent.Width();
-    sampled_.nodes.clear();
-    sampled_.centers.clear();
-    sampled_.lightCells = sampled_.darkCells = 0;
-    const auto place = [&](double column, double row) {
-        return task.rung.scale * deformation_.Apply(lattice_.Place(extent.left + column, extent.top + row));
-    };
-    for (int row = 0; row <= sampled_.rows; ++row)
-        for (int column = 0; column <= sampled_.columns; ++column)
-            sampled_.nodes.push_back(place(column - 0.5, row - 0.5));
-    for (int row = 0; row < sampled_.rows; ++row)
-        for (int column = 0; column < sampled_.columns; ++column) {
-            sampled_.centers.push_back(place(column, row));
-            const bool dark = lattice_.HasDot(extent.left + column, extent.top + row);
-            ++(dark ? sampled_.darkCells : sampled_.lightCells);
-        }
+    sampled_.Take(
+        extent.Height(), extent.Width(),
+        [&](double column, double row) {
+            return task.rung.scale * deformation_.Apply(lattice_.Place(extent.left + column, extent.top + row));
+        },
+        [&](int row, int column) { return lattice_.HasDot(extent.left + column, extent.top + row); });
 }
 
 } // namespace Tesk::matrix

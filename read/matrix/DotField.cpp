@@ -2,6 +2,7 @@
 #include "read/matrix/DotField.h"
 
 #include "image/filter/LocalMeans.h"
+#include "read/matrix/PlaneVectors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,11 +33,6 @@ std::size_t Densest(const std::vector<double>& sorted, double ratio)
         best = i;
     }
     return best;
-}
-
-double SquaredLength(XY v)
-{
-    return v.X * v.X + v.Y * v.Y;
 }
 
 } // namespace

@@ -2,6 +2,8 @@
 // places at the end.
 #include "read/matrix/DotLattice.h"
 
+#include "read/matrix/PlaneVectors.h"
+
 #include <algorithm>
 #include <cmath>
 #include <span>
@@ -15,16 +17,6 @@ constexpr std::size_t mostNeighbours = 50;
 constexpr int windowReach = 4; ///< cells to each side of a node of the walk
 constexpr int stride = 2;
 constexpr double leastSquare = 0.85; ///< of the squared area of a cell over that of a square of its sides
-
-double SquaredLength(XY v)
-{
-    return v.X * v.X + v.Y * v.Y;
-}
-
-double Cross(XY a, XY b)
-{
-    return a.X * b.Y - b.X * a.Y;
-}
 
 /// The affine map by least squares from cells to places.
 class CellFit

@@ -184,24 +184,13 @@ void FinderPatterns::SearchRow(const BinaryImage& image, Form form, int y, const
     }
 }
 
-void FinderPatterns::Search(const BinaryImage& image)
-{
-    list_.clear();
-    const SearchArea area{0, 0, image.Width(), image.Height()};
-    for (int y = 0; y < image.Height() && list_.size() < mostFinders; ++y)
-        SearchRow(image, Finder, y, area, [&](const FinderRecord& record) {
-            list_.push_back(record);
-            return list_.size() < mostFinders;
-        });
-}
-
-void FinderPatterns::ListAlignments(const BinaryImage& image, const SearchArea& area)
+void FinderPatterns::ListPatterns(const BinaryImage& image, Form form, const SearchArea& area)
 {
     list_.clear();
     const SearchArea clipped{std::max(area.x, 0), std::max(area.y, 0), std::min(area.endX, image.Width()),
                              std::min(area.endY, image.Height())};
     for (int y = clipped.y; y < clipped.endY && list_.size() < mostFinders; ++y)
-        SearchRow(image, Alignment, y, clipped, [&](const FinderRecord& record) {
+        SearchRow(image, form, y, clipped, [&](const FinderRecord& record) {
             list_.push_back(record);
             return list_.size() < mostFinders;
         });

@@ -34,13 +34,13 @@ public:
     static constexpr std::size_t mostFinders = 192;
 
     /// Finds the finder patterns of an image, at most `mostFinders`.
-    void Search(const BinaryImage& image);
+    void Search(const BinaryImage& image) { ListPatterns(image, Finder, {0, 0, image.Width(), image.Height()}); }
     /// Finds the alignment pattern whose middle is nearest to a place, within an area, among those for which
     /// `fits(record)` holds.
     template <typename Fits>
     bool FindAlignment(const BinaryImage& image, const SearchArea& area, XY near, Fits fits, FinderRecord& found)
     {
-        ListAlignments(image, area);
+        ListPatterns(image, Alignment, area);
         double least = std::numeric_limits<double>::max();
         for (const FinderRecord& record : list_) {
             const double distance = std::hypot(record.center.X - near.X, record.center.Y - near.Y);
@@ -67,7 +67,8 @@ private:
         std::array<Site, 8> inner, outer; ///< dark pixels beside the transitions next to the centre, and of the ring
     };
 
-    void ListAlignments(const BinaryImage& image, const SearchArea& area);
+    /// Lists the patterns of an area of the image.
+    void ListPatterns(const BinaryImage& image, Form form, const SearchArea& area);
     void FindTransitions(const BinaryImage& image, int y, int x, int endX);
     bool TestRow(Form form, std::size_t first, int y, Candidate& candidate) const;
     static bool TestLine(const BinaryImage& image, Form form, std::size_t line, Candidate& candidate);

@@ -2,6 +2,7 @@
 #include "read/matrix/FinderTriple.h"
 
 #include "read/codewords/QRTables.h"
+#include "read/matrix/PlaneVectors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -24,38 +25,26 @@ constexpr double ringModules = 3, edgeModules = 3.5;
 /// The cells of a side that do not lie between the inner cells of its two patterns.
 constexpr int cellsBeside = 13;
 
-double Length(XY v)
-{
-    return std::hypot(v.X, v.Y);
-}
-
-double Cross(XY a, XY b)
-{
-    return a.X * b.Y - b.X * a.Y;
-}
-
 bool AreAlike(double a, double b)
 {
     return std::max(a, b) <= largestSizeRatio * std::min(a, b);
 }
 
-/// Calls `f(dark)` for the pixels of a line, one a step of its longer axis; those beyond the image are light. `f`
-/// returns whether to go on.
-template <typename F>
-void EachPixel(const BinaryImage& image, XY from, XY to, F f)
-{
-    const int steps = static_cast<int>(std::lround(std::max(std::abs(to.X - from.X), std::abs(to.Y - from.Y))));
-    const XY step = 1.0 / std::max(steps, 1) * (to - from);
-    for (int i = 0; i <= steps; ++i) {
-        const XY at = from + static_cast<double>(i) * step;
-        const int x = static_cast<int>(std::floor(at.X + 0.5)), y = static_cast<int>(std::floor(at.Y + 0.5));
-        if (!f(image.Holds(x, y) && image.IsDark(x, y))) return;
-    }
-}
-
+/// Steps of the longer axis of a line.
 int StepsOf(XY from, XY to)
 {
     return static_cast<int>(std::lround(std::max(std::abs(to.X - from.X), std::abs(to.Y - from.Y))));
+}
+
+/// Calls `f(dark)` for the pixels of a line, one a step; those beyond the image are light. `f` returns whether to go
+/// on.
+template <typename F>
+void EachPixel(const BinaryImage& image, XY from, XY to, F f)
+{
+    const int steps = StepsOf(from, to);
+    const XY step = 1.0 / std::max(steps, 1) * (to - from);
+    for (int i = 0; i <= steps; ++i)
+        if (!f(image.IsDark(from + static_cast<double>(i) * step))) return;
 }
 
 } // namespace

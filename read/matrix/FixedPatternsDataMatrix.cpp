@@ -39,13 +39,7 @@ public:
             wrong_.push_back(scale_.IsDark(tone) != dark);
         }
     }
-    int AsCells() const
-    {
-        LevelHistogram cells;
-        for (const int level : levels_)
-            cells.Add(level);
-        return GradeOfCells(cells);
-    }
+    int AsCells() const { return GradeOfCells(LevelHistogram(levels_)); }
     int AsSide() const { return GradeOfSide(levels_); }
     int AsTrack() const { return GradeOfTrack(levels_, wrong_); }
 
@@ -87,11 +81,7 @@ int GradeOfCells(const LevelHistogram& cells)
 
 int GradeOfSide(std::span<const int> levels)
 {
-    if (IsBroken(levels)) return 0;
-    LevelHistogram cells;
-    for (const int level : levels)
-        cells.Add(level);
-    return GradeOfCells(cells);
+    return IsBroken(levels) ? 0 : GradeOfCells(LevelHistogram(levels));
 }
 
 bool HasDamagedWindow(const std::vector<bool>& wrong)
@@ -109,14 +99,11 @@ int GradeOfTrack(std::span<const int> levels, const std::vector<bool>& wrong)
 {
     if (wrong.empty()) return gradeA;
     if (HasDamagedWindow(wrong)) return 0;
-    LevelHistogram cells;
-    for (const int level : levels)
-        cells.Add(level);
     const int length = static_cast<int>(wrong.size());
     const int count = static_cast<int>(std::count(wrong.begin(), wrong.end(), true));
     // 5 - 20 * count / length, rounded down.
     const int byCount = std::clamp((5 * length - 20 * count) / length, 0, gradeA);
-    return std::min(byCount, GradeOfCells(cells));
+    return std::min(byCount, GradeOfCells(LevelHistogram(levels)));
 }
 
 int GradeDataMatrixPatterns(const CellTones& tones, const ToneScale& scale, const codewords::DataMatrixCells& cells)

@@ -1,7 +1,6 @@
 // The searches on each rung of the ladder.
 #include "image/core/Destination.h"
 #include "image/filter/LocalMeans.h"
-#include "image/histogram/LevelCounts.h"
 #include "image/morpho/MorphoExtremum.h"
 #include "read/matrix/ReaderState.h"
 
@@ -55,18 +54,22 @@ void Invert(Image& gray)
     }
 }
 
+int MakeWork(const Image& gray, int box, int threshold, ReaderState& state)
+{
+    if (box > 0) {
+        Flatten(gray, box, state.means, state.work);
+        return flatThreshold;
+    }
+    images::MakeLike(gray, Gray, state.work);
+    images::CopyRows(gray, state.work);
+    return ThresholdOf(gray, threshold);
+}
+
 void SearchDataMatrix(const Rung& rung, ReaderState& state)
 {
     SymbolSearch& search = state.search;
-    int threshold = flatThreshold;
-    if (search.settings.adaptiveThreshold) {
-        Flatten(rung.image, flatteningBox, state.means, state.work);
-    } else {
-        threshold = search.settings.threshold;
-        if (threshold == Auto) threshold = levels::BestSplit(rung.image).threshold;
-        images::MakeLike(rung.image, Gray, state.work);
-        images::CopyRows(rung.image, state.work);
-    }
+    const int box = search.settings.adaptiveThreshold ? flatteningBox : 0;
+    int threshold = MakeWork(rung.image, box, search.settings.threshold, state);
     for (const CodePolarities polarity : {BlackOnWhite, WhiteOnBlack}) {
         if (search.settings.polarities & polarity)
             state.dataMatrix.Search({rung, state.work, threshold, polarity}, search);

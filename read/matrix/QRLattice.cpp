@@ -2,6 +2,8 @@
 // each four of them.
 #include "read/matrix/QRLattice.h"
 
+#include "read/matrix/PlaneVectors.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -20,11 +22,6 @@ constexpr double farthestPlace = 1e5;
 constexpr int margin = 4;
 /// The distance of the fourth corner from the eye over that of the first.
 constexpr double leastFourth = 0.3;
-
-double Length(XY v)
-{
-    return std::hypot(v.X, v.Y);
-}
 
 } // namespace
 
@@ -74,9 +71,7 @@ int QRLattice::CellsAlike(const BinaryImage& image, XY center) const
     for (int row = -2; row <= 2; ++row)
         for (int column = -2; column <= 2; ++column) {
             const XY at = center + static_cast<double>(column) * along_ + static_cast<double>(row) * down_;
-            const int x = static_cast<int>(std::floor(at.X + 0.5)), y = static_cast<int>(std::floor(at.Y + 0.5));
-            const bool dark = image.Holds(x, y) && image.IsDark(x, y);
-            alike += dark == (std::max(std::abs(row), std::abs(column)) != 1);
+            alike += image.IsDark(at) == (std::max(std::abs(row), std::abs(column)) != 1);
         }
     return alike;
 }
@@ -173,18 +168,9 @@ void QRLattice::Sample(const BinaryImage& image, codewords::QRGrid& cells) const
 
 void QRLattice::Describe(const codewords::QRGrid& cells, double scale, SampledSymbol& sampled) const
 {
-    sampled.rows = sampled.columns = side_;
-    sampled.nodes.clear();
-    sampled.centers.clear();
-    sampled.lightCells = sampled.darkCells = 0;
-    for (int row = 0; row <= side_; ++row)
-        for (int column = 0; column <= side_; ++column)
-            sampled.nodes.push_back(scale * Place(column - 0.5, row - 0.5));
-    for (int row = 0; row < side_; ++row)
-        for (int column = 0; column < side_; ++column) {
-            sampled.centers.push_back(scale * Place(column, row));
-            ++(cells.IsDark(row, column) ? sampled.darkCells : sampled.lightCells);
-        }
+    sampled.Take(
+        side_, side_, [&](double column, double row) { return scale * Place(column, row); },
+        [&](int row, int column) { return cells.IsDark(row, column); });
 }
 
 } // namespace Tesk::matrix

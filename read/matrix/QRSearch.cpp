@@ -2,9 +2,9 @@
 #include "read/matrix/QRSearch.h"
 
 #include "foundation/Angles.h"
-#include "image/histogram/LevelCounts.h"
 #include "read/codewords/QRCells.h"
 #include "read/matrix/Grading.h"
+#include "read/matrix/PlaneVectors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,8 +47,7 @@ bool QRSearch::Search(const Rung& rung, SymbolSearch& search)
     if (settings.adaptiveThreshold)
         image_.BinarizeByMean(rung.image, boxSize, boxOffset);
     else
-        image_.BinarizeBelow(rung.image,
-                             settings.threshold == Auto ? levels::BestSplit(rung.image).threshold : settings.threshold);
+        image_.BinarizeBelow(rung.image, ThresholdOf(rung.image, settings.threshold));
     bool any = false;
     for (const CodePolarities polarity : {BlackOnWhite, WhiteOnBlack}) {
         if ((settings.polarities & polarity) == 0 || search.IsFull()) continue;
@@ -176,9 +175,7 @@ bool QRSearch::ReadViews(Task& task, int side)
 bool QRSearch::ReadSymbol(Task& task, const FinderTriple& finders, bool perspective, CodeViews view, int side)
 {
     const auto isDark = [&](int row, int column) {
-        const XY place = perspective ? finders.PlaceBeside(side, column, row) : lattice_.PlainPlace(column, row);
-        const int x = static_cast<int>(std::floor(place.X + 0.5)), y = static_cast<int>(std::floor(place.Y + 0.5));
-        return image_.Holds(x, y) && image_.IsDark(x, y);
+        return image_.IsDark(perspective ? finders.PlaceBeside(side, column, row) : lattice_.PlainPlace(column, row));
     };
     SearchFailure& failure = task.search.failure;
     if (!lattice_.SetByFinders(finders, side, perspective) || !codewords::ReadQRFormat(side, isDark, format_) ||
@@ -218,8 +215,8 @@ void QRSearch::Keep(Task& task, CodeViews view)
     const XY width = record.corners[3] - record.corners[0], height = record.corners[1] - record.corners[0];
     record.x = record.corners[0].X;
     record.y = record.corners[0].Y;
-    record.width = std::round(std::hypot(width.X, width.Y));
-    record.height = std::round(std::hypot(height.X, height.Y));
+    record.width = std::round(Length(width));
+    record.height = std::round(Length(height));
     record.angle = ToDegrees(std::atan2(-width.X, width.Y));
     record.cellSize = static_cast<float>(std::sqrt(record.width * record.height) / side);
     task.search.Add(std::move(record));

@@ -71,6 +71,9 @@ inline std::int64_t WorkOf(const ReaderState& state)
     return state.dataMatrix.Work() + state.otherWork;
 }
 
+/// Makes the working image of a search for Data Matrix symbols, flattened over a box or, for 0, as the image is. The
+/// level between dark and light: of a flattened image always the same, else the threshold, or for `Auto` the best one.
+int MakeWork(const Image& gray, int box, int threshold, ReaderState& state);
 /// How far pixels are from the mean of their surroundings: 2 (s - m) + 128, clamped. `means` and `dst` are sized.
 void Flatten(const Image& src, int box, Image& means, Image& dst);
 /// Makes dark light.

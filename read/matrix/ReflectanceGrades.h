@@ -7,6 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace Tesk::matrix {
@@ -44,6 +45,13 @@ constexpr GradeLimits unusedErrorLimits = {0.62f, 0.50f, 0.37f, 0.25f};
 class LevelHistogram
 {
 public:
+    LevelHistogram() = default;
+    explicit LevelHistogram(std::span<const int> levels)
+    {
+        for (const int level : levels)
+            Add(level);
+    }
+
     void Add(int level) { ++counts_[static_cast<std::size_t>(level)]; }
     int Total() const { return Below(gradeA + 1); }
     int Below(int level) const

@@ -1,6 +1,8 @@
 // What the searches for matrix codes share: taking and keeping symbols, and why none was read.
 #include "read/matrix/SymbolSearch.h"
 
+#include "image/histogram/LevelCounts.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -50,6 +52,11 @@ void SearchFailure::Set(int newState, const wchar_t* newMessage, int newValue)
 void SearchFailure::Raise(int newState)
 {
     state = std::max(state, newState);
+}
+
+int ThresholdOf(const Image& gray, int threshold)
+{
+    return threshold == Auto ? levels::BestSplit(gray).threshold : threshold;
 }
 
 bool SymbolSearch::IsRead(XY place, double scale) const

@@ -74,6 +74,9 @@ struct SearchFailure
     void Raise(int newState); ///< the larger of the old and the new state; the message stays
 };
 
+/// The threshold told, or for `Auto` the best one of a `Gray` image.
+int ThresholdOf(const Image& gray, int threshold);
+
 /// An image of the ladder.
 struct Rung
 {
@@ -90,6 +93,25 @@ struct SampledSymbol
     std::vector<XY> centers;           ///< rows x columns middles of cells, row by row
     int lightCells = 0, darkCells = 0; ///< counted while sampling
 
+    /// Takes nodes and centers from `place(column, row)`, where the middle of the first cell is at 0 and 0, and counts
+    /// the cells by `isDark(row, column)`.
+    template <typename Place, typename IsDark>
+    void Take(int symbolRows, int symbolColumns, Place place, IsDark isDark)
+    {
+        rows = symbolRows;
+        columns = symbolColumns;
+        nodes.clear();
+        centers.clear();
+        lightCells = darkCells = 0;
+        for (int row = 0; row <= rows; ++row)
+            for (int column = 0; column <= columns; ++column)
+                nodes.push_back(place(column - 0.5, row - 0.5));
+        for (int row = 0; row < rows; ++row)
+            for (int column = 0; column < columns; ++column) {
+                centers.push_back(place(column, row));
+                ++(isDark(row, column) ? darkCells : lightCells);
+            }
+    }
     XY Node(int row, int column) const { return nodes[static_cast<std::size_t>(row * (columns + 1) + column)]; }
     XY Center(int row, int column) const { return centers[static_cast<std::size_t>(row * columns + column)]; }
 };
