@@ -105,6 +105,20 @@ bool TurnPixels(const Entry& entry, int quadrant, const Image& src, Image& dst)
     return false;
 }
 
+XY TurnedBack(int quadrant, const XY& point, int width, int height)
+{
+    switch (quadrant & 3) {
+    case 1:
+        return {point.Y, height - point.X};
+    case 2:
+        return {width - point.X, height - point.Y};
+    case 3:
+        return {width - point.Y, point.X};
+    default:
+        return point;
+    }
+}
+
 SourceRectangle TurnedBack(int quadrant, const SourceRectangle& box, int width, int height)
 {
     switch (quadrant & 3) {

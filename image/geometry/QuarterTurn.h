@@ -9,7 +9,8 @@ namespace Tesk::turns {
 /// `Geometry::Turn`. True, and reported, if it was refused.
 bool TurnPixels(const Entry& entry, int quadrant, const Image& src, Image& dst);
 
-/// Where a box of a turned window stood before, in a window of `width` by `height` pixels.
+/// Where a point or a box of a turned window stood before, in a window of `width` by `height` pixels.
+XY TurnedBack(int quadrant, const XY& point, int width, int height);
 SourceRectangle TurnedBack(int quadrant, const SourceRectangle& box, int width, int height);
 
 } // namespace Tesk::turns

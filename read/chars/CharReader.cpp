@@ -20,7 +20,6 @@ using namespace chars;
 
 namespace {
 
-constexpr images::Types accepted = {Gray, Gray16, Rgb, Rgba};
 /// The user's features of a character.
 constexpr int fontCharFeature = 60, scoreFeature = 61, contrastFeature = 62;
 constexpr int leastArea = 9, averageStep = 10;
@@ -140,17 +139,7 @@ SourceRectangle ReaderState::InPicture(const CharBox& box) const
 
 XY ReaderState::InPicture(XY point) const
 {
-    const XY corner(window.X, window.Y);
-    switch (quadrant & 3) {
-    case 1:
-        return corner + XY(point.Y, window.Height - point.X);
-    case 2:
-        return corner + XY(window.Width - point.X, window.Height - point.Y);
-    case 3:
-        return corner + XY(window.Width - point.Y, point.X);
-    default:
-        return corner + point;
-    }
+    return XY(window.X, window.Y) + turns::TurnedBack(quadrant, point, window.Width, window.Height);
 }
 
 ThumbnailSize ThumbnailSizeOf(const CharReader& reader)

@@ -58,6 +58,11 @@ std::wstring OneChar(wchar_t c)
     return std::wstring(1, c);
 }
 
+void DrawFrame(const SourceRectangle& place)
+{
+    Graph::Rectangle(place.X, place.Y, place.Width, place.Height);
+}
+
 bool Contains(const SourceRectangle& box, XY point)
 {
     return point.X >= box.X && point.X < box.X + box.Width && point.Y >= box.Y && point.Y < box.Y + box.Height;
@@ -73,10 +78,10 @@ void CharReader::Draw(bool ViewChars) const
     Graph::TextAlignX = Graph::TextAlignY = 0;
     for (int i = 0; i < NumChars; i++) {
         const CharBox box = state.BoxAt(i);
-        if (box.Width <= 0 || box.Height <= 0) continue;
+        if (box.IsEmpty()) continue;
         const SourceRectangle place = state.InPicture(box);
         Graph::LineColor = Green;
-        Graph::Rectangle(place.X, place.Y, place.Width, place.Height);
+        DrawFrame(place);
         if (!ViewChars || state.shown.empty()) continue;
         const auto at = static_cast<std::size_t>(i);
         const DecodedChar& read = state.read[at];
@@ -92,9 +97,7 @@ void CharReader::DrawChar(int Index) const
     const Entry entry("Tesk::CharReader::DrawChar");
     if (entry.Refuses(CheckChar(Index))) return;
     const CharBox box = state_->BoxAt(Index);
-    if (box.Width <= 0 || box.Height <= 0) return;
-    const SourceRectangle place = state_->InPicture(box);
-    Graph::Rectangle(place.X, place.Y, place.Width, place.Height);
+    if (!box.IsEmpty()) DrawFrame(state_->InPicture(box));
 }
 
 void CharReader::DrawLayout() const

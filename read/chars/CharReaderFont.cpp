@@ -17,7 +17,6 @@ using namespace chars;
 
 namespace {
 
-constexpr images::Types accepted = {Gray, Gray16, Rgb, Rgba};
 /// Of what stands for a character that is missing.
 constexpr int flatLevel = 128;
 
@@ -70,7 +69,7 @@ void CharReader::InsertString(const Image& src, const C codes[], int userClass, 
     int code = NoError;
     for (int i = NumChars - 1; i >= 0 && code == NoError; i--) {
         const CharBox box = state_->BoxAt(i);
-        if (box.Width <= 0 || box.Height <= 0) continue;
+        if (box.IsEmpty()) continue;
         Image view;
         ViewBox(box, upright, view);
         code = state_->font.Insert(view, CodeOf(codes[i]), userClass, WhiteOnBlack, index, ThumbnailSizeOf(*this));
@@ -192,7 +191,7 @@ void CharReader::CharThumbnail(const Image& Src, int Index, Image& Dst, bool Nor
     }
     const ThumbnailSize size = ThumbnailSizeOf(*this);
     const CharBox box = state_->BoxAt(Index);
-    if (box.Width <= 0 || box.Height <= 0) {
+    if (box.IsEmpty()) {
         const int width = Clamp(CharWidth, 1, mostPixels), height = Clamp(CharHeight, 1, mostPixels);
         entry.Refuses(Normalized ? MakeFlat(size.WidthOf(width), size.Height(), Dst) : MakeFlat(width, height, Dst));
         return;

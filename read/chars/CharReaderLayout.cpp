@@ -33,7 +33,7 @@ void CharReader::TakeLayout()
     entry.Refuses(WithMemory(images::noWorkingMemory, [&]() -> int {
         std::vector<CharBox> boxes;
         for (const CharBox& box : state_->Boxes())
-            if (box.Width > 0 && box.Height > 0) boxes.push_back(box);
+            if (!box.IsEmpty()) boxes.push_back(box);
         if (boxes.empty()) return Status::Format(OutOfRange, L"No character is available");
         state_->layout = std::move(boxes);
         state_->placement = Placement();

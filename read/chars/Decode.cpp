@@ -42,11 +42,6 @@ struct Window
     }
 };
 
-bool IsEmpty(const CharBox& box)
-{
-    return box.Width <= 0 || box.Height <= 0;
-}
-
 } // namespace
 
 void Decoder::Put(int code)
@@ -103,7 +98,7 @@ BestMatch Decoder::Search(const Image& image, const Font& font, const DecodeSett
 void Decoder::Read(const Image& image, const Font& font, const DecodeSettings& settings, const CharBox& box,
                    Filter filter, DecodedChar& read)
 {
-    if (IsEmpty(box)) return Put(unread);
+    if (box.IsEmpty()) return Put(unread);
     bool verbatim = IsVerbatim(filter) && !settings.verifyVerbatim;
     if (!verbatim) {
         ChooseFontChars(font, settings.globalFilter, filter);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/Graph.h"
+#include "image/core/Refusals.h"
 #include "read/CharReader.h"
 #include "read/chars/Decode.h"
 #include "read/chars/Font.h"
@@ -14,6 +15,8 @@
 #include <vector>
 
 namespace Tesk::chars {
+
+inline constexpr images::Types accepted = {Gray, Gray16, Rgb, Rgba}; ///< of images
 
 struct ReaderState
 {

@@ -10,6 +10,8 @@ namespace Tesk::chars {
 struct CharBox
 {
     int X = 0, Y = 0, Width = 0, Height = 0;
+
+    bool IsEmpty() const { return Width <= 0 || Height <= 0; }
 };
 
 inline constexpr int gapSeparator = 32, lineSeparator = 10;

@@ -2,6 +2,7 @@
 #include "foundation/Graph.h"
 #include "read/Code1DReader.h"
 #include "read/core/SymbologyLabel.h"
+#include "read/core/WideBytes.h"
 #include "read/linear/ScanState.h"
 
 #include <string>
@@ -14,9 +15,7 @@ namespace {
 
 void DrawText(const ScanVote& symbol, bool viewName)
 {
-    std::wstring text;
-    for (const char c : symbol.Text())
-        text += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    std::wstring text = WideBytes(symbol.Text());
     if (viewName) text += std::wstring(L" (") + SymbologyLabel(symbol.symbology) + L")";
     Graph::TextAlignX = -1;
     Graph::TextAlignY = 1;

@@ -6,6 +6,7 @@
 #include "image/core/Refusals.h"
 #include "read/core/Expansion.h"
 #include "read/core/SymbologyLabel.h"
+#include "read/core/WideBytes.h"
 #include "read/linear/ScanState.h"
 #include "read/linear/Settings.h"
 
@@ -198,8 +199,7 @@ int Code1DReader::Choose(int index, const Image* src)
     chosen_ = index;
     const ScanVote& symbol = state_->ballot[index];
     AsciiString.Assign(symbol.Text());
-    for (const char c : symbol.Text())
-        UnicodeString.Append(static_cast<wchar_t>(static_cast<unsigned char>(c)));
+    UnicodeString.Assign(WideBytes(symbol.Text()));
     Symbology = symbol.symbology;
     ValidCRC = (symbol.flags & ChecksumFailed) == 0;
     ReadFNC1 = symbol.fnc1Position;

@@ -2,6 +2,7 @@
 #include "foundation/Graph.h"
 #include "read/Code2DReader.h"
 #include "read/core/SymbologyLabel.h"
+#include "read/core/WideBytes.h"
 #include "read/matrix/ReaderState.h"
 
 #include <cstddef>
@@ -15,9 +16,7 @@ namespace {
 
 void DrawText(const SymbolRecord& symbol, XY origin, bool viewName)
 {
-    std::wstring text;
-    for (const char c : symbol.text)
-        text += static_cast<wchar_t>(static_cast<unsigned char>(c));
+    std::wstring text = WideBytes(symbol.text);
     if (viewName) text += std::wstring(L" (") + SymbologyLabel(symbol.symbology) + L")";
     if (Graph::AutoColors) Graph::TextColor = Green;
     Graph::TextAlignX = -1;

@@ -7,6 +7,7 @@
 #include "image/core/Refusals.h"
 #include "image/operator/PixelSteps.h"
 #include "read/core/Expansion.h"
+#include "read/core/WideBytes.h"
 #include "read/matrix/ReaderState.h"
 
 #include <algorithm>
@@ -207,9 +208,7 @@ int Code2DReader::Choose(int index, const Image* src)
 void Code2DReader::Show(const SymbolRecord& symbol)
 {
     AsciiString.Assign(symbol.text);
-    UnicodeString.Clear();
-    for (const char c : symbol.text)
-        UnicodeString.Append(static_cast<wchar_t>(static_cast<unsigned char>(c)));
+    UnicodeString.Assign(WideBytes(symbol.text));
     StringLength = static_cast<int>(symbol.text.size());
     Symbology = symbol.symbology;
     Size = symbol.size;
@@ -240,9 +239,7 @@ void Code2DReader::Show(const QualityGrades& grades)
     PrintGrowthHorizontal = grades.printGrowth;
     PrintGrowthVertical = grades.printGrowth;
     AsciiGrades.Assign(grades.letters.data());
-    UnicodeGrades.Clear();
-    for (const char* letter = grades.letters.data(); *letter; ++letter)
-        UnicodeGrades.Append(static_cast<wchar_t>(*letter));
+    UnicodeGrades.Assign(WideBytes(grades.letters.data()));
 }
 
 XY Code2DReader::Corner(int Index) const
