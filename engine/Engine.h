@@ -105,6 +105,7 @@ private:
     AnyVariable* MakeShadow(int type, AnyVariable* source);
     void SetName(AnyVariable& variable, std::wstring name);
     void Refresh(AnyVariable& shadow, int type);
+    static bool IsDeferred(const Operation& operation);
     bool IsAtRest(const Operation& operation) const;
     bool IsAlwaysNew(const AnyVariable& variable) const;
     bool WillShow(std::size_t from);

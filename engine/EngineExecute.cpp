@@ -116,6 +116,12 @@ bool Engine::WillShow(std::size_t from)
     return false;
 }
 
+/// Whether it trains or inserts, and runs only when it is told to.
+bool Engine::IsDeferred(const Operation& operation)
+{
+    return operation.Node >= 0 && (Tree[operation.Node]->Flags & DeferredMethod) != 0;
+}
+
 /// What an operation takes and changes, and that without being told, is newer after every run.
 bool Engine::IsAlwaysNew(const AnyVariable& variable) const
 {
@@ -123,7 +129,7 @@ bool Engine::IsAlwaysNew(const AnyVariable& variable) const
         for (const Arg& argument : operation->Args)
             if (argument.Variable == &variable) {
                 const std::uint32_t flags = VarNode(argument.Node)->Flags;
-                return (flags & In) && (flags & Out) && !(Tree[operation->Node]->Flags & DeferredMethod);
+                return (flags & In) && (flags & Out) && !IsDeferred(*operation);
             }
     return false;
 }
@@ -131,7 +137,7 @@ bool Engine::IsAlwaysNew(const AnyVariable& variable) const
 /// Whether it waits to be told: what the stamps say is no reason to train or to insert a second time.
 bool Engine::IsAtRest(const Operation& operation) const
 {
-    if (operation.Dirty || operation.Node < 0 || !(Tree[operation.Node]->Flags & DeferredMethod)) return false;
+    if (operation.Dirty || !IsDeferred(operation)) return false;
     // Only where the object that it adds to has changed is there something to add to again.
     for (const Arg& argument : operation.Args) {
         const AnyVariable* variable = argument.Variable;
@@ -167,10 +173,9 @@ void Engine::Execute()
             if (node.Flags & Out) ages.AddOut(variable.Stamp);
         }
         if (isAtRest) continue;
-        if (!operation.Dirty) {
-            const bool isDeferred = operation.Node >= 0 && (Tree[operation.Node]->Flags & DeferredMethod);
-            if (!isDeferred && !WillShow(i)) continue;
-            if (!isDeferred && ages.maxIn < ages.minOut && ages.numOut != 0) continue;
+        if (!operation.Dirty && !IsDeferred(operation)) {
+            if (!WillShow(i)) continue;
+            if (ages.maxIn < ages.minOut && ages.numOut != 0) continue;
         }
         Status::Error().Code = NoError;
         if (BeforeRun) BeforeRun(operation);
