@@ -205,6 +205,8 @@ public:
     /// Shares what another comparator has learned and its state. Without `KeepView`, what has been changed here since
     /// the last time stays: `InstanceIndex`, `GainCompensation`, and the ROIs as long as those of `Src` are the same.
     void ShallowCopy(const Comparator& Src, bool KeepView);
+    /// Takes the ROIs of one with as many aligners, and nothing of another one. The phase stays.
+    void TakeROIs(const Comparator& Src);
 
 private:
     struct AlignerState

@@ -117,7 +117,9 @@ public:
     void Draw(bool ViewScores = false, bool ViewContrasts = false, double MinScore = -1, int Depth = 0) const;
     /// Plots the edges of the model at `StopDepth`. Refused: no such level (`OutOfRange`).
     void DrawModel() const;
-    /// The location under a point of the screen: `AllHandle` and its `HitIndex`, else `NoHandle` and -1.
+    /// The location under a point of the screen; -1 for none.
+    int LocationAt(int MouseX, int MouseY) const;
+    /// The same taken hold of: `AllHandle` and its `HitIndex`, else `NoHandle` and -1.
     DraggingHandles HitLocation(int MouseX, int MouseY);
     /// Takes hold of a location as if it had been hit; of none for an index that is none.
     void Select(int LocationIndex);

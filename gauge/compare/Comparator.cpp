@@ -182,6 +182,14 @@ void Comparator::ShallowCopy(const Comparator& Src, bool KeepView)
     });
 }
 
+void Comparator::TakeROIs(const Comparator& Src)
+{
+    const Entry entry("Tesk::Comparator::TakeROIs");
+    if (NumAligners != Src.NumAligners || Src.NumDetectors < 1) return;
+    entry.Guards(images::noWorkingMemory, [&] { PutROIs(Src.ROIs()); });
+    DetectorIndex = Src.DetectorIndex;
+}
+
 void Comparator::TakeLimits(const Image& lower, const Image& upper)
 {
     lower_.ShallowCopy(lower, true);

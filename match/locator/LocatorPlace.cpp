@@ -168,18 +168,21 @@ void Locator::Select(int LocationIndex)
 DraggingHandles Locator::HitLocation(int MouseX, int MouseY)
 {
     const Entry entry("Tesk::Locator::HitLocation");
-    Select(-1);
+    Select(LocationAt(MouseX, MouseY));
+    return Handle;
+}
+
+int Locator::LocationAt(int MouseX, int MouseY) const
+{
     const double px = MouseX / Graph::Zoom, py = MouseY / Graph::Zoom;
     for (int i = 0; i < NumLocations; i++) {
         const Candidate& found = locations_->list[static_cast<std::size_t>(i)];
         const Image& pattern = model_->At(StopDepth).pattern;
         const double c = std::cos(found.angle), s = std::sin(found.angle), x = px - found.x, y = py - found.y,
                      u = (c * x - s * y) / found.scale, v = (s * x + c * y) / found.scale;
-        if (!(std::abs(u) <= (pattern.Width - 1) / 2.0) || !(std::abs(v) <= (pattern.Height - 1) / 2.0)) continue;
-        Select(i);
-        break;
+        if (std::abs(u) <= (pattern.Width - 1) / 2.0 && std::abs(v) <= (pattern.Height - 1) / 2.0) return i;
     }
-    return Handle;
+    return -1;
 }
 
 } // namespace Tesk

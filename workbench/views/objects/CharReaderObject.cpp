@@ -25,12 +25,12 @@ CharReader& ReaderOf(AnyVariable& object)
     return static_cast<Var<CharReader>&>(object).Value;
 }
 
-/// Changes a reader and those that it goes on from: with the next run it takes what they have.
+/// Changes a reader and those that it goes on from.
 template <typename Change>
 void ChangeAll(AnyVariable& object, Change change)
 {
-    for (AnyVariable* variable = &object; variable; variable = variable->Source)
-        if (auto* reader = dynamic_cast<Var<CharReader>*>(variable)) change(reader->Value);
+    change(ReaderOf(object));
+    EachSource<CharReader>(object, change);
 }
 
 void TakeLayout(AnyVariable& Object, int)

@@ -89,52 +89,14 @@ bool IsHeld(const IController& Child)
     return comparator && comparator->Handle != NoHandle;
 }
 
-void CopyROIs(Comparator& from, Comparator& to)
-{
-    if (from.NumAligners != to.NumAligners || from.NumDetectors < 1) return;
-    const int edited = from.AlignerIndex, other = to.AlignerIndex;
-    for (int i = 0; i < from.NumAligners; i++) {
-        from.AlignerIndex = to.AlignerIndex = i;
-        to.AlignerTrainROI(from.AlignerTrainROI());
-        to.AlignerSearchROI(from.AlignerSearchROI());
-    }
-    from.AlignerIndex = edited;
-    to.AlignerIndex = other;
-    for (int i = 0; i < from.NumDetectors; i++)
-        if (i < to.NumDetectors) {
-            to.DetectorIndex = i;
-            to.DetectorROI(DetectorAt(from, i));
-        } else {
-            to.AppendDetectorROI(DetectorAt(from, i));
-        }
-    while (to.NumDetectors > from.NumDetectors) {
-        to.DetectorIndex = to.NumDetectors - 1;
-        to.RemoveDetectorROI();
-    }
-    to.DetectorIndex = from.DetectorIndex;
-}
-
-/// Calls `f` for the comparators that one goes on from.
-template <typename F>
-void EachSource(AnyVariable& object, F f)
-{
-    for (AnyVariable* source = object.Source; source; source = source->Source)
-        if (auto* variable = dynamic_cast<Var<Comparator>*>(source)) f(variable->Value);
-}
-
-/// Changes the ROIs of a comparator and of those that it goes on from, whose phase stays: with the next run it takes
-/// what they have. False for a refusal.
+/// Changes the ROIs of a comparator and of those that it goes on from, whose phase stays. False for a refusal.
 template <typename Change>
 bool ChangeROIs(AnyVariable& object, Change change)
 {
     Comparator& shown = ComparatorOf(object);
     change(shown);
     if (Status::Error().Code != NoError) return false;
-    EachSource(object, [&](Comparator& other) {
-        const ComparatorMode phase = other.Mode;
-        CopyROIs(shown, other);
-        other.Mode = phase;
-    });
+    EachSource<Comparator>(object, [&](Comparator& other) { other.TakeROIs(shown); });
     return true;
 }
 
@@ -148,7 +110,7 @@ void TrainAll(Comparator& comparator)
 
 void TrainAligners(AnyVariable& Object, int)
 {
-    if (ChangeROIs(Object, TrainAll)) EachSource(Object, TrainAll);
+    if (ChangeROIs(Object, TrainAll)) EachSource<Comparator>(Object, TrainAll);
 }
 
 void AddDetector(AnyVariable& Object, int)

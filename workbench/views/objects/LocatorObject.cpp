@@ -33,10 +33,8 @@ void Draw(AnyVariable& Object, const IController& Child)
 OverlayHit Hit(IController& Child, int X, int Y)
 {
     const Locator* locator = ObjectOf<Locator>(&Child);
-    if (!locator || locator->NumLocations < 1) return {};
     // Hovering selects nothing.
-    Locator probe = *locator;
-    const bool isHit = probe.HitLocation(X, Y) != NoHandle;
+    const bool isHit = locator && locator->LocationAt(X, Y) >= 0;
     return {isHit, isHit ? Qt::CrossCursor : Qt::ArrowCursor};
 }
 

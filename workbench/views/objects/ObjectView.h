@@ -57,6 +57,14 @@ std::unique_ptr<IController> MakeObject(const ObjectView& View, const Controller
 /// Whether the box of an option is checked on the sheet of the object that an overlay draws; `Otherwise` without sheet.
 bool OptionOf(const IController& Child, std::size_t Option, bool Otherwise);
 
+/// Calls `f` for the objects that one goes on from, of the same class: with the next run it takes what they have.
+template <typename T, typename F>
+void EachSource(const AnyVariable& Object, F f)
+{
+    for (AnyVariable* source = Object.Source; source; source = source->Source)
+        if (auto* variable = dynamic_cast<Var<T>*>(source)) f(variable->Value);
+}
+
 /// A sheet of its own class.
 template <typename Sheet>
 std::unique_ptr<IController> MakeSheet(const ControllerRequest& Request, ViewContext& Context)
