@@ -4,7 +4,7 @@
 // its closer look.
 //
 //     code1d-bench FOLDER [FAMILY [NAME]]    NAME: tells what each picture gives
-#include "Bench.h"
+#include "Photographs.h"
 
 #include "read/Code1DReader.h"
 
@@ -14,17 +14,15 @@
 #define ZX_USE_UTF8 1
 #include <ZXing/ReadBarcode.h>
 
+#include <algorithm>
 #include <cctype>
-#include <filesystem>
-#include <iterator>
-#include <map>
-#include <optional>
-#include <sstream>
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
+using bench::Texts;
 
 /// What a family is made of, for each reader.
 struct Family
@@ -73,13 +71,6 @@ const std::vector<Family>& Families()
     return families;
 }
 
-struct Picture
-{
-    std::string name;
-    std::optional<std::string> text;
-    Tesk::Image image;
-};
-
 /// The digits of UPC-A that those of UPC-E stand for.
 std::string Expanded(const std::string& upce)
 {
@@ -124,21 +115,6 @@ std::string Plain(const std::string& family, std::string text)
             text.erase(0, 1);
     return text;
 }
-
-struct Count
-{
-    int right = 0, wrong = 0, none = 0;
-    std::vector<double> times;
-
-    double Median()
-    {
-        if (times.empty()) return 0;
-        std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2), times.end());
-        return times[times.size() / 2];
-    }
-};
-
-using Texts = std::vector<std::string>;
 
 Texts ReadOurs(const Family& family, const Tesk::Image& image, bool lookCloser)
 {
@@ -200,94 +176,28 @@ Texts ReadZBar(const Family& family, const Tesk::Image& image)
     return texts;
 }
 
-struct Contender
-{
-    const char* name;
-    Texts (*read)(const Family&, const Tesk::Image&);
-};
-constexpr Contender contenders[] = {{"Tesk", ReadTwice}, {"first", ReadOnce}, {"ZXing", ReadZXing}, {"ZBar", ReadZBar}};
+constexpr bench::Contender<Family> contenders[] = {
+    {"Tesk", ReadTwice}, {"first", ReadOnce}, {"ZXing", ReadZXing}, {"ZBar", ReadZBar}};
 
-std::vector<Picture> Load(const fs::path& folder, const std::string& family)
+/// What is read of several codes in a picture, whose texts are not known, counts as right; in families without linear
+/// codes it is wrong.
+bench::Verdict Judge(const Family& family, const bench::Photograph& picture, const Texts& texts)
 {
-    std::vector<fs::path> paths;
-    for (const auto& directory : fs::directory_iterator(folder)) {
-        if (!directory.is_directory() || !directory.path().filename().string().starts_with(family + "-")) continue;
-        for (const auto& file : fs::directory_iterator(directory))
-            if (file.path().extension() == ".png" || file.path().extension() == ".jpg") paths.push_back(file.path());
-    }
-    std::sort(paths.begin(), paths.end());
-    std::vector<Picture> pictures(paths.size());
-    for (std::size_t i = 0; i < paths.size(); i++) {
-        pictures[i].name = paths[i].parent_path().filename().string() + "/" + paths[i].filename().string();
-        pictures[i].image.Read(paths[i].c_str(), Tesk::Gray);
-        std::ifstream text(fs::path(paths[i]).replace_extension(".txt"));
-        if (text && family != "multi" && family != "qrcode" && family != "datamatrix")
-            pictures[i].text = std::string(std::istreambuf_iterator<char>(text), {});
-    }
-    return pictures;
-}
-
-void Judge(const Family& family, const Picture& picture, const Texts& texts, Count& count, const char* who, bool tell)
-{
-    const char* verdict = "none";
-    if (texts.empty()) {
-        count.none++;
-    } else if (!picture.text && family.name == "multi") {
-        count.right += static_cast<int>(texts.size());
-        verdict = "read";
-    } else if (!picture.text) {
-        count.wrong++;
-        verdict = "WRONG";
-    } else {
-        const std::string expected = Plain(family.name, *picture.text);
-        const bool all = std::all_of(texts.begin(), texts.end(),
-                                     [&](const std::string& text) { return Plain(family.name, text) == expected; });
-        all ? count.right++ : count.wrong++;
-        verdict = all ? "right" : "WRONG";
-    }
-    if (!tell) return;
-    std::printf("  %-28s %-6s %-6s", picture.name.c_str(), who, verdict);
-    for (const std::string& text : texts)
-        std::printf(" [%s]", text.c_str());
-    std::printf("\n");
-}
-
-void Row(const Family& family, const std::vector<Picture>& pictures, const char* only)
-{
-    Count counts[std::size(contenders)];
-    for (const Picture& picture : pictures) {
-        if (only && picture.name.find(only) == std::string::npos) continue;
-        for (std::size_t k = 0; k < std::size(contenders); k++) {
-            Texts texts;
-            double shortest = 1e30;
-            for (int round = 0; round < 5; round++) {
-                const auto begin = Clock::now();
-                texts = contenders[k].read(family, picture.image);
-                shortest = std::min(shortest, std::chrono::duration<double, std::micro>(Clock::now() - begin).count());
-            }
-            counts[k].times.push_back(shortest);
-            Judge(family, picture, texts, counts[k], contenders[k].name, only != nullptr);
-        }
-    }
-    std::printf("%-15s %3zu", family.name.c_str(), pictures.size());
-    for (std::size_t k = 0; k < std::size(contenders); k++)
-        std::printf("  %-5s %3d right %2d wrong %2d none %6.0f us", contenders[k].name, counts[k].right,
-                    counts[k].wrong, counts[k].none, counts[k].Median());
-    std::printf("\n");
+    if (family.name == "multi") return bench::Verdict::Right;
+    if (!picture.text || family.name == "qrcode" || family.name == "datamatrix") return bench::Verdict::Wrong;
+    const std::string expected = Plain(family.name, *picture.text);
+    const bool all = std::all_of(texts.begin(), texts.end(),
+                                 [&](const std::string& text) { return Plain(family.name, text) == expected; });
+    return all ? bench::Verdict::Right : bench::Verdict::Wrong;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc < 2) {
-        std::printf("code1d-bench FOLDER [FAMILY [NAME]]\n");
-        return 2;
-    }
-    bench::Start(1, argv);
-    Tesk::Status::ErrorBehavior(Tesk::IgnoreIt);
-    for (const Family& family : Families())
-        if (argc < 3 || std::string(argv[2]) == "all" || family.name == argv[2])
-            Row(family, Load(argv[1], family.name), argc > 3 ? argv[3] : nullptr);
-    return 0;
+    return bench::ForFamilies(argc, argv, "code1d-bench", Families(), [&](const Family& family, const char* only) {
+        bench::PrintReads<Family>(
+            family, bench::LoadPhotographs(argv[1], family.name), contenders, only,
+            [&](const bench::Photograph& picture, const Texts& texts) { return Judge(family, picture, texts); });
+    });
 }
