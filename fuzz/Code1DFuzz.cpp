@@ -7,31 +7,19 @@
 #include "image/Image.h"
 #include "read/Code1DReader.h"
 
+#include "Checks.h"
+
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
 
 constexpr std::size_t settings = 64; ///< bytes, more than a file has
 constexpr int height = 24;
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
-
-std::vector<std::uint8_t> Written(Code1DReader& reader)
-{
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    reader.Transfer(writer);
-    Require(writer.Good());
-    return bytes;
-}
 
 /// Rows that are alike but for their ends: as bars are.
 void Fill(Image& image, const std::uint8_t* pixels, std::size_t count, PixelTypes type)
@@ -53,11 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Code1DReader reader;
     Archive archive = Archive::FromMemory({data, std::min(size, settings)}, ShortFile::KeepsFields);
     reader.Transfer(archive);
-    const std::vector<std::uint8_t> bytes = Written(reader);
-    Code1DReader again;
-    Archive second = Archive::FromMemory(bytes, ShortFile::KeepsFields);
-    again.Transfer(second);
-    Require(second.Good() && Written(again) == bytes);
+    RequireRoundTrip(reader, ShortFile::KeepsFields);
 
     if (size <= settings) return 0;
     constexpr PixelTypes types[] = {Gray, Gray16, Rgb, Rgba};

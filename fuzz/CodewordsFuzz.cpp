@@ -4,22 +4,19 @@
 #include "read/codewords/QRText.h"
 #include "read/codewords/SymbolReader.h"
 
+#include "Checks.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <span>
 #include <vector>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 using namespace Tesk::codewords;
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 void CheckText(const SymbolText& text)
 {

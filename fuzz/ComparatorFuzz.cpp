@@ -7,30 +7,14 @@
 #include "image/Image.h"
 #include "measure/Blobs.h"
 
+#include "Checks.h"
+
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 using namespace Tesk;
-
-namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
-
-std::vector<std::uint8_t> Written(Comparator& comparator)
-{
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    comparator.Transfer(writer);
-    Require(writer.Good());
-    return bytes;
-}
-
-} // namespace
+using namespace Tesk::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -40,11 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Archive reader = Archive::FromMemory({data, size});
     comparator.Transfer(reader);
     if (!reader.Good()) return 0;
-    const std::vector<std::uint8_t> bytes = Written(comparator);
-    Comparator again;
-    Archive second = Archive::FromMemory(bytes);
-    again.Transfer(second);
-    Require(second.Good() && Written(again) == bytes);
+    RequireRoundTrip(comparator);
 
     Graph::DrawTo(&target);
     comparator.DrawROI(Train | Search | Detect, true);

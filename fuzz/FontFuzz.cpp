@@ -3,18 +3,15 @@
 #include "image/Image.h"
 #include "read/CharReader.h"
 
+#include "Checks.h"
+
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 /// Four dark bars on a bright ground.
 Image& Picture()
@@ -29,15 +26,6 @@ Image& Picture()
     return image;
 }
 
-std::vector<std::uint8_t> Written(CharReader& reader)
-{
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    reader.Transfer(writer);
-    Require(writer.Good());
-    return bytes;
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
@@ -48,11 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Archive archive = Archive::FromMemory({data + 1, size - 1});
     reader.Transfer(archive, data[0] % 2 == 1, false);
     if (!archive.Good()) return 0;
-    const std::vector<std::uint8_t> bytes = Written(reader);
-    CharReader again;
-    Archive second = Archive::FromMemory(bytes);
-    again.Transfer(second);
-    Require(second.Good() && Written(again) == bytes);
+    RequireRoundTrip(reader);
 
     // Searches and safe scores over a large font only cost time.
     constexpr int mostChars = 40;

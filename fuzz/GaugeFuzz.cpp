@@ -6,22 +6,19 @@
 #include "foundation/Graph.h"
 #include "image/Image.h"
 
+#include "Checks.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
 
 using Gauge = TESK_FUZZ_GAUGE;
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 const Image& Picture()
 {
@@ -32,15 +29,6 @@ const Image& Picture()
         for (int x = 0; x < image.Width; x++)
             image.Row(y)[x] = static_cast<std::uint8_t>(x * x + 5 * y * y < 900 ? 200 - y : 30 + x);
     return image;
-}
-
-std::vector<std::uint8_t> Written(Gauge& gauge)
-{
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    gauge.Transfer(writer);
-    Require(writer.Good());
-    return bytes;
 }
 
 template <typename T>

@@ -2,19 +2,12 @@
 #include "foundation/Archive.h"
 #include "image/Geometry.h"
 
+#include "Checks.h"
+
 #include <algorithm>
-#include <cstdlib>
 
 using namespace Tesk;
-
-namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
-
-} // namespace
+using namespace Tesk::fuzz;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
@@ -28,10 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     Require(geometry.NumAnchors == 0);
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    geometry.Transfer(writer);
-    Require(writer.Good() && bytes.size() <= size && std::equal(bytes.begin(), bytes.end(), data));
+    const std::vector<std::uint8_t> bytes = Written(geometry);
+    Require(bytes.size() <= size && std::equal(bytes.begin(), bytes.end(), data));
     Image src, dst, map;
     src.Set(7, 5, Rgb);
     for (int y = 0; y < src.Height; y++)

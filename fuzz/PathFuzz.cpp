@@ -2,17 +2,14 @@
 #include "foundation/Archive.h"
 #include "measure/Path.h"
 
+#include "Checks.h"
+
 #include <cmath>
-#include <cstdlib>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 void Measure(const Path& path)
 {
@@ -60,10 +57,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(path.Length == 1 && path.Vertex(0).Y == 2);
         return 0;
     }
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    path.Transfer(writer);
-    Require(writer.Good() && bytes.size() <= size);
+    const std::vector<std::uint8_t> bytes = Written(path);
+    Require(bytes.size() <= size);
     if (path.Length > 0 && path.Length < longest) Measure(path);
     return 0;
 }

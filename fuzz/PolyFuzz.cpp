@@ -2,19 +2,16 @@
 #include "foundation/Archive.h"
 #include "measure/Poly.h"
 
+#include "Checks.h"
+
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 void Measure(const Poly& poly)
 {
@@ -50,10 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(poly.Length == 1 && poly.Vertex(0).Y == 2);
         return 0;
     }
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    poly.Transfer(writer);
-    Require(writer.Good() && bytes.size() <= size);
+    const std::vector<std::uint8_t> bytes = Written(poly);
+    Require(bytes.size() <= size);
     if (poly.Length > 0 && poly.Length < longest) Measure(poly);
     return 0;
 }

@@ -6,20 +6,17 @@
 #include "measure/Path.h"
 #include "measure/Region.h"
 
+#include "Checks.h"
+
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
 
 constexpr int side = 64;
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 bool IsOrdered(const Region& region)
 {
@@ -87,10 +84,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Require(region.NumRuns == 1 && region.Runs()[0].Y == 3);
         return 0;
     }
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    region.Transfer(writer);
-    Require(writer.Good() && bytes.size() <= size);
+    const std::vector<std::uint8_t> bytes = Written(region);
+    Require(bytes.size() <= size);
     if (region.NumRuns < 1 || region.NumRuns > most) return 0;
     // A list that is said to be sorted may lie; nothing may break on it, but its results mean nothing.
     if (region.Sorted && !IsOrdered(region)) {

@@ -2,19 +2,16 @@
 #include "foundation/Archive.h"
 #include "measure/FeatureTable.h"
 
+#include "Checks.h"
+
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 using namespace Tesk;
+using namespace Tesk::fuzz;
 
 namespace {
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
 
 void Work(FeatureTable& table)
 {
@@ -54,9 +51,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     }
     Work(table);
-    std::vector<std::uint8_t> bytes;
-    Archive writer = Archive::IntoMemory(bytes);
-    table.Transfer(writer);
-    Require(writer.Good());
+    const std::vector<std::uint8_t> bytes = Written(table);
     return 0;
 }

@@ -32,28 +32,10 @@ protected:
     {
         return Append(Engine::FindMethod(className, method, label));
     }
-    static std::size_t Index(const Operation& operation, const wchar_t* argument)
-    {
-        for (std::size_t i = 0; i < operation.Args.size(); i++)
-            if (!std::wcscmp(Engine::Tree[operation.Args[i].Node]->Identifier, argument)) return i;
-        ADD_FAILURE();
-        return 0;
-    }
-    template <typename T>
-    static T& Value(const Operation& operation, const wchar_t* argument)
-    {
-        return ValueOf<T>(operation, Index(operation, argument));
-    }
-    static void Name(Operation& operation, const std::string& path)
-    {
-        SetText(static_cast<Var<const char*>&>(*operation.Args[Index(operation, L"PathName")].Variable), path);
-    }
     void Bind(Operation& operation, const wchar_t* argument, const Operation& source, const wchar_t* output = L"Dst")
     {
-        for (int i = 0; i < engine_.NumOperations(); i++)
-            if (&At(i) == &operation)
-                engine_.ReplaceOperationArgument(i, static_cast<int>(Index(operation, argument)),
-                                                 source.Args[Index(source, output)].Variable);
+        engine_.ReplaceOperationArgument(IndexOf(operation), static_cast<int>(PlaceOf(operation, argument)),
+                                         source.Args[PlaceOf(source, output)].Variable);
     }
     /// Detection by a new gauge, which then moves onto the edge and detects again. The first of these operations.
     Operation& Settle(const wchar_t* gauge)
@@ -68,7 +50,7 @@ protected:
     void FlattenLight(const std::string& picture)
     {
         constexpr int widest = 91;
-        Name(Add(L"Image", L"Read", L"Read  from File"), picture);
+        SetPath(Add(L"Image", L"Read", L"Read  from File"), picture);
         Operation& smooth = Add(L"Kernel", L"Binomial", L"Binomial 3 x 3");
         Operation& open = Add(L"Morpho", L"Open", L"Open");
         Value<Morpho>(open, L"Morpho").Square(widest);
@@ -108,7 +90,7 @@ TEST_F(Inspection, OfWashersFindsTheirTrueDiameters)
     Operation& calibrate = Add(L"Geometry", L"CalibrateTarget", L"Calibrate with a Target");
     Value<double>(calibrate, L"GridStep") = 4;
     Value<bool>(calibrate, L"WhiteOnBlack") = true;
-    Name(Add(L"Geometry", L"Write", L"Write  to File"), folder + "camera.cal");
+    SetPath(Add(L"Geometry", L"Write", L"Write  to File"), folder + "camera.cal");
     Operation& segment = Add(L"Blobs", L"Segment", L"Automatic");
     Value<int>(segment, L"MinimumArea") = 500;
     Add(L"Blobs", L"BorderSelect", L"Border of an Image");
@@ -123,8 +105,8 @@ TEST_F(Inspection, OfWashersFindsTheirTrueDiameters)
     Value<Features>(sort, L"Feature") = BlobWorldArea;
     Value<bool>(sort, L"Increasing") = false;
     Operation& pixels = Add(L"Region", L"BlobAppend", L"Blobs");
-    Value<int>(pixels, L"BlobIndex") = AllSelected;
-    Name(Add(L"Region", L"Write", L"Write  to File"), folder + "parts.rgn");
+    Value<BlobSelection>(pixels, L"BlobIndex") = AllSelected;
+    SetPath(Add(L"Region", L"Write", L"Write  to File"), folder + "parts.rgn");
     engine_.Execute();
     ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
     EXPECT_GE(Value<Geometry>(calibrate, L"Geometry").NumAnchors, 20);
@@ -190,7 +172,7 @@ TEST_F(Inspection, OfAPlateGivesTheSameSizesWhereverItLies)
     constexpr double millimetresPerPixel = 0.05;
     const std::string samples = TESK_SAMPLES;
     Operation& read = Add(L"Image", L"Read", L"Read  from File");
-    Name(read, samples + "/plate.png");
+    SetPath(read, samples + "/plate.png");
     Operation& scale = Add(L"Geometry", L"SimpleCalibration", L"Simple Calibration");
     Value<double>(scale, L"LengthInPixels") = 1;
     Value<double>(scale, L"TrueLength") = millimetresPerPixel;
@@ -220,8 +202,7 @@ TEST_F(Inspection, OfAPlateGivesTheSameSizesWhereverItLies)
     }
 
     // The part moves and turns: the gauges are put down near it.
-    Name(read, samples + "/plate-moved.png");
-    engine_.ChangeVariable(read.Args[Index(read, L"PathName")].Variable);
+    SetPath(read, samples + "/plate-moved.png");
     gauges.Place(XY(389, 311), 14);
     for (const Operation* operation : {&first, &second, &third})
         engine_.ChangeVariable(operation->Args[0].Variable);

@@ -6,59 +6,16 @@
 #include "samples/Labels.h"
 
 #include <cstddef>
-#include <cwchar>
-#include <filesystem>
-#include <stdexcept>
 #include <string>
-#include <unistd.h>
 
 using namespace TeskTests;
 
 namespace {
 
-class LabelSequence : public SequenceTest
+class LabelSequence : public SequenceWithFiles
 {
 protected:
-    LabelSequence() : folder_(std::filesystem::temp_directory_path() / ("labels-" + std::to_string(::getpid())))
-    {
-        std::filesystem::create_directories(folder_);
-    }
-    ~LabelSequence() override { std::filesystem::remove_all(folder_); }
-
-    Operation& Add(const wchar_t* className, const wchar_t* label)
-    {
-        return Append(Engine::FindMethod(className, nullptr, label));
-    }
-    template <typename T>
-    static T& Argument(const Operation& operation, const wchar_t* identifier)
-    {
-        for (const Arg& argument : operation.Args)
-            if (!std::wcscmp(Engine::Tree[argument.Node]->Identifier, identifier))
-                return dynamic_cast<Var<T>&>(*argument.Variable).Value;
-        throw std::runtime_error("no such argument");
-    }
-    static Comparator& ComparatorOf(const Operation& operation)
-    {
-        return Argument<Comparator>(operation, L"Comparator");
-    }
-    std::string File(const char* name) const { return (folder_ / name).string(); }
-    int IndexOf(const Operation& operation)
-    {
-        int i = 0;
-        while (&At(i) != &operation)
-            i++;
-        return i;
-    }
-    void ReadFrom(Operation& operation, const std::string& path)
-    {
-        SetText(static_cast<Var<const char*>&>(*operation.Args.at(1).Variable), path);
-        engine_.ChangeOperation(IndexOf(operation));
-    }
-    void Run()
-    {
-        engine_.Execute();
-        ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
-    }
+    static Comparator& ComparatorOf(const Operation& operation) { return Value<Comparator>(operation, L"Comparator"); }
     /// Reading, alignment and what tells the differences, for a comparator that was taught few labels.
     void Build()
     {
@@ -67,29 +24,28 @@ protected:
         labels::Teach(samples, noise_, taught);
         taught.Write(File("label.cmp").c_str());
         ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
-        image_ = &Add(L"Image", L"Read  from File");
-        read_ = &Add(L"Comparator", L"Read  from File");
-        ReadFrom(*read_, File("label.cmp"));
-        align_ = &Add(L"Comparator", L"Align");
-        segment_ = &Add(L"Comparator", L"Segment Differences");
-        Argument<int>(*segment_, L"MinimumArea") = labels::leastDefect;
-        boxes_ = &Add(L"Blobs", L"Evaluate");
-        Argument<Features>(*boxes_, L"Feature") = BlobBox;
+        image_ = &Append(L"Image", L"Read  from File");
+        read_ = &Append(L"Comparator", L"Read  from File");
+        SetPath(*read_, File("label.cmp"));
+        align_ = &Append(L"Comparator", L"Align");
+        segment_ = &Append(L"Comparator", L"Segment Differences");
+        Value<int>(*segment_, L"MinimumArea") = labels::leastDefect;
+        boxes_ = &Append(L"Blobs", L"Evaluate");
+        Value<Features>(*boxes_, L"Feature") = BlobBox;
     }
     void Show(labels::Label& label)
     {
         label.picture.Write(File("label.png").c_str());
-        ReadFrom(*image_, File("label.png"));
+        SetPath(*image_, File("label.png"));
         Run();
     }
     labels::Verdict Verdict(const labels::Label& label)
     {
         Comparator& comparator = ComparatorOf(*align_);
         comparator.DetectorIndex = 0;
-        return labels::Judge(label, comparator.DetectorROI(), Argument<Blobs>(*boxes_, L"Blobs"));
+        return labels::Judge(label, comparator.DetectorROI(), Value<Blobs>(*boxes_, L"Blobs"));
     }
 
-    std::filesystem::path folder_;
     scene::Noise noise_;
     Operation *image_ = nullptr, *read_ = nullptr, *align_ = nullptr, *segment_ = nullptr, *boxes_ = nullptr;
 };
@@ -117,26 +73,26 @@ TEST_F(LabelSequence, TellsTheDefectsOfLabelsAndNothingElse)
 TEST_F(LabelSequence, PaintsCountsAndKeepsCountOfTheMotion)
 {
     Build();
-    Operation &paint = Add(L"Comparator", L"Show Differences"), &count = Add(L"Comparator", L"Count Differences");
+    Operation &paint = Append(L"Comparator", L"Show Differences"), &count = Append(L"Comparator", L"Count Differences");
     for (Operation* operation : {&paint, &count})
         engine_.ReplaceOperationArgument(IndexOf(*operation), 1, align_->Args.back().Variable);
     labels::Label label;
     labels::Print(labels::Defect::MissingDot, 4, noise_, label, 4, 1);
     Show(label);
-    const Image& painted = Argument<Image>(paint, L"Dst");
+    const Image& painted = Value<Image>(paint, L"Dst");
     ASSERT_EQ(PixelTypes(painted.Type), Rgb);
     int light = 0;
     for (int y = 0; y < painted.Height; y++)
         for (int x = 0; x < painted.Width; x++)
             light += painted.PixelRgb(x, y) == Comparator::TooLightColor;
     EXPECT_GT(light, 60) << "most of a disk of radius 6 that is not there";
-    const Histogram& excess = Argument<Histogram>(count, L"Light");
+    const Histogram& excess = Value<Histogram>(count, L"Light");
     int counted = 0;
     for (int level = 1; level < 256; level++)
         counted += excess.Sample(level);
     EXPECT_EQ(counted, light);
 
-    Operation& update = Add(L"Comparator", L"Update Ranges");
+    Operation& update = Append(L"Comparator", L"Update Ranges");
     Run();
     const Comparator& moved = ComparatorOf(update);
     EXPECT_GT(moved.MaxShiftX - moved.MinShiftX, 0.1);
@@ -159,7 +115,7 @@ TEST_F(LabelSequence, DetectorsOfOneUseStayUntilTheComparatorIsReadAnew)
         engine_.ChangeVariable(align_->Args[0].Variable);
         Run();
         EXPECT_EQ(comparator.NumDetectors, 2);
-        EXPECT_EQ(Argument<Blobs>(*boxes_, L"Blobs").NumBlobs, 0);
+        EXPECT_EQ(Value<Blobs>(*boxes_, L"Blobs").NumBlobs, 0);
     }
     EXPECT_EQ(ComparatorOf(*read_).NumDetectors, 1);
     EXPECT_EQ(ComparatorOf(*segment_).NumDetectors, 2) << "what follows goes on from there";

@@ -5,10 +5,8 @@
 #include "samples/Lids.h"
 
 #include <cstddef>
-#include <cwchar>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -16,34 +14,13 @@ using namespace TeskTests;
 
 namespace {
 
-class Dates : public SequenceTest
+class Dates : public SequenceWithFiles
 {
 protected:
-    Operation& Add(const wchar_t* className, const wchar_t* label)
-    {
-        return Append(Engine::FindMethod(className, nullptr, label));
-    }
-    template <typename T>
-    static Var<T>& Argument(const Operation& operation, const wchar_t* identifier)
-    {
-        for (const Arg& argument : operation.Args)
-            if (!std::wcscmp(Engine::Tree[argument.Node]->Identifier, identifier))
-                return dynamic_cast<Var<T>&>(*argument.Variable);
-        throw std::runtime_error("no such argument");
-    }
-    static CharReader& ReaderOf(const Operation& operation)
-    {
-        return Argument<CharReader>(operation, L"CharReader").Value;
-    }
-    void SetPath(Operation& operation, const std::string& path)
-    {
-        auto& variable = Argument<const char*>(operation, L"PathName");
-        SetText(variable, path);
-        engine_.ChangeVariable(&variable);
-    }
+    static CharReader& ReaderOf(const Operation& operation) { return Value<CharReader>(operation, L"CharReader"); }
     std::string Picture(const lids::Lid& lid, int number)
     {
-        const std::string path = testing::TempDir() + "lid" + std::to_string(number) + ".png";
+        const std::string path = File("lid" + std::to_string(number) + ".png");
         lid.picture.Write(path.c_str());
         return path;
     }
@@ -54,11 +31,6 @@ protected:
             if (operation.Args[i].Variable == &Argument<CharReader>(operation, L"CharReader"))
                 engine_.ReplaceOperationArgument(engine_.NumOperations() - 1, static_cast<int>(i),
                                                  &Argument<CharReader>(source, L"CharReader"));
-    }
-    void Run()
-    {
-        engine_.Execute();
-        ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
     }
     scene::Noise noise_;
 };
@@ -89,8 +61,8 @@ TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
     for (int i = 0; i < trained; i++) {
         lids::Lid lid;
         lids::MakeTrained(static_cast<unsigned>(i), noise_, lid);
-        SetPath(Add(L"Image", L"Read  from File"), Picture(lid, i));
-        Operation& segment = Add(L"CharReader", L"Segment Characters");
+        SetPath(Append(L"Image", L"Read  from File"), Picture(lid, i));
+        Operation& segment = Append(L"CharReader", L"Segment Characters");
         if (i > 0) Bind(segment, At(engine_.NumOperations() - 3));
         Run();
         ASSERT_EQ(ReaderOf(segment).NumChars, lids::characters) << i;
@@ -100,15 +72,15 @@ TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
             ReaderOf(segment).GuessSize = false;
             engine_.ChangeVariable(&Argument<CharReader>(segment, L"CharReader"));
         }
-        Operation& train = Add(L"CharReader", L"Train Font");
+        Operation& train = Append(L"CharReader", L"Train Font");
         SetText(Argument<const char*>(train, L"Codes"), lids::CharactersOf(lid));
         Run();
         EXPECT_EQ(ReaderOf(train).NumFontChars, lids::characters * (i + 1));
         EXPECT_FALSE(ReaderOf(train).GuessSize) << "as it was set at the start";
     }
     ASSERT_EQ(ReaderOf(*segmented).NumLayoutChars, lids::characters);
-    const std::string fontPath = testing::TempDir() + "lids.fnt";
-    Operation& write = Add(L"CharReader", L"Write  to File");
+    const std::string fontPath = File("lids.fnt");
+    Operation& write = Append(L"CharReader", L"Write  to File");
     SetPath(write, fontPath);
     lids::SetChecks(ReaderOf(write));
     Run();
@@ -123,8 +95,8 @@ TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
     EXPECT_EQ(ReaderOf(*segmented).NumChars, lids::characters);
     EXPECT_EQ(ReaderOf(write).NumFontChars, trained * lids::characters);
 
-    SetPath(Add(L"CharReader", L"Read  from File"), fontPath);
-    Operation& read = Add(L"Image", L"Read  from File");
+    SetPath(Append(L"CharReader", L"Read  from File"), fontPath);
+    Operation& read = Append(L"Image", L"Read  from File");
     Operation* decode = nullptr;
     for (unsigned i = 0; i < checked; i++) {
         const auto fault = i % 3 != 2 ? lids::Fault::None : i % 2 ? lids::Fault::Missing : lids::Fault::Wrong;
@@ -133,7 +105,7 @@ TEST_F(Dates, OfLidsAreReadAndWhatIsWrongIsNamed)
         SetPath(read, Picture(lid, trained));
         Run();
         if (!decode) {
-            decode = &Add(L"CharReader", L"Read Characters");
+            decode = &Append(L"CharReader", L"Read Characters");
             Run();
             ASSERT_EQ(ReaderOf(*decode).NumFontChars, trained * lids::characters);
         }

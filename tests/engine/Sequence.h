@@ -7,7 +7,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <cwchar>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
 #include <string>
+#include <unistd.h>
 #include <utility>
 
 namespace TeskTests {
@@ -44,6 +50,38 @@ protected:
             argument.Visible = true;
         return operation;
     }
+    Operation& Append(const wchar_t* className, const wchar_t* label)
+    {
+        return Append(Engine::FindMethod(className, nullptr, label));
+    }
+    /// The place of the argument of that name.
+    static std::size_t PlaceOf(const Operation& operation, const wchar_t* identifier)
+    {
+        for (std::size_t i = 0; i < operation.Args.size(); i++)
+            if (!std::wcscmp(Engine::Tree[operation.Args[i].Node]->Identifier, identifier)) return i;
+        throw std::runtime_error("no such argument");
+    }
+    template <typename T>
+    static Var<T>& Argument(const Operation& operation, const wchar_t* identifier)
+    {
+        return dynamic_cast<Var<T>&>(*operation.Args[PlaceOf(operation, identifier)].Variable);
+    }
+    template <typename T>
+    static T& Value(const Operation& operation, const wchar_t* identifier)
+    {
+        return Argument<T>(operation, identifier).Value;
+    }
+    void SetPath(Operation& operation, const std::string& path)
+    {
+        auto& variable = Argument<const char*>(operation, L"PathName");
+        SetText(variable, path);
+        engine_.ChangeVariable(&variable);
+    }
+    void Run()
+    {
+        engine_.Execute();
+        ASSERT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
+    }
     /// An image of a size, filled with a gray value.
     Operation& AppendImage(int value, int width = 64, int height = 64)
     {
@@ -65,6 +103,13 @@ protected:
         engine_.ChangeVariable(operation.Args[argument].Variable);
     }
     Operation& At(int index) { return *engine_.Operations.at(static_cast<std::size_t>(index)); }
+    int IndexOf(const Operation& operation)
+    {
+        int i = 0;
+        while (&At(i) != &operation)
+            i++;
+        return i;
+    }
     bool Remove(int index)
     {
         int argument, consumer;
@@ -77,6 +122,23 @@ protected:
     }
 
     Engine engine_;
+};
+
+/// With a folder for its files, which goes with it.
+class SequenceWithFiles : public SequenceTest
+{
+protected:
+    SequenceWithFiles()
+        : folder_(std::filesystem::temp_directory_path() / ("tesk-sequence-" + std::to_string(::getpid())))
+    {
+        std::filesystem::create_directories(folder_);
+    }
+    ~SequenceWithFiles() override { std::filesystem::remove_all(folder_); }
+
+    std::string File(const std::string& name) const { return (folder_ / name).string(); }
+
+private:
+    std::filesystem::path folder_;
 };
 
 } // namespace TeskTests

@@ -12,33 +12,19 @@
 #include "read/matrix/Rendered.h"
 
 #include <cmath>
-#include <filesystem>
 #include <string>
-#include <unistd.h>
 
 using namespace TeskTests;
 
 namespace {
 
-class ToolSequence : public SequenceTest
+class ToolSequence : public SequenceWithFiles
 {
 protected:
-    ToolSequence() : folder_(std::filesystem::temp_directory_path() / ("tools-" + std::to_string(::getpid())))
-    {
-        std::filesystem::create_directories(folder_);
-    }
-    ~ToolSequence() override { std::filesystem::remove_all(folder_); }
-
-    std::string File(const char* name) const { return (folder_ / name).string(); }
-
-    Operation& AppendMethod(const wchar_t* className, const wchar_t* label)
-    {
-        return Append(Engine::FindMethod(className, nullptr, label));
-    }
     Operation& AppendRead(const wchar_t* className, const std::string& path)
     {
-        Operation& operation = AppendMethod(className, L"Read  from File");
-        SetText(static_cast<Var<const char*>&>(*operation.Args.at(1).Variable), path);
+        Operation& operation = Append(className, L"Read  from File");
+        SetPath(operation, path);
         return operation;
     }
     void ExpectRun()
@@ -46,8 +32,6 @@ protected:
         engine_.Execute();
         EXPECT_EQ(Status::Error().Code, NoError) << Status::AsciiError();
     }
-
-    std::filesystem::path folder_;
 };
 
 /// Bright on a dark ground; a bar makes its direction plain.
@@ -91,12 +75,12 @@ TEST_F(ToolSequence, ALocatorIsTrainedOnAWindowAndFindsInTheWholeImageWithItsOwn
     PaintMark(image, 100, 70);
     image.Write(File("marks.bmp").c_str());
     AppendRead(L"Image", File("marks.bmp"));
-    Operation& train = AppendMethod(L"Locator", L"Train on Image");
+    Operation& train = Append(L"Locator", L"Train on Image");
     ExpectRun();
     ValueOf<Image>(train, 1).Window(16, 26, 33, 33);
     engine_.ChangeVariable(train.Args[1].Variable);
     ValueOf<Locator>(train, 0).MinScore = 0.5;
-    Operation& find = AppendMethod(L"Locator", L"Find");
+    Operation& find = Append(L"Locator", L"Find");
     EXPECT_EQ(ValueOf<Locator>(find, 0).MinScore, 0.5) << "it starts with the settings of the one that was trained";
     ValueOf<Image>(find, 1).Window();
     ValueOf<Locator>(find, 0).MaxLocations = 5;
@@ -135,7 +119,7 @@ TEST_F(ToolSequence, ASnakeKeepsItsOwnNodesUntilThoseThatItWasMadeOfChange)
     AppendRead(L"Image", File("disk.bmp"));
     Operation& read = AppendRead(L"SnakeGauge", File("circle.sng"));
     ExpectRun();
-    Operation& inspect = AppendMethod(L"SnakeGauge", L"Inspect Edge");
+    Operation& inspect = Append(L"SnakeGauge", L"Inspect Edge");
     ExpectRun();
     auto& gauge = ValueOf<SnakeGauge>(inspect, 0);
     EXPECT_EQ(gauge.MaxDeviation, 3);
@@ -165,17 +149,17 @@ TEST_F(ToolSequence, ShapesTrainedOneAfterTheOtherAddUpAndAreTrainedOnceEach)
 {
     SquareOf(40).Write(File("square.path").c_str());
     AppendRead(L"Path", File("square.path"));
-    Operation& first = AppendMethod(L"ShapeMatcher", L"Train Outline");
+    Operation& first = Append(L"ShapeMatcher", L"Train Outline");
     ValueOf<int>(first, 2) = 7;
     ExpectRun();
-    Operation& second = AppendMethod(L"ShapeMatcher", L"Train Outline");
+    Operation& second = Append(L"ShapeMatcher", L"Train Outline");
     ValueOf<int>(second, 2) = 8;
     ExpectRun();
     for (int i = 0; i < 3; i++)
         ExpectRun();
     EXPECT_EQ(ValueOf<ShapeMatcher>(first, 0).NumTrained, 1);
     EXPECT_EQ(ValueOf<ShapeMatcher>(second, 0).NumTrained, 2);
-    Operation& recognize = AppendMethod(L"ShapeMatcher", L"Recognize Outline");
+    Operation& recognize = Append(L"ShapeMatcher", L"Recognize Outline");
     ExpectRun();
     EXPECT_EQ(ValueOf<ShapeMatcher>(recognize, 0).NumTrained, 2);
     EXPECT_EQ(ValueOf<int>(recognize, 2), 0);
@@ -210,11 +194,11 @@ TEST_F(ToolSequence, AReaderOfAnotherUseHasItsOwnSettingsAndTextsComeOut)
                 if (bars[i] == '1') image.Row(y)[45 + 3 * static_cast<int>(i) + x] = 0;
     image.Write(File("code.bmp").c_str());
     AppendRead(L"Image", File("code.bmp"));
-    Operation& decode = AppendMethod(L"Code1DReader", L"Decode");
+    Operation& decode = Append(L"Code1DReader", L"Decode");
     ExpectRun();
     EXPECT_TRUE(ValueOf<bool>(decode, 2));
     EXPECT_STREQ(ValueOf<Code1DReader>(decode, 0).AsciiString, "96385074");
-    Operation& choose = AppendMethod(L"Code1DReader", L"Choose");
+    Operation& choose = Append(L"Code1DReader", L"Choose");
     ValueOf<Code1DReader>(choose, 0).CheckQuality = true;
     ExpectRun();
     auto& chosen = ValueOf<Code1DReader>(choose, 0);
@@ -223,7 +207,7 @@ TEST_F(ToolSequence, AReaderOfAnotherUseHasItsOwnSettingsAndTextsComeOut)
     EXPECT_NE(chosen.AsciiGrade, '\0');
     EXPECT_FALSE(ValueOf<Code1DReader>(decode, 0).CheckQuality);
 
-    Operation& expand = AppendMethod(L"Code1DReader", L"Expand GS1");
+    Operation& expand = Append(L"Code1DReader", L"Expand GS1");
     SetText(static_cast<Var<const char*>&>(*expand.Args[0].Variable), "0109501101530003");
     ExpectRun();
     EXPECT_STREQ(ValueOf<const char*>(expand, 1), "(01)09501101530003");
@@ -250,7 +234,7 @@ TEST_F(ToolSequence, MatrixCodesAreReadWithTheSettingsOfTheUseAndThoseOfTheFileT
     settings.Write(File("codes.c2r").c_str());
     AppendRead(L"Image", File("codes.bmp"));
     AppendRead(L"Code2DReader", File("codes.c2r"));
-    Operation& decode = AppendMethod(L"Code2DReader", L"Decode");
+    Operation& decode = Append(L"Code2DReader", L"Decode");
     ExpectRun();
     auto& reader = ValueOf<Code2DReader>(decode, 0);
     EXPECT_TRUE(ValueOf<bool>(decode, 2));
@@ -277,7 +261,7 @@ TEST_F(ToolSequence, MatrixCodesAreReadWithTheSettingsOfTheUseAndThoseOfTheFileT
     EXPECT_EQ(ValueOf<Code2DReader>(At(1), 0).MaxDecoded, 1);
     EXPECT_NE(ScriptText(engine_, 0).find(L"Code2DReader0.MaxDecoded= 2;\n"), std::wstring::npos);
 
-    Operation& choose = AppendMethod(L"Code2DReader", L"Choose");
+    Operation& choose = Append(L"Code2DReader", L"Choose");
     ExpectRun();
     EXPECT_EQ(text(choose), dark.text);
     EXPECT_EQ(ValueOf<Code2DReader>(choose, 0).Polarity, BlackOnWhite);

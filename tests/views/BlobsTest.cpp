@@ -36,10 +36,7 @@ protected:
         for (const QRect& box : boxes)
             for (int y = box.top(); y <= box.bottom(); y++)
                 std::fill_n(image.Row(y) + box.left(), box.width(), std::uint8_t{200});
-        const QString path = folder_.filePath("parts.bmp");
-        image.Write(path.toStdString().c_str());
-        form_.OpenImage(path);
-        QApplication::processEvents();
+        Open(image, "parts.bmp");
         Blobs::HitBlobIndex = MinInt;
     }
 

@@ -46,10 +46,7 @@ protected:
                     Graph::Text(left + pitch * i, middle, std::wstring(1, static_cast<wchar_t>(printed[i])).c_str());
             Graph::EndImageTarget(image);
         }
-        const QString path = folder_.filePath("text.bmp");
-        image.Write(path.toStdString().c_str());
-        form_.OpenImage(path);
-        QApplication::processEvents();
+        Open(image, "text.bmp");
     }
 
     /// Segmented, and trained by the text that is typed.
@@ -108,16 +105,6 @@ protected:
                 return;
             }
         ADD_FAILURE() << "no button to apply";
-    }
-
-    int ColorIn(const QRect& part, QRgb color)
-    {
-        const QImage image = Picture("Image0")->grab().toImage();
-        int count = 0;
-        for (int y = part.top(); y <= part.bottom(); y++)
-            for (int x = part.left(); x <= part.right(); x++)
-                count += (image.pixel(x, y) & 0xffffff) == color;
-        return count;
     }
     /// On the screen, with its surroundings.
     static QRect AreaOf(int place) { return {4 * (left + pitch * place) - 52, 4 * middle - 80, 104, 160}; }

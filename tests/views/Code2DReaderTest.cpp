@@ -26,19 +26,7 @@ protected:
         Blank(image, 320, 160);
         Paint(SymbolCells(dark), Homography::Turned({30, 50}, 5), image);
         Paint(SymbolCells(light), Homography::Turned({180, 30}, 4), image, {220, 30, 0}, 3);
-        const QString path = folder_.filePath("codes.bmp");
-        image.Write(path.toStdString().c_str());
-        form_.OpenImage(path);
-        QApplication::processEvents();
-    }
-    int ColorIn(const QRect& part, QRgb color)
-    {
-        const QImage image = Picture("Image0")->grab().toImage();
-        int count = 0;
-        for (int y = part.top(); y <= part.bottom(); y++)
-            for (int x = part.left(); x <= part.right(); x++)
-                count += (image.pixel(x, y) & 0xffffff) == color;
-        return count;
+        Open(image, "codes.bmp");
     }
     /// What a row of the sheet tells, whatever shows it.
     QString Told(const char* row)

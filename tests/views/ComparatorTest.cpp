@@ -33,15 +33,6 @@ protected:
         ASSERT_TRUE(Add(L"Comparator", L"Align")) << StatusText().toStdString();
         ASSERT_EQ(StatusText(), "");
     }
-    int ColorOf(const char* picture, QRgb color)
-    {
-        const QImage image = Picture(picture)->grab().toImage();
-        int count = 0;
-        for (int y = 0; y < image.height(); y++)
-            for (int x = 0; x < image.width(); x++)
-                count += (image.pixel(x, y) & 0xffffff) == color;
-        return count;
-    }
     Comparator& Shown() { return Value<Comparator>(L"Comparator0"); }
     Limits SearchROI(int aligner)
     {
@@ -77,10 +68,10 @@ constexpr QRgb blue = 0x0000ff, green = 0x00ff00, yellow = 0xffff00, cyan = 0x00
 TEST_F(ComparatorViews, ROIsAreDrawnAndDraggedAndTheImageIsAlignedAnew)
 {
     OpenLabel();
-    EXPECT_GT(ColorOf("Image0", green), 800) << "two patterns";
-    EXPECT_GT(ColorOf("Image0", yellow), 1000) << "where they are searched";
-    EXPECT_GT(ColorOf("Image0", blue), 1000) << "the working area";
-    EXPECT_EQ(ColorOf("Image0", cyan), 0);
+    EXPECT_GT(ColorOf(green, "Image0"), 800) << "two patterns";
+    EXPECT_GT(ColorOf(yellow, "Image0"), 1000) << "where they are searched";
+    EXPECT_GT(ColorOf(blue, "Image0"), 1000) << "the working area";
+    EXPECT_EQ(ColorOf(cyan, "Image0"), 0);
     EXPECT_EQ(Phase(), "Aligned");
     ASSERT_TRUE(Picture("Aligned0"));
 
@@ -111,7 +102,7 @@ TEST_F(ComparatorViews, DetectorsAreAddedDraggedAndRemovedAndDifferencesStandOnT
     OpenLabel();
     Press("Add Detector");
     ASSERT_EQ(Shown().NumDetectors, 2);
-    EXPECT_GT(ColorOf("Image0", cyan), 400);
+    EXPECT_GT(ColorOf(cyan, "Image0"), 400);
     const Limits area = DetectorROI(0), detector = DetectorROI(1);
     EXPECT_EQ(detector.Width, area.Width / 2);
     // Held in its middle.
@@ -125,14 +116,14 @@ TEST_F(ComparatorViews, DetectorsAreAddedDraggedAndRemovedAndDifferencesStandOnT
     EXPECT_EQ(StatusText(), "");
     EXPECT_EQ(Phase(), "Inspected");
     EXPECT_EQ(Shown().NumDetectors, 2);
-    EXPECT_GT(ColorOf("Aligned0", red), 60) << "a dot of radius 6 is missing";
-    EXPECT_GT(ColorOf("Aligned0", cyan), 400);
-    EXPECT_GT(ColorOf("Differences0", red), 60);
+    EXPECT_GT(ColorOf(red, "Aligned0"), 60) << "a dot of radius 6 is missing";
+    EXPECT_GT(ColorOf(cyan, "Aligned0"), 400);
+    EXPECT_GT(ColorOf(red, "Differences0"), 60);
 
     Press("Remove Detector");
     EXPECT_EQ(Shown().NumDetectors, 1);
-    EXPECT_EQ(ColorOf("Aligned0", cyan), 0);
-    EXPECT_GT(ColorOf("Aligned0", red), 60);
+    EXPECT_EQ(ColorOf(cyan, "Aligned0"), 0);
+    EXPECT_GT(ColorOf(red, "Aligned0"), 60);
 }
 
 TEST_F(ComparatorViews, APatternThatIsDraggedIsLearnedWhenTold)

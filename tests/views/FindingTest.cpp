@@ -29,20 +29,7 @@ protected:
             for (int y = 0; y < 20; y++)
                 for (int x = 0; x < 20; x++)
                     if (x < 6 || y > 13) image.Row(top + y)[left + x] = 220;
-        const QString path = folder_.filePath("marks.bmp");
-        image.Write(path.toStdString().c_str());
-        form_.OpenImage(path);
-        QApplication::processEvents();
-    }
-
-    int ColorIn(const QRect& part, QRgb color)
-    {
-        const QImage image = Picture("Image0")->grab().toImage();
-        int count = 0;
-        for (int y = part.top(); y <= part.bottom(); y++)
-            for (int x = part.left(); x <= part.right(); x++)
-                count += (image.pixel(x, y) & 0xffffff) == color;
-        return count;
+        Open(image, "marks.bmp");
     }
 };
 

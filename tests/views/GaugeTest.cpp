@@ -33,10 +33,7 @@ protected:
                 const double share = std::min(std::max(inside, 0.0), 1.0);
                 image.Row(y)[x] = static_cast<std::uint8_t>(60 + 100 * share);
             }
-        const QString path = folder_.filePath("border.bmp");
-        image.Write(path.toStdString().c_str());
-        form_.OpenImage(path);
-        QApplication::processEvents();
+        Open(image, "border.bmp");
     }
 
     ToolWindow* PlotWindow(const char* title) { return Window(title, "ImageForm"); }

@@ -24,19 +24,7 @@ protected:
         for (int y = 0; y < height; y++)
             for (int x = 0; x < width; x++)
                 image.Row(y)[x] = pixel(x, y);
-        const QString path = folder_.filePath("painted.bmp");
-        image.Write(path.toStdString().c_str());
-        form_.OpenImage(path);
-        QApplication::processEvents();
-    }
-    int ColorOf(QRgb color)
-    {
-        const QImage image = Picture("Image0")->grab().toImage();
-        int count = 0;
-        for (int y = 0; y < image.height(); y++)
-            for (int x = 0; x < image.width(); x++)
-                count += (image.pixel(x, y) & 0xffffff) == color;
-        return count;
+        Open(image, "painted.bmp");
     }
 };
 

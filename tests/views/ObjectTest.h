@@ -91,6 +91,18 @@ protected:
 
     QRgb PixelOf(QWidget* widget, QPoint at) { return widget->grab().toImage().pixel(at) & 0xffffff; }
 
+    /// How many pixels of a picture, or of a part of the first one, have a colour.
+    int ColorOf(QRgb color, const char* picture = "Image0") { return CountColor(Shown(picture), {}, color); }
+    int ColorIn(const QRect& part, QRgb color) { return CountColor(Shown("Image0"), part, color); }
+    /// Opens an image that is written to a file first.
+    void Open(const Image& image, const char* name)
+    {
+        const QString path = folder_.filePath(name);
+        image.Write(path.toStdString().c_str());
+        form_.OpenImage(path);
+        QApplication::processEvents();
+    }
+
     static void Drag(QWidget* widget, QPoint from, QPoint to)
     {
         QTest::mouseMove(widget, from);
@@ -140,6 +152,18 @@ protected:
 
     QTemporaryDir folder_;
     MainForm form_;
+
+private:
+    QImage Shown(const char* picture) { return Picture(picture)->grab().toImage(); }
+    static int CountColor(const QImage& image, const QRect& part, QRgb color)
+    {
+        const QRect all = part.isNull() ? image.rect() : part;
+        int count = 0;
+        for (int y = all.top(); y <= all.bottom(); y++)
+            for (int x = all.left(); x <= all.right(); x++)
+                count += (image.pixel(x, y) & 0xffffff) == color;
+        return count;
+    }
 };
 
 } // namespace TeskPlus
