@@ -1,6 +1,6 @@
 // Filters on the statistics of a neighbourhood: deviation, correlated gradient, cornerness.
 #include "image/Kernel.h"
-#include "image/filter/FilterKernels.h"
+#include "image/filter/BoxKernels.h"
 #include "image/filter/GradientVector.h"
 #include "image/filter/KernelFrame.h"
 #include "image/filter/LocalMeans.h"

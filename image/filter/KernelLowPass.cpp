@@ -1,5 +1,6 @@
 // Low-pass filters: the fixed 3 x 3 ones and their powers, boxes and Gaussians.
 #include "image/Kernel.h"
+#include "image/filter/BoxKernels.h"
 #include "image/filter/FilterKernels.h"
 #include "image/filter/GaussKernels.h"
 #include "image/filter/KernelFrame.h"
@@ -7,7 +8,6 @@
 #include "image/filter/RowRing.h"
 #include "image/filter/SquareFilters.h"
 #include "image/geometry/TurnKernels.h"
-
 
 namespace Tesk {
 

@@ -1,3 +1,4 @@
+#include "image/filter/BoxKernels.h"
 #include "image/filter/FilterKernels.h"
 
 #include "image/filter/FilterChecks.h"
