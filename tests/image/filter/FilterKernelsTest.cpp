@@ -1,5 +1,5 @@
-#include "image/filter/BoxKernels.h"
 #include "image/filter/FilterKernels.h"
+#include "image/filter/BoxKernels.h"
 
 #include "image/filter/FilterChecks.h"
 
